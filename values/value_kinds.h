@@ -1,0 +1,132 @@
+// The one list of the kinds of value that a setting may have. Twelve element types, each as a
+// single value and as a vector, make 24 kinds; kind 0 means no value. Everything that depends on
+// the kinds (variant, conversions, class records, file format, test cases) is generated from this
+// list, and nothing else spells their order.
+//
+//   kind 1 .. 12    the element types in the order of ElementTypes
+//   kind 13 .. 24   vectors of them, in the same order
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <typeinfo>
+#include <vector>
+
+#include "base/export.h"
+
+namespace zlutil {
+namespace boostany {
+
+template <class... Types>
+struct TypeList {
+  static constexpr std::size_t kSize = sizeof...(Types);
+};
+
+using ElementTypes = TypeList<std::string, bool, signed char, unsigned char, short, unsigned short,
+                              int, unsigned int, long, unsigned long, float, double>;
+
+inline constexpr int kElementKinds = static_cast<int>(ElementTypes::kSize);
+inline constexpr int kNoValue = 0;
+inline constexpr int kFirstKind = 1;
+inline constexpr int kLastKind = 2 * kElementKinds;
+
+namespace detail {
+
+template <class Type, class List>
+struct PositionOf;
+template <class Type, class... Rest>
+struct PositionOf<Type, TypeList<Type, Rest...>> : std::integral_constant<int, 0> {};
+template <class Type, class First, class... Rest>
+struct PositionOf<Type, TypeList<First, Rest...>>
+    : std::integral_constant<int, 1 + PositionOf<Type, TypeList<Rest...>>::value> {};
+
+template <int Position, class List>
+struct TypeAt;
+template <class First, class... Rest>
+struct TypeAt<0, TypeList<First, Rest...>> {
+  using type = First;
+};
+template <int Position, class First, class... Rest>
+struct TypeAt<Position, TypeList<First, Rest...>> : TypeAt<Position - 1, TypeList<Rest...>> {};
+
+template <class Type>
+struct KindOf : std::integral_constant<int, kFirstKind + PositionOf<Type, ElementTypes>::value> {};
+template <class Element>
+struct KindOf<std::vector<Element>>
+    : std::integral_constant<int, kElementKinds + KindOf<Element>::value> {};
+
+template <class Type>
+struct ElementOf {
+  using type = Type;
+};
+template <class Element>
+struct ElementOf<std::vector<Element>> {
+  using type = Element;
+};
+
+template <int Kind>
+struct TypeOfKind {
+  using element = typename TypeAt<(Kind - kFirstKind) % kElementKinds, ElementTypes>::type;
+  using type = std::conditional_t<(Kind > kElementKinds), std::vector<element>, element>;
+};
+
+}  // namespace detail
+
+// The kind of a native type, as a constant; does not compile for a type outside the list.
+template <class Type>
+inline constexpr int kKindOf = detail::KindOf<Type>::value;
+
+// The native type of a kind in 1 .. 24.
+template <int Kind>
+using TypeOfKind = typename detail::TypeOfKind<Kind>::type;
+
+template <class Type>
+using ElementOf = typename detail::ElementOf<Type>::type;
+
+template <class Type>
+inline constexpr bool kIsVector = !std::is_same_v<Type, ElementOf<Type>>;
+
+// A type as a value, to hand one to a function object.
+template <class Type>
+struct TypeTag {
+  using type = Type;
+};
+
+// Calls `visit(TypeTag<T>())` for the type of a kind known only at run time; false, and no call,
+// when the kind is not in 1 .. 24.
+template <class Visit, int Kind = kFirstKind>
+bool withTypeOfKind(int kind, Visit&& visit) {
+  if constexpr (Kind > kLastKind) {
+    return false;
+  } else {
+    if (kind != Kind) return withTypeOfKind<Visit, Kind + 1>(kind, std::forward<Visit>(visit));
+    visit(TypeTag<TypeOfKind<Kind>>());
+    return true;
+  }
+}
+
+// Calls `visit(TypeTag<T>())` for every kind in order.
+template <class Visit, int Kind = kFirstKind>
+void forEachKind(Visit&& visit) {
+  if constexpr (Kind <= kLastKind) {
+    visit(TypeTag<TypeOfKind<Kind>>());
+    forEachKind<Visit, Kind + 1>(std::forward<Visit>(visit));
+  }
+}
+
+// The name of a kind as settings files and messages write it: "string", "boolean", "byte", "ubyte",
+// "short", "ushort", "int", "uint", "long", "ulong", "float", "double", with "[]" for the vectors;
+// "none" for any other number.
+SETTINGS_HOST_API std::string_view kindName(int kind);
+
+// The kind of that name, or nothing.
+SETTINGS_HOST_API std::optional<int> kindOfName(std::string_view name);
+
+// The kind of a native type known only at run time; kNoValue for a type outside the list.
+SETTINGS_HOST_API int kindOfType(const std::type_info& type);
+
+}  // namespace boostany
+}  // namespace zlutil
