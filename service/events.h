@@ -1,0 +1,70 @@
+// The three events of a settings tree. Each is published on the topics of the entry concerned and
+// of all its ancestors, so a listener on a node hears of everything below it. An event is valid
+// during the callback that receives it; the entries that it gives may be kept.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <utility>
+
+#include "base/export.h"
+#include "service/event_mgr.h"
+
+namespace zlutil {
+namespace settings {
+
+class Settings;
+
+// A key's value changed, at any level: it was set or unset.
+class SETTINGS_HOST_API SettingsValueChangeEvent : public eventmgr::BaseEvent {
+ public:
+  explicit SettingsValueChangeEvent(boost::shared_ptr<Settings> key) : key_(std::move(key)) {}
+
+  static const std::string& EventType();
+  bool isKindOf(const std::string& eventType) const override;
+
+  // The key.
+  boost::shared_ptr<Settings> getObj() const override { return key_; }
+
+ private:
+  const boost::shared_ptr<Settings> key_;
+};
+
+// A node or key was added. One event is published for a subtree, about its top.
+class SETTINGS_HOST_API SettingsAddNodeEvent : public eventmgr::BaseEvent {
+ public:
+  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : parent_(std::move(parent)), entry_(std::move(entry)) {}
+
+  static const std::string& EventType();
+  bool isKindOf(const std::string& eventType) const override;
+
+  // The new entry, and the node that it was added to.
+  boost::shared_ptr<Settings> getObj() const override { return entry_; }
+  const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
+
+ private:
+  const boost::shared_ptr<Settings> parent_;
+  const boost::shared_ptr<Settings> entry_;
+};
+
+// A node or key was removed. One event is published for a subtree, about its top.
+class SETTINGS_HOST_API SettingsRemoveNodeEvent : public eventmgr::BaseEvent {
+ public:
+  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : parent_(std::move(parent)), entry_(std::move(entry)) {}
+
+  static const std::string& EventType();
+  bool isKindOf(const std::string& eventType) const override;
+
+  // The removed entry, which no longer has a parent, and the node that it was removed from.
+  boost::shared_ptr<Settings> getObj() const override { return entry_; }
+  const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
+
+ private:
+  const boost::shared_ptr<Settings> parent_;
+  const boost::shared_ptr<Settings> entry_;
+};
+
+}  // namespace settings
+}  // namespace zlutil

@@ -1,0 +1,171 @@
+// The node interface of the settings service. A tree is made of entries: a node has children and
+// holds no value, a key is a leaf that holds at most one typed value per level. Entries are always
+// handled through boost::shared_ptr; the tree shares its entries with whoever holds such a pointer,
+// and an entry that has been removed from its tree stays readable as long as it is held.
+//
+// Values are boost::any holding one of the types of values/value_kinds.h; an empty any means no
+// value. A level is named by a text (service/levels.h); "" means the value in effect. Names and
+// paths are narrow text (base/text.h); a path in the service's notation is names joined with ".".
+//
+// Threads: every operation may be called from any thread. Reading never waits for another thread's
+// validation, storage or listeners. Changes to one tree happen one after the other; a change is
+// validated, stored, made visible, and then published, on the calling thread and with no lock held.
+// Failures are those of service/failures.h, named at each operation.
+#pragma once
+
+#include <boost/any.hpp>
+#include <boost/optional.hpp>
+#include <boost/range/iterator_range.hpp>
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/locks.hpp>
+#include <boost/thread/shared_mutex.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/export.h"
+#include "base/text.h"
+#include "service/context.h"
+#include "service/event_mgr.h"
+#include "service/id_type.h"
+
+namespace zlutil {
+namespace settings {
+
+class Settings;
+
+// (entry, value) pairs and (path, reason) pairs.
+using SettingsValues = std::vector<std::pair<boost::shared_ptr<Settings>, boost::any>>;
+using SettingsProblems = std::vector<std::pair<std::string, std::string>>;
+
+class SETTINGS_HOST_API Settings {
+ public:
+  virtual ~Settings();
+
+  // The value of the child key `key` at `level`; empty when nothing is set there. NoSuchKey,
+  // NotAKeyName (a node has that name), UnSupportedLevel.
+  virtual boost::any getValue(const std::string& key, const std::string& level) const = 0;
+
+  // The entry's own name, the last component of its path.
+  virtual std::string getName() const = 0;
+
+  // The names below the root joined with "."; below a standalone root they begin with that root's
+  // name, so that they do not resolve in another tree.
+  virtual std::string getPath() const = 0;
+
+  // The entry at that path below this node (this entry itself for no names); null when there is
+  // none.
+  virtual boost::shared_ptr<Settings> findDescendant(
+      const std::vector<std::string>& names) const = 0;
+
+  // Removes the value of the child key at the level. NoSuchKey, NotAKeyName, UnSupportedLevel,
+  // ValueNotDefinedForGivenLevel, CantModifyValuesOnReadOnlyLevel, StoreFailure.
+  virtual void unset(const std::string& key, const std::string& level) = 0;
+
+  // Whether the child key holds a value at the level. Failures as for getValue.
+  virtual bool isSet(const std::string& key, const std::string& level) const = 0;
+
+  // The declared kind (1 .. 24) of the child key; none while it has neither a declared type nor a
+  // value. NoSuchKey, NotAKeyName.
+  virtual boost::optional<int> getKeyType(const std::string& key) const = 0;
+
+  // The direct child, a node or a key; null when there is none.
+  virtual boost::shared_ptr<Settings> getChild(const std::string& name) const = 0;
+
+  // All direct children in name order; empty for a key.
+  virtual std::vector<boost::shared_ptr<Settings>> getChildren() const = 0;
+
+  // The parent node; null for a root, a detached entry and a removed one.
+  virtual boost::shared_ptr<Settings> getParent() const = 0;
+
+  virtual bool isKey() const = 0;
+
+  // Copies the tree below `source` into a new child of this node called `name`. The copy reads the
+  // same as its source; a value found at a level that is read-only here is stored at user.
+  // NoSuchNode (no source), NotANodeName (bad name or a key as source),
+  // CannotMergeWithNodeContainsChildren, ErrorAddingChildNodeOrKey, StoreFailure.
+  virtual void copySubtree(const boost::shared_ptr<Settings>& source, const std::string& name) = 0;
+
+  // The context whose tree this is; AnyZcrID for a standalone tree.
+  virtual contextmgr::ZcrID getZcrID() const = 0;
+
+  // Whether subscriptions may be made on the entry.
+  virtual bool canHaveListeners() const = 0;
+
+  virtual boost::shared_ptr<Settings> getSharedSelf() = 0;
+
+  // Sets every (key, value) pair at the level: all of them, or none when a problem is found. Never
+  // throws; the result has one (path, reason) pair per problem, in the order of the pairs. The last
+  // argument is reserved and 0.
+  virtual SettingsProblems setMultiple(
+      const boost::iterator_range<SettingsValues::const_iterator>& values, const std::string& level,
+      int reserved) = 0;
+
+  // Finds the problems that setMultiple would find in the values themselves, without setting
+  // anything.
+  virtual SettingsProblems validateMultiple(
+      const boost::iterator_range<SettingsValues::const_iterator>& values, int reserved) const = 0;
+
+  virtual exchange::IDType getID() const = 0;
+
+  // Removes the child node with all that is below it. NoSuchNode, NotANodeName,
+  // CantModifyValuesOnReadOnlyLevel (a read-only file defines it), StoreFailure.
+  virtual void removeNode(const std::string& name) = 0;
+
+  // Removes the child key. NoSuchKey, NotAKeyName, and as above.
+  virtual void removeKey(const std::string& name) = 0;
+
+  // Inserts this freshly created entry under `parent`. NotAKeyName or NotANodeName (this entry's
+  // name is no identifier), NotANodeName (the parent is a key), ErrorAddingChildNodeOrKey (the name
+  // is taken, or this entry is not detached), StoreFailure. Until it is inserted an entry belongs
+  // to one thread.
+  virtual void attachTo(const boost::shared_ptr<Settings>& parent) = 0;
+
+  // Whether the entry is the root of a tree.
+  virtual bool isRoot() const = 0;
+
+  // Sets the child key's value at the level. NoSuchKey, NotAKeyName, UnSupportedLevel,
+  // DefaultValidationFailedOnVoidType (empty value), ValidationFailure (another type than the
+  // key's, or refused), CValidationError, FailedToRunJavaValidator,
+  // CantModifyValuesOnReadOnlyLevel, StoreFailure. The value that the level holds already changes
+  // nothing and publishes nothing.
+  virtual void setAny(const std::string& key, const boost::any& value,
+                      const std::string& level) = 0;
+
+  // Subscribes to one kind of event (service/events.h) about this entry and, for a node, about
+  // everything below it. The pointer is empty when the entry can have no listeners.
+  template <class Event>
+  eventmgr::AutoPtr<eventmgr::Connection> addListener(
+      const boost::function1<void, const Event&>& callback) const {
+    boost::shared_lock<boost::shared_mutex> lock(getTheRootMutex());
+    if (!canHaveListeners()) return eventmgr::makeAuto<eventmgr::Connection>(nullptr);
+    return eventmgr::EventMgr::instance().subscribe<Event>(Event::EventType() + getID().toString(),
+                                                           callback);
+  }
+
+  // Applies (path, any) pairs, whose paths are those of getPath() seen from this root, as one
+  // operation. When a path cannot be resolved, or setMultiple finds a problem, nothing is applied.
+  template <class Iterator>
+  SettingsProblems multipleSet(const Iterator& first, const Iterator& last,
+                               const std::string& level);
+
+  // Finds the problems that multipleSet would find, without setting anything.
+  template <class Iterator>
+  SettingsProblems multipleValidate(const Iterator& first, const Iterator& last);
+
+  // The root of the context's tree, made at first use from the directories of that moment; null
+  // when the context has none. Never throws.
+  static boost::shared_ptr<Settings> getSettingsRoot(const contextmgr::ZcrID& context);
+
+  // The root of a new standalone tree read from a settings file. FileLoadingError,
+  // SaxParseException, SaxUnknownException; never null.
+  static boost::shared_ptr<Settings> importAsStandaloneObject(const base::ustring& path);
+
+  // Guards the making of subscriptions against a change of the set of trees.
+  static boost::shared_mutex& getTheRootMutex();
+};
+
+}  // namespace settings
+}  // namespace zlutil
+
+#include "service/settings_multiple-inl.h"

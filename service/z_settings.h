@@ -1,0 +1,33 @@
+// The functions of the settings service that make entries and tell where settings come from. All
+// may be called from any thread.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+
+#include "base/export.h"
+#include "service/context.h"
+#include "service/validators.h"
+
+namespace zlutil {
+namespace settings {
+
+class Settings;
+
+class SETTINGS_HOST_API ZSettings {
+ public:
+  // A new detached entry. A node may be used as the root of a standalone tree; an entry is inserted
+  // into a tree with attachTo(). The name is checked there, not here, because a root's name need
+  // not be an identifier. `mayHaveListeners` is what canHaveListeners() answers. Never null.
+  static boost::shared_ptr<Settings> createSettingsNode(const std::string& name, bool isKey,
+                                                        bool mayHaveListeners,
+                                                        const ValidatorChoice& validator);
+
+  // The directory that the context's factory settings are read from. Never throws.
+  static std::string getFactoryDir(const contextmgr::ZcrID& context);
+
+  ZSettings() = delete;
+};
+
+}  // namespace settings
+}  // namespace zlutil
