@@ -1,0 +1,67 @@
+// jzi::ConsInfo: a record that names a Java class and one of its constructors and remembers what
+// they were resolved to. Records are statics of the library that uses them, constant-initialised,
+// and are filled lazily by the Java layer (bridge/java_layer.h).
+//
+// Cache fields are filled without a lock and yet without a race: each is an atomic that is read
+// with acquire and written once with compare-and-swap or with a value that every thread would
+// write; a jmethodID is the same for all threads, and of two class references the loser's is
+// released.
+//
+// A copy of a record is a lookup key and nothing more: it borrows the place that the Java layer
+// keeps for the class, is never entered into a record set, and owns no reference.
+#pragma once
+
+#include <jni.h>
+
+#include <atomic>
+
+#include "base/export.h"
+
+namespace jzi {
+
+namespace detail {
+
+struct ClassPlace;
+
+// The place that the Java layer keeps for the class of that name, made at first use. Leaked on
+// purpose: a place outlives every record. Any thread.
+SETTINGS_HOST_API ClassPlace& classPlace(const char* className);
+
+}  // namespace detail
+
+class SETTINGS_HOST_API ConsInfo {
+ public:
+  // Both texts are borrowed and must be static. The signature is null, or empty, for a record that
+  // constructs nothing.
+  constexpr ConsInfo(const char* className, const char* constructorSignature)
+      : className_(className), constructorSignature_(constructorSignature) {}
+  ConsInfo(const ConsInfo& other);
+  ConsInfo& operator=(const ConsInfo&) = delete;
+
+  // Forgets what was resolved; releases nothing (clearConstructors does).
+  virtual void reset();
+  virtual ~ConsInfo();
+
+  const char* className() const { return className_; }
+  const char* constructorSignature() const { return constructorSignature_; }
+  bool isCopy() const { return isCopy_; }
+
+  // Null until resolved.
+  jclass resolvedClass() const { return class_.load(std::memory_order_acquire); }
+  jmethodID constructorID() const { return constructor_.load(std::memory_order_acquire); }
+
+  // For the Java layer. The class is borrowed from its place.
+  void rememberClass(jclass borrowed) { class_.store(borrowed, std::memory_order_release); }
+  void rememberConstructor(jmethodID id) { constructor_.store(id, std::memory_order_release); }
+  detail::ClassPlace& place() const;
+
+ private:
+  const char* const className_;
+  const char* const constructorSignature_;
+  std::atomic<jclass> class_{nullptr};
+  std::atomic<jmethodID> constructor_{nullptr};
+  mutable std::atomic<detail::ClassPlace*> place_{nullptr};
+  const bool isCopy_ = false;
+};
+
+}  // namespace jzi

@@ -1,0 +1,111 @@
+#include "host/javalayer/class_places.h"
+
+#include <map>
+#include <memory>
+#include <string_view>
+
+#include "base/mutex.h"
+#include "bridge/cons_info.h"
+#include "host/javalayer/class_loader.h"
+
+namespace jzi {
+namespace detail {
+namespace {
+
+struct Places {
+  base::Mutex mutex;
+  std::map<std::string_view, std::unique_ptr<ClassPlace>> byName GUARDED_BY(mutex);
+};
+
+// Leaked on purpose: records reach it from static initialisers and destructors.
+Places& places() {
+  static Places& all = *new Places;
+  return all;
+}
+
+}  // namespace
+
+ClassPlace& classPlace(const char* className) {
+  Places& all = places();
+  base::MutexLock lock(all.mutex);
+  const auto found = all.byName.find(className);
+  if (found != all.byName.end()) return *found->second;
+  auto made = std::make_unique<ClassPlace>(className);
+  const std::string_view key = made->name;
+  return *all.byName.emplace(key, std::move(made)).first->second;
+}
+
+void releaseAllPlaces(JNIEnv* env) {
+  Places& all = places();
+  base::MutexLock lock(all.mutex);
+  for (auto& entry : all.byName) entry.second->release(env);
+}
+
+jclass ClassPlace::find(JNIEnv* env) {
+  if (jclass known = cls.load(std::memory_order_acquire)) return known;
+  jclass local = javalayer::findClass(env, name);
+  auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
+  env->DeleteLocalRef(local);
+  jclass expected = nullptr;
+  // Of two threads that resolve at once one wins; the other's reference is released.
+  if (cls.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
+  env->DeleteWeakGlobalRef(weak);
+  return expected;
+}
+
+jmethodID ClassPlace::findMethod(JNIEnv* env, const char* methodName, const char* signature,
+                                 bool isStatic) {
+  MethodPlace* head = methods.load(std::memory_order_acquire);
+  for (MethodPlace* method = head; method; method = method->next) {
+    if (method->isStatic == isStatic && method->name == methodName &&
+        method->signature == signature) {
+      return method->id;
+    }
+  }
+  jclass owner = find(env);
+  jmethodID id = isStatic ? env->GetStaticMethodID(owner, methodName, signature)
+                          : env->GetMethodID(owner, methodName, signature);
+  if (!id) return nullptr;
+  // Two threads may both enter the method; the identifiers are equal and the second entry is only
+  // never found.
+  auto* entry = new MethodPlace{methodName, signature, isStatic, id, head};
+  while (!methods.compare_exchange_weak(entry->next, entry, std::memory_order_acq_rel)) {
+  }
+  return id;
+}
+
+void ClassPlace::release(JNIEnv* env) {
+  jclass held = cls.exchange(nullptr);
+  if (held && env) env->DeleteWeakGlobalRef(held);
+  for (MethodPlace* method = methods.exchange(nullptr); method;) {
+    MethodPlace* next = method->next;
+    delete method;
+    method = next;
+  }
+}
+
+}  // namespace detail
+
+ConsInfo::ConsInfo(const ConsInfo& other)
+    : className_(other.className_),
+      constructorSignature_(other.constructorSignature_),
+      place_(&other.place()),
+      isCopy_(true) {}
+
+ConsInfo::~ConsInfo() = default;
+
+void ConsInfo::reset() {
+  class_.store(nullptr, std::memory_order_release);
+  constructor_.store(nullptr, std::memory_order_release);
+}
+
+detail::ClassPlace& ConsInfo::place() const {
+  detail::ClassPlace* known = place_.load(std::memory_order_acquire);
+  if (!known) {
+    known = &detail::classPlace(className_);
+    place_.store(known, std::memory_order_release);
+  }
+  return *known;
+}
+
+}  // namespace jzi

@@ -1,0 +1,82 @@
+#include "host/javalayer/vm.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+
+#include "bridge/java_layer.h"
+
+namespace javalayer {
+namespace {
+
+std::atomic<JavaVM*> vm{nullptr};
+
+// Written by the VM's shutdown hook, which sees it as a direct byte buffer; 0 while the VM runs. A
+// byte of static storage in a library that is never unmapped, so the hook may come at any time.
+std::atomic<signed char> stopped{0};
+static_assert(sizeof(stopped) == 1 && std::atomic<signed char>::is_always_lock_free);
+
+// Detaches the thread when it ends, if it was attached here.
+struct Detacher {
+  bool attachedHere = false;
+  ~Detacher() {
+    if (attachedHere && isRunning()) currentVm()->DetachCurrentThread();
+  }
+};
+
+thread_local Detacher detacher;
+
+// Has the VM tell when it goes down. Without the class, in a program that brings Java classes of
+// its own, the VM is taken to run until the process ends.
+void installShutdownHook(JNIEnv* env) {
+  static constexpr const char* kClass = "com/velonix/services/settings/VmShutdown";
+  jclass cls = env->FindClass(kClass);
+  jmethodID install =
+      cls ? env->GetStaticMethodID(cls, "install", "(Ljava/nio/ByteBuffer;)V") : nullptr;
+  jobject flag = install ? env->NewDirectByteBuffer(&stopped, sizeof(stopped)) : nullptr;
+  if (flag) env->CallStaticVoidMethod(cls, install, flag);
+  if (env->ExceptionCheck()) env->ExceptionClear();
+  if (flag) env->DeleteLocalRef(flag);
+  if (cls) env->DeleteLocalRef(cls);
+}
+
+}  // namespace
+
+JavaVM* currentVm() noexcept { return vm.load(std::memory_order_acquire); }
+
+bool isRunning() noexcept {
+  return stopped.load(std::memory_order_relaxed) == 0 && currentVm() != nullptr;
+}
+
+JNIEnv* currentEnv() noexcept {
+  void* env = nullptr;
+  JavaVM* current = currentVm();
+  if (!current || current->GetEnv(&env, kJniVersion) != JNI_OK) return nullptr;
+  return static_cast<JNIEnv*>(env);
+}
+
+JNIEnv* attachedEnv() noexcept {
+  if (JNIEnv* env = currentEnv()) return env;
+  JavaVM* current = currentVm();
+  if (!current) return nullptr;
+  char name[32];
+  std::snprintf(name, sizeof(name), "settings-native-%d", static_cast<int>(gettid()));
+  JavaVMAttachArgs args{kJniVersion, name, nullptr};
+  void* env = nullptr;
+  if (current->AttachCurrentThreadAsDaemon(&env, &args) != JNI_OK) return nullptr;
+  detacher.attachedHere = true;
+  return static_cast<JNIEnv*>(env);
+}
+
+void markStopped() noexcept { stopped.store(1, std::memory_order_relaxed); }
+
+}  // namespace javalayer
+
+JNIEnv* GetJNIEnvR() { return javalayer::currentEnv(); }
+
+void jzi::junit::initJUnitVM(JavaVM* adopted) {
+  JavaVM* none = nullptr;
+  if (!adopted || !javalayer::vm.compare_exchange_strong(none, adopted)) return;
+  if (JNIEnv* env = javalayer::currentEnv()) javalayer::installShutdownHook(env);
+}
