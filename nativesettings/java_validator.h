@@ -1,0 +1,25 @@
+// The proxy through which the settings service runs validators written in Java. Any thread, also
+// one that the JVM does not know.
+#pragma once
+
+#include <boost/any.hpp>
+#include <boost/shared_ptr.hpp>
+#include <string>
+
+namespace zlutil {
+namespace settings {
+class Settings;
+}
+}  // namespace zlutil
+
+namespace nativesettings {
+
+// Returns when the Java validator that the two strings name accepts the value. `node` holds the
+// key. ValidationFailure with the validator's reason; FailedToRunJavaValidator when it throws;
+// JVMNotReadyForProcessingJavaFunction when there is no Java to run it. No Java exception is left
+// pending.
+void javaValidator(const std::string& first, const std::string& second,
+                   const boost::shared_ptr<const zlutil::settings::Settings>& node,
+                   const std::string& keyName, const boost::any& value);
+
+}  // namespace nativesettings

@@ -1,0 +1,69 @@
+#include "nativesettings/levels.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "bridge/converters.h"
+#include "bridge/java_layer.h"
+#include "nativesettings/records.h"
+#include "service/console.h"
+
+namespace nativesettings {
+namespace {
+
+constexpr const char* kFactoryDir = "SETTINGS_FACTORYDIR";
+constexpr const char* kUserDir = "SETTINGS_USERDIR";
+
+// The environment holds standard UTF-8; what it cannot say arrives there as a replacement
+// character.
+void setVariable(const char* name, const std::string& value) {
+  setenv(name, base::displayFromNarrow(value).c_str(), 1);
+}
+
+}  // namespace
+
+jstring nativeGetUserLevel(JNIEnv* env, jclass) { return jzi::ToJava::javaString(env, "user"); }
+
+jstring nativeGetWorkgroupLevel(JNIEnv* env, jclass) {
+  return jzi::ToJava::javaString(env, "workgroup");
+}
+
+jstring nativeGetFactoryLevel(JNIEnv* env, jclass) {
+  return jzi::ToJava::javaString(env, "factory");
+}
+
+jstring nativeGetSessionLevel(JNIEnv* env, jclass) {
+  return jzi::ToJava::javaString(env, "session");
+}
+
+jstring nativeGetDefaultLevel(JNIEnv* env, jclass) { return jzi::ToJava::javaString(env, "user"); }
+
+jint nativeCompareLevels(JNIEnv* env, jclass, jstring first, jstring second) {
+  const std::vector<std::string>& levels = allLevelNames();
+  const auto p = std::find(levels.begin(), levels.end(), zljGetStdString(env, first));
+  // From p on, not from the start: the reverse order is deliberately never told apart from an
+  // unknown name.
+  const auto q = std::find(p, levels.end(), zljGetStdString(env, second));
+  if (q == levels.end()) return -1;
+  return q == p ? 0 : 1;
+}
+
+jstring nativeSetEnv(JNIEnv* env, jclass, jstring factoryDir, jstring userDir) {
+  const jzi::JVMShutdownGuard guard;
+  const std::string factory = zljGetStdString(env, factoryDir);
+  const std::string user = zljGetStdString(env, userDir);
+  setVariable(kFactoryDir, factory);
+  setVariable(kUserDir, user);
+  utPrintf("setenv Command %s.\n", factory.c_str());
+  utPrintf("setenv Command %s.\n", user.c_str());
+  const char* now = std::getenv(kFactoryDir);
+  if (!now) return env->NewStringUTF("SETTINGS_FACTORYDIR is set to nothing");
+  return env->NewStringUTF(base::narrowFromUtf8(now).value_or(factory).c_str());
+}
+
+void nativeUnsetEnv(JNIEnv*, jclass) {
+  unsetenv(kFactoryDir);
+  unsetenv(kUserDir);
+}
+
+}  // namespace nativesettings

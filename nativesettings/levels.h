@@ -1,0 +1,29 @@
+// Level names and their order, and the directories of a test environment. None of these natives has
+// a frame: they touch no tree, and nothing that they call fails.
+#pragma once
+
+#include <jni.h>
+
+namespace nativesettings {
+
+jstring nativeGetUserLevel(JNIEnv* env, jclass);
+jstring nativeGetWorkgroupLevel(JNIEnv* env, jclass);
+jstring nativeGetFactoryLevel(JNIEnv* env, jclass);
+jstring nativeGetSessionLevel(JNIEnv* env, jclass);
+
+// The user level, by design.
+jstring nativeGetDefaultLevel(JNIEnv* env, jclass);
+
+// 1 when `first` stands before `second` in the level list, 0 when both are the same known name, -1
+// in every other case.
+jint nativeCompareLevels(JNIEnv* env, jclass, jstring first, jstring second);
+
+// Points the factory and user directories of trees that are yet to be built elsewhere, through the
+// environment of the process. Returns the factory directory as the environment then has it. For
+// single-threaded test set-up.
+jstring nativeSetEnv(JNIEnv* env, jclass, jstring factoryDir, jstring userDir);
+
+// Undoes nativeSetEnv.
+void nativeUnsetEnv(JNIEnv*, jclass);
+
+}  // namespace nativesettings

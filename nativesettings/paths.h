@@ -1,0 +1,42 @@
+// Setting paths: a place in a tree as Java names it, a handle, a String[] of node names below the
+// handle's node (null: that node itself) and, for a key, its name. Threads: any, with that thread's
+// environment.
+#pragma once
+
+#include <jni.h>
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+namespace zlutil {
+namespace settings {
+class Settings;
+}
+}  // namespace zlutil
+
+namespace nativesettings {
+
+// The node names in order, followed by the key name unless it is null. A null element counts as "".
+std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
+
+// The entry at the path below the handle's node (borrowed handle), if it is a key or a node as
+// wanted; null otherwise.
+boost::shared_ptr<zlutil::settings::Settings> getNodeFromJava(JNIEnv* env, jlong handle,
+                                                              jobjectArray path, bool wantKey);
+
+// Appends "." and the name to a dotted path; an empty name is skipped.
+std::string& getDotPath(std::string& accumulated, const std::string& name);
+
+// The names joined with "."; empty names are kept.
+std::string getDotPath(const std::vector<std::string>& names);
+
+// The names of a call's path and key joined with ".", the text of every not-found message.
+std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
+
+// The names from just below the root down to the node, as a new String[] (a local reference); empty
+// for a root, null when the JVM cannot make it. `node` must not be null.
+jobjectArray getSettingPathAsJArray(
+    JNIEnv* env, const boost::shared_ptr<const zlutil::settings::Settings>& node);
+
+}  // namespace nativesettings

@@ -1,0 +1,90 @@
+#include "nativesettings/transactions.h"
+
+#include "bridge/converters.h"
+#include "bridge/java_layer.h"
+#include "bridge/java_method.h"
+#include "nativesettings/failures.h"
+#include "nativesettings/records.h"
+#include "service/settings.h"
+
+namespace nativesettings {
+
+using zlutil::settings::Settings;
+using zlutil::settings::SettingsProblems;
+
+namespace {
+
+constexpr jint kProblemFrame = 8;
+
+jobject newArrayList(JNIEnv* env) {
+  jclass cls = env->FindClass("java/util/ArrayList");
+  jmethodID constructor = cls ? env->GetMethodID(cls, "<init>", "()V") : nullptr;
+  return constructor ? env->NewObject(cls, constructor) : nullptr;
+}
+
+// A list of one SettingValidity per problem; a problem whose object cannot be made is left out.
+jobject listOf(JNIEnv* env, const SettingsProblems& problems) {
+  jobject list = newArrayList(env);
+  if (!list) return nullptr;
+  jclass cls = env->FindClass("com/velonix/services/settings/SettingValidity");
+  jmethodID constructor =
+      cls ? env->GetMethodID(cls, "<init>", "(Ljava/lang/String;Ljava/lang/String;)V") : nullptr;
+  if (!constructor) return list;
+  jzi::CallJavaMethod<jboolean> add("add", "(Ljava/lang/Object;)Z", &JNIEnv::CallBooleanMethod);
+  add.resolve(env, list);
+  for (const auto& problem : problems) {
+    const zljLocalReferenceFrame frame(env, kProblemFrame);
+    jstring second = jzi::ToJava::javaString(env, problem.second);
+    jstring first = second ? jzi::ToJava::javaString(env, problem.first) : nullptr;
+    jobject validity = first ? env->NewObject(cls, constructor, first, second) : nullptr;
+    if (env->ExceptionCheck()) return list;
+    if (validity) static_cast<void>(add(env, list, validity));  // an ArrayList always answers true
+  }
+  return list;
+}
+
+SettingContext& contextOf(jlong context) { return *reinterpret_cast<SettingContext*>(context); }
+
+jobject commitOrValidate(JNIEnv* env, jlong context, bool commit, jstring level) {
+  const jzi::NativeShutdownGuard guard(env);
+  if (!guard.JVMRunning()) return nullptr;
+  return contextOf(context).commitOrValidate(env, commit, zljGetStdString(env, level));
+}
+
+}  // namespace
+
+SettingContext::~SettingContext() = default;
+
+void SettingContext::record(std::string path, boost::any value) {
+  changes_.emplace_back(std::move(path), std::move(value));
+}
+
+jobject SettingContext::commitOrValidate(JNIEnv* env, bool commit, const std::string& level) const {
+  const boost::shared_ptr<Settings> root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
+  if (!root) {
+    throwJavaExceptionHelper(env, runtimeException, "cannot open settings root");
+    return nullptr;
+  }
+  const SettingsProblems problems = commit
+                                        ? root->multipleSet(changes_.begin(), changes_.end(), level)
+                                        : root->multipleValidate(changes_.begin(), changes_.end());
+  return problems.empty() ? nullptr : listOf(env, problems);
+}
+
+jlong nativeCreateTransactionContext(JNIEnv*, jclass) {
+  return reinterpret_cast<jlong>(new SettingContext);
+}
+
+void nativeDeleteTransactionContext(JNIEnv*, jclass, jlong context) {
+  delete reinterpret_cast<SettingContext*>(context);
+}
+
+jobject nativeCommitTransaction(JNIEnv* env, jclass, jlong context, jstring level) {
+  return commitOrValidate(env, context, true, level);
+}
+
+jobject nativeValidateTransaction(JNIEnv* env, jclass, jlong context, jstring level) {
+  return commitOrValidate(env, context, false, level);
+}
+
+}  // namespace nativesettings
