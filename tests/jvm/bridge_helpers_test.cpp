@@ -1,0 +1,233 @@
+// Calling Java by description, converting boxes, sharing references, and resolving records.
+#include <boost/numeric/conversion/cast.hpp>
+#include <limits>
+#include <thread>
+
+#include "bridge/converters.h"
+#include "bridge/java_layer.h"
+#include "bridge/java_method.h"
+#include "bridge/shared_object.h"
+#include "tests/support/bridge_test.h"
+#include "tests/support/reference_counts.h"
+#include "values/class_records.h"
+
+namespace {
+
+using namespace jzi;
+using jzi::detail::makeSharedObject;
+using testing_support::CountReferences;
+using testing_support::takeException;
+
+template <class Function>
+std::string messageOf(Function function) {
+  try {
+    function();
+  } catch (const std::exception& e) {
+    return e.what();
+  }
+  return "nothing thrown";
+}
+
+class BridgeHelpers : public testing_support::BridgeTest {
+ protected:
+  template <class T>
+  T fromJava(jobject object) {
+    return ToCPP::detail::ConvertFromJavaObject<T>()(env_, object);
+  }
+  template <class T>
+  jobject toJava(const T& value) {
+    return ToJava::detail::ConvertToJavaObject<T>()(env_, value);
+  }
+};
+
+TEST_F(BridgeHelpers, AMethodIsResolvedAtItsFirstCallAndChecksItsReceiver) {
+  CallJavaMethod<int> intValue("intValue", "()I", &JNIEnv::CallIntMethod);
+  EXPECT_EQ(5, intValue(env_, integer(5)));
+  EXPECT_EQ(6, intValue(env_, integer(6)));
+  EXPECT_THROW(intValue(env_, str("5")), std::bad_cast);
+}
+
+TEST_F(BridgeHelpers, WhatIsMissingIsNamed) {
+  EXPECT_EQ("JavaMethod::callMethod cannot be NULL.",
+            messageOf([] { CallJavaMethod<int>("intValue", "()I", nullptr); }));
+  EXPECT_EQ("java method not found: noSuch", messageOf([&] {
+              CallJavaMethod<int>("noSuch", "()I", &JNIEnv::CallIntMethod)(env_, integer(1));
+            }));
+  EXPECT_NE("", takeException(env_)) << "the JVM's own exception stays pending";
+  using Create = CreateJavaObject<jobject>;
+  EXPECT_EQ("JavaMethod::env cannot be NULL.",
+            messageOf([] { Create(nullptr, "java/lang/Object", "()V", &JNIEnv::NewObject); }));
+  EXPECT_EQ("JavaMethod::callMethod cannot be NULL.",
+            messageOf([&] { Create(env_, "java/lang/Object", "()V", nullptr); }));
+  EXPECT_EQ("java class not found: no/Such",
+            messageOf([&] { Create(env_, "no/Such", "()V", &JNIEnv::NewObject); }));
+  EXPECT_NE("", takeException(env_));
+  EXPECT_EQ("java method not found: <init>",
+            messageOf([&] { Create(env_, "java/lang/Integer", "(Z)V", &JNIEnv::NewObject); }));
+  EXPECT_NE("", takeException(env_));
+}
+
+TEST_F(BridgeHelpers, GenericConversionsWidenUnsignedTypes) {
+  EXPECT_EQ("java.lang.Short", className(toJava<unsigned char>(255)));
+  EXPECT_EQ("java.lang.Integer", className(toJava<unsigned short>(65535)));
+  EXPECT_EQ("java.lang.Long", className(toJava<unsigned int>(4294967295u)));
+  EXPECT_EQ("9223372036854775807", show(toJava<unsigned long>(9223372036854775807ul)));
+  EXPECT_THROW(toJava<unsigned long>(9223372036854775808ul), boost::numeric::positive_overflow);
+  EXPECT_EQ(255, fromJava<unsigned char>(toJava<unsigned char>(255)));
+  EXPECT_EQ(65535, fromJava<unsigned short>(toJava<unsigned short>(65535)));
+  EXPECT_EQ(4294967295u, fromJava<unsigned int>(toJava<unsigned int>(4294967295u)));
+  EXPECT_EQ(7ul, fromJava<unsigned long>(toJava<unsigned long>(7)));
+  EXPECT_THROW(fromJava<unsigned char>(toJava<short>(256)), boost::numeric::positive_overflow);
+  EXPECT_THROW(fromJava<unsigned char>(toJava<short>(-1)), boost::numeric::negative_overflow);
+  EXPECT_THROW(fromJava<unsigned short>(toJava<int>(-1)), boost::numeric::negative_overflow);
+  EXPECT_THROW(fromJava<unsigned int>(toJava<long>(1L << 32)), boost::numeric::positive_overflow);
+  EXPECT_THROW(fromJava<unsigned long>(toJava<long>(-1)), boost::numeric::negative_overflow);
+}
+
+TEST_F(BridgeHelpers, GenericConversionsAreExactForTheOthers) {
+  EXPECT_EQ(-128, fromJava<signed char>(toJava<signed char>(-128)));
+  EXPECT_EQ(-32768, fromJava<short>(toJava<short>(-32768)));
+  EXPECT_EQ(std::numeric_limits<int>::min(),
+            fromJava<int>(toJava(std::numeric_limits<int>::min())));
+  EXPECT_EQ(0.1f, fromJava<float>(toJava(0.1f)));
+  EXPECT_EQ(0.1, fromJava<double>(toJava(0.1)));
+  EXPECT_TRUE(fromJava<bool>(toJava(true)));
+  EXPECT_EQ("text", fromJava<std::string>(toJava<std::string>("text")));
+  EXPECT_EQ("12", fromJava<std::string>(integer(12))) << "any object, by its toString()";
+}
+
+TEST_F(BridgeHelpers, ASharedObjectIsReleasedByItsLastOwner) {
+  const CountReferences counted(env_);
+  auto shared = makeSharedObject(env_, str("x"), &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef);
+  auto other = shared;
+  EXPECT_EQ(1, counted.counts().globals);
+  shared.reset();
+  EXPECT_EQ(1, counted.counts().globals);
+  other.reset();
+  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(0, counted.counts().frames);
+}
+
+TEST_F(BridgeHelpers, ASharedObjectMayBeReleasedByAThreadThatTheJvmDoesNotKnow) {
+  auto shared = makeSharedObject(env_, str("x"), &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef);
+  jobject reference = *shared;
+  EXPECT_EQ(JNIGlobalRefType, env_->GetObjectRefType(reference));
+  std::thread([owner = std::move(shared)]() mutable { owner.reset(); }).join();
+}
+
+TEST_F(BridgeHelpers, NothingToShareMakesNoReference) {
+  const CountReferences counted(env_);
+  EXPECT_FALSE(makeSharedObject(env_, nullptr, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
+  EXPECT_FALSE(
+      makeSharedObject(nullptr, str("x"), &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
+  EXPECT_EQ(0, counted.counts().globals);
+}
+
+TEST_F(BridgeHelpers, TheArrayClassIsLookedUpOnce) {
+  nativesettings::intClassInfo.getArrayClass(env_);
+  const CountReferences counted(env_);
+  jclass first = nativesettings::intClassInfo.getArrayClass(env_);
+  jclass second = nativesettings::intClassInfo.getArrayClass(env_);
+  EXPECT_NE(first, second) << "each a new local reference";
+  EXPECT_TRUE(env_->IsSameObject(first, second));
+  EXPECT_EQ(0, counted.counts().classLookups);
+}
+
+TEST_F(BridgeHelpers, UnloadingReleasesAndLoadingResolvesAnew) {
+  using nativesettings::globalConsInfos;
+  // Everything resolved so far is released, so that what follows can be counted from nothing.
+  nativesettings::nativesettings_utilsUnload();
+  EXPECT_TRUE(globalConsInfos.empty());
+  EXPECT_EQ(nullptr, nativesettings::doubleClassInfo.resolvedClass());
+  const CountReferences counted(env_);
+  jobject boxed = construct(env_, globalConsInfos, &nativesettings::doubleClassInfo, 2.5);
+  EXPECT_EQ("2.5", show(boxed));
+  EXPECT_EQ(1u, globalConsInfos.count(&nativesettings::doubleClassInfo));
+  EXPECT_EQ(1, counted.counts().weakGlobals);
+  EXPECT_EQ(0, counted.counts().globals);
+  nativesettings::nativesettings_utilsUnload();
+  EXPECT_TRUE(globalConsInfos.empty());
+  EXPECT_EQ(nullptr, nativesettings::doubleClassInfo.resolvedClass());
+  EXPECT_EQ(0, counted.counts().weakGlobals);
+}
+
+TEST_F(BridgeHelpers, AfterAResetTheArrayClassIsNullUntilTheLibraryIsLoadedAnew) {
+  nativesettings::ClassInfo record("java/lang/Double", "(D)V");
+  EXPECT_NE(nullptr, record.getArrayClass(env_));
+  record.rearm(env_);
+  EXPECT_NE(nullptr, record.getArrayClass(env_));
+  record.reset();
+  EXPECT_EQ(nullptr, record.getArrayClass(env_));
+}
+
+TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
+  std::set<ConsInfo*> records;
+  ConsInfo record("java/lang/Long", "(J)V");
+  const CountReferences counted(env_);
+  {
+    ConsInfo copy(record);
+    EXPECT_NE(nullptr, safeFindClass(env_, records, copy));
+  }
+  EXPECT_TRUE(records.empty());
+  EXPECT_EQ(nullptr, record.resolvedClass());
+  ConsInfo again(record);
+  const long lookups = counted.counts().classLookups;
+  EXPECT_NE(nullptr, safeFindClass(env_, records, again));
+  EXPECT_EQ(lookups, counted.counts().classLookups) << "the Java layer remembers the class";
+}
+
+TEST_F(BridgeHelpers, AMissingClassIsNamedAndLeavesTheJvmsException) {
+  std::set<ConsInfo*> records;
+  ConsInfo record("no/Such", "()V");
+  EXPECT_EQ("java class not found: no/Such",
+            messageOf([&] { safeFindClass(env_, records, record); }));
+  EXPECT_NE("", takeException(env_));
+  EXPECT_TRUE(records.empty());
+}
+
+TEST_F(BridgeHelpers, ThreadsThatResolveAtOnceAgreeAndLeakNothing) {
+  for (int round = 0; round < 50; ++round) {
+    std::set<ConsInfo*> records;
+    ConsInfo record("java/lang/Double", "(D)V");
+    nativesettings::nativesettings_utilsUnload();
+    jclass found[4] = {};
+    std::vector<std::thread> threads;
+    for (jclass& slot : found) {
+      threads.emplace_back([&] {
+        const JavaGuard guard;
+        slot = safeFindClass(guard.env(), records, record);
+        construct(guard.env(), records, &record, 1.0);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (jclass one : found) EXPECT_EQ(found[0], one);
+    EXPECT_EQ(1u, records.size());
+    clearConstructors(records);
+    EXPECT_EQ(nullptr, record.resolvedClass());
+  }
+}
+
+TEST_F(BridgeHelpers, AMessageIsTakenFromThePendingException) {
+  EXPECT_EQ("", extractExceptionMessage(env_));
+  env_->ThrowNew(env_->FindClass("java/lang/ArithmeticException"), "why");
+  EXPECT_EQ("why", extractExceptionMessage(env_));
+  EXPECT_EQ("java.lang.ArithmeticException: why", takeException(env_)) << "it stays pending";
+  env_->Throw(static_cast<jthrowable>(make("java/lang/ArithmeticException", "()V")));
+  EXPECT_EQ("java.lang.ArithmeticException", extractExceptionMessage(env_));
+  takeException(env_);
+}
+
+TEST_F(BridgeHelpers, AGuardAttachesItsThreadOnceAndNests) {
+  std::thread([] {
+    EXPECT_EQ(nullptr, GetJNIEnvR());
+    {
+      const JavaGuard outer;
+      const JavaGuard inner;
+      EXPECT_NE(nullptr, outer.env());
+      EXPECT_EQ(outer.env(), inner.env());
+    }
+    EXPECT_NE(nullptr, GetJNIEnvR()) << "attached until the thread ends";
+  }).join();
+}
+
+}  // namespace

@@ -1,0 +1,321 @@
+// The natives that change, transactions, and the reference counts around them.
+#include "nativesettings/changing.h"
+
+#include <limits>
+
+#include "nativesettings/reading.h"
+#include "nativesettings/transactions.h"
+#include "service/validators.h"
+#include "tests/support/bridge_test.h"
+#include "tests/support/reference_counts.h"
+
+namespace {
+
+using namespace nativesettings;
+using testing_support::BridgeTest;
+using testing_support::CountReferences;
+using testing_support::takeException;
+using Names = std::vector<std::string>;
+
+#define SETTINGS_PACKAGE "com.velonix.services.settings."
+
+class Changing : public BridgeTest {
+ protected:
+  std::string set(const Names& node, const char* key, jobject settingInfo,
+                  const char* level = "user", jlong context = 0) {
+    nativeSet(env_, nullptr, context, handle_, path(node), str(key), settingInfo,
+              level ? str(level) : nullptr);
+    return takeException(env_);
+  }
+  std::string unset(const Names& node, const char* key, const char* level) {
+    nativeUnset(env_, nullptr, handle_, path(node), str(key), str(level));
+    return takeException(env_);
+  }
+  std::string addKey(const Names& node, const char* name, jobject settingInfo,
+                     const char* first = nullptr, const char* second = nullptr) {
+    nativeAddKey(env_, nullptr, handle_, path(node), str(name), settingInfo, str("user"),
+                 first ? str(first) : nullptr, second ? str(second) : nullptr);
+    return takeException(env_);
+  }
+  std::string addNode(const Names& node, const char* name) {
+    nativeAddNode(env_, nullptr, handle_, path(node), str(name), nullptr, nullptr);
+    return takeException(env_);
+  }
+  std::string remove(const Names& node, const char* name) {
+    nativeDelete(env_, nullptr, handle_, path(node), str(name));
+    return takeException(env_);
+  }
+  std::string copy(const Names& to, const Names& from, const char* name) {
+    nativeCopySubtree(env_, nullptr, handle_, path(to), handle_, path(from), str(name));
+    return takeException(env_);
+  }
+  std::string read(const Names& node, const char* key, const char* level = nullptr) {
+    jobject got =
+        nativeGet(env_, nullptr, handle_, path(node), str(key), level ? str(level) : nullptr);
+    return got ? show(valueOf(got)) : takeException(env_);
+  }
+};
+
+TEST_F(Changing, ASetStoresAtItsLevelOnly) {
+  EXPECT_EQ("", set({"a", "b"}, "k", info(integer(12)), "session"));
+  EXPECT_EQ("12", read({"a", "b"}, "k"));
+  EXPECT_EQ("7", read({"a", "b"}, "k", "user"));
+  EXPECT_EQ("", unset({"a", "b"}, "k", "session"));
+  EXPECT_EQ("7", read({"a", "b"}, "k"));
+}
+
+TEST_F(Changing, EachFailureOfASetHasItsExceptionAndChangesNothing) {
+  const struct {
+    const char* what;
+    Names node;
+    const char* key;
+    jobject settingInfo;
+    const char* level;
+    const char* expected;
+  } cases[] = {
+      {"missing node",
+       {"x"},
+       "k",
+       info(integer(1)),
+       "user",
+       SETTINGS_PACKAGE "SettingNotFoundException: x.k"},
+      {"missing key",
+       {"a"},
+       "x",
+       info(integer(1)),
+       "user",
+       SETTINGS_PACKAGE "SettingNotFoundException: a.x"},
+      {"unknown level",
+       {"a", "b"},
+       "k",
+       info(integer(1)),
+       "galaxy",
+       "java.lang.RuntimeException: Unsupported level for a.b.k"},
+      {"null level",
+       {"a", "b"},
+       "k",
+       info(integer(1)),
+       nullptr,
+       "java.lang.RuntimeException: Unsupported level for a.b.k"},
+      {"no kind of value",
+       {"a", "b"},
+       "k",
+       info(env_->NewIntArray(1)),
+       "user",
+       SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type"},
+      {"neither value nor type",
+       {"a", "b"},
+       "k",
+       infoOfClass(nullptr),
+       "user",
+       SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type"},
+      {"null value of a type",
+       {"a", "b"},
+       "k",
+       infoOfClass(env_->FindClass("java/lang/Integer")),
+       "user",
+       "java.lang.RuntimeException: std::exception for \"a.b.k\": null value"},
+      {"null info",
+       {"a", "b"},
+       "k",
+       nullptr,
+       "user",
+       "java.lang.RuntimeException: std::exception for \"a.b.k\": null value"},
+      {"getValue throws: silent on purpose",
+       {"a", "b"},
+       "k",
+       make("ThrowingInfo", "(Z)V", JNI_TRUE),
+       "user",
+       ""},
+      {"getType throws",
+       {"a", "b"},
+       "k",
+       make("ThrowingInfo", "(Z)V", JNI_FALSE),
+       "user",
+       "java.lang.RuntimeException: Attempting to set"},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    EXPECT_EQ(one.expected, set(one.node, one.key, one.settingInfo, one.level));
+    EXPECT_EQ("7", read({"a", "b"}, "k"));
+  }
+  const std::string wrongType = set({"a", "b"}, "k", info(str("text")));
+  EXPECT_EQ(0u, wrongType.find(SETTINGS_PACKAGE "SettingValidationException: ")) << wrongType;
+  EXPECT_EQ("7", read({"a", "b"}, "k"));
+}
+
+TEST_F(Changing, EachFailureOfAnUnsetHasItsException) {
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: x.k", unset({"x"}, "k", "user"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a.x", unset({"a"}, "x", "user"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a.b.k", unset({"a", "b"}, "k", "session"))
+      << "nothing is set there";
+  EXPECT_EQ("java.lang.RuntimeException: Unsupported level for a.b.k",
+            unset({"a", "b"}, "k", "galaxy"));
+}
+
+TEST_F(Changing, KeysAndNodesAreAddedAndDeleted) {
+  EXPECT_EQ("", addKey({"spare"}, "fresh", info(str("v"))));
+  EXPECT_EQ("v", read({"spare"}, "fresh"));
+  EXPECT_EQ("", addNode({"spare"}, "deeper"));
+  EXPECT_EQ("", addKey({"spare", "deeper"}, "k2", info(integer(3))));
+  EXPECT_EQ("", remove({"spare"}, "fresh"));
+  EXPECT_EQ("", remove({}, "spare"));
+  EXPECT_FALSE(at({"spare"}));
+}
+
+TEST_F(Changing, EachFailureOfAddAndDeleteHasItsException) {
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: x.y", addNode({"x", "y"}, "n"))
+      << "the parent's path alone";
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNameDuplicationException: a.b", addNode({"a"}, "b"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNameDuplicationException: a.s",
+            addKey({"a"}, "s", info(integer(1))));
+  for (const char* bad : {"", "1x", "a.b", "a b", "\xC3\xA4"}) {
+    EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a." + std::string(bad),
+              addNode({"a"}, bad));
+    EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a." + std::string(bad),
+              addKey({"a"}, bad, info(integer(1))));
+  }
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a.x", remove({"a"}, "x"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: x", remove({"x"}, "k"));
+}
+
+TEST_F(Changing, AKeyWhoseFirstValueIsRefusedStaysWithoutAValue) {
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type",
+            addKey({"spare"}, "fresh", info(env_->NewIntArray(1))));
+  ASSERT_TRUE(at({"spare", "fresh"}));
+  EXPECT_EQ("null", read({"spare"}, "fresh"));
+}
+
+TEST_F(Changing, ASingleValidatorStringIsIgnored) {
+  EXPECT_EQ("", addKey({"spare"}, "one", info(integer(1)), "no.such.Validator", nullptr));
+  EXPECT_EQ("", addKey({"spare"}, "two", info(integer(1)), nullptr, "1..2"));
+  const std::string both = addKey({"spare"}, "three", info(integer(1)), "no.such.Validator", "");
+  EXPECT_NE(std::string::npos, both.find("no.such.Validator")) << both;
+}
+
+TEST_F(Changing, ASubtreeIsCopiedIntoTheFirstPlace) {
+  EXPECT_EQ("", copy({"spare"}, {"a"}, "again"));
+  EXPECT_EQ("7", read({"spare", "again", "b"}, "k"));
+  EXPECT_EQ("1", read({"spare", "again", "b"}, "k", "factory"));
+  EXPECT_EQ("java.lang.UnsupportedOperationException: Path already contains children: spare",
+            copy({"spare"}, {"a"}, "again"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: x", copy({"x"}, {"a"}, "c"));
+  EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: spare", copy({"spare"}, {"x"}, "c"));
+}
+
+TEST_F(Changing, KeyNamesAreIdentifiers) {
+  const std::string longest(63, 'n');
+  for (const std::string& good : {std::string("a"), std::string("Z9_"), longest}) {
+    EXPECT_TRUE(nativeIsKeyNameValid(env_, nullptr, str(good))) << good;
+  }
+  for (const std::string& bad : {std::string(""), std::string("_a"), std::string("9"),
+                                 std::string("a-b"), std::string("a\xC0\x80"), longest + "n"}) {
+    EXPECT_FALSE(nativeIsKeyNameValid(env_, nullptr, str(bad))) << bad;
+  }
+  EXPECT_FALSE(nativeIsKeyNameValid(env_, nullptr, nullptr));
+}
+
+TEST_F(Changing, ReadingAndSettingLeaveNoReferenceBehind) {
+  set({"a", "b"}, "k", info(integer(1)));
+  read({"a", "b"}, "k");
+  const CountReferences counted(env_);
+  jobject description = info(integer(2));
+  jstring level = str("user");
+  const long before = counted.counts().classLookups;
+  nativeSet(env_, nullptr, 0, handle_, path({"a", "b"}), str("k"), description, level);
+  nativeGet(env_, nullptr, handle_, path({"a", "b"}), str("k"), level);
+  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(0, counted.counts().weakGlobals);
+  EXPECT_EQ(0, counted.counts().frames);
+  // One look at java.lang.String for each path that this test itself makes.
+  EXPECT_EQ(before + 2, counted.counts().classLookups) << "classes and methods are remembered";
+}
+
+class Transactions : public Changing {
+ protected:
+  void SetUp() override {
+    Changing::SetUp();
+    context_ = nativeCreateTransactionContext(env_, nullptr);
+    processRoot_ = zlutil::settings::Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
+    node_ = BridgeTest::addNode(processRoot_, "transactions");
+    BridgeTest::addKey(node_, "one");
+    BridgeTest::addKey(node_, "two");
+    node_->setAny("one", 1, "session");
+    process_ = reinterpret_cast<jlong>(&processRoot_);
+  }
+  void TearDown() override {
+    nativeDeleteTransactionContext(env_, nullptr, context_);
+    processRoot_->removeNode("transactions");
+    node_.reset();
+    Changing::TearDown();
+  }
+
+  void record(const char* key, jobject value) {
+    nativeSet(env_, nullptr, context_, process_, path({"transactions"}), str(key), info(value),
+              str("no level at all"));
+    EXPECT_EQ("", takeException(env_));
+  }
+  std::vector<std::string> problems(bool commit, const char* level = "session") {
+    jobject list = commit ? nativeCommitTransaction(env_, nullptr, context_, str(level))
+                          : nativeValidateTransaction(env_, nullptr, context_, str(level));
+    if (!list) return {};
+    std::vector<std::string> shown;
+    auto array = static_cast<jobjectArray>(call(list, "toArray", "()[Ljava/lang/Object;"));
+    for (jsize i = 0; i < env_->GetArrayLength(array); ++i) {
+      shown.push_back(className(env_->GetObjectArrayElement(array, i)));
+    }
+    return shown;
+  }
+  boost::any value(const char* key) { return node_->getValue(key, ""); }
+
+  jlong context_ = 0;
+  jlong process_ = 0;
+  testing_support::SettingsPtr processRoot_;
+  testing_support::SettingsPtr node_;
+};
+
+TEST_F(Transactions, ARecordedChangeIsAppliedByTheCommit) {
+  record("one", integer(10));
+  record("two", str("t"));
+  record("noSuchKey", str("t"));  // not recorded, and no failure
+  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_TRUE(problems(false).empty());
+  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_TRUE(problems(true).empty());
+  EXPECT_EQ(10, boost::any_cast<int>(value("one")));
+  EXPECT_EQ("t", boost::any_cast<std::string>(value("two")));
+  node_->setAny("one", 11, "session");
+  EXPECT_TRUE(problems(true).empty()) << "a context may be committed again";
+  EXPECT_EQ(10, boost::any_cast<int>(value("one")));
+}
+
+TEST_F(Transactions, AnEmptyContextAndTheNullContextDoNothing) {
+  EXPECT_TRUE(problems(true).empty());
+  EXPECT_TRUE(problems(false).empty());
+  nativeDeleteTransactionContext(env_, nullptr, 0);
+}
+
+TEST_F(Transactions, OneProblemLeavesEverythingAsItWas) {
+  record("one", integer(10));
+  record("two", str("t"));
+  record("one", str("of another type"));
+  const std::vector<std::string> one(1, SETTINGS_PACKAGE "SettingValidity");
+  EXPECT_EQ(one, problems(false));
+  EXPECT_EQ(one, problems(true));
+  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_TRUE(value("two").empty());
+}
+
+TEST_F(Transactions, AnUnknownLevelAndAVanishedKeyAreProblems) {
+  record("one", integer(10));
+  EXPECT_EQ(1u, problems(true, "galaxy").size());
+  node_->removeKey("one");
+  EXPECT_EQ(1u, problems(true).size());
+}
+
+TEST_F(Transactions, ProblemsByTheThousandMakeNoJniWarning) {
+  for (int i = 0; i < 2000; ++i) record("one", str("of another type"));
+  EXPECT_EQ(2000u, problems(true).size());
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+// The proxy that runs Java validators, called as the service calls it.
+#include "nativesettings/java_validator.h"
+
+#include <thread>
+
+#include "service/failures.h"
+#include "tests/support/bridge_test.h"
+#include "tests/support/reference_counts.h"
+
+namespace {
+
+using namespace KORVEN::settings::core;
+using nativesettings::javaValidator;
+using testing_support::takeException;
+using zlutil::settings::Failure;
+
+constexpr const char* kRange = "com.velonix.services.settings.validators.Range";
+
+class JavaValidator : public testing_support::BridgeTest {
+ protected:
+  // "" when the value is valid, else "tag: message".
+  std::string validate(const std::string& first, const std::string& second,
+                       const boost::any& value) {
+    try {
+      javaValidator(first, second, at({"a", "b"}), "k", value);
+      return "";
+    } catch (const Failure<ValidationFailure>& e) {
+      return "refused: " + e.GetMessageTxt();
+    } catch (const Failure<FailedToRunJavaValidator>& e) {
+      return "failed: " + e.GetMessageTxt();
+    } catch (const Failure<JVMNotReadyForProcessingJavaFunction>&) {
+      return "not ready";
+    }
+  }
+};
+
+TEST_F(JavaValidator, ItsAnswerDecides) {
+  EXPECT_EQ("", validate(kRange, "1..5", 3));
+  EXPECT_EQ(0u, validate(kRange, "1..5", 6).find("refused: "));
+}
+
+TEST_F(JavaValidator, AValidatorThatCannotRunIsNamedWithItsTwoStrings) {
+  const std::string missing = validate("no.such.Validator", "x", 3);
+  EXPECT_EQ(0u, missing.find("failed: The Java validator (\"no.such.Validator\", \"x\") failed: "))
+      << missing;
+  EXPECT_FALSE(env_->ExceptionCheck());
+}
+
+TEST_F(JavaValidator, AnExceptionFromEarlierIsNotItsFailure) {
+  env_->ThrowNew(env_->FindClass("java/lang/ArithmeticException"), "earlier");
+  EXPECT_EQ("", validate(kRange, "1..5", 3));
+  EXPECT_FALSE(env_->ExceptionCheck());
+}
+
+TEST_F(JavaValidator, ItRunsOnThreadsThatTheJvmDoesNotKnow) {
+  std::string good, bad;
+  std::thread([&] {
+    good = validate(kRange, "1..5", 3);
+    bad = validate(kRange, "1..5", 6);
+  }).join();
+  EXPECT_EQ("", good);
+  EXPECT_EQ(0u, bad.find("refused: "));
+}
+
+TEST_F(JavaValidator, ItLeavesNoReferenceBehind) {
+  validate(kRange, "1..5", 3);
+  const testing_support::CountReferences counted(env_);
+  validate(kRange, "1..5", 3);
+  validate(kRange, "1..5", 6);
+  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(0, counted.counts().weakGlobals);
+  EXPECT_EQ(0, counted.counts().frames);
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+// The natives that read, called as the JVM calls them.
+#include "nativesettings/reading.h"
+
+#include "service/failures.h"
+#include "tests/support/bridge_test.h"
+
+namespace {
+
+using namespace nativesettings;
+using testing_support::BridgeTest;
+using testing_support::takeException;
+using zlutil::settings::Failure;
+using Names = std::vector<std::string>;
+
+constexpr const char* kNotFound = "com.velonix.services.settings.SettingNotFoundException: ";
+
+class Reading : public BridgeTest {
+ protected:
+  jobject get(const Names& node, const char* key, const char* level) {
+    return nativeGet(env_, nullptr, handle_, path(node), str(key), level ? str(level) : nullptr);
+  }
+  std::string level(const Names& node, const char* key) {
+    return text(nativeGetLevel(env_, nullptr, handle_, path(node), str(key)));
+  }
+  bool isSet(const Names& node, const char* key, const char* level) {
+    return nativeIsSet(env_, nullptr, handle_, path(node), str(key), level ? str(level) : nullptr);
+  }
+  bool exists(const Names& node, const char* key) {
+    return nativeExists(env_, nullptr, handle_, path(node), key ? str(key) : nullptr);
+  }
+  bool isChildNode(const Names& node, const char* name) {
+    return nativeIsChildNode(env_, nullptr, handle_, path(node), str(name));
+  }
+  Names children(const Names& node, int selector) {
+    return texts(nativeGetChildren(env_, nullptr, handle_, path(node), selector));
+  }
+};
+
+TEST_F(Reading, AValueInEffectIsThatOfTheFirstLevelThatHasOne) {
+  EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", nullptr))));
+  EXPECT_EQ("java.lang.Integer", className(valueOf(get({"a", "b"}, "k", nullptr))));
+  EXPECT_EQ("user", level({"a", "b"}, "k"));
+  at({"a", "b"})->setAny("k", 9, "session");
+  EXPECT_EQ("9", show(valueOf(get({"a", "b"}, "k", nullptr))));
+  EXPECT_EQ("session", level({"a", "b"}, "k"));
+}
+
+TEST_F(Reading, AValueAtALevelIsThatLevelsOnly) {
+  EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", "user"))));
+  EXPECT_EQ("1", show(valueOf(get({"a", "b"}, "k", "factory"))));
+}
+
+TEST_F(Reading, WithoutAValueTheInfoTellsTheDeclaredClass) {
+  jobject atSession = get({"a", "b"}, "k", "session");
+  EXPECT_EQ("null", show(valueOf(atSession)));
+  EXPECT_EQ("class java.lang.Integer", show(typeOf(atSession)));
+  jobject empty = get({"a", "b"}, "empty", nullptr);
+  EXPECT_EQ("null", show(valueOf(empty)));
+  EXPECT_EQ("null", show(typeOf(empty)));
+  EXPECT_EQ("null", level({"a", "b"}, "empty"));
+}
+
+TEST_F(Reading, WhatDoesNotExistIsNotFoundUnderItsDottedPath) {
+  EXPECT_EQ(nullptr, get({"a", "x"}, "k", nullptr));
+  EXPECT_EQ(kNotFound + std::string("a.x.k"), takeException(env_));
+  EXPECT_EQ(nullptr, get({"a", "b"}, "x", nullptr));
+  EXPECT_EQ(kNotFound + std::string("a.b.x"), takeException(env_));
+  EXPECT_EQ(nullptr, get({"a"}, "b", nullptr)) << "a node is no key";
+  EXPECT_EQ(kNotFound + std::string("a.b"), takeException(env_));
+  level({"a", "x"}, "k");
+  EXPECT_EQ(kNotFound + std::string("a.x.k"), takeException(env_));
+  level({"a", "b"}, "x");
+  EXPECT_EQ(kNotFound + std::string("a.b.x"), takeException(env_));
+}
+
+TEST_F(Reading, AnUnknownLevelIsARuntimeExceptionInEveryMethod) {
+  const std::string expected = "java.lang.RuntimeException: Unsupported level for a.b.k";
+  get({"a", "b"}, "k", "galaxy");
+  EXPECT_EQ(expected, takeException(env_));
+  EXPECT_FALSE(isSet({"a", "b"}, "k", "galaxy"));
+  EXPECT_EQ(expected, takeException(env_));
+}
+
+TEST_F(Reading, IsSetIsFalseForWhatDoesNotExist) {
+  EXPECT_TRUE(isSet({"a", "b"}, "k", "user"));
+  EXPECT_TRUE(isSet({"a", "b"}, "k", nullptr));
+  EXPECT_FALSE(isSet({"a", "b"}, "k", "session"));
+  EXPECT_FALSE(isSet({"a", "b"}, "x", "user"));
+  EXPECT_FALSE(isSet({"a", "x"}, "k", "user"));
+  EXPECT_FALSE(isSet({"a"}, "b", "user"));
+}
+
+TEST_F(Reading, ExistsTellsNodesAndKeysApart) {
+  EXPECT_TRUE(exists({}, nullptr));
+  EXPECT_TRUE(exists({"a", "b"}, nullptr));
+  EXPECT_FALSE(exists({"a", "b", "k"}, nullptr));
+  EXPECT_TRUE(exists({"a", "b"}, "k"));
+  EXPECT_FALSE(exists({"a"}, "b"));
+  EXPECT_FALSE(exists({"a", "b"}, "x"));
+  EXPECT_FALSE(exists({"x"}, "k"));
+}
+
+TEST_F(Reading, IsChildNodeReportsAMissingChild) {
+  EXPECT_TRUE(isChildNode({"a"}, "b"));
+  EXPECT_FALSE(isChildNode({"a", "b"}, "k"));
+  EXPECT_FALSE(isChildNode({"a"}, "x"));
+  EXPECT_EQ(kNotFound + std::string("a.x"), takeException(env_));
+}
+
+TEST_F(Reading, ChildrenAreListedAllOrByKind) {
+  EXPECT_EQ((Names{"b", "s"}), children({"a"}, 0));
+  EXPECT_EQ(Names{"s"}, children({"a"}, 1));
+  EXPECT_EQ(Names{"b"}, children({"a"}, -5));
+  EXPECT_EQ(Names(), children({"spare"}, 0));
+  EXPECT_NE(nullptr, nativeGetChildren(env_, nullptr, handle_, path({"spare"}), 1));
+  EXPECT_EQ(nullptr, nativeGetChildren(env_, nullptr, handle_, path({"a", "x"}), 0));
+  EXPECT_EQ(kNotFound + std::string("a.x"), takeException(env_));
+}
+
+TEST_F(Reading, ThousandsOfChildrenMakeNoJniWarning) {
+  Names names;
+  for (int i = 1000; i < 4000; ++i) {
+    names.push_back("n" + std::to_string(i));
+    addNode(at({"spare"}), names.back());
+  }
+  EXPECT_EQ(names, children({"spare"}, 0));
+}
+
+TEST_F(Reading, AChildOfTheWrongKindOrNoneIsToldApart) {
+  using namespace KORVEN::settings::core;
+  const auto node = at({"a"});
+  EXPECT_EQ(at({"a", "s"}), getChildFromJava(env_, node, str("s"), true));
+  EXPECT_EQ(at({"a", "b"}), getChildFromJava(env_, node, str("b"), false));
+  EXPECT_THROW(getChildFromJava(env_, node, str("b"), true), Failure<NotAKeyName>);
+  EXPECT_THROW(getChildFromJava(env_, node, str("x"), true), Failure<NoSuchKey>);
+  try {
+    getChildFromJava(env_, node, str("x"), false);
+    FAIL();
+  } catch (const Failure<NoSuchNode>& e) {
+    EXPECT_EQ("\"a\" has no entry \"x\".", e.GetMessageTxt());
+  }
+}
+
+}  // namespace

@@ -1,0 +1,19 @@
+#!/bin/bash
+# Runs a program that ends while settings are in use, many times over, and counts the clean ends.
+# Arguments: the number of runs, then the command. Clean is: exit code 0, within the time, and nothing
+# on the output that a JVM says when something is wrong.
+set -u
+runs=$1
+shift
+clean=0
+for ((run = 1; run <= runs; ++run)); do
+  output=$(timeout 30 "$@" 2>&1)
+  code=$?
+  if [[ $code -eq 0 ]] && ! grep -qE 'SIG[A-Z]+ \(|fatal error|WARNING in native|Exception' <<<"$output"; then
+    clean=$((clean + 1))
+  else
+    echo "run $run ended with $code: $(tail -n 20 <<<"$output")"
+  fi
+done
+echo "$clean of $runs runs ended cleanly"
+[[ $clean -eq $runs ]]

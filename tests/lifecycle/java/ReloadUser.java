@@ -1,0 +1,43 @@
+import com.velonix.services.settings.Registration;
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingListener;
+import com.velonix.services.settings.SettingChangeEvent;
+import com.velonix.services.settings.SettingLevel;
+import com.velonix.services.settings.SettingPath;
+import com.velonix.services.settings.SettingValidationException;
+import com.velonix.services.settings.validators.Range;
+import java.util.concurrent.Callable;
+import java.util.concurrent.atomic.AtomicInteger;
+
+/** Uses values, validators and listeners once; the answer tells what happened. */
+public final class ReloadUser implements Callable<String> {
+    @Override
+    public String call() throws Exception {
+        AtomicInteger heard = new AtomicInteger();
+        try (SettingPath root = SettingPath.processRoot()) {
+            SettingPath editor = root.addNode("reload");
+            Setting<Integer> size =
+                    editor.addKey("size", 12, SettingLevel.USER, Range.class, "1..72");
+            SettingListener counter = new SettingListener() {
+                @Override
+                public void settingChanged(SettingChangeEvent event) {
+                    heard.incrementAndGet();
+                }
+            };
+            try (Registration registration = editor.addListener(counter)) {
+                size.set(14);
+                NativePublisher.setOnce("reload.size", 15);
+            }
+            size.set(16);
+            String refusal = "accepted";
+            try {
+                size.set(100);
+            } catch (SettingValidationException e) {
+                refusal = "refused";
+            }
+            int last = size.get();
+            root.delete("reload");
+            return "size " + last + ", heard " + heard + ", 100 " + refusal;
+        }
+    }
+}
