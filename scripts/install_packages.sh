@@ -1,0 +1,25 @@
+#!/bin/bash
+# Installs the Debian packages that building and testing need, if any of them is missing. Says what it
+# installs. Works as root, or with sudo.
+set -euo pipefail
+
+packages=(
+  # to build
+  g++ cmake ninja-build openjdk-17-jdk-headless libboost-dev libtbb-dev libexpat1-dev libsqlite3-dev
+  # to test
+  libgtest-dev libbenchmark-dev junit5 clang-14 clang-tidy-14 libclang-rt-14-dev binutils
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [[ $status == installed ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+echo "Installing Debian packages: ${missing[*]}"
+as_root=()
+[[ $(id -u) -eq 0 ]] || as_root=(sudo)
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+  apt-get install -y -qq --no-install-recommends "${missing[@]}"

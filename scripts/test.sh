@@ -1,0 +1,58 @@
+#!/bin/bash
+# Builds and runs every test, after installing what that needs (scripts/install_packages.sh).
+#
+#   scripts/test.sh            everything, as CI runs it
+#   scripts/test.sh dev        all tests, with and without a JVM (-Xcheck:jni)
+#   scripts/test.sh asan       the same under the address, undefined-behaviour and leak sanitizers
+#   scripts/test.sh tsan       the tests without a JVM under the thread sanitizer
+#   scripts/test.sh clang      a clang build with thread-safety analysis, and the fuzzer for
+#                              FUZZ_SECONDS (60) seconds
+#   scripts/test.sh tidy       clang-tidy over all sources
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh
+
+# Configures and builds a preset, quietly unless it fails.
+build() {
+  local log="build/$1.log"
+  mkdir -p build
+  echo "== $1: building"
+  if ! { cmake --preset "$1" && cmake --build "build/$1"; } >"$log" 2>&1; then
+    tail -n 60 "$log"
+    exit 1
+  fi
+}
+
+run_ctest() {
+  echo "== $1: testing"
+  ctest --test-dir "build/$1" --output-on-failure --progress -j 2 --no-tests=error |
+    grep -v '^\[' || return 1
+}
+
+run_dev() { build dev && run_ctest dev; }
+run_asan() { build asan && run_ctest asan; }
+run_tsan() { build tsan && run_ctest tsan; }
+
+run_clang() {
+  build clang
+  local seconds="${FUZZ_SECONDS:-60}"
+  echo "== clang: fuzzing the settings-file reader for $seconds seconds"
+  mkdir -p build/clang/corpus
+  build/clang/tests/fuzz/settings_file_fuzz -max_total_time="$seconds" -timeout=10 \
+    -rss_limit_mb=2048 -print_final_stats=1 -dict=tests/fuzz/settings_file.dict \
+    -artifact_prefix=build/clang/ build/clang/corpus tests/fuzz/corpus 2>&1 |
+    grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done' 
+  [[ ${PIPESTATUS[0]} -eq 0 ]]
+}
+
+run_tidy() {
+  build clang
+  echo "== tidy: clang-tidy"
+  git ls-files '*.cpp' | grep -E '^(base|values|bridge|service|nativesettings|host)/' |
+    xargs -P 2 -n 4 clang-tidy-14 -p build/clang --quiet 2>/dev/null
+}
+
+for part in ${1:-dev asan tsan clang tidy}; do
+  "run_$part"
+done
+echo "All parts passed: ${1:-dev asan tsan clang tidy}"
