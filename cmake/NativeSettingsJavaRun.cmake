@@ -1,11 +1,19 @@
-# What every test that starts the java program needs:
+# What every test with a JVM needs:
 #   JNI_WARNINGS               matches what -Xcheck:jni prints when native code misuses the JVM
-#   JAVA_SANITIZER_ENVIRONMENT environment entries for the sanitizer that the build uses, if any
+#   SANITIZER_ENVIRONMENT      environment entries for a program that embeds a JVM, if the build has
+#                              sanitizers
+#   JAVA_SANITIZER_ENVIRONMENT the same for the java program, which needs some more
 set(JNI_WARNINGS
   "WARNING in native method|FATAL ERROR in native method|JNI local refs: [0-9]+, exceeds|Warning: Calling other JNI")
 
+set(SANITIZER_ENVIRONMENT "")
 set(JAVA_SANITIZER_ENVIRONMENT "")
 if(NATIVESETTINGS_SANITIZE MATCHES address)
+  set(suppressions ${PROJECT_SOURCE_DIR}/tests/support/lsan.supp)
+  set(SANITIZER_ENVIRONMENT
+    "ASAN_OPTIONS=handle_segv=0:allow_user_segv_handler=1:detect_leaks=1"
+    "LSAN_OPTIONS=suppressions=${suppressions}:print_suppressions=0:use_tls=0"
+    "UBSAN_OPTIONS=print_stacktrace=1")
   # The java program is not instrumented, so the runtime has to be there before it; and the C++
   # library with it, or the first exception thrown finds no interceptor.
   set(preload "")
@@ -15,10 +23,5 @@ if(NATIVESETTINGS_SANITIZE MATCHES address)
     list(APPEND preload ${file})
   endforeach()
   list(JOIN preload " " preload)
-  set(suppressions ${PROJECT_SOURCE_DIR}/tests/support/lsan.supp)
-  set(JAVA_SANITIZER_ENVIRONMENT
-    "LD_PRELOAD=${preload}"
-    "ASAN_OPTIONS=handle_segv=0:allow_user_segv_handler=1:detect_leaks=1"
-    "LSAN_OPTIONS=suppressions=${suppressions}:print_suppressions=0:use_tls=0"
-    "UBSAN_OPTIONS=print_stacktrace=1")
+  set(JAVA_SANITIZER_ENVIRONMENT "LD_PRELOAD=${preload}" ${SANITIZER_ENVIRONMENT})
 endif()

@@ -1,0 +1,16 @@
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingPath;
+
+/** The least that a program does with settings. */
+public final class ReadmeExample {
+    private ReadmeExample() {}
+
+    public static void main(String[] arguments) throws Exception {
+        try (SettingPath root = SettingPath.processRoot()) {
+            Setting<Integer> size = root.path("editor").setting("fontSize", Integer.class);
+            System.out.println("Font size " + size.get() + " from " + size.level().orElseThrow());
+            size.set(14);
+            System.out.println("Font size " + size.get() + " from " + size.level().orElseThrow());
+        }
+    }
+}

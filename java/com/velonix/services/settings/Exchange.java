@@ -1,0 +1,175 @@
+package com.velonix.services.settings;
+
+import java.nio.ByteBuffer;
+import java.nio.ByteOrder;
+
+/**
+ * What Java hands to native code: arguments and values, written into memory that both see, so that
+ * one call from the native side brings all of them. Called by native code only (values/exchange.h,
+ * which reads what is written here).
+ *
+ * <p>Each thread has a buffer of its own, whose first eight bytes hold its address once native code
+ * has noted it there. A text is its length in bytes and then those bytes, in modified UTF-8.
+ */
+final class Exchange {
+    private static final int START = Long.BYTES;
+    private static final int USUAL_SIZE = 4096;
+
+    /** In place of a kind: the value's class is none of the kinds; there is no value. */
+    private static final int OTHER_CLASS = 0, NULL_VALUE = -1;
+
+    /** In place of an address: the value could not be read. */
+    private static final long FAILED = -1;
+
+    /** Holds nothing of this class's own, which could otherwise not be unloaded. */
+    private static final ThreadLocal<ByteBuffer> BUFFERS =
+            ThreadLocal.withInitial(() -> newBuffer(USUAL_SIZE));
+
+    private Exchange() {}
+
+    /** The calling thread's buffer, for native code to note its address. */
+    static ByteBuffer buffer() {
+        return BUFFERS.get();
+    }
+
+    /**
+     * Writes the names of a path (none for null), a key's name and a level's (empty for null).
+     *
+     * @return the buffer's address, or 0 when it is not known yet
+     */
+    static long arguments(String[] path, String key, String level) {
+        int names = path == null ? 0 : path.length;
+        long needed = START + Integer.BYTES + mostBytes(key) + mostBytes(level);
+        for (int i = 0; i < names; ++i) needed += mostBytes(path[i]);
+        ByteBuffer out = bufferOf(needed);
+        out.putInt(START, names);
+        int at = START + Integer.BYTES;
+        for (int i = 0; i < names; ++i) at = write(out, at, path[i]);
+        at = write(out, at, key);
+        write(out, at, level);
+        return out.getLong(0);
+    }
+
+    /**
+     * Writes the value of a SettingInfo, as {@link #write(Object, Class)} does. What its getValue()
+     * throws leaves this method; no other failure does.
+     */
+    static long value(SettingInfo info) {
+        Object value = info.getValue();
+        try {
+            return write(value, value != null ? value.getClass() : info.getType());
+        } catch (Throwable failed) {
+            return FAILED;
+        }
+    }
+
+    /**
+     * Writes a value: its kind, the number of its elements, the elements.
+     *
+     * @param value of any class, or null
+     * @param type the class that the value has or, for null, would have
+     * @return the buffer's address, or 0 when it is not known yet
+     */
+    static long write(Object value, Class<?> type) {
+        int kind = type == null ? OTHER_CLASS : ValueKinds.of(type);
+        if (kind != OTHER_CLASS && value == null)
+            kind = NULL_VALUE;
+        if (kind <= 0)
+            return head(bufferOf(START + 2 * Integer.BYTES), kind, 0);
+        return value instanceof Object[] elements ? writeAll(kind, elements)
+                : value instanceof String text    ? writeTexts(kind, text)
+                                                  : writeNumber(kind, value);
+    }
+
+    private static long writeAll(int kind, Object[] elements) {
+        for (Object element : elements) {
+            if (element == null)
+                return head(bufferOf(START + 2 * Integer.BYTES), NULL_VALUE, 0);
+        }
+        if (elements instanceof String[] texts)
+            return writeTexts(kind, texts);
+        long bytes = (long) elements.length * Long.BYTES;
+        ByteBuffer out = bufferOf(START + 2 * Integer.BYTES + bytes);
+        int at = START + 2 * Integer.BYTES;
+        if (elements instanceof Double[] doubles) {
+            for (int i = 0; i < doubles.length; ++i) out.putDouble(at + i * Long.BYTES, doubles[i]);
+        } else {
+            for (int i = 0; i < elements.length; ++i)
+                out.putLong(at + i * Long.BYTES, bits(elements[i]));
+        }
+        return head(out, kind, elements.length);
+    }
+
+    private static long writeNumber(int kind, Object value) {
+        ByteBuffer out = bufferOf(START + 2 * Integer.BYTES + Long.BYTES);
+        out.putLong(START + 2 * Integer.BYTES, bits(value));
+        return head(out, kind, 1);
+    }
+
+    private static long writeTexts(int kind, String... texts) {
+        long needed = START + 2 * Integer.BYTES;
+        for (String text : texts) needed += mostBytes(text);
+        ByteBuffer out = bufferOf(needed);
+        int at = START + 2 * Integer.BYTES;
+        for (String text : texts) at = write(out, at, text);
+        return head(out, kind, texts.length);
+    }
+
+    private static long head(ByteBuffer out, int kind, int elements) {
+        out.putInt(START, kind);
+        out.putInt(START + Integer.BYTES, elements);
+        return out.getLong(0);
+    }
+
+    /**
+     * A whole number sign-extended, an unsigned one zero-extended, the bits of a float or double.
+     */
+    private static long bits(Object value) {
+        if (value instanceof Boolean flag)
+            return flag ? 1 : 0;
+        if (value instanceof Double number)
+            return Double.doubleToRawLongBits(number);
+        if (value instanceof Float number)
+            return Float.floatToRawIntBits(number);
+        return ((Number) value).longValue();
+    }
+
+    private static ByteBuffer bufferOf(long needed) {
+        ByteBuffer buffer = BUFFERS.get();
+        if (needed > buffer.capacity() || buffer.capacity() > USUAL_SIZE && needed <= USUAL_SIZE) {
+            // A buffer for something large is not kept for longer than it is needed.
+            buffer = newBuffer(Math.max(Math.toIntExact(needed), USUAL_SIZE));
+            BUFFERS.set(buffer);
+        }
+        return buffer;
+    }
+
+    private static ByteBuffer newBuffer(int size) {
+        return ByteBuffer.allocateDirect(size).order(ByteOrder.nativeOrder());
+    }
+
+    private static long mostBytes(String text) {
+        return Integer.BYTES + (text == null ? 0 : 3L * text.length());
+    }
+
+    private static int write(ByteBuffer out, int at, String text) {
+        int begin = at + Integer.BYTES;
+        int end = begin;
+        int length = text == null ? 0 : text.length();
+        for (int i = 0; i < length; ++i) {
+            char unit = text.charAt(i);
+            if (unit != 0 && unit < 0x80) {
+                out.put(end++, (byte) unit);
+            } else if (unit < 0x800) {
+                out.put(end++, (byte) (0xC0 | unit >> 6));
+                out.put(end++, (byte) (0x80 | unit & 0x3F));
+            } else {
+                out.put(end++, (byte) (0xE0 | unit >> 12));
+                out.put(end++, (byte) (0x80 | unit >> 6 & 0x3F));
+                out.put(end++, (byte) (0x80 | unit & 0x3F));
+            }
+        }
+        out.putInt(at, end - begin);
+        return end;
+    }
+}

@@ -1,0 +1,378 @@
+package com.velonix.services.settings;
+
+import java.util.Objects;
+import java.util.Optional;
+import java.util.function.Consumer;
+
+/**
+ * A key of a settings tree, seen as holding values of one Java class. Whether there is such a key
+ * is found out when an operation needs it.
+ *
+ * <p>Obtained from {@link SettingPath#setting}; it ends with the path that it was obtained from.
+ * May be used by any number of threads. Every operation may fail with {@link IllegalStateException}
+ * once the tree has been closed. Failures of the service other than those named here are {@link
+ * SettingException}s too.
+ *
+ * @param <T> the class of the values
+ */
+public final class Setting<T> {
+    private final SettingPath parent;
+    private final String name;
+    private final Class<T> type;
+
+    Setting(SettingPath parent, String name, Class<T> type) {
+        this.parent = parent;
+        this.name = name;
+        this.type = type;
+    }
+
+    /**
+     * Whether a text may be the name of a node or a key: an ASCII letter followed by letters,
+     * digits and underscores, at most 63 in all.
+     *
+     * @param name the text
+     * @return true when it may
+     */
+    public static boolean isValidName(String name) {
+        Objects.requireNonNull(name, "name");
+        NativeLibrary.load();
+        return nativeIsKeyNameValid(name);
+    }
+
+    /**
+     * The value in effect.
+     *
+     * @return the value of the first level that has one
+     * @throws SettingNotFoundException if there is no such key, or no level has a value
+     * @throws SettingException if the settings service fails otherwise
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public T get() throws SettingException {
+        return find().orElseThrow(
+                () -> new SettingNotFoundException(dotted() + " has no value at any level"));
+    }
+
+    /**
+     * The value at one level.
+     *
+     * @param level the level to look at
+     * @return its value
+     * @throws SettingNotFoundException if there is no such key, or the level has no value
+     * @throws SettingException if the settings service fails otherwise
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public T get(SettingLevel level) throws SettingException {
+        return find(level).orElseThrow(
+                ()
+                        -> new SettingNotFoundException(
+                                dotted() + " has no value at the level " + level.levelName()));
+    }
+
+    /**
+     * The value in effect, if there is one.
+     *
+     * @return the value of the first level that has one; empty when none has
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public Optional<T> find() throws SettingException {
+        return typed(read(null));
+    }
+
+    /**
+     * The value at one level, if there is one.
+     *
+     * @param level the level to look at
+     * @return its value, or empty
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public Optional<T> find(SettingLevel level) throws SettingException {
+        return typed(read(SettingLevel.nameOf(level)));
+    }
+
+    /**
+     * The level that supplies the value in effect.
+     *
+     * @return the first level that has a value; empty when none has
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Optional<SettingLevel> level() throws SettingException {
+        long address = tree().enter();
+        try {
+            return Optional.ofNullable(nativeGetLevel(address, path(), name))
+                    .map(SettingLevel::ofName);
+        } finally {
+            tree().exit();
+        }
+    }
+
+    /**
+     * The class that the key's values have, whatever class this object reads them as.
+     *
+     * @return the class; empty while the key has neither a declared type nor a value
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Optional<Class<?>> declaredType() throws SettingException {
+        return Optional.ofNullable(read(null).getType());
+    }
+
+    /**
+     * Whether there is such a key.
+     *
+     * @return false also where there is a node
+     */
+    public boolean exists() {
+        return exists(tree(), path(), name);
+    }
+
+    /**
+     * Whether there is such a key and some level has a value.
+     *
+     * @return true when {@link #get()} has something to return
+     */
+    public boolean isSet() {
+        return isSet((String) null);
+    }
+
+    /**
+     * Whether there is such a key and one level has a value.
+     *
+     * @param level the level to look at
+     * @return true when {@link #get(SettingLevel)} has something to return
+     */
+    public boolean isSet(SettingLevel level) {
+        return isSet(SettingLevel.nameOf(level));
+    }
+
+    /**
+     * Sets the value at the default level, {@link SettingLevel#defaultLevel()}.
+     *
+     * @param value the new value
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingValidationException if a validator refuses the value, or the key has values of
+     *     another class
+     * @throws SettingException if the change cannot be stored
+     */
+    public void set(T value) throws SettingException {
+        set(value, SettingLevel.defaultLevel());
+    }
+
+    /**
+     * Sets the value at one level.
+     *
+     * @param value the new value
+     * @param level the level to change
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingValidationException if a validator refuses the value, or the key has values of
+     *     another class
+     * @throws SettingAccessException if the level is read-only
+     * @throws SettingException if the change cannot be stored
+     */
+    public void set(T value, SettingLevel level) throws SettingException {
+        store(0, value, SettingLevel.nameOf(level));
+    }
+
+    /**
+     * Removes the value from the default level, {@link SettingLevel#defaultLevel()}.
+     *
+     * @throws SettingNotFoundException if there is no such key, or the level has no value
+     * @throws SettingException if the change cannot be stored
+     */
+    public void unset() throws SettingException {
+        unset(SettingLevel.defaultLevel());
+    }
+
+    /**
+     * Removes the value from one level.
+     *
+     * @param level the level to change
+     * @throws SettingNotFoundException if there is no such key, or the level has no value
+     * @throws SettingAccessException if the level is read-only
+     * @throws SettingException if the change cannot be stored
+     */
+    public void unset(SettingLevel level) throws SettingException {
+        String levelName = SettingLevel.nameOf(level);
+        long address = tree().enter();
+        try {
+            nativeUnset(address, path(), name, levelName);
+        } finally {
+            tree().exit();
+        }
+    }
+
+    /**
+     * Registers an action for changes of the value, at any level.
+     *
+     * @param action is called for each change, as {@link SettingListener#settingChanged} is
+     * @return ends the registration
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Registration addListener(Consumer<? super SettingChangeEvent> action)
+            throws SettingException {
+        Objects.requireNonNull(action, "action");
+        return addListener(new SettingListener() {
+            @Override
+            public void settingChanged(SettingChangeEvent event) {
+                action.accept(event);
+            }
+        });
+    }
+
+    /**
+     * Registers a listener.
+     *
+     * @param listener is called for changes of the value, at any level, and when the key is removed
+     * @return ends the registration
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Registration addListener(SettingListener listener) throws SettingException {
+        Objects.requireNonNull(listener, "listener");
+        return ListenerRegistration.start(listener, this, tree(), path(), name);
+    }
+
+    /**
+     * The place of the node that holds the key.
+     *
+     * @return the place
+     */
+    public SettingPath parent() {
+        return parent;
+    }
+
+    /**
+     * The key's name.
+     *
+     * @return the last component of its path
+     */
+    public String name() {
+        return name;
+    }
+
+    /**
+     * The class that this object reads and writes values as.
+     *
+     * @return the class
+     */
+    public Class<T> type() {
+        return type;
+    }
+
+    /** The dotted path and the tree that it is in. */
+    @Override
+    public String toString() {
+        return dotted() + " in " + tree();
+    }
+
+    /** The dotted path. */
+    String dotted() {
+        return parent.dotted(name);
+    }
+
+    /** Records the value in a transaction context, or sets it when the context is 0. */
+    void store(long context, T value, String level) throws SettingException {
+        SettingInfo info = new SettingInfo(ValueTypes.toStored(value, dotted()));
+        long address = tree().enter();
+        try {
+            nativeSet(context, address, path(), name, info, level);
+        } finally {
+            tree().exit();
+        }
+    }
+
+    static boolean exists(TreeHandle tree, String[] path, String key) {
+        long address = tree.enter();
+        try {
+            return nativeExists(address, path, key);
+        } finally {
+            tree.exit();
+        }
+    }
+
+    static String factoryDir(TreeHandle tree) {
+        long address = tree.enter();
+        try {
+            String directory = nativeGetFactoryDir(address);
+            if (directory == null)
+                throw Unanswered.failure(tree.toString());
+            return directory;
+        } finally {
+            tree.exit();
+        }
+    }
+
+    /** Adds with a source, removes without one. The caller holds the handle. */
+    static void addRemoveListener(Object source, long address, String[] path, String key,
+            SettingListener listener) throws SettingException {
+        nativeAddRemoveListener(source, address, path, key, listener);
+    }
+
+    private SettingInfo read(String level) throws SettingException {
+        SettingInfo info;
+        long address = tree().enter();
+        try {
+            info = nativeGet(address, path(), name, level);
+        } finally {
+            tree().exit();
+        }
+        if (info == null)
+            throw Unanswered.failure(dotted());
+        return info;
+    }
+
+    private Optional<T> typed(SettingInfo info) {
+        Class<?> declared = info.getType();
+        if (declared != null && !ValueTypes.fits(declared, type)) {
+            throw new SettingUnsupportedTypeRuntimeException(dotted() + " is of type "
+                    + declared.getTypeName() + " and was read as " + type.getTypeName());
+        }
+        Object value = info.getValue();
+        return value == null ? Optional.empty() : Optional.of(ValueTypes.fromStored(value, type));
+    }
+
+    private boolean isSet(String level) {
+        long address = tree().enter();
+        try {
+            return nativeIsSet(address, path(), name, level);
+        } finally {
+            tree().exit();
+        }
+    }
+
+    private TreeHandle tree() {
+        return parent.tree();
+    }
+
+    private String[] path() {
+        return parent.nameArray();
+    }
+
+    private static native void nativeAddRemoveListener(Object source, long handle, String[] path,
+            String key, SettingListener listener) throws SettingException;
+
+    private static native SettingInfo nativeGet(
+            long handle, String[] path, String key, String level) throws SettingException;
+
+    private static native String nativeGetLevel(long handle, String[] path, String key)
+            throws SettingException;
+
+    private static native boolean nativeIsKeyNameValid(String name);
+
+    private static native boolean nativeIsSet(long handle, String[] path, String key, String level);
+
+    private static native boolean nativeExists(long handle, String[] path, String key);
+
+    private static native void nativeSet(long context, long handle, String[] path, String key,
+            SettingInfo value, String level) throws SettingException;
+
+    private static native void nativeUnset(long handle, String[] path, String key, String level)
+            throws SettingException;
+
+    private static native String nativeGetFactoryDir(long handle);
+}

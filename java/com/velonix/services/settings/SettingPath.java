@@ -1,0 +1,400 @@
+package com.velonix.services.settings;
+
+import java.io.IOException;
+import java.nio.file.Path;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Objects;
+
+/**
+ * A place for a node in a settings tree. Whether there is a node at the place is found out when an
+ * operation needs one.
+ *
+ * <p>{@link #processRoot()}, {@link #sessionRoot(long)}, {@link #load(Path)} and {@link
+ * #standalone()} open a tree and give its root, which owns the tree's native handle. Everything
+ * reached from a root shares its handle, and ends with {@link IllegalStateException} once the root
+ * has been closed. May be used by any number of threads.
+ *
+ * <p>Where an operation needs a node and there is none, or needs an entry of it that is missing, it
+ * fails with {@link SettingNotFoundException}; where a name is taken, with {@link
+ * SettingNameDuplicationException}; other failures of the service are {@link SettingException}s
+ * too.
+ */
+public final class SettingPath implements AutoCloseable {
+    private final TreeHandle tree;
+    private final String[] names;
+
+    private SettingPath(TreeHandle tree, String[] names) {
+        this.tree = tree;
+        this.names = names;
+    }
+
+    /** {@return the root of the settings of this process; the caller closes it} */
+    public static SettingPath processRoot() {
+        NativeLibrary.load();
+        return open(nativeGetZvmRoot(/* no session */ 0), true, "the settings of the process");
+    }
+
+    /**
+     * Opens the settings of an engine session. A session that does not exist has the settings of
+     * the process.
+     *
+     * @param session the session's number, not negative
+     * @return the root; the caller closes it
+     * @throws IllegalArgumentException if the number is negative
+     */
+    public static SettingPath sessionRoot(long session) {
+        if (session < 0)
+            throw new IllegalArgumentException("session " + session + " is negative");
+        try (SettingPath process = processRoot()) {
+            long address = nativeGetZvmRoot(session);
+            boolean same = address != 0 && nativeGetPtrTarget(address) == process.tree.target();
+            return open(address, same, "the settings of session " + session);
+        }
+    }
+
+    /**
+     * Reads a settings file into a tree of its own, which lives in memory.
+     *
+     * @param file the file
+     * @return the root; the caller closes it
+     * @throws IOException if the file cannot be read or is no settings file; the message has the
+     *     reason, with line and column
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public static SettingPath load(Path file) throws IOException, SettingException {
+        String name = Objects.requireNonNull(file, "file").toFile().getPath();
+        NativeLibrary.load();
+        return open(nativeLoadSettings(name), false, "the settings of " + name);
+    }
+
+    /** {@return the root of a new, empty tree that lives in memory; the caller closes it} */
+    public static SettingPath standalone() {
+        NativeLibrary.load();
+        try {
+            return open(nativeLoadSettings(null), false, "standalone settings");
+        } catch (IOException | SettingException failed) {
+            throw new IllegalStateException(failed.getMessage(), failed);
+        }
+    }
+
+    /**
+     * The place below this one.
+     *
+     * @param further names that lead downwards, none for this place itself
+     * @return the place; closing it has no effect
+     */
+    public SettingPath path(String... further) {
+        String[] checked = Names.copyOf(further);
+        String[] all = Arrays.copyOf(names, names.length + checked.length);
+        System.arraycopy(checked, 0, all, names.length, checked.length);
+        return new SettingPath(tree, all);
+    }
+
+    /**
+     * A key of the node at this place.
+     *
+     * @param name the key's name
+     * @param type the class of its values: one of the element classes, an array of one, a primitive
+     *     array, or a class that all values of interest extend, such as {@code Object}
+     * @param <T> the class of its values
+     * @return the key
+     * @throws SettingUnsupportedTypeRuntimeException if no setting has values of that class
+     */
+    public <T> Setting<T> setting(String name, Class<T> type) {
+        Objects.requireNonNull(name, "name");
+        return new Setting<>(this, name, ValueTypes.checkAsked(type, dotted(name)));
+    }
+
+    /** {@return the names that lead here from the root; empty for the root} */
+    public List<String> names() {
+        return List.of(names);
+    }
+
+    /**
+     * {@return the names of the nodes directly below the node at this place, in order}
+     * @throws SettingException if there is no node here
+     */
+    public List<String> nodes() throws SettingException {
+        return list(-1);
+    }
+
+    /**
+     * {@return the names of the keys of the node at this place, in order}
+     * @throws SettingException if there is no node here
+     */
+    public List<String> keys() throws SettingException {
+        return list(1);
+    }
+
+    /**
+     * {@return the names of the nodes and keys directly below the node at this place, in order}
+     * @throws SettingException if there is no node here
+     */
+    public List<String> children() throws SettingException {
+        return list(0);
+    }
+
+    /** {@return whether there is a node at this place; false also where there is a key} */
+    public boolean exists() {
+        return Setting.exists(tree, names, null);
+    }
+
+    /**
+     * Whether an entry of the node at this place is a node rather than a key.
+     *
+     * @param child the entry's name
+     * @return true for a node, false for a key
+     * @throws SettingException if there is no such entry
+     */
+    public boolean isNode(String child) throws SettingException {
+        Objects.requireNonNull(child, "child");
+        long address = tree.enter();
+        try {
+            return nativeIsChildNode(address, names, child);
+        } finally {
+            tree.exit();
+        }
+    }
+
+    /**
+     * Adds a node.
+     *
+     * @param name its name, a letter followed by letters, digits and underscores
+     * @return its place
+     * @throws SettingException if there is no node here, or the change cannot be stored
+     */
+    public SettingPath addNode(String name) throws SettingException {
+        return addNode(name, ValidatorName.NONE);
+    }
+
+    /**
+     * Adds a node with a validator for the keys below it that have none of their own.
+     *
+     * @param name its name, a letter followed by letters, digits and underscores
+     * @param validator the validator's class
+     * @param argument the argument of the validator's constructor
+     * @return its place
+     * @throws IllegalArgumentException if the validator does not accept the argument
+     * @throws SettingException if there is no node here, or the change cannot be stored
+     */
+    public SettingPath addNode(String name, Class<? extends ValueValidator> validator,
+            String argument) throws SettingException {
+        return addNode(name, ValidatorName.of(validator, argument));
+    }
+
+    /**
+     * Adds a key with its first value, at the default level. When the value is refused the key is
+     * there without a value.
+     *
+     * @param name its name, a letter followed by letters, digits and underscores
+     * @param value its value, which decides its type
+     * @param <T> the class of its values
+     * @return the key
+     * @throws SettingException if there is no node here, or the change cannot be stored
+     */
+    public <T> Setting<T> addKey(String name, T value) throws SettingException {
+        return addKey(name, value, SettingLevel.defaultLevel(), ValidatorName.NONE);
+    }
+
+    /**
+     * Adds a key with a validator and its first value, as above.
+     *
+     * @param name its name, a letter followed by letters, digits and underscores
+     * @param value its value, which decides its type
+     * @param level where to set the value
+     * @param validator the validator's class
+     * @param argument the argument of the validator's constructor
+     * @param <T> the class of its values
+     * @return the key
+     * @throws IllegalArgumentException if the validator does not accept the argument
+     * @throws SettingException if there is no node here, or the change is refused
+     */
+    public <T> Setting<T> addKey(String name, T value, SettingLevel level,
+            Class<? extends ValueValidator> validator, String argument) throws SettingException {
+        return addKey(name, value, level, ValidatorName.of(validator, argument));
+    }
+
+    /**
+     * Removes an entry: a key, or a node with all that is below it.
+     *
+     * @param child the entry's name
+     * @throws SettingAccessException if a file of a read-only level defines it
+     * @throws SettingException if the change cannot be stored
+     */
+    public void delete(String child) throws SettingException {
+        Objects.requireNonNull(child, "child");
+        long address = tree.enter();
+        try {
+            nativeDelete(address, names, child);
+        } finally {
+            tree.exit();
+        }
+    }
+
+    /**
+     * Copies the node at this place, with all that is below it, below another node, of this tree or
+     * of another.
+     *
+     * @param parent the node that receives the copy
+     * @param name the name of the copy
+     * @return the place of the copy
+     * @throws UnsupportedOperationException if it is the name of a node that has children
+     * @throws SettingException if the change cannot be stored
+     */
+    public SettingPath copyTo(SettingPath parent, String name) throws SettingException {
+        Names.checkNew(name);
+        // The native call reports a missing source by the name of the destination.
+        if (!exists())
+            throw new SettingNotFoundException(dotted(null));
+        long destination = Objects.requireNonNull(parent, "parent").tree.enter();
+        try {
+            long source = tree.enter();
+            try {
+                nativeCopySubtree(destination, parent.names, source, names, name);
+            } finally {
+                tree.exit();
+            }
+        } finally {
+            parent.tree.exit();
+        }
+        return parent.path(name);
+    }
+
+    /**
+     * Registers a listener on the node at this place, for everything that happens to it and below
+     * it.
+     *
+     * @param listener is called for changes, additions and removals
+     * @return ends the registration
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Registration addListener(SettingListener listener) throws SettingException {
+        Objects.requireNonNull(listener, "listener");
+        return ListenerRegistration.start(listener, this, tree, names, null);
+    }
+
+    /** {@return the directory that factory settings are read from; it need not exist} */
+    public Path factoryDir() {
+        return Path.of(Setting.factoryDir(tree));
+    }
+
+    /** Closes the tree if this is its root; has no effect elsewhere, or a second time. */
+    @Override
+    public void close() {
+        if (names.length == 0)
+            tree.close();
+    }
+
+    /** Whether the other object is the same place in the same tree. */
+    @Override
+    public boolean equals(Object other) {
+        return other instanceof SettingPath path && Arrays.equals(names, path.names)
+                && tree.sameTree(path.tree);
+    }
+
+    @Override
+    public int hashCode() {
+        return 31 * tree.treeHash() + Arrays.hashCode(names);
+    }
+
+    /** The dotted path and the tree that it is in. */
+    @Override
+    public String toString() {
+        return names.length == 0 ? tree.toString() : dotted(null) + " in " + tree;
+    }
+
+    TreeHandle tree() {
+        return tree;
+    }
+
+    String[] nameArray() {
+        return names;
+    }
+
+    String dotted(String key) {
+        return Names.dotted(Arrays.asList(names), key);
+    }
+
+    static void release(long address) {
+        nativeReleasePtr(address);
+    }
+
+    private static SettingPath open(long address, boolean ofProcess, String description) {
+        if (address == 0)
+            throw Unanswered.failure(description);
+        long target = nativeGetPtrTarget(address);
+        return new SettingPath(
+                new TreeHandle(address, target, ofProcess, description), new String[0]);
+    }
+
+    private SettingPath addNode(String name, ValidatorName validator) throws SettingException {
+        Names.checkNew(name);
+        long address = tree.enter();
+        try {
+            nativeAddNode(address, names, name, validator.className(), validator.argument());
+        } finally {
+            tree.exit();
+        }
+        return path(name);
+    }
+
+    private <T> Setting<T> addKey(String name, T value, SettingLevel level, ValidatorName validator)
+            throws SettingException {
+        Names.checkNew(name);
+        Object stored = ValueTypes.toStored(value, dotted(name));
+        @SuppressWarnings("unchecked") Setting<T> key = setting(name, (Class<T>) value.getClass());
+        long address = tree.enter();
+        try {
+            nativeAddKey(address, names, name, new SettingInfo(stored), SettingLevel.nameOf(level),
+                    validator.className(), validator.argument());
+        } finally {
+            tree.exit();
+        }
+        return key;
+    }
+
+    private List<String> list(int selector) throws SettingException {
+        long address = tree.enter();
+        String[] children;
+        try {
+            children = nativeGetChildren(address, names, selector);
+        } finally {
+            tree.exit();
+        }
+        if (children == null)
+            throw Unanswered.failure(toString());
+        // The native call leaves the order of a selection open.
+        if (selector != 0)
+            Arrays.sort(children);
+        return List.of(children);
+    }
+
+    private static native void nativeAddNode(long handle, String[] path, String name,
+            String validatorClass, String argument) throws SettingException;
+
+    private static native void nativeAddKey(long handle, String[] path, String name,
+            SettingInfo value, String level, String validatorClass, String argument)
+            throws SettingException;
+
+    private static native void nativeCopySubtree(long destination, String[] destinationPath,
+            long source, String[] path, String name) throws SettingException;
+
+    private static native void nativeDelete(long handle, String[] path, String name)
+            throws SettingException;
+
+    private static native long nativeGetZvmRoot(long session);
+
+    private static native long nativeGetPtrTarget(long handle);
+
+    private static native boolean nativeIsChildNode(long handle, String[] path, String name)
+            throws SettingException;
+
+    private static native long nativeLoadSettings(String fileName)
+            throws IOException, SettingException;
+
+    private static native void nativeReleasePtr(long handle);
+
+    private static native String[] nativeGetChildren(long handle, String[] path, int selector)
+            throws SettingException;
+}

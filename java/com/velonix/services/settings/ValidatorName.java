@@ -1,0 +1,24 @@
+package com.velonix.services.settings;
+
+import java.util.Objects;
+
+/** The two strings by which the settings service knows a Java validator; both null for none. */
+record ValidatorName(String className, String argument) {
+    static final ValidatorName NONE = new ValidatorName(null, null);
+
+    /**
+     * Tries the validator out, so that a mistake shows when it is made and not at the first set.
+     */
+    static ValidatorName of(Class<? extends ValueValidator> type, String argument) {
+        Objects.requireNonNull(type, "validator");
+        Objects.requireNonNull(argument, "argument");
+        try {
+            SettingValidator.instance(type, argument);
+        } catch (ReflectiveOperationException | RuntimeException refused) {
+            throw new IllegalArgumentException(
+                    type.getName() + " with \"" + argument + "\": " + refused.getMessage(),
+                    refused);
+        }
+        return new ValidatorName(type.getName(), argument);
+    }
+}

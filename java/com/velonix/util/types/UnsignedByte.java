@@ -1,0 +1,95 @@
+package com.velonix.util.types;
+
+/** An unsigned integer of 8 bits, 0 to 255. Immutable. */
+public final class UnsignedByte extends Number implements Comparable<UnsignedByte> {
+    private static final long serialVersionUID = 1;
+
+    /** The smallest value, 0. */
+    public static final UnsignedByte MIN_VALUE = new UnsignedByte((byte) 0);
+
+    /** The largest value, 255. */
+    public static final UnsignedByte MAX_VALUE = new UnsignedByte((byte) -1);
+
+    /** The bits of the number. */
+    private final byte bits;
+
+    /**
+     * Takes the bits of a signed number of the same width as an unsigned number.
+     *
+     * @param bits the bits; -1 gives {@link #MAX_VALUE}
+     */
+    public UnsignedByte(byte bits) {
+        this.bits = bits;
+    }
+
+    /**
+     * The unsigned number of that value.
+     *
+     * @param value 0 to 255
+     * @return the number
+     * @throws IllegalArgumentException if the value is out of range
+     */
+    public static UnsignedByte valueOf(int value) {
+        if (value < 0 || value > 255) {
+            throw new IllegalArgumentException(value + " is outside 0..255");
+        }
+        return new UnsignedByte((byte) value);
+    }
+
+    /**
+     * Reads a decimal number.
+     *
+     * @param text digits, with an optional plus sign
+     * @return the number
+     * @throws NumberFormatException if the text is no number from 0 to 255
+     */
+    public static UnsignedByte parse(String text) {
+        long value = Long.parseLong(text);
+        if (value < 0 || value > 255) {
+            throw new NumberFormatException(text + " is outside 0..255");
+        }
+        return new UnsignedByte((byte) value);
+    }
+
+    @Override
+    public int intValue() {
+        return Byte.toUnsignedInt(bits);
+    }
+
+    /** The unsigned number. */
+    @Override
+    public long longValue() {
+        return Byte.toUnsignedLong(bits);
+    }
+
+    @Override
+    public float floatValue() {
+        return longValue();
+    }
+
+    @Override
+    public double doubleValue() {
+        return longValue();
+    }
+
+    @Override
+    public int compareTo(UnsignedByte other) {
+        return Byte.compareUnsigned(bits, other.bits);
+    }
+
+    @Override
+    public boolean equals(Object other) {
+        return other instanceof UnsignedByte && ((UnsignedByte) other).bits == bits;
+    }
+
+    @Override
+    public int hashCode() {
+        return Byte.hashCode(bits);
+    }
+
+    /** The number in decimal. */
+    @Override
+    public String toString() {
+        return Long.toString(longValue());
+    }
+}

@@ -1,0 +1,163 @@
+package com.velonix.services.settings;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.IOException;
+import java.lang.ref.WeakReference;
+import java.lang.reflect.Method;
+import java.net.URL;
+import java.net.URLClassLoader;
+import java.nio.ByteBuffer;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+
+/** How the native libraries get in, and how the machine's end is noticed. */
+class LoadingTest {
+    /** What the child processes run. */
+    public static final class Child {
+        public static void main(String[] arguments) throws Exception {
+            // From many threads at once, through different classes.
+            List<Thread> threads = new ArrayList<>();
+            for (int i = 0; i < 8; ++i) {
+                Runnable use = i % 2 == 0 ? ()
+                        -> SettingPath.standalone().close()
+                        : SettingLevel::defaultLevel;
+                threads.add(new Thread(use));
+            }
+            threads.forEach(Thread::start);
+            for (Thread thread : threads) thread.join();
+            try (SettingPath root = SettingPath.standalone()) {
+                System.out.println("value " + root.addKey("key", 42).get());
+            } catch (UnsatisfiedLinkError failed) {
+                System.out.println(failed.getMessage());
+            }
+        }
+    }
+
+    /** Uses the API in a class loader of its own, and lets go of it. */
+    public static final class Unloading {
+        public static void main(String[] arguments) throws Exception {
+            String bundle = System.getProperty("test.bundle");
+            WeakReference<ClassLoader> loader = use(Path.of(bundle).toUri().toURL());
+            for (int i = 0; i < 200 && (loader.get() != null || isMapped()); ++i) {
+                System.gc();
+                Thread.sleep(10);
+            }
+            System.out.println("loader gone " + (loader.get() == null) + ", mapped " + isMapped());
+        }
+
+        private static WeakReference<ClassLoader> use(URL bundle) throws Exception {
+            try (URLClassLoader loader = new URLClassLoader(new URL[] {bundle}, null)) {
+                Class<?> path = loader.loadClass(SettingPath.class.getName());
+                Object root = path.getMethod("standalone").invoke(null);
+                path.getMethod("addKey", String.class, Object.class).invoke(root, "key", 42);
+                path.getMethod("close").invoke(root);
+                return new WeakReference<>(loader);
+            }
+        }
+
+        private static boolean isMapped() throws IOException {
+            return Files.readString(Path.of("/proc/self/maps")).contains("libnativesettings");
+        }
+    }
+
+    private static final String BUNDLE = System.getProperty("test.bundle");
+
+    private static String run(Class<?> program, Path folder, String jar, String... options)
+            throws Exception {
+        List<String> command = new ArrayList<>();
+        command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
+        command.add("-Xcheck:jni");
+        command.add("-Djava.io.tmpdir=" + folder);
+        command.addAll(List.of(options));
+        String tests =
+                Path.of(Child.class.getProtectionDomain().getCodeSource().getLocation().toURI())
+                        .toString();
+        command.addAll(List.of("-cp", jar + ":" + tests, program.getName()));
+        Path output = folder.resolve("output");
+        Process process = new ProcessBuilder(command)
+                                  .redirectErrorStream(true)
+                                  .redirectOutput(output.toFile())
+                                  .start();
+        process.waitFor();
+        String text = Files.readString(output);
+        Files.delete(output);
+        return text;
+    }
+
+    private static List<Path> filesIn(Path folder) throws IOException {
+        try (Stream<Path> files = Files.list(folder)) {
+            return files.filter(file -> !file.getFileName().toString().startsWith("hsperf"))
+                    .toList();
+        }
+    }
+
+    @Test
+    void theBundleBringsItsLibrariesAndLeavesNothingBehind(@TempDir Path folder) throws Exception {
+        assertEquals(
+                "value 42\n", run(Child.class, folder, BUNDLE, "-Djava.library.path=/nowhere"));
+        assertEquals(List.of(), filesIn(folder));
+    }
+
+    @Test
+    void aDirectoryCanBeNamed(@TempDir Path folder) throws Exception {
+        String directory = System.getProperty("java.library.path");
+        assertEquals("value 42\n",
+                run(Child.class, folder, apiClasses(), "-Djava.library.path=/nowhere",
+                        "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=" + directory));
+    }
+
+    @Test
+    void aFailureTellsEveryAttempt(@TempDir Path folder) throws Exception {
+        String text = run(Child.class, folder, apiClasses(), "-Djava.library.path=/nowhere",
+                "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=/not/there");
+        for (String part : List.of("/not/there/libsettingshost.so", "java.library.path=/nowhere",
+                     "no entry /native/linux-")) {
+            assertTrue(text.contains(part), text);
+        }
+        assertEquals(List.of(), filesIn(folder));
+    }
+
+    @Test
+    void theLibraryGoesWithItsClassLoader(@TempDir Path folder) throws Exception {
+        String text = run(Unloading.class, folder, apiClasses(), "-Dtest.bundle=" + BUNDLE);
+        // A leak checker adds lines about the few objects that the library never destroys.
+        assertTrue(text.startsWith("loader gone true, mapped false\n"), text);
+    }
+
+    private static String apiClasses() throws Exception {
+        return Path.of(Setting.class.getProtectionDomain().getCodeSource().getLocation().toURI())
+                .toString();
+    }
+
+    @Test
+    void theShutdownHookKeepsNoClassLoader() throws Exception {
+        WeakReference<ClassLoader> loader = installInLoaderOfItsOwn();
+        for (int i = 0; i < 100 && loader.get() != null; ++i) {
+            System.gc();
+            Thread.sleep(10);
+        }
+        assertTrue(loader.get() == null);
+    }
+
+    private static WeakReference<ClassLoader> installInLoaderOfItsOwn() throws Exception {
+        URL classes = Path.of(apiClasses()).toUri().toURL();
+        ClassLoader own = Thread.currentThread().getContextClassLoader();
+        try (URLClassLoader loader = new URLClassLoader(new URL[] {classes}, null)) {
+            Thread.currentThread().setContextClassLoader(loader);
+            Method install = Class.forName(VmShutdown.class.getName(), true, loader)
+                                     .getDeclaredMethod("install", ByteBuffer.class);
+            install.setAccessible(true);
+            install.invoke(null, ByteBuffer.allocateDirect(1));
+            return new WeakReference<>(loader);
+        } finally {
+            Thread.currentThread().setContextClassLoader(own);
+        }
+    }
+}
