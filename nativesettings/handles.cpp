@@ -22,7 +22,7 @@ jlong newHandle(const Holder& node) { return reinterpret_cast<jlong>(new Holder(
 // The root that a file, or no file, gives.
 Holder loadRoot(const base::ustring* path) {
   if (path) return Settings::importAsStandaloneObject(*path);
-  return ZSettings::createSettingsNode(standaloneRootName(), false, true,
+  return ZSettings::createSettingsNode(kStandaloneRootName, false, true,
                                        zlutil::settings::ValidatorChoice());
 }
 
@@ -52,7 +52,7 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
       env, jlong{0},
       [&]() -> jlong {
         const base::ustring path =
-            fileName ? zljGetUstring(env, fileName) : base::to_ustring(standaloneRootName());
+            fileName ? zljGetUstring(env, fileName) : base::to_ustring(kStandaloneRootName);
         if (const Holder root = loadRoot(fileName ? &path : nullptr)) return newHandle(root);
         const std::string message =
             "Failed to create settings tree for " + base::codecvt_ustring_to_string(path, "UTF-8");

@@ -1,15 +1,10 @@
 #include "nativesettings/records.h"
 
 #include "base/never_destroyed.h"
+#include "bridge/java_layer.h"
 #include "service/levels.h"
 
 namespace nativesettings {
-namespace {
-
-base::NeverDestroyed<std::string> rootName("__STANDALONE_ROOT__");
-
-}  // namespace
-
 jzi::ConsInfo settingAccessException("com/velonix/services/settings/SettingAccessException", "");
 jzi::ConsInfo settingNotFoundException("com/velonix/services/settings/SettingNotFoundException",
                                        "");
@@ -31,9 +26,15 @@ namespace {
 base::NeverDestroyed<std::vector<std::string>> levelNames(
     zlutil::settings::SettingsLevelManager::getSettingsLevelManagerInstance()->getAllLevelNames());
 
+// When the library is unloaded from a JVM that goes on, nothing can use the list any more.
+struct FreeLevelNamesAtUnload {
+  ~FreeLevelNamesAtUnload() {
+    if (jzi::JVMShutdownGuard().JVMRunning()) levelNames.get() = {};
+  }
+} freeLevelNamesAtUnload;
+
 }  // namespace
 
-const std::string& standaloneRootName() { return rootName.get(); }
 const std::vector<std::string>& allLevelNames() { return levelNames.get(); }
 
 }  // namespace nativesettings

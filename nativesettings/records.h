@@ -23,7 +23,7 @@ extern NATIVESETTINGS_API jzi::ConsInfo illegalStateException;
 extern NATIVESETTINGS_API jzi::ConsInfo unsupportedOperationException;
 
 // The name of the root of a standalone tree.
-const std::string& standaloneRootName();
+inline constexpr const char* kStandaloneRootName = "__STANDALONE_ROOT__";
 
 // All level names in the service's order, highest priority first.
 const std::vector<std::string>& allLevelNames();

@@ -1,0 +1,25 @@
+#!/bin/bash
+# Builds the project and runs the demo on the example settings of an engineering application, after
+# installing what that needs (scripts/install_packages.sh).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh
+
+echo "Building (log in build/demo.log)"
+mkdir -p build
+if ! { cmake --preset release && cmake --build build/release --target settings_java_examples; } \
+  >build/demo.log 2>&1; then
+  tail -n 60 build/demo.log
+  exit 1
+fi
+
+user_dir=$(mktemp -d)
+trap 'rm -rf "$user_dir"' EXIT
+export SETTINGS_USERDIR=$user_dir
+export SETTINGS_FACTORYDIR=$PWD/examples/data/factory
+export SETTINGS_WORKGROUPDIR=$PWD/examples/data/workgroup
+java=java
+[[ -x /usr/lib/jvm/java-17-openjdk-amd64/bin/java ]] &&
+  java=/usr/lib/jvm/java-17-openjdk-amd64/bin/java
+"$java" -cp build/release/java/nativesettings.jar:build/release/examples/java/settings_java_examples.jar \
+  demo.Demo examples/data
