@@ -1,0 +1,86 @@
+#include "host/settings/context_trees.h"
+
+#include <boost/make_shared.hpp>
+#include <cstdio>
+#include <map>
+
+#include "base/mutex.h"
+#include "host/settings/file_name.h"
+#include "host/settings/fill_from_stores.h"
+#include "host/settings/memory_store.h"
+#include "host/settings/xml_directory_store.h"
+#include "service/z_settings.h"
+
+namespace zlutil::settings {
+namespace host {
+namespace {
+
+constexpr char kContextRootName[] = "settings";
+
+struct ContextTree {
+  NodePtr root;
+  std::string factoryDirectory;
+};
+
+struct ContextTrees {
+  base::Mutex mutex;
+  std::map<contextmgr::ZcrID, ContextTree> trees GUARDED_BY(mutex);
+};
+
+ContextTrees& contextTrees() {
+  static ContextTrees& instance = *new ContextTrees;
+  return instance;
+}
+
+contextmgr::ZcrID contextMeantBy(contextmgr::ZcrID context) {
+  return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
+}
+
+}  // namespace
+
+NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories) {
+  Tree::Stores stores;
+  stores[kSession] = std::make_shared<MemoryStore>();
+  stores[kUser] = std::make_shared<MemoryStore>();
+  stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup);
+  stores[kFactory] = std::make_shared<XmlDirectoryStore>(directories.factory);
+  const TreePtr tree(new Tree(context, stores));
+  const auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
+  fillFromStores(root);
+  return root;
+}
+
+}  // namespace host
+
+boost::shared_ptr<Settings> Settings::getSettingsRoot(const contextmgr::ZcrID& context) {
+  try {
+    host::ContextTrees& all = host::contextTrees();
+    base::MutexLock lock(all.mutex);
+    const contextmgr::ZcrID meant = host::contextMeantBy(context);
+    const auto found = all.trees.find(meant);
+    if (found != all.trees.end()) return found->second.root;
+    const host::Directories directories = host::currentDirectories();
+    const host::NodePtr root = host::makeContextTree(meant, directories);
+    boost::unique_lock<boost::shared_mutex> set(getTheRootMutex());
+    all.trees.emplace(meant, host::ContextTree{root, directories.factory});
+    return root;
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "cannot make the settings tree: %s\n", failure.what());
+    return {};
+  }
+}
+
+boost::shared_mutex& Settings::getTheRootMutex() {
+  static boost::shared_mutex& mutex = *new boost::shared_mutex;
+  return mutex;
+}
+
+std::string ZSettings::getFactoryDir(const contextmgr::ZcrID& context) {
+  host::ContextTrees& all = host::contextTrees();
+  base::MutexLock lock(all.mutex);
+  const auto found = all.trees.find(host::contextMeantBy(context));
+  return host::shownFileName(found != all.trees.end() ? found->second.factoryDirectory
+                                                      : host::currentDirectories().factory);
+}
+
+}  // namespace zlutil::settings

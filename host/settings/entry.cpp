@@ -1,0 +1,106 @@
+#include "host/settings/entry.h"
+
+#include <atomic>
+
+#include "host/settings/commit.h"
+#include "host/settings/node.h"
+#include "host/settings/structure.h"
+
+namespace zlutil::settings {
+
+Settings::~Settings() = default;
+
+namespace host {
+namespace {
+
+exchange::IDType nextId() {
+  static std::atomic<std::uint64_t> last{0};
+  return exchange::IDType(last.fetch_add(1, std::memory_order_relaxed) + 1);
+}
+
+}  // namespace
+
+Entry::Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners,
+             ValidatorPtr validator)
+    : tree_(std::move(tree)),
+      id_(nextId()),
+      name_(std::move(name)),
+      validator_(std::move(validator)),
+      isKey_(isKey),
+      mayHaveListeners_(mayHaveListeners) {}
+
+std::string Entry::getPath() const {
+  ReadLock lock(tree_->lock());
+  return path();
+}
+
+boost::shared_ptr<Settings> Entry::getParent() const {
+  ReadLock lock(tree_->lock());
+  // The parent may be dying, waiting for the lock to let go of this entry.
+  return parent_ ? parent_->weak_from_this().lock() : EntryPtr();
+}
+
+bool Entry::isRoot() const {
+  ReadLock lock(tree_->lock());
+  return !isKey_ && !parent_ && !removed_;
+}
+
+SettingsProblems Entry::setMultiple(
+    const boost::iterator_range<SettingsValues::const_iterator>& values, const std::string& level,
+    int) {
+  return commitValues(*tree_, values, level);
+}
+
+SettingsProblems Entry::validateMultiple(
+    const boost::iterator_range<SettingsValues::const_iterator>& values, int) const {
+  return validateValues(*tree_, values);
+}
+
+void Entry::attachTo(const boost::shared_ptr<Settings>& parent) {
+  attachEntry(shared_from_this(), parent);
+}
+
+bool Entry::isAttached() const {
+  const Entry* entry = this;
+  while (entry->parent_) entry = entry->parent_;
+  return !entry->removed_;
+}
+
+std::string Entry::path() const {
+  const Entry* chain[kMaxDepth + 1];
+  int length = 0;
+  std::size_t size = 0;
+  const Entry* entry = this;
+  for (; entry->parent_; entry = entry->parent_) {
+    chain[length++] = entry;
+    size += entry->name_.size() + 1;
+  }
+  // The root of a context's tree is not named in its paths; every other top is, so that its paths
+  // do not resolve there.
+  if (tree_->isStandalone() || entry->removed_) {
+    chain[length++] = entry;
+    size += entry->name_.size() + 1;
+  }
+  std::string path;
+  path.reserve(size);
+  while (length > 0) {
+    path += chain[--length]->name_;
+    if (length > 0) path += '.';
+  }
+  return path;
+}
+
+int Entry::depth() const {
+  int depth = 0;
+  for (const Entry* entry = parent_; entry; entry = entry->parent_) ++depth;
+  return depth;
+}
+
+ValidatorPtr Entry::guard() const {
+  const Entry* entry = this;
+  while (!entry->validator_ && entry->parent_) entry = entry->parent_;
+  return entry->validator_;
+}
+
+}  // namespace host
+}  // namespace zlutil::settings

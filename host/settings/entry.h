@@ -1,0 +1,89 @@
+// What nodes and keys have in common. A tree's entries are shared by their parent node and by
+// whoever holds them; an entry borrows its parent, which lets go of it when it dies.
+//
+// Fields are constant after construction unless said otherwise. "Guarded by the tree" means the
+// tree's lock(); whoever builds entries that nobody else has seen yet needs no lock.
+#pragma once
+
+#include <boost/smart_ptr/enable_shared_from_this.hpp>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/settings/tree.h"
+#include "host/settings/validation.h"
+#include "service/settings.h"
+
+namespace zlutil::settings::host {
+
+class Node;
+
+// Entries below a root, counted along the deepest path. Bounds every recursion over a tree.
+inline constexpr int kMaxDepth = 200;
+
+class Entry : public Settings, public boost::enable_shared_from_this<Entry> {
+ public:
+  Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners, ValidatorPtr validator);
+
+  std::string getName() const override { return name_; }
+  std::string getPath() const override;
+  boost::shared_ptr<Settings> getParent() const override;
+  bool isKey() const final { return isKey_; }
+  contextmgr::ZcrID getZcrID() const override { return tree_->context(); }
+  bool canHaveListeners() const override { return mayHaveListeners_; }
+  boost::shared_ptr<Settings> getSharedSelf() override { return shared_from_this(); }
+  SettingsProblems setMultiple(const boost::iterator_range<SettingsValues::const_iterator>& values,
+                               const std::string& level, int reserved) override;
+  SettingsProblems validateMultiple(
+      const boost::iterator_range<SettingsValues::const_iterator>& values,
+      int reserved) const override;
+  exchange::IDType getID() const override { return id_; }
+  void attachTo(const boost::shared_ptr<Settings>& parent) override;
+  bool isRoot() const override;
+
+  const std::string& name() const { return name_; }
+  Tree& tree() const { return *tree_; }
+  const TreePtr& treePtr() const { return tree_; }
+  const ValidatorPtr& validator() const { return validator_; }
+
+  // The following read what the tree guards.
+
+  // Null for a root, a detached and a removed entry.
+  Node* parent() const { return parent_; }
+  bool isRemoved() const { return removed_; }
+  // False when this entry or one above it has been removed.
+  bool isAttached() const;
+  // The path in the service's notation.
+  std::string path() const;
+  // How many entries stand above this one.
+  int depth() const;
+  // Whether a store at that level has defined the entry.
+  bool isDefinedAt(int level) const { return definedAt_ & (1u << level); }
+  // The entry's own validator, else that of the nearest enclosing node that has one; may be null.
+  ValidatorPtr guard() const;
+
+  // The following change what the tree guards.
+
+  void setDefinedAt(int level) { definedAt_ |= static_cast<std::uint8_t>(1u << level); }
+  void setParent(Node* parent) { parent_ = parent; }
+  void setRemoved() { removed_ = true; }
+  // Only while the entry is being built.
+  void setValidator(ValidatorPtr validator) { validator_ = std::move(validator); }
+  // Moves this entry, and all below it, to another tree. Only while it belongs to one thread.
+  virtual void moveToTree(const TreePtr& tree) { tree_ = tree; }
+
+ private:
+  TreePtr tree_;            // changes only before the entry is inserted
+  Node* parent_ = nullptr;  // guarded by the tree
+  const exchange::IDType id_;
+  const std::string name_;
+  ValidatorPtr validator_;
+  const bool isKey_;
+  const bool mayHaveListeners_;
+  bool removed_ = false;        // guarded by the tree
+  std::uint8_t definedAt_ = 0;  // bit per level; guarded by the tree
+};
+
+using EntryPtr = boost::shared_ptr<Entry>;
+
+}  // namespace zlutil::settings::host

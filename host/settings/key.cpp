@@ -1,0 +1,53 @@
+#include "host/settings/key.h"
+
+#include "host/settings/stored_value.h"
+#include "service/failures.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using namespace KORVEN::settings::core;
+
+}  // namespace
+
+boost::any Key::getValue(const std::string& key, const std::string&) const {
+  throw Failure<NoSuchKey>(name(), key);
+}
+void Key::unset(const std::string& key, const std::string&) {
+  throw Failure<NoSuchKey>(name(), key);
+}
+bool Key::isSet(const std::string& key, const std::string&) const {
+  throw Failure<NoSuchKey>(name(), key);
+}
+boost::optional<int> Key::getKeyType(const std::string& key) const {
+  throw Failure<NoSuchKey>(name(), key);
+}
+void Key::setAny(const std::string& key, const boost::any&, const std::string&) {
+  throw Failure<NoSuchKey>(name(), key);
+}
+void Key::removeKey(const std::string& key) { throw Failure<NoSuchKey>(name(), key); }
+void Key::removeNode(const std::string& node) { throw Failure<NoSuchNode>(name(), node); }
+
+void Key::copySubtree(const boost::shared_ptr<Settings>&, const std::string& copy) {
+  throw Failure<ErrorAddingChildNodeOrKey>(name(), copy, std::string("a key has no children"));
+}
+
+boost::shared_ptr<Settings> Key::findDescendant(const std::vector<std::string>& names) const {
+  if (!names.empty()) return {};
+  return const_cast<Key*>(this)->getSharedSelf();
+}
+
+const boost::any& Key::valueInEffect() const {
+  for (const boost::any& value : values_) {
+    if (!value.empty()) return value;
+  }
+  return values_.back();
+}
+
+void Key::swapValue(int level, boost::any& value) {
+  values_[level].swap(value);
+  if (kind_ == boostany::kNoValue) setKind(kindOfValue(values_[level]));
+}
+
+}  // namespace zlutil::settings::host

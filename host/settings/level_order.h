@@ -1,0 +1,24 @@
+// The levels in priority order, as numbers. One list: every loop over levels goes from 0 to
+// kLevelCount, and the first level that has a value supplies the value in effect.
+// Constants and pure functions; may be used from any thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zlutil::settings::host {
+
+enum Level : int { kSession, kUser, kWorkgroup, kFactory };
+inline constexpr int kLevelCount = 4;
+
+// The name of a level in [0, kLevelCount).
+const std::string& levelName(int level);
+
+// The level of that name, or nothing.
+std::optional<int> findLevel(std::string_view name);
+
+// The level of that name; throws UnSupportedLevel.
+int requireLevel(const std::string& name);
+
+}  // namespace zlutil::settings::host

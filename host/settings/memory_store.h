@@ -1,0 +1,21 @@
+// The store of a level that lives and dies with its tree. The tree's own memory is all there is, so
+// the store has no state and one object serves every tree. Any thread.
+#pragma once
+
+#include "host/settings/store.h"
+
+namespace zlutil::settings::host {
+
+class MemoryStore final : public Store {
+ public:
+  void readAll(Node&, int) override {}
+  void apply(const Changes&) override {}
+  bool keepsChanges() const override { return false; }
+  const std::string& readOnlyReason() const override { return writable_; }
+  void watch(const Watcher&) override {}
+
+ private:
+  const std::string writable_;
+};
+
+}  // namespace zlutil::settings::host

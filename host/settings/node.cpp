@@ -1,0 +1,134 @@
+#include "host/settings/node.h"
+
+#include "host/settings/commit.h"
+#include "host/settings/structure.h"
+#include "service/failures.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using namespace KORVEN::settings::core;
+
+// The value that a level name means; "" means the one in effect.
+const boost::any& valueOf(const Key& key, const std::string& level) {
+  return level.empty() ? key.valueInEffect() : key.value(requireLevel(level));
+}
+
+}  // namespace
+
+Node::~Node() {
+  if (children_.empty()) return;
+  // A child that somebody still holds stays readable, as the top of what is left.
+  WriteLock lock(tree().lock());
+  for (const EntryPtr& child : children_) child->setParent(nullptr);
+}
+
+boost::any Node::getValue(const std::string& key, const std::string& level) const {
+  ReadLock lock(tree().lock());
+  return valueOf(requireKey(key), level);
+}
+
+bool Node::isSet(const std::string& key, const std::string& level) const {
+  ReadLock lock(tree().lock());
+  return !valueOf(requireKey(key), level).empty();
+}
+
+boost::optional<int> Node::getKeyType(const std::string& key) const {
+  ReadLock lock(tree().lock());
+  const int kind = requireKey(key).kind();
+  return boost::make_optional(kind != boostany::kNoValue, kind);
+}
+
+boost::shared_ptr<Settings> Node::getChild(const std::string& name) const {
+  ReadLock lock(tree().lock());
+  Entry* const found = child(name);
+  return found ? found->shared_from_this() : EntryPtr();
+}
+
+std::vector<boost::shared_ptr<Settings>> Node::getChildren() const {
+  ReadLock lock(tree().lock());
+  return {childrenByName().begin(), childrenByName().end()};
+}
+
+boost::shared_ptr<Settings> Node::findDescendant(const std::vector<std::string>& names) const {
+  ReadLock lock(tree().lock());
+  const Entry* entry = this;
+  for (const std::string& name : names) {
+    if (entry->isKey()) return {};
+    entry = static_cast<const Node*>(entry)->child(name);
+    if (!entry) return {};
+  }
+  return const_cast<Entry*>(entry)->shared_from_this();
+}
+
+void Node::setAny(const std::string& key, const boost::any& value, const std::string& level) {
+  setValue(*this, key, value, level);
+}
+
+void Node::unset(const std::string& key, const std::string& level) {
+  unsetValue(*this, key, level);
+}
+
+void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::string& name) {
+  copyEntries(*this, source, name);
+}
+
+void Node::removeNode(const std::string& name) { removeEntry(*this, name, false); }
+void Node::removeKey(const std::string& name) { removeEntry(*this, name, true); }
+
+Entry* Node::child(std::string_view name) const {
+  const auto found = children_.find(name);
+  return found == children_.end() ? nullptr : found->get();
+}
+
+Key& Node::requireKey(const std::string& name) const {
+  Entry* const found = child(name);
+  if (!found) throw Failure<NoSuchKey>(this->name(), name);
+  if (!found->isKey()) throw Failure<NotAKeyName>(this->name(), name);
+  return static_cast<Key&>(*found);
+}
+
+Entry* Node::atPath(std::string_view path) const {
+  const Node* node = this;
+  while (true) {
+    const std::size_t dot = path.find('.');
+    Entry* const found = node->child(path.substr(0, dot));
+    if (!found || dot == std::string_view::npos) return found;
+    if (found->isKey()) return nullptr;
+    node = static_cast<const Node*>(found);
+    path.remove_prefix(dot + 1);
+  }
+}
+
+bool Node::insertChild(const EntryPtr& child) {
+  auto& byName = children_.get<1>();
+  const std::size_t before = children_.size();
+  byName.insert(byName.end(), child);
+  if (children_.size() == before) return false;
+  child->setParent(this);
+  return true;
+}
+
+EntryPtr Node::takeChild(std::string_view name) {
+  const auto found = children_.find(name);
+  if (found == children_.end()) return {};
+  EntryPtr child = *found;
+  children_.erase(found);
+  child->setParent(nullptr);
+  return child;
+}
+
+Node::Children Node::takeChildren() {
+  Children taken;
+  taken.swap(children_);
+  for (const EntryPtr& child : taken) child->setParent(nullptr);
+  return taken;
+}
+
+void Node::moveToTree(const TreePtr& tree) {
+  Entry::moveToTree(tree);
+  for (const EntryPtr& child : children_) child->moveToTree(tree);
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,277 @@
+#include "host/settings/settings_builder.h"
+
+#include <boost/make_shared.hpp>
+#include <cstring>
+#include <initializer_list>
+
+#include "base/text.h"
+#include "host/settings/value_text.h"
+#include "service/identifier.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+constexpr std::size_t kShownLength = 60;
+
+// Text for a message: in quotes, and cut where it is long.
+std::string quoted(std::string_view text) {
+  if (text.size() <= kShownLength) return '"' + std::string(text) + '"';
+  std::size_t end = kShownLength;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return '"' + std::string(text.substr(0, end)) + "...\"";
+}
+
+[[noreturn]] void fail(const std::string& problem) { throw FormatError(problem); }
+
+// The attributes of an element, picked out by name. An attribute that nobody asks for is an error.
+class Attributes {
+ public:
+  Attributes(const char* element, const char* const* list,
+             std::initializer_list<std::string_view> known)
+      : element_(element), list_(list) {
+    for (const char* const* at = list; *at; at += 2) {
+      bool found = false;
+      for (const std::string_view name : known) found = found || name == *at;
+      if (!found) fail("unknown attribute " + quoted(*at) + " of <" + element + ">");
+    }
+  }
+
+  // Null when the element does not have it.
+  const char* find(const char* name) const {
+    for (const char* const* at = list_; *at; at += 2) {
+      if (std::strcmp(*at, name) == 0) return at[1];
+    }
+    return nullptr;
+  }
+
+  const char* require(const char* name) const {
+    const char* const value = find(name);
+    if (!value) fail(std::string("<") + element_ + "> needs the attribute \"" + name + "\"");
+    return value;
+  }
+
+ private:
+  const char* const element_;
+  const char* const* const list_;
+};
+
+bool isSpace(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+// Expat gives well-formed UTF-8 only.
+std::string narrow(std::string_view utf8) { return *base::narrowFromUtf8(utf8); }
+
+[[noreturn]] void failOnValue(int kind, std::string_view text) {
+  fail(quoted(text) + " is not a value of the type " + std::string(boostany::kindName(kind)));
+}
+
+}  // namespace
+
+SettingsBuilder::SettingsBuilder(const ParseRules& rules) : rules_(rules) {
+  nodes_.push_back(boost::make_shared<Node>(rules.tree, kStandaloneRootName, true, ValidatorPtr()));
+  alongside_.push_back(rules.alongside);
+}
+
+void SettingsBuilder::beginElement(std::string_view element, const char* const* attributes) {
+  const In in = in_.back();
+  if (in == In::kDocument && element == "settings") {
+    beginSettings(attributes);
+  } else if ((in == In::kSettings || in == In::kNode) && element == "node") {
+    beginNode(attributes);
+  } else if ((in == In::kSettings || in == In::kNode) && element == "key") {
+    beginKey(attributes);
+  } else if (in == In::kKey && element == "value") {
+    beginValue(attributes);
+  } else if (in == In::kValue && isVector() && element == "item") {
+    Attributes("item", attributes, {});
+    text_.clear();
+    in_.push_back(In::kItem);
+  } else if ((in == In::kNode || in == In::kKey) && element == "java-validator") {
+    beginJavaValidator(attributes);
+  } else if ((in == In::kNode || in == In::kKey) && element == "script-validator") {
+    Attributes("script-validator", attributes, {});
+    text_.clear();
+    in_.push_back(In::kScript);
+  } else {
+    static constexpr const char* kExpected[] = {"expected <settings>",
+                                                "expected <node> or <key>",
+                                                "expected <node>, <key> or a validator",
+                                                "expected <value> or a validator",
+                                                "expected the value's text, or <item> for a vector",
+                                                "expected text only",
+                                                "expected text only",
+                                                "expected nothing here"};
+    fail("found <" + quoted(element) + ">, " + kExpected[static_cast<int>(in)]);
+  }
+}
+
+void SettingsBuilder::endElement() {
+  const In in = in_.back();
+  in_.pop_back();
+  if (in == In::kNode) {
+    nodes_.pop_back();
+    alongside_.pop_back();
+    hasContent_ = true;
+  } else if (in == In::kKey) {
+    key_.reset();
+    hasContent_ = true;
+  } else if (in == In::kValue) {
+    endValue();
+  } else if (in == In::kItem) {
+    endItem();
+  } else if (in == In::kScript) {
+    guardWith(ZValidator(narrow(text_)));
+  }
+}
+
+void SettingsBuilder::text(std::string_view text) {
+  if (keepsText()) {
+    text_ += text;
+  } else if (!isSpace(text)) {
+    fail("text cannot stand here: " + quoted(text));
+  }
+}
+
+void SettingsBuilder::beginSettings(const char* const* list) {
+  const char* const version = Attributes("settings", list, {"version"}).require("version");
+  if (std::strcmp(version, "1") != 0) {
+    fail("version " + quoted(version) + " of the format is not known, expected \"1\"");
+  }
+  in_.push_back(In::kSettings);
+}
+
+void SettingsBuilder::beginNode(const char* const* list) {
+  const char* const name = Attributes("node", list, {"name"}).require("name");
+  checkName(name);
+  checkAgainstEarlier(name, false, boostany::kNoValue);
+  const auto node = boost::make_shared<Node>(rules_.tree, name, true, ValidatorPtr());
+  add(node);
+  const Node* const beside = alongside_.back();
+  alongside_.push_back(beside ? static_cast<const Node*>(beside->child(name)) : nullptr);
+  nodes_.push_back(node);
+  hasContent_ = false;
+  in_.push_back(In::kNode);
+}
+
+void SettingsBuilder::beginKey(const char* const* list) {
+  const Attributes attributes("key", list, {"name", "type"});
+  const char* const name = attributes.require("name");
+  checkName(name);
+  int kind = boostany::kNoValue;
+  if (const char* const type = attributes.find("type")) {
+    const std::optional<int> known = boostany::kindOfName(type);
+    if (!known) fail("unknown type " + quoted(type));
+    kind = *known;
+  }
+  checkAgainstEarlier(name, true, kind);
+  key_ = boost::make_shared<Key>(rules_.tree, name, kind, true, ValidatorPtr());
+  add(key_);
+  hasContent_ = false;
+  in_.push_back(In::kKey);
+}
+
+void SettingsBuilder::beginValue(const char* const* list) {
+  const char* const name = Attributes("value", list, {"level"}).find("level");
+  level_ = rules_.level;
+  if (name) {
+    const std::optional<int> level = findLevel(name);
+    if (!level) fail("there is no level " + quoted(name));
+    if (rules_.isOnlyLevel && *level != rules_.level) {
+      fail("a file of the level " + levelName(rules_.level) + " gives no value at the level " +
+           quoted(name));
+    }
+    level_ = *level;
+  }
+  if (key_->kind() == boostany::kNoValue) fail("a key with a value needs the attribute \"type\"");
+  if (!key_->value(level_).empty()) {
+    fail("a second value at the level " + quoted(levelName(level_)));
+  }
+  boostany::withTypeOfKind(key_->kind(), [this](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (boostany::kIsVector<Type>) vector_ = Type();
+  });
+  text_.clear();
+  hasContent_ = true;
+  in_.push_back(In::kValue);
+}
+
+void SettingsBuilder::beginJavaValidator(const char* const* list) {
+  const Attributes attributes("java-validator", list, {"class", "argument"});
+  guardWith(
+      JValidator(narrow(attributes.require("class")), narrow(attributes.require("argument"))));
+  in_.push_back(In::kJava);
+}
+
+void SettingsBuilder::endValue() {
+  boost::any value;
+  boostany::withTypeOfKind(key_->kind(), [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (boostany::kIsVector<Type>) {
+      value.swap(vector_);
+    } else {
+      auto parsed = valueFromText<Type>(text_);
+      if (!parsed) failOnValue(key_->kind(), text_);
+      value = boost::any(std::move(*parsed));
+    }
+  });
+  key_->swapValue(level_, value);
+}
+
+void SettingsBuilder::endItem() {
+  boostany::withTypeOfKind(key_->kind(), [this](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (boostany::kIsVector<Type>) {
+      using Element = boostany::ElementOf<Type>;
+      auto parsed = valueFromText<Element>(text_);
+      if (!parsed) failOnValue(boostany::kKindOf<Element>, text_);
+      boost::unsafe_any_cast<Type>(&vector_)->push_back(std::move(*parsed));
+    }
+  });
+}
+
+void SettingsBuilder::checkName(const char* name) const {
+  if (!isIdentifierName(name)) {
+    fail(quoted(name) + " is not a name: expected a letter, then letters, digits and " +
+         "underscores, at most " + std::to_string(kMaxNameLength));
+  }
+  if (nodes_.size() > static_cast<std::size_t>(kMaxDepth)) {
+    fail("nodes are nested more than " + std::to_string(kMaxDepth) + " deep");
+  }
+}
+
+void SettingsBuilder::checkAgainstEarlier(const char* name, bool isKey, int kind) const {
+  const Entry* const earlier = alongside_.back() ? alongside_.back()->child(name) : nullptr;
+  if (!earlier) return;
+  if (earlier->isKey() != isKey) {
+    fail(quoted(name) + (isKey ? " is a node" : " is a key") + " in an earlier file");
+  }
+  if (!isKey || kind == boostany::kNoValue) return;
+  const int before = static_cast<const Key*>(earlier)->kind();
+  if (before != boostany::kNoValue && before != kind) {
+    fail(quoted(name) + " has the type " + std::string(boostany::kindName(before)) +
+         " in an earlier file, not " + std::string(boostany::kindName(kind)));
+  }
+}
+
+void SettingsBuilder::add(const EntryPtr& entry) {
+  if (rules_.isOnlyLevel) entry->setDefinedAt(rules_.level);
+  if (!nodes_.back()->insertChild(entry)) fail("a second entry named " + quoted(entry->name()));
+}
+
+void SettingsBuilder::guardWith(const ValidatorChoice& validator) {
+  Entry& entry = key_ ? static_cast<Entry&>(*key_) : *nodes_.back();
+  if (entry.validator()) fail("a second validator");
+  if (hasContent_) fail("a validator stands before everything else in its entry");
+  entry.setValidator(makeValidator(validator));
+}
+
+bool SettingsBuilder::isVector() const { return key_->kind() > boostany::kElementKinds; }
+
+bool SettingsBuilder::keepsText() const {
+  const In in = in_.back();
+  return in == In::kItem || in == In::kScript || (in == In::kValue && !isVector());
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,45 @@
+// Turns the bytes of a settings file (docs/settings-file.md) into entries. The tree that comes out
+// is nobody else's yet; the caller hands it on. One parser reads one file, on one thread.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "host/settings/node.h"
+
+namespace zlutil::settings::host {
+
+// The name of the root of a tree that was made from a file. It is no identifier, so a path that
+// begins with it resolves in no other tree.
+inline constexpr char kStandaloneRootName[] = "__STANDALONE_ROOT__";
+
+struct ParseRules {
+  TreePtr tree;                     // that the entries are made for
+  int level = kFactory;             // of values that name no level
+  bool isOnlyLevel = false;         // whether a value may name no other one
+  const Node* alongside = nullptr;  // entries that the file's must agree with in kind; may be null
+};
+
+class SettingsParser {
+ public:
+  // `shownName` names the file in failures.
+  SettingsParser(const ParseRules& rules, const std::string& shownName);
+  ~SettingsParser();
+
+  // A place for up to `size` bytes of the file; borrowed until they are parsed.
+  void* buffer(std::size_t size);
+
+  // Parses the first `size` bytes in the buffer. Throws SaxParseException with line and column for
+  // what the format does not allow, SaxUnknownException for anything else out of the XML parser.
+  void parse(std::size_t size, bool isLast);
+
+  // The root, once the last bytes have been parsed.
+  NodePtr takeRoot();
+
+ private:
+  class Handler;
+  const std::unique_ptr<Handler> handler_;
+};
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,59 @@
+#include "host/settings/settings_reader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "host/settings/file_descriptor.h"
+#include "host/settings/file_name.h"
+#include "service/failures.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+constexpr std::size_t kChunk = 256 * 1024;
+
+[[noreturn]] void fail(const std::string& fileName, const std::string& reason) {
+  throw Failure<KORVEN::settings::core::FileLoadingError>(shownFileName(fileName), reason);
+}
+
+// Refuses what is no file of a reasonable size: a directory, a pipe that nobody writes to.
+void checkFile(int file, const std::string& fileName) {
+  struct stat status;
+  if (fstat(file, &status) != 0) fail(fileName, systemText(errno));
+  if (S_ISDIR(status.st_mode)) fail(fileName, systemText(EISDIR));
+  if (!S_ISREG(status.st_mode)) fail(fileName, "it is not a regular file");
+}
+
+std::size_t readSome(int file, void* place, const std::string& fileName) {
+  while (true) {
+    const ssize_t size = read(file, place, kChunk);
+    if (size >= 0) return static_cast<std::size_t>(size);
+    if (errno != EINTR) fail(fileName, systemText(errno));
+  }
+}
+
+}  // namespace
+
+NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules) {
+  // Opening a pipe would otherwise wait for its writer.
+  const FileDescriptor file(open(fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file) fail(fileName, systemText(errno));
+  checkFile(file.get(), fileName);
+  SettingsParser parser(rules, shownFileName(fileName));
+  std::uint64_t total = 0;
+  std::size_t size;
+  do {
+    size = readSome(file.get(), parser.buffer(kChunk), fileName);
+    total += size;
+    if (total > kMaxFileSize) {
+      fail(fileName, "it is larger than " + std::to_string(kMaxFileSize >> 20) + " MB");
+    }
+    parser.parse(size, size == 0);
+  } while (size > 0);
+  return parser.takeRoot();
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,18 @@
+// Reads a settings file from disk. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/settings/settings_parser.h"
+
+namespace zlutil::settings::host {
+
+// The largest file that is read, in bytes.
+inline constexpr std::uint64_t kMaxFileSize = std::uint64_t{256} << 20;
+
+// The entries of the file below a new root, which is nobody else's yet. `fileName` is bytes for the
+// system. Throws FileLoadingError, SaxParseException or SaxUnknownException.
+NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules);
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,149 @@
+#include "host/settings/settings_writer.h"
+
+#include <boost/variant/get.hpp>
+#include <optional>
+
+#include "host/settings/value_text.h"
+#include "service/failures.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+// Whether XML 1.0 has every character of the UTF-8 text: the control characters other than tab and
+// line ends are not in it, nor are U+FFFE and U+FFFF.
+bool isXmlText(std::string_view utf8) {
+  for (std::size_t at = 0; at < utf8.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(utf8[at]);
+    if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') return false;
+    if (byte == 0xEF && utf8.substr(at, 2) == "\xEF\xBF" &&
+        static_cast<unsigned char>(utf8[at + 2]) >= 0xBE) {
+      return false;
+    }
+  }
+  return true;
+}
+
+class Writer {
+ public:
+  explicit Writer(const LevelSet& levels) : levels_(levels) {}
+
+  std::string write(const Node& top) {
+    text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<settings version=\"1\">\n";
+    writeChildren(top, 1);
+    text_ += "</settings>\n";
+    return std::move(text_);
+  }
+
+ private:
+  void writeChildren(const Node& node, int indent) {
+    for (const EntryPtr& child : node.childrenByName()) {
+      if (child->isKey()) {
+        writeKey(static_cast<const Key&>(*child), indent);
+      } else {
+        open("<node name=\"" + child->name() + "\">\n", indent);
+        writeValidator(*child, indent + 1);
+        writeChildren(static_cast<const Node&>(*child), indent + 1);
+        open("</node>\n", indent);
+      }
+    }
+  }
+
+  void writeKey(const Key& key, int indent) {
+    open("<key name=\"" + key.name() + '"', indent);
+    if (key.kind() != boostany::kNoValue) {
+      text_ += " type=\"" + std::string(boostany::kindName(key.kind())) + '"';
+    }
+    text_ += ">\n";
+    writeValidator(key, indent + 1);
+    for (int level = 0; level < kLevelCount; ++level) {
+      if (levels_[level] && !key.value(level).empty()) writeValue(key, level, indent + 1);
+    }
+    open("</key>\n", indent);
+  }
+
+  void writeValue(const Key& key, int level, int indent) {
+    open("<value level=\"" + levelName(level) + "\">", indent);
+    boostany::withTypeOfKind(key.kind(), [&](auto tag) {
+      using Type = typename decltype(tag)::type;
+      const Type& value = *boost::unsafe_any_cast<Type>(&key.value(level));
+      if constexpr (boostany::kIsVector<Type>) {
+        for (const boostany::ElementOf<Type>& item : value) {
+          text_ += "<item>";
+          writeText(key, textOfValue<boostany::ElementOf<Type>>(item), false);
+          text_ += "</item>";
+        }
+      } else {
+        writeText(key, textOfValue<Type>(value), false);
+      }
+    });
+    text_ += "</value>\n";
+  }
+
+  void writeValidator(const Entry& entry, int indent) {
+    const ValidatorChoice& choice = choiceOf(entry.validator());
+    if (const JValidator* const java = boost::get<JValidator>(&choice)) {
+      open("<java-validator class=\"", indent);
+      writeText(entry, textOfValue(java->first()), true);
+      text_ += "\" argument=\"";
+      writeText(entry, textOfValue(java->second()), true);
+      text_ += "\"/>\n";
+    } else if (const ZValidator* const script = boost::get<ZValidator>(&choice)) {
+      open("<script-validator>", indent);
+      writeText(entry, textOfValue(script->text()), false);
+      text_ += "</script-validator>\n";
+    }
+  }
+
+  void open(const std::string& tag, int indent) {
+    text_.append(2 * indent, ' ');
+    text_ += tag;
+  }
+
+  // Escapes what markup needs, and what a reader would otherwise change: line ends, and in
+  // attributes every white space but the blank.
+  void writeText(const Entry& entry, const std::optional<std::string>& utf8, bool isAttribute) {
+    if (!utf8 || !isXmlText(*utf8)) {
+      throw Failure<KORVEN::settings::core::ValidationFailure>(
+          "\"" + entry.path() + "\" holds a character that XML cannot hold.");
+    }
+    for (const char c : *utf8) {
+      switch (c) {
+        case '&':
+          text_ += "&amp;";
+          break;
+        case '<':
+          text_ += "&lt;";
+          break;
+        case '>':
+          text_ += "&gt;";
+          break;
+        case '"':
+          text_ += isAttribute ? "&quot;" : "\"";
+          break;
+        case '\r':
+          text_ += "&#13;";
+          break;
+        case '\n':
+          text_ += isAttribute ? "&#10;" : "\n";
+          break;
+        case '\t':
+          text_ += isAttribute ? "&#9;" : "\t";
+          break;
+        default:
+          text_ += c;
+      }
+    }
+  }
+
+  const LevelSet levels_;
+  std::string text_;
+};
+
+}  // namespace
+
+std::string settingsText(const Node& top, const LevelSet& levels) {
+  return Writer(levels).write(top);
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,45 @@
+// Entries that belong to no context: detached ones, and trees read from a file.
+#include <boost/make_shared.hpp>
+
+#include "host/settings/file_name.h"
+#include "host/settings/settings_reader.h"
+#include "service/failures.h"
+#include "service/z_settings.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings {
+namespace {
+
+// Detached keys share a tree that nothing is ever attached to: all that one can do with such a key
+// is ask for its name and attach it elsewhere.
+const host::TreePtr& treeOfDetachedKeys() {
+  static const host::TreePtr& tree = *new host::TreePtr(host::Tree::makeStandalone());
+  return tree;
+}
+
+}  // namespace
+
+boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& name, bool isKey,
+                                                          bool mayHaveListeners,
+                                                          const ValidatorChoice& validator) {
+  const host::ValidatorPtr guard = host::makeValidator(validator);
+  if (isKey) {
+    return boost::make_shared<host::Key>(treeOfDetachedKeys(), name, boostany::kNoValue,
+                                         mayHaveListeners, guard);
+  }
+  return boost::make_shared<host::Node>(host::Tree::makeStandalone(), name, mayHaveListeners,
+                                        guard);
+}
+
+boost::shared_ptr<Settings> Settings::importAsStandaloneObject(const base::ustring& path) {
+  const std::optional<std::string> fileName = host::fileNameFrom(path);
+  if (!fileName) {
+    throw Failure<KORVEN::settings::core::FileLoadingError>(
+        path, std::string("no file can have this name"));
+  }
+  host::ParseRules rules;
+  rules.tree = host::Tree::makeStandalone();
+  return host::readSettingsTree(*fileName, rules);
+}
+
+}  // namespace zlutil::settings

@@ -1,0 +1,70 @@
+// What stands behind one level of a tree: where the level's values come from and where they are
+// kept. The tree holds every value in memory itself; a store holds what must outlive the tree.
+//
+// A store belongs to one tree and one level. The tree calls it from any thread, one call at a time,
+// with no lock on the tree's memory held; calls may do I/O. The store calls the tree back only
+// through the function given to watch().
+#pragma once
+
+#include <boost/any.hpp>
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "service/validators.h"
+
+namespace zlutil::settings::host {
+
+class Node;
+
+// One change of what a store holds. Paths are the names below the tree's root joined with ".".
+struct PutValue {
+  std::string path;
+  boost::any value;
+};
+struct EraseValue {
+  std::string path;
+};
+// An entry that was added at run time; its parent is defined already. `kind` is the key's kind, or
+// kNoValue for a node and for a key that has no type yet. A C++ validator is code and is not kept.
+struct DefineEntry {
+  std::string path;
+  bool isKey;
+  int kind;
+  ValidatorChoice validator;
+};
+// An entry with everything below it, definitions and values.
+struct RemoveSubtree {
+  std::string path;
+};
+using Change = std::variant<PutValue, EraseValue, DefineEntry, RemoveSubtree>;
+using Changes = std::vector<Change>;
+
+class Store {
+ public:
+  using Watcher = std::function<void(const Changes&)>;
+
+  virtual ~Store() = default;
+
+  // Adds everything that it holds to the tree below `root`, its values at `level`. Called once,
+  // before anyone else knows the tree. What cannot be read is reported on standard error and left
+  // out; it does not throw for it.
+  virtual void readAll(Node& root, int level) = 0;
+
+  // Applies the changes in order, all of them or, when it throws StoreFailure, none.
+  virtual void apply(const Changes& changes) = 0;
+
+  // False when nothing outlives the tree: the tree then need not describe its changes, and does not
+  // call apply().
+  virtual bool keepsChanges() const = 0;
+
+  // Why values cannot be changed; empty when they can. Constant for the life of the store.
+  virtual const std::string& readOnlyReason() const = 0;
+
+  // From now on calls `watcher`, on a thread of the store's, with changes that others have made to
+  // what it holds. No call is running or begins once the store's destructor has returned.
+  virtual void watch(const Watcher& watcher) = 0;
+};
+
+}  // namespace zlutil::settings::host

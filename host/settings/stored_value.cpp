@@ -1,0 +1,39 @@
+#include "host/settings/stored_value.h"
+
+#include <cstring>
+
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+template <class Type>
+bool equal(const Type& left, const Type& right) {
+  using Element = boostany::ElementOf<Type>;
+  if constexpr (!std::is_floating_point_v<Element>) {
+    return left == right;
+  } else if constexpr (boostany::kIsVector<Type>) {
+    return left.size() == right.size() &&
+           (left.empty() ||
+            std::memcmp(left.data(), right.data(), left.size() * sizeof(Element)) == 0);
+  } else {
+    return std::memcmp(&left, &right, sizeof(Type)) == 0;
+  }
+}
+
+}  // namespace
+
+int kindOfValue(const boost::any& value) { return boostany::kindOfType(value.type()); }
+
+bool sameValue(const boost::any& left, const boost::any& right) {
+  const int kind = kindOfValue(left);
+  if (kind != kindOfValue(right)) return false;
+  bool same = true;
+  boostany::withTypeOfKind(kind, [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    same = equal(*boost::unsafe_any_cast<Type>(&left), *boost::unsafe_any_cast<Type>(&right));
+  });
+  return same;
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,156 @@
+#include "host/settings/structure.h"
+
+#include "host/settings/publication.h"
+#include "host/settings/subtree.h"
+#include "host/settings/value_checks.h"
+#include "service/failures.h"
+#include "service/identifier.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using namespace KORVEN::settings::core;
+
+[[noreturn]] void refuse(const Entry& parent, const Entry& entry, const std::string& reason) {
+  throw Failure<ErrorAddingChildNodeOrKey>(parent.name(), entry.name(), reason);
+}
+
+void checkName(const Entry& parent, const std::string& name, bool isKey) {
+  if (isIdentifierName(name.c_str())) return;
+  if (isKey) throw Failure<NotAKeyName>(parent.name(), name);
+  throw Failure<NotANodeName>(parent.name(), name);
+}
+
+// Throws when the entry cannot stand below the parent. Reads what the parent's tree guards; the
+// entry belongs to the caller.
+void checkPlace(const Node& parent, const Entry& entry, int height) {
+  if (!parent.isAttached()) refuse(parent, entry, "the node has been removed");
+  if (parent.child(entry.name())) refuse(parent, entry, "the name is taken");
+  if (parent.depth() + 1 + height > kMaxDepth) {
+    refuse(parent, entry, "the tree would be deeper than " + std::to_string(kMaxDepth));
+  }
+}
+
+// What each level's store has to do to hold the new subtree. The caller holds the writer.
+using LevelChanges = std::array<Changes, kLevelCount>;
+
+LevelChanges changesFor(const Tree& tree, const Entry& entry, const std::string& path) {
+  LevelChanges changes;
+  for (int level = 0; level < kLevelCount; ++level) {
+    if (tree.isReadOnly(level) || !tree.store(level).keepsChanges()) continue;
+    describe(entry, path, level, level == kUser, changes[level]);
+  }
+  return changes;
+}
+
+std::string pathBelow(const Node& parent, const std::string& name) {
+  const std::string path = parent.path();
+  return path.empty() ? name : path + '.' + name;
+}
+
+// Inserts a subtree that nobody else knows.
+void insert(Node& parent, const EntryPtr& entry) {
+  Tree& tree = parent.tree();
+  const int height = heightOf(*entry);
+  {
+    base::MutexLock writer(tree.writer());
+    LevelChanges changes;
+    {
+      ReadLock lock(tree.lock());
+      checkPlace(parent, *entry, height);
+      checkWritable(parent, kUser);
+      changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
+    }
+    for (int level = 0; level < kLevelCount; ++level) {
+      if (!changes[level].empty()) tree.store(level).apply(changes[level]);
+    }
+    markDefinedAt(*entry, kUser);
+    if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
+    WriteLock lock(tree.lock());
+    parent.insertChild(entry);
+  }
+  publishAdded(parent.shared_from_this(), entry);
+}
+
+}  // namespace
+
+void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
+  const auto at = boost::dynamic_pointer_cast<Entry>(parent);
+  if (!at) {
+    throw Failure<ErrorAddingChildNodeOrKey>(std::string(), entry->name(),
+                                             std::string("there is no parent"));
+  }
+  if (at->isKey()) {
+    const auto above = at->getParent();
+    throw Failure<NotANodeName>(above ? above->getName() : std::string(), at->name());
+  }
+  checkName(*at, entry->name(), entry->isKey());
+  {
+    ReadLock lock(entry->tree().lock());
+    if (entry->parent()) refuse(*at, *entry, "it stands in a tree already");
+    if (entry->isRemoved()) refuse(*at, *entry, "it has been removed from a tree");
+    // The root of a context's tree is the one entry without a parent that is no detached one.
+    if (!entry->tree().isStandalone()) refuse(*at, *entry, "it is the root of a tree");
+  }
+  if (!entry->isKey() && &entry->tree() == &at->tree())
+    refuse(*at, *entry, "it is that tree's top");
+  insert(static_cast<Node&>(*at), entry);
+}
+
+void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const std::string& name) {
+  const auto from = boost::dynamic_pointer_cast<Entry>(source);
+  if (!from) throw Failure<NoSuchNode>(parent.name(), name);
+  if (from->isKey()) throw Failure<NotANodeName>(parent.name(), from->name());
+  checkName(parent, name, false);
+  {
+    ReadLock lock(parent.tree().lock());
+    const Entry* const taken = parent.child(name);
+    if (taken && !taken->isKey() && static_cast<const Node*>(taken)->hasChildren()) {
+      throw Failure<CannotMergeWithNodeContainsChildren>(parent.name(), name);
+    }
+  }
+  NodePtr copy;
+  {
+    ReadLock lock(from->tree().lock());
+    copy = copyOf(static_cast<const Node&>(*from), name, parent.treePtr());
+  }
+  moveToWritableLevels(*copy, parent.tree());
+  insert(parent, copy);
+}
+
+void removeEntry(Node& parent, const std::string& name, bool isKey) {
+  Tree& tree = parent.tree();
+  EntryPtr removed;
+  Audience audience;
+  {
+    base::MutexLock writer(tree.writer());
+    std::string path;
+    {
+      ReadLock lock(tree.lock());
+      const Entry* const found = parent.isAttached() ? parent.child(name) : nullptr;
+      if (!found && isKey) throw Failure<NoSuchKey>(parent.name(), name);
+      if (!found) throw Failure<NoSuchNode>(parent.name(), name);
+      if (isKey && !found->isKey()) throw Failure<NotAKeyName>(parent.name(), name);
+      if (!isKey && found->isKey()) throw Failure<NotANodeName>(parent.name(), name);
+      path = found->path();
+      for (int level = 0; level < kLevelCount; ++level) {
+        if (found->isDefinedAt(level) && tree.isReadOnly(level)) {
+          throw Failure<CantModifyValuesOnReadOnlyLevel>(
+              path, levelName(level), std::string("a file of this level defines the entry"));
+        }
+      }
+      checkWritable(*found, kUser);
+      audience = audienceOf(*found);
+    }
+    for (int level = 0; level < kLevelCount; ++level) {
+      Store& store = tree.store(level);
+      if (!tree.isReadOnly(level) && store.keepsChanges()) store.apply({RemoveSubtree{path}});
+    }
+    WriteLock lock(tree.lock());
+    removed = parent.takeChild(name);
+    removed->setRemoved();
+  }
+  publishRemoved(parent.shared_from_this(), removed, audience);
+}
+
+}  // namespace zlutil::settings::host

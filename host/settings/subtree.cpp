@@ -1,0 +1,118 @@
+#include "host/settings/subtree.h"
+
+#include <algorithm>
+#include <boost/make_shared.hpp>
+
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+void copyChildren(const Node& source, Node& copy) {
+  for (const EntryPtr& child : source.childrenByName()) {
+    EntryPtr twin;
+    if (child->isKey()) {
+      const Key& key = static_cast<const Key&>(*child);
+      const auto keyTwin = boost::make_shared<Key>(copy.treePtr(), key.name(), key.kind(),
+                                                   key.canHaveListeners(), key.validator());
+      for (int level = 0; level < kLevelCount; ++level) {
+        boost::any value = key.value(level);
+        if (!value.empty()) keyTwin->swapValue(level, value);
+      }
+      twin = keyTwin;
+    } else {
+      const auto nodeTwin = boost::make_shared<Node>(copy.treePtr(), child->name(),
+                                                     child->canHaveListeners(), child->validator());
+      copyChildren(static_cast<const Node&>(*child), *nodeTwin);
+      twin = nodeTwin;
+    }
+    copy.insertChild(twin);
+  }
+}
+
+void mergeEntry(Entry& from, Entry& into, int level) {
+  if (from.isDefinedAt(level)) into.setDefinedAt(level);
+  if (!into.validator()) into.setValidator(from.validator());
+  if (!into.isKey()) {
+    merge(static_cast<Node&>(from), static_cast<Node&>(into), level);
+    return;
+  }
+  Key& key = static_cast<Key&>(from);
+  Key& target = static_cast<Key&>(into);
+  boost::any value;
+  key.swapValue(level, value);
+  if (!value.empty()) target.swapValue(level, value);
+  if (target.kind() == boostany::kNoValue) target.setKind(key.kind());
+}
+
+}  // namespace
+
+int heightOf(const Entry& entry) {
+  if (entry.isKey()) return 0;
+  int height = 0;
+  for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+    height = std::max(height, 1 + heightOf(*child));
+  }
+  return height;
+}
+
+NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree) {
+  const auto copy =
+      boost::make_shared<Node>(tree, name, source.canHaveListeners(), source.validator());
+  copyChildren(source, *copy);
+  return copy;
+}
+
+void moveToWritableLevels(Entry& entry, const Tree& tree) {
+  if (!entry.isKey()) {
+    for (const EntryPtr& child : static_cast<Node&>(entry).childrenByName()) {
+      moveToWritableLevels(*child, tree);
+    }
+    return;
+  }
+  Key& key = static_cast<Key&>(entry);
+  for (int level = 0; level < kLevelCount; ++level) {
+    if (!tree.isReadOnly(level) || key.value(level).empty()) continue;
+    boost::any value;
+    key.swapValue(level, value);
+    // The first one found is the one in effect among those that have to move.
+    if (key.value(kUser).empty()) key.swapValue(kUser, value);
+  }
+}
+
+void markDefinedAt(Entry& entry, int level) {
+  entry.setDefinedAt(level);
+  if (entry.isKey()) return;
+  for (const EntryPtr& child : static_cast<Node&>(entry).childrenByName()) {
+    markDefinedAt(*child, level);
+  }
+}
+
+void describe(const Entry& entry, const std::string& path, int level, bool define,
+              Changes& changes) {
+  if (entry.isKey()) {
+    const Key& key = static_cast<const Key&>(entry);
+    if (define) {
+      changes.push_back(DefineEntry{path, true, key.kind(), choiceOf(key.validator())});
+    }
+    if (!key.value(level).empty()) changes.push_back(PutValue{path, key.value(level)});
+    return;
+  }
+  if (define) changes.push_back(DefineEntry{path, false, 0, choiceOf(entry.validator())});
+  for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+    describe(*child, path + '.' + child->name(), level, define, changes);
+  }
+}
+
+void merge(Node& from, Node& into, int level) {
+  const Node::Children children = from.takeChildren();
+  for (const EntryPtr& child : children.get<1>()) {
+    if (Entry* const present = into.child(child->name())) {
+      mergeEntry(*child, *present, level);
+    } else {
+      into.insertChild(child);
+    }
+  }
+}
+
+}  // namespace zlutil::settings::host

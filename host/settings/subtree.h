@@ -1,0 +1,33 @@
+// Whole subtrees: measuring, copying and describing them. Every recursion is bounded by kMaxDepth.
+#pragma once
+
+#include "host/settings/node.h"
+
+namespace zlutil::settings::host {
+
+// How many entries the deepest path below `entry` has; 0 for a key and an empty node. Reads what
+// the tree guards.
+int heightOf(const Entry& entry);
+
+// A copy of the tree below `source` as a node called `name` for another place, with new identities.
+// It holds the values of every level as they are. Reads what the source's tree guards; nobody else
+// knows the copy.
+NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree);
+
+// Moves values from the levels that are read-only in `tree` to the user level, where the key has
+// none yet, so that every key has the same value in effect as before. Nobody else knows the entry.
+void moveToWritableLevels(Entry& entry, const Tree& tree);
+
+// Marks the entry and all below it as defined at the level.
+void markDefinedAt(Entry& entry, int level);
+
+// Adds to `changes` what a store has to do to hold the subtree, whose top has the path `path`: the
+// definitions when `define` is true, and the values of `level`.
+void describe(const Entry& entry, const std::string& path, int level, bool define,
+              Changes& changes);
+
+// Moves what `from` holds at the level into `into`, which agrees with it in kinds. The first
+// validator that an entry was given stays. Nobody else knows either tree.
+void merge(Node& from, Node& into, int level);
+
+}  // namespace zlutil::settings::host

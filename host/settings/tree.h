@@ -1,0 +1,53 @@
+// What the entries of one tree have in common: its context, its lock, and the store behind each
+// level. Every entry shares it, so it outlives the last of them, also when an entry has been
+// removed or its root is gone.
+//
+// Two locks, taken in this order:
+//   writer()  held by the one thread that is changing the tree, over the store's I/O
+//   lock()    guards the entries' memory: held for reading by everyone who looks, and for writing
+//             only while a change is made visible
+// Neither is held while a validator or a listener runs. Readers take lock() only, so they never
+// wait for validation, storage or listeners.
+#pragma once
+
+#include <array>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#include <memory>
+#include <string>
+
+#include "base/mutex.h"
+#include "host/settings/level_order.h"
+#include "host/settings/store.h"
+#include "host/settings/tree_lock.h"
+#include "service/context.h"
+
+namespace zlutil::settings::host {
+
+class Tree : public boost::intrusive_ref_counter<Tree> {
+ public:
+  using Stores = std::array<std::shared_ptr<Store>, kLevelCount>;
+
+  Tree(contextmgr::ZcrID context, Stores stores) : context_(context), stores_(std::move(stores)) {}
+
+  // A tree in memory only, with every level writable, which belongs to no context.
+  static boost::intrusive_ptr<Tree> makeStandalone();
+
+  contextmgr::ZcrID context() const { return context_; }
+  bool isStandalone() const { return context_ == contextmgr::AnyZcrID; }
+
+  TreeLock& lock() { return lock_; }
+  base::Mutex& writer() { return writer_; }
+
+  Store& store(int level) const { return *stores_[level]; }
+  bool isReadOnly(int level) const { return !store(level).readOnlyReason().empty(); }
+
+ private:
+  const contextmgr::ZcrID context_;
+  TreeLock lock_;
+  base::Mutex writer_;
+  const Stores stores_;
+};
+using TreePtr = boost::intrusive_ptr<Tree>;
+
+}  // namespace zlutil::settings::host

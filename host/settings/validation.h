@@ -1,0 +1,34 @@
+// Validators inside the service: how an entry owns one, and how one is run.
+// All functions may be called from any thread, and none may be called with a lock held, because a
+// validator is code of somebody else that may read and change settings.
+#pragma once
+
+#include <boost/any.hpp>
+#include <boost/shared_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#include <string>
+
+#include "service/validators.h"
+
+namespace zlutil::settings::host {
+
+// An entry's validator, shared by the entry and by whoever is about to run it. Immutable.
+struct Validator : boost::intrusive_ref_counter<Validator> {
+  explicit Validator(const ValidatorChoice& validator) : choice(validator) {}
+  const ValidatorChoice choice;
+};
+using ValidatorPtr = boost::intrusive_ptr<const Validator>;
+
+// Null for the choice `void_`.
+ValidatorPtr makeValidator(const ValidatorChoice& choice);
+
+// The choice of a validator; `void_` for null.
+const ValidatorChoice& choiceOf(const ValidatorPtr& validator);
+
+// Runs the validator on a candidate for the key `key` of `node`. Throws what refuses the value:
+// ValidationFailure, CValidationError, or what the Java proxy throws.
+void runValidator(const Validator& validator, const boost::shared_ptr<const Settings>& node,
+                  const std::string& key, const boost::any& value);
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,34 @@
+#include "host/settings/value_checks.h"
+
+#include "host/settings/stored_value.h"
+#include "service/failures.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using namespace KORVEN::settings::core;
+
+}  // namespace
+
+void checkWritable(const Entry& entry, int level) {
+  const std::string& reason = entry.tree().store(level).readOnlyReason();
+  if (!reason.empty()) {
+    throw Failure<CantModifyValuesOnReadOnlyLevel>(entry.path(), levelName(level), reason);
+  }
+}
+
+void checkKind(const Key& key, int kind, const boost::any& value) {
+  if (value.empty()) throw Failure<DefaultValidationFailedOnVoidType>(key.path());
+  const int given = kindOfValue(value);
+  if (given == boostany::kNoValue) {
+    throw Failure<ValidationFailure>("\"" + key.path() + "\" cannot hold a value of this type.");
+  }
+  if (kind != boostany::kNoValue && kind != given) {
+    throw Failure<ValidationFailure>("\"" + key.path() + "\" holds " +
+                                     std::string(boostany::kindName(kind)) + " values, not " +
+                                     std::string(boostany::kindName(given)) + ".");
+  }
+}
+
+}  // namespace zlutil::settings::host

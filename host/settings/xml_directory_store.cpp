@@ -1,0 +1,64 @@
+#include "host/settings/xml_directory_store.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+#include "host/settings/file_name.h"
+#include "host/settings/settings_reader.h"
+#include "host/settings/subtree.h"
+#include "service/failures.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+void report(const std::string& problem) {
+  std::fprintf(stderr, "%s\n", base::displayFromNarrow(problem).c_str());
+}
+
+// The settings files in the directory, in name order.
+std::vector<std::string> filesIn(const std::string& directory) {
+  std::vector<std::string> files;
+  if (directory.empty()) return files;
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end;
+       at.increment(error)) {
+    if (at->path().extension() == ".xml") files.push_back(at->path().string());
+  }
+  if (error && error != std::errc::no_such_file_or_directory) {
+    report(shownFileName(directory) + ": " + error.message());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::string reasonFor(const std::string& directory) {
+  return directory.empty() ? std::string("it has no directory")
+                           : "it is read from the files in " + shownFileName(directory);
+}
+
+}  // namespace
+
+XmlDirectoryStore::XmlDirectoryStore(const std::string& directory)
+    : directory_(directory), readOnlyReason_(reasonFor(directory)) {}
+
+void XmlDirectoryStore::readAll(Node& root, int level) {
+  ParseRules rules;
+  rules.tree = root.treePtr();
+  rules.level = level;
+  rules.isOnlyLevel = true;
+  rules.alongside = &root;
+  for (const std::string& file : filesIn(directory_)) {
+    try {
+      merge(*readSettingsTree(file, rules), root, level);
+    } catch (const std::exception& failure) {
+      report(failure.what());
+    }
+  }
+}
+
+void XmlDirectoryStore::apply(const Changes&) {
+  throw Failure<KORVEN::settings::core::StoreFailure>(shownFileName(directory_), readOnlyReason_);
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,28 @@
+// The read-only store of a level whose settings are the files `*.xml` of a directory, read in name
+// order. A file that is broken, or that contradicts an earlier one, is left out whole, with one
+// line on standard error that says where and why; the other files are read. A directory that does
+// not exist holds nothing.
+#pragma once
+
+#include "host/settings/store.h"
+
+namespace zlutil::settings::host {
+
+class XmlDirectoryStore final : public Store {
+ public:
+  // `directory` is bytes for the system, and empty for no directory.
+  explicit XmlDirectoryStore(const std::string& directory);
+
+  void readAll(Node& root, int level) override;
+  void apply(const Changes& changes) override;
+  bool keepsChanges() const override { return true; }
+  const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  // The files are read once; they are not watched.
+  void watch(const Watcher&) override {}
+
+ private:
+  const std::string directory_;
+  const std::string readOnlyReason_;
+};
+
+}  // namespace zlutil::settings::host
