@@ -1,0 +1,44 @@
+// A small real store with knobs: it keeps what is applied in a record that outlives it, as a disk
+// would, fails the n-th apply, and reports changes as if somebody else had made them.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "host/settings/store.h"
+
+namespace test {
+
+class FakeStore final : public zlutil::settings::host::Store {
+ public:
+  // What survives the store; shared by the stores that are opened on it one after the other.
+  struct Record {
+    std::map<std::string, zlutil::settings::host::DefineEntry> entries;
+    std::map<std::string, boost::any> values;
+    int applied = 0;  // batches
+  };
+
+  explicit FakeStore(std::shared_ptr<Record> record, const std::string& readOnlyReason = "")
+      : record_(std::move(record)), readOnlyReason_(readOnlyReason) {}
+
+  // The n-th apply() from now on fails; 1 is the next one.
+  void failOn(int n) { failIn_ = n; }
+
+  // Tells the tree of changes by others.
+  void changeFromOutside(const zlutil::settings::host::Changes& changes) { watcher_(changes); }
+
+  void readAll(zlutil::settings::host::Node& root, int level) override;
+  void apply(const zlutil::settings::host::Changes& changes) override;
+  bool keepsChanges() const override { return true; }
+  const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  void watch(const Watcher& watcher) override { watcher_ = watcher; }
+
+ private:
+  const std::shared_ptr<Record> record_;
+  const std::string readOnlyReason_;
+  int failIn_ = 0;
+  Watcher watcher_;
+};
+
+}  // namespace test

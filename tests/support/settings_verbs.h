@@ -1,0 +1,100 @@
+// Verbs for tests that use the settings service through its contract.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <boost/any.hpp>
+#include <boost/optional/optional_io.hpp>
+#include <string>
+#include <vector>
+
+#include "service/events.h"
+#include "service/failures.h"
+#include "service/settings.h"
+#include "service/z_settings.h"
+
+namespace test {
+
+using SettingsPtr = boost::shared_ptr<zlutil::settings::Settings>;
+using zlutil::settings::Failure;
+using zlutil::settings::Settings;
+using zlutil::settings::SettingsProblems;
+using zlutil::settings::SettingsValues;
+using zlutil::settings::ValidatorChoice;
+using Names = std::vector<std::string>;
+
+inline SettingsPtr addEntry(const SettingsPtr& parent, const std::string& name, bool isKey,
+                            const ValidatorChoice& validator = ValidatorChoice()) {
+  const auto entry = zlutil::settings::ZSettings::createSettingsNode(name, isKey, true, validator);
+  entry->attachTo(parent);
+  return entry;
+}
+inline SettingsPtr addNode(const SettingsPtr& parent, const std::string& name,
+                           const ValidatorChoice& validator = ValidatorChoice()) {
+  return addEntry(parent, name, false, validator);
+}
+inline SettingsPtr addKey(const SettingsPtr& parent, const std::string& name,
+                          const ValidatorChoice& validator = ValidatorChoice()) {
+  return addEntry(parent, name, true, validator);
+}
+
+// The int that a key has at a level; -1 for none.
+inline int intAt(const SettingsPtr& node, const std::string& key, const std::string& level = "") {
+  const boost::any value = node->getValue(key, level);
+  return value.empty() ? -1 : boost::any_cast<int>(value);
+}
+
+inline Names namesOf(const std::vector<SettingsPtr>& entries) {
+  Names names;
+  for (const SettingsPtr& entry : entries) names.push_back(entry->getName());
+  return names;
+}
+
+inline SettingsProblems setAll(const SettingsPtr& root, const SettingsValues& values,
+                               const std::string& level) {
+  return root->setMultiple(boost::make_iterator_range(values.begin(), values.end()), level, 0);
+}
+
+// The message of the failure of that tag which `action` raises; a test failure when it raises none.
+template <class Tag, class Action>
+std::string messageOf(const Action& action) {
+  try {
+    action();
+  } catch (const Failure<Tag>& failure) {
+    return failure.GetMessageTxt();
+  } catch (const std::exception& other) {
+    ADD_FAILURE() << "expected " << Tag::kName << ", got: " << other.what();
+    return {};
+  }
+  ADD_FAILURE() << "expected " << Tag::kName << ", got no failure";
+  return {};
+}
+
+// Hears every event about an entry and below it, as texts such as "changed editor.size".
+class Listener {
+ public:
+  explicit Listener(const SettingsPtr& entry)
+      : changed_(entry->addListener<zlutil::settings::SettingsValueChangeEvent>(
+            [this](const auto& event) {
+              heard.push_back("changed " + event.getObj()->getName());
+            })),
+        added_(
+            entry->addListener<zlutil::settings::SettingsAddNodeEvent>([this](const auto& event) {
+              heard.push_back("added " + event.getObj()->getName() + " to " +
+                              event.getParentObj()->getName());
+            })),
+        removed_(entry->addListener<zlutil::settings::SettingsRemoveNodeEvent>(
+            [this](const auto& event) {
+              heard.push_back("removed " + event.getObj()->getName() + " from " +
+                              event.getParentObj()->getName());
+            })) {}
+
+  Names heard;
+
+ private:
+  const zlutil::eventmgr::ScopedConnection changed_;
+  const zlutil::eventmgr::ScopedConnection added_;
+  const zlutil::eventmgr::ScopedConnection removed_;
+};
+
+}  // namespace test

@@ -1,0 +1,173 @@
+// One contract suite for everything that can stand behind a level, and the tree over a store that
+// fails.
+#include <boost/make_shared.hpp>
+#include <boost/variant/get.hpp>
+
+#include "host/settings/fill_from_stores.h"
+#include "host/settings/memory_store.h"
+#include "host/settings/xml_directory_store.h"
+#include "tests/support/fake_store.h"
+#include "tests/support/settings_verbs.h"
+#include "tests/support/temporary_directory.h"
+
+namespace test {
+namespace {
+
+using namespace KORVEN::settings::core;
+using namespace zlutil::settings::host;
+
+// The root of a new context's tree with `user` behind the user level, and read-only files, or
+// nothing, behind the factory level.
+NodePtr treeOver(const std::shared_ptr<Store>& user, const std::string& factory = "") {
+  const Tree::Stores stores = {std::make_shared<MemoryStore>(), user,
+                               std::make_shared<XmlDirectoryStore>(""),
+                               std::make_shared<XmlDirectoryStore>(factory)};
+  const TreePtr tree(new Tree(zlutil::contextmgr::BlessedZcrID, stores));
+  const auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
+  fillFromStores(root);
+  return root;
+}
+
+struct StoreKind {
+  const char* name;
+  // Opens the store on what the earlier ones of this test have kept.
+  std::function<std::shared_ptr<Store>(const std::shared_ptr<FakeStore::Record>&,
+                                       const TemporaryDirectory&)>
+      open;
+  friend std::ostream& operator<<(std::ostream& out, const StoreKind& kind) {
+    return out << kind.name;
+  }
+};
+
+class StoreContract : public testing::TestWithParam<StoreKind> {
+ protected:
+  std::shared_ptr<Store> open() { return GetParam().open(record_, directory_); }
+
+ private:
+  const std::shared_ptr<FakeStore::Record> record_ = std::make_shared<FakeStore::Record>();
+  const TemporaryDirectory directory_;
+};
+
+TEST_P(StoreContract, WhatIsKeptIsThereForTheNextTree) {
+  if (!open()->readOnlyReason().empty()) GTEST_SKIP() << "read-only";
+  {
+    const NodePtr root = treeOver(open());
+    const SettingsPtr node = addNode(root, "n", zlutil::settings::JValidator("c", "a"));
+    addKey(node, "k");
+    node->setAny("k", 1, "user");
+    node->setAny("k", 2, "session");
+    addKey(node, "unset");
+    node->setAny("unset", 1, "user");
+    node->unset("unset", "user");
+    addNode(root, "gone");
+    addKey(root->getChild("gone"), "k");
+    root->removeNode("gone");
+    setAll(root, {{node->getChild("k"), 3}}, "user");
+    root->copySubtree(node, "copy");
+  }
+  const NodePtr root = treeOver(open());
+  if (!open()->keepsChanges()) {
+    EXPECT_TRUE(root->getChildren().empty());
+    return;
+  }
+  EXPECT_EQ(namesOf(root->getChildren()), (Names{"copy", "n"}));
+  const SettingsPtr node = root->getChild("n");
+  EXPECT_EQ(intAt(node, "k"), 3);
+  EXPECT_FALSE(node->isSet("unset", ""));
+  EXPECT_EQ(intAt(root->getChild("copy"), "k"), 3);
+  const auto choice = choiceOf(boost::static_pointer_cast<Entry>(node)->validator());
+  EXPECT_EQ(boost::get<zlutil::settings::JValidator>(choice).second(), "a");
+  root->removeNode("n");
+}
+
+TEST_P(StoreContract, AReadOnlyStoreRefusesEveryChangeWithItsReason) {
+  const std::shared_ptr<Store> store = open();
+  if (store->readOnlyReason().empty()) GTEST_SKIP() << "writable";
+  const NodePtr root = treeOver(store);
+  messageOf<StoreFailure>([&] { store->apply({EraseValue{"k"}}); });
+  const std::string message =
+      messageOf<CantModifyValuesOnReadOnlyLevel>([&] { addKey(root, "k"); });
+  EXPECT_NE(message.find(store->readOnlyReason()), std::string::npos) << message;
+  EXPECT_TRUE(root->getChildren().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stores, StoreContract,
+    testing::Values(
+        StoreKind{"Memory",
+                  [](const auto&, const auto&) { return std::make_shared<MemoryStore>(); }},
+        StoreKind{"XmlDirectory",
+                  [](const auto&, const TemporaryDirectory& directory) {
+                    return std::make_shared<XmlDirectoryStore>(directory.path());
+                  }},
+        StoreKind{"Fake", [](const auto& record,
+                             const auto&) { return std::make_shared<FakeStore>(record); }},
+        StoreKind{"ReadOnlyFake",
+                  [](const auto& record, const auto&) {
+                    return std::make_shared<FakeStore>(record, "no permission");
+                  }}),
+    [](const auto& info) { return info.param.name; });
+
+class TreeOverStore : public testing::Test {
+ protected:
+  const std::shared_ptr<FakeStore::Record> record = std::make_shared<FakeStore::Record>();
+  const std::shared_ptr<FakeStore> store = std::make_shared<FakeStore>(record);
+};
+
+TEST_F(TreeOverStore, AChangeThatTheStoreRefusesChangesNothingAndIsNotPublished) {
+  const NodePtr root = treeOver(store);
+  const SettingsPtr a = addKey(root, "a"), b = addKey(root, "b");
+  root->setAny("a", 1, "user");
+  Listener listener(root);
+  const std::function<void()> changes[] = {
+      [&] { root->setAny("a", 2, "user"); }, [&] { root->unset("a", "user"); },
+      [&] { addKey(root, "c"); }, [&] { root->removeKey("a"); },
+      [&] { root->copySubtree(root, "copy"); }};
+  for (const auto& change : changes) {
+    store->failOn(1);
+    EXPECT_NE(messageOf<StoreFailure>(change).find("the disk is full"), std::string::npos);
+  }
+  store->failOn(1);
+  EXPECT_EQ(setAll(root, {{a, 2}, {b, 2}}, "user"),
+            (SettingsProblems{{"a", "Cannot write the fake store: the disk is full"}}));
+  EXPECT_EQ(namesOf(root->getChildren()), (Names{"a", "b"}));
+  EXPECT_EQ(intAt(root, "a"), 1);
+  EXPECT_FALSE(root->getKeyType("b"));
+  EXPECT_EQ(listener.heard, Names());
+  addKey(root, "c");
+}
+
+TEST_F(TreeOverStore, AnOperationIsOneTransaction) {
+  const NodePtr root = treeOver(store);
+  const SettingsPtr node = addNode(root, "n");
+  const SettingsPtr a = addKey(node, "a"), b = addKey(node, "b");
+  const int before = record->applied;
+  setAll(root, {{a, 1}, {b, 2}, {a, 3}}, "user");
+  EXPECT_EQ(record->applied, before + 1);
+  root->copySubtree(node, "copy");
+  EXPECT_EQ(record->applied, before + 2);
+  setAll(root, {{a, 3}}, "user");
+}
+
+TEST_F(TreeOverStore, ChangesByOthersAppearAndArePublished) {
+  const TemporaryDirectory factory;
+  factory.write("a.xml", "<settings version=\"1\"><key name=\"f\" type=\"int\"/></settings>");
+  const NodePtr root = treeOver(store, factory.path());
+  Listener listener(root);
+  store->changeFromOutside({DefineEntry{"n", false, 0, {}}, DefineEntry{"n.k", true, 7, {}},
+                            PutValue{"n.k", 1}, PutValue{"n.none", 1}, PutValue{"n.k", 2.0},
+                            PutValue{"f", 5}});
+  EXPECT_EQ(listener.heard,
+            (Names{"added n to settings", "added k to n", "changed k", "changed f"}));
+  EXPECT_EQ(intAt(root->getChild("n"), "k", "user"), 1);
+  listener.heard.clear();
+  store->changeFromOutside({PutValue{"f", 5}, EraseValue{"f"}, RemoveSubtree{"n"},
+                            RemoveSubtree{"f"}, RemoveSubtree{"x"},
+                            DefineEntry{"f.x", true, 7, {}}});
+  EXPECT_EQ(listener.heard, (Names{"removed n from settings", "changed f"}));
+  EXPECT_EQ(namesOf(root->getChildren()), Names{"f"});
+  EXPECT_FALSE(root->isSet("f", ""));
+}
+
+}  // namespace
+}  // namespace test
