@@ -29,7 +29,7 @@ base::NeverDestroyed<std::vector<std::string>> levelNames(
 // When the library is unloaded from a JVM that goes on, nothing can use the list any more.
 struct FreeLevelNamesAtUnload {
   ~FreeLevelNamesAtUnload() {
-    if (jzi::JVMShutdownGuard().JVMRunning()) levelNames.get() = {};
+    if (jzi::JVMShutdownGuard().JVMRunning()) std::vector<std::string>().swap(levelNames.get());
   }
 } freeLevelNamesAtUnload;
 

@@ -9,7 +9,7 @@ clean=0
 for ((run = 1; run <= runs; ++run)); do
   output=$(timeout 30 "$@" 2>&1)
   code=$?
-  if [[ $code -eq 0 ]] && ! grep -qE 'SIG[A-Z]+ \(|fatal error|WARNING in native|Exception' <<<"$output"; then
+  if [[ $code -eq 0 ]] && ! grep -qE 'SIG[A-Z]+ \(|fatal error|WARNING in native|Exception|ERROR: [A-Za-z]+Sanitizer' <<<"$output"; then
     clean=$((clean + 1))
   else
     echo "run $run ended with $code: $(tail -n 20 <<<"$output")"
