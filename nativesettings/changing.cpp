@@ -1,7 +1,5 @@
 #include "nativesettings/changing.h"
 
-#include <stdexcept>
-
 #include "bridge/java_layer.h"
 #include "nativesettings/frame.h"
 #include "nativesettings/paths.h"
@@ -11,11 +9,12 @@
 #include "service/identifier.h"
 #include "service/settings.h"
 #include "service/z_settings.h"
-#include "values/class_records.h"
+#include "values/exchange.h"
 #include "values/java_values.h"
 
 namespace nativesettings {
 
+using zlutil::boostany::SettingValueVariant;
 using zlutil::settings::JValidator;
 using zlutil::settings::Settings;
 using zlutil::settings::ValidatorChoice;
@@ -24,51 +23,7 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-// What Java has put into a SettingInfo.
-struct GivenValue {
-  jobject value;
-  jclass cls;
-};
-
-// Calls a getter of SettingInfo, looked up on that class itself so that the cached identifier is
-// right for every object.
-jobject callInfoGetter(JNIEnv* env, jobject settingInfo, std::atomic<jmethodID>& slot,
-                       const char* name, const char* signature) {
-  jmethodID id =
-      jzi::safeGetMethodID(env, globalConsInfos, settingInfoObjCons, slot, name, signature, false);
-  return id ? env->CallObjectMethod(settingInfo, id) : nullptr;
-}
-
-// Reads a SettingInfo. Nothing when its getValue() threw: the exception is described and cleared,
-// and the caller returns as if it had done its work, on purpose.
-boost::optional<GivenValue> readInfo(JNIEnv* env, jobject settingInfo) {
-  if (!settingInfo) throw std::invalid_argument("null value");
-  GivenValue given{};
-  given.value =
-      callInfoGetter(env, settingInfo, settingInfo_getValueID, "getValue", "()Ljava/lang/Object;");
-  if (env->ExceptionCheck()) {
-    env->ExceptionDescribe();
-    env->ExceptionClear();
-    return boost::none;
-  }
-  given.cls = given.value
-                  ? env->GetObjectClass(given.value)
-                  : static_cast<jclass>(callInfoGetter(env, settingInfo, settingInfo_getTypeID,
-                                                       "getType", "()Ljava/lang/Class;"));
-  if (env->ExceptionCheck()) throw std::runtime_error("getType() of the value threw");
-  return given;
-}
-
-// The handler of set and unset: a pending Java exception is reported by that text alone.
-auto attempted(JNIEnv* env, jobjectArray path, jstring key, const char* what) {
-  return [=] {
-    if (env->ExceptionCheck()) {
-      throwJavaExceptionHelper(env, runtimeException, what);
-    } else {
-      handleException(env, path, key, false);
-    }
-  };
-}
+constexpr const char* kAttemptingToSet = "Attempting to set";
 
 void recordChange(SettingContext& context, const Settings& node, const std::string& key,
                   boost::any value) {
@@ -97,7 +52,7 @@ bool addEntry(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jstrin
             ->attachTo(parent);
         return true;
       },
-      translated(env, path, name, false));
+      Failed(env, path, name, false));
 }
 
 }  // namespace
@@ -107,36 +62,45 @@ void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray pa
   guardedVoid(
       env,
       [&] {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+        const GivenArguments given(env, path, key, level);
+        const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) return throwNotFound(env, path, key);
-        const boost::optional<GivenValue> given = readInfo(env, settingInfo);
-        if (!given) return;
-        const std::string keyName = zljGetStdString(env, key);
-        const std::string levelName = zljGetStdString(env, level);
-        const auto value = getValueFromJava(env, given->value, given->cls);
+        boost::optional<SettingValueVariant> value;
+        switch (getValueFromInfo(env, settingInfo, value)) {
+          case InfoOutcome::kGetValueThrew:
+            // Described, cleared, and as good as done: deliberate.
+            env->ExceptionDescribe();
+            return env->ExceptionClear();
+          case InfoOutcome::kFailed:
+            return throwJavaExceptionHelper(env, runtimeException, kAttemptingToSet);
+          case InfoOutcome::kRead:
+            break;
+        }
         if (!value) {
           return throwJavaExceptionHelper(env, settingUnsupportedTypeRuntimeException,
                                           "Unsupported type");
         }
-        boost::any any = zlutil::boostany::convertVariantToAny(*value);
+        boost::any any = zlutil::boostany::convertVariantToAny(std::move(*value));
         if (context == 0) {
-          node->setAny(keyName, any, levelName);
+          node->setAny(given.key, any, given.level);
         } else {
-          recordChange(*reinterpret_cast<SettingContext*>(context), *node, keyName, std::move(any));
+          recordChange(*reinterpret_cast<SettingContext*>(context), *node, given.key,
+                       std::move(any));
         }
       },
-      attempted(env, path, key, "Attempting to set"));
+      Failed(env, path, key, false, kAttemptingToSet));
 }
 
 void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key, jstring level) {
   guardedVoid(
       env,
       [&] {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+        const GivenArguments given(env, path, key, level);
+        const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) return throwNotFound(env, path, key);
-        node->unset(zljGetStdString(env, key), zljGetStdString(env, level));
+        node->unset(given.key, given.level);
       },
-      attempted(env, path, key, "Attempting to unset"));
+      Failed(env, path, key, false, "Attempting to unset"));
 }
 
 void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
@@ -164,7 +128,7 @@ void nativeDelete(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring 
           parent->removeNode(child->getName());
         }
       },
-      translated(env, path, name, false));
+      Failed(env, path, name, false));
 }
 
 void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firstPath,
@@ -177,7 +141,7 @@ void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firs
         if (!first) return throwNotFound(env, firstPath, nullptr);
         first->copySubtree(second, zljGetStdString(env, name));
       },
-      translated(env, firstPath, nullptr, false));
+      Failed(env, firstPath, nullptr, false));
 }
 
 jboolean nativeIsKeyNameValid(JNIEnv* env, jclass, jstring name) {

@@ -11,35 +11,22 @@
 
 namespace nativesettings {
 
-// Runs `body()`; on a C++ exception runs `onFailure()` inside the catch clause. The result is that
-// of the body, or `failure` when it threw or when the JVM is going down.
-template <class Result, class Body, class OnFailure>
-Result guarded(JNIEnv* env, Result failure, Body&& body, OnFailure&& onFailure) {
+// Runs `body()`; a C++ exception becomes a Java exception as `failed` says. The result is that of
+// the body, or `failure` when it threw or when the JVM is going down.
+template <class Result, class Body>
+Result guarded(JNIEnv* env, Result failure, Body&& body, const Failed& failed) {
   const jzi::NativeShutdownGuard guard(env);
   if (!guard.JVMRunning()) return failure;
-  try {
-    return body();
-  } catch (...) {
-    onFailure();
-    return failure;
-  }
+  Result result = failure;
+  translating(failed, [&] { result = body(); });
+  return result;
 }
 
 // The same for a method without a result.
-template <class Body, class OnFailure>
-void guardedVoid(JNIEnv* env, Body&& body, OnFailure&& onFailure) {
-  guarded(
-      env, false,
-      [&] {
-        body();
-        return true;
-      },
-      std::forward<OnFailure>(onFailure));
-}
-
-// The handler that most methods have: the one translator.
-inline auto translated(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime) {
-  return [=] { handleException(env, path, key, asRuntime); };
+template <class Body>
+void guardedVoid(JNIEnv* env, Body&& body, const Failed& failed) {
+  const jzi::NativeShutdownGuard guard(env);
+  if (guard.JVMRunning()) translating(failed, std::forward<Body>(body));
 }
 
 }  // namespace nativesettings

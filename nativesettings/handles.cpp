@@ -59,7 +59,7 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
         throwJavaExceptionHelper(env, runtimeException, message.c_str());
         return 0;
       },
-      translated(env, nullptr, fileName, false));
+      Failed(env, nullptr, fileName, false));
 }
 
 jstring nativeGetFactoryDir(JNIEnv* env, jclass, jlong handle) {

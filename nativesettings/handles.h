@@ -19,7 +19,8 @@ class Settings;
 
 namespace nativesettings {
 
-// Shares the node of a (borrowed) handle with the caller.
+// Shares the node of a (borrowed) handle with the caller, who keeps it alive for the time of its
+// call.
 boost::shared_ptr<zlutil::settings::Settings> getRootFromJava(jlong handle);
 
 // The identity of a (borrowed) handle's node: equal for two handles exactly when their nodes are

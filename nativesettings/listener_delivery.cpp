@@ -1,58 +1,39 @@
 #include "nativesettings/listener_delivery.h"
 
-#include <atomic>
-
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
 #include "nativesettings/paths.h"
 #include "service/events.h"
 #include "service/settings.h"
+#include "values/java_helpers.h"
 
 namespace nativesettings {
 
+using jzi::ToJava::javaString;
 using zlutil::settings::Settings;
 using JavaReference = boost::shared_ptr<jobject>;
 
 namespace {
 
-std::atomic<jclass> listenerClass{nullptr};
-std::atomic<jmethodID> createEventID{nullptr};
-std::atomic<jmethodID> settingChangedID{nullptr};
-std::atomic<jmethodID> settingAddedID{nullptr};
-std::atomic<jmethodID> settingRemovedID{nullptr};
+// The events as Java numbers them (Answers.java).
+enum class EventNumber : jint { kChanged = 0, kAdded = 1, kRemoved = 2 };
 
-constexpr const char* kCreateEventSignature =
-    "(Ljava/lang/Object;[Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Z)"
-    "Lcom/velonix/services/settings/SettingChangeEvent;";
-constexpr const char* kListenerSignature = "(Lcom/velonix/services/settings/SettingChangeEvent;)V";
-
-// The event object that the listener makes of an event; null when it makes none, or throws.
-jobject createEvent(JNIEnv* env, jclass cls, jobject listener, jobject source,
-                    const boost::shared_ptr<Settings>& parent, const Settings& subject) {
-  jmethodID id =
-      jzi::safeGetMethodID(env, cls, createEventID, "createEvent", kCreateEventSignature);
-  jobjectArray path = id ? getSettingPathAsJArray(env, parent) : nullptr;
-  jstring name = path ? jzi::ToJava::javaString(env, subject.getName()) : nullptr;
-  if (!name) return nullptr;
-  const auto isNode = static_cast<jboolean>(!subject.isKey());
-  jobject event = env->CallObjectMethod(listener, id, source, path, name, nullptr, isNode);
-  return env->ExceptionCheck() ? nullptr : event;
-}
-
-// Hands one event to one method of the listener. Local references end with the guard's frame.
-void deliverSettingEvent(const char* method, std::atomic<jmethodID>& methodID,
-                         const boost::shared_ptr<Settings>& parent, const JavaReference& listener,
+// Has the listener make an event object of the event and hear of it. Local references end with the
+// guard's frame.
+void deliverSettingEvent(EventNumber number, const Settings& parent, const JavaReference& listener,
                          const zlutil::eventmgr::BaseEvent& event, const JavaReference& source) {
   const jzi::JavaGuard guard;
   JNIEnv* env = guard.env();
   if (!env) return;
-  jclass cls =
-      jzi::safeFindClass(env, listenerClass, "com/velonix/services/settings/SettingListener");
-  jobject object =
-      createEvent(env, cls, *listener, source ? *source : nullptr, parent, *event.getObj());
-  jmethodID id =
-      object ? jzi::safeGetMethodID(env, cls, methodID, method, kListenerSignature) : nullptr;
-  if (id) env->CallVoidMethod(*listener, id, object);
+  const boost::shared_ptr<Settings> subject = event.getObj();
+  const std::vector<std::string> path = getSettingPath(parent);
+  jstring joined = javaString(env, getDotPath(path));
+  jstring name = joined ? javaString(env, subject->getName()) : nullptr;
+  if (name) {
+    answers::deliver.run(env, static_cast<jint>(number), *listener, source ? *source : nullptr,
+                         joined, static_cast<jint>(path.size()), name,
+                         static_cast<jboolean>(!subject->isKey()));
+  }
   // A listener's exception is nobody's but its own.
   env->ExceptionClear();
 }
@@ -64,29 +45,19 @@ void onSettingChanged(const JavaReference& listener,
                       const JavaReference& source) {
   const boost::shared_ptr<Settings> parent = event.getObj()->getParent();
   if (!parent) return;
-  deliverSettingEvent("settingChanged", settingChangedID, parent, listener, event, source);
+  deliverSettingEvent(EventNumber::kChanged, *parent, listener, event, source);
 }
 
 void onSettingAdded(const JavaReference& listener,
                     const zlutil::settings::SettingsAddNodeEvent& event,
                     const JavaReference& source) {
-  deliverSettingEvent("settingAdded", settingAddedID, event.getParentObj(), listener, event,
-                      source);
+  deliverSettingEvent(EventNumber::kAdded, *event.getParentObj(), listener, event, source);
 }
 
 void onSettingRemoved(const JavaReference& listener,
                       const zlutil::settings::SettingsRemoveNodeEvent& event,
                       const JavaReference& source) {
-  deliverSettingEvent("settingRemoved", settingRemovedID, event.getParentObj(), listener, event,
-                      source);
-}
-
-void forgetDeliveryIdentifiers() {
-  jzi::releaseClass(GetJNIEnvR(), listenerClass);
-  createEventID = nullptr;
-  settingChangedID = nullptr;
-  settingAddedID = nullptr;
-  settingRemovedID = nullptr;
+  deliverSettingEvent(EventNumber::kRemoved, *event.getParentObj(), listener, event, source);
 }
 
 }  // namespace nativesettings

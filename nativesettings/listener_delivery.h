@@ -28,7 +28,4 @@ void onSettingRemoved(const boost::shared_ptr<jobject>& listener,
                       const zlutil::settings::SettingsRemoveNodeEvent& event,
                       const boost::shared_ptr<jobject>& source);
 
-// Forgets the Java identifiers looked up so far; part of unloading.
-void forgetDeliveryIdentifiers();
-
 }  // namespace nativesettings

@@ -61,23 +61,16 @@ void nativeAddRemoveListener(JNIEnv* env, jclass, jobject source, jlong handle, 
                              jstring keyName, jobject listener) {
   const jzi::JVMShutdownGuard guard;
   if (!guard.JVMRunning()) return;
-  const SettingsPtr node = getNodeFromJava(env, handle, path, false);
-  if (!node) return throwNotFound(env, path, nullptr);
-  try {
+  translating(Failed(env, path, keyName, false), [&] {
+    const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+    if (!node) return throwNotFound(env, path, nullptr);
     const SettingsPtr target = keyName ? getChildFromJava(env, node, keyName, false) : node;
     if (source) {
       addListener(env, listener, source, target);
     } else {
       removeListener(env, listener, target);
     }
-  } catch (...) {
-    handleException(env, path, keyName, false);
-  }
-}
-
-void forgetListenerIdentifiers() {
-  forgetDeliveryIdentifiers();
-  forgetIdentityHash();
+  });
 }
 
 }  // namespace nativesettings

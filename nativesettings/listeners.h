@@ -27,12 +27,8 @@ void removeListener(JNIEnv* env, jobject listener,
                     const boost::shared_ptr<zlutil::settings::Settings>& node);
 
 // Adds (`source` given) or removes (`source` null) a listener on the node, or on its child
-// `keyName` when that is not null. A node that does not exist is reported with its path. The lookup
-// of the node stands outside the catch clause: the service's findDescendant does not fail.
+// `keyName` when that is not null. A node that does not exist is reported with its path.
 void nativeAddRemoveListener(JNIEnv* env, jclass, jobject source, jlong handle, jobjectArray path,
                              jstring keyName, jobject listener);
-
-// Forgets the Java identifiers that deliveries have looked up; part of unloading.
-void forgetListenerIdentifiers();
 
 }  // namespace nativesettings

@@ -4,7 +4,7 @@
 #include "base/export.h"
 #include "bridge/java_layer.h"
 #include "nativesettings/java_validator.h"
-#include "nativesettings/listeners.h"
+#include "nativesettings/listener_registry.h"
 #include "nativesettings/registration.h"
 #include "service/validators.h"
 #include "values/class_records.h"
@@ -29,6 +29,6 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
 
 extern "C" NATIVESETTINGS_API void JNICALL JNI_OnUnload(JavaVM*, void*) {
   JValidator::clearFunctions();
-  nativesettings::forgetListenerIdentifiers();
+  nativesettings::forgetIdentityHash();
   nativesettings::nativesettings_utilsUnload();
 }

@@ -1,48 +1,34 @@
 #include "nativesettings/paths.h"
 
+#include <algorithm>
 #include <boost/numeric/conversion/cast.hpp>
 
 #include "bridge/converters.h"
-#include "bridge/java_layer.h"
 #include "nativesettings/handles.h"
 #include "service/settings.h"
-#include "values/class_records.h"
+#include "values/exchange.h"
+#include "values/java_helpers.h"
 
 namespace nativesettings {
 
 using zlutil::settings::Settings;
 
-namespace {
-
-// A native method starts with room for 32 references; a path up to this long leaves enough of it.
-constexpr jsize kShortPath = 8;
-constexpr jint kOtherReferences = 32;
-
-}  // namespace
-
 std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring key) {
-  const jsize length = path ? env->GetArrayLength(path) : 0;
-  if (length > kShortPath) env->EnsureLocalCapacity(length + kOtherReferences);
-  std::vector<std::string> names;
-  names.reserve(boost::numeric_cast<std::size_t>(length) + (key ? 1 : 0) + 1);
-  for (jsize i = 0; i < length; ++i) {
-    names.emplace_back();
-    zljGetStdString(names.back(), env, static_cast<jstring>(env->GetObjectArrayElement(path, i)));
-  }
-  if (key) {
-    names.emplace_back();
-    zljGetStdString(names.back(), env, key);
-  }
-  return names;
+  GivenArguments given(env, path, key, nullptr);
+  if (key) given.path.push_back(std::move(given.key));
+  return std::move(given.path);
+}
+
+boost::shared_ptr<Settings> getEntry(jlong handle, const std::vector<std::string>& path,
+                                     bool wantKey) {
+  boost::shared_ptr<Settings> entry = getRootFromJava(handle)->findDescendant(path);
+  if (entry && entry->isKey() != wantKey) entry.reset();
+  return entry;
 }
 
 boost::shared_ptr<Settings> getNodeFromJava(JNIEnv* env, jlong handle, jobjectArray path,
                                             bool wantKey) {
-  boost::shared_ptr<Settings> entry = getRootFromJava(handle);
-  const std::vector<std::string> names = getPathFromJava(env, path, nullptr);
-  if (!names.empty()) entry = entry->findDescendant(names);
-  if (entry && entry->isKey() != wantKey) entry.reset();
-  return entry;
+  return getEntry(handle, getPathFromJava(env, path, nullptr), wantKey);
 }
 
 std::string& getDotPath(std::string& accumulated, const std::string& name) {
@@ -65,23 +51,28 @@ std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key) {
   return getDotPath(getPathFromJava(env, path, key));
 }
 
-jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const Settings>& node) {
+std::vector<std::string> getSettingPath(const Settings& node) {
   std::vector<std::string> names;
-  boost::shared_ptr<const Settings> current = node;
+  boost::shared_ptr<const Settings> held;
+  const Settings* current = &node;
   while (boost::shared_ptr<const Settings> parent = current->getParent()) {
     names.push_back(current->getName());
-    current = parent;
+    held = std::move(parent);
+    current = held.get();
   }
-  const jsize length = boost::numeric_cast<jsize>(names.size());
-  jobjectArray array = env->NewObjectArray(length, getStringClass(env), nullptr);
-  if (!array) return nullptr;
-  for (jsize i = 0; i < length; ++i) {
-    jstring name = jzi::ToJava::javaString(env, names[length - 1 - i]);
-    if (!name) return nullptr;
-    env->SetObjectArrayElement(array, i, name);
-    env->DeleteLocalRef(name);
-  }
-  return array;
+  std::reverse(names.begin(), names.end());
+  return names;
+}
+
+jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const Settings>& node) {
+  return getNamesAsJArray(env, getSettingPath(*node));
+}
+
+jobjectArray getNamesAsJArray(JNIEnv* env, const std::vector<std::string>& names) {
+  const jint count = boost::numeric_cast<jint>(names.size());
+  jstring joined = jzi::ToJava::javaString(env, getDotPath(names));
+  if (!joined) return nullptr;
+  return static_cast<jobjectArray>(answers::names.object(env, joined, count));
 }
 
 }  // namespace nativesettings

@@ -22,6 +22,11 @@ std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring
 
 // The entry at the path below the handle's node (borrowed handle), if it is a key or a node as
 // wanted; null otherwise.
+boost::shared_ptr<zlutil::settings::Settings> getEntry(jlong handle,
+                                                       const std::vector<std::string>& path,
+                                                       bool wantKey);
+
+// The same for a path that Java gives.
 boost::shared_ptr<zlutil::settings::Settings> getNodeFromJava(JNIEnv* env, jlong handle,
                                                               jobjectArray path, bool wantKey);
 
@@ -34,8 +39,14 @@ std::string getDotPath(const std::vector<std::string>& names);
 // The names of a call's path and key joined with ".", the text of every not-found message.
 std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
 
-// The names from just below the root down to the node, as a new String[] (a local reference); empty
-// for a root, null when the JVM cannot make it. `node` must not be null.
+// Names, as a new String[] (a local reference); null with an exception pending when the JVM cannot
+// make it.
+jobjectArray getNamesAsJArray(JNIEnv* env, const std::vector<std::string>& names);
+
+// The names from just below the root down to the node; none for a root.
+std::vector<std::string> getSettingPath(const zlutil::settings::Settings& node);
+
+// The same as a new String[], as getNamesAsJArray gives it. `node` must not be null.
 jobjectArray getSettingPathAsJArray(
     JNIEnv* env, const boost::shared_ptr<const zlutil::settings::Settings>& node);
 

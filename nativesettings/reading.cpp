@@ -1,7 +1,6 @@
 #include "nativesettings/reading.h"
 
 #include <algorithm>
-#include <boost/numeric/conversion/cast.hpp>
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
@@ -12,8 +11,8 @@
 #include "service/failures.h"
 #include "service/settings.h"
 #include "values/class_records.h"
+#include "values/exchange.h"
 #include "values/java_values.h"
-#include "values/local_frames.h"
 
 namespace nativesettings {
 
@@ -25,25 +24,18 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 namespace {
 
 // A SettingInfo that says which class the key's values have, if the service knows.
-jobject typeOnly(JNIEnv* env, const SettingsPtr& node, jstring key) {
-  const boost::optional<int> kind = node->getKeyType(zljGetStdString(env, key));
+jobject typeOnly(JNIEnv* env, const Settings& node, const std::string& key) {
+  const boost::optional<int> kind = node.getKeyType(key);
   jclass cls = kind ? getJavaClassOfKind(env, *kind) : nullptr;
   return jzi::construct(env, globalConsInfos, &settingInfoClassCons, cls);
 }
 
 jobjectArray namesOf(JNIEnv* env, std::vector<SettingsPtr>::const_iterator first,
                      std::vector<SettingsPtr>::const_iterator last) {
-  const int count = boost::numeric_cast<int>(last - first);
-  jobjectArray names = env->NewObjectArray(count, getStringClass(env), nullptr);
-  if (!names) return nullptr;
-  LocalFrames frames(env);
-  for (int i = 0; i < count; ++i, ++first) {
-    frames.step();
-    jstring name = jzi::ToJava::javaString(env, (*first)->getName());
-    if (!name) return nullptr;
-    env->SetObjectArrayElement(names, i, name);
-  }
-  return names;
+  std::vector<std::string> names;
+  names.reserve(last - first);
+  for (; first != last; ++first) names.push_back((*first)->getName());
+  return getNamesAsJArray(env, names);
 }
 
 }  // namespace
@@ -59,44 +51,41 @@ SettingsPtr getChildFromJava(JNIEnv* env, const SettingsPtr& parent, jstring nam
   throw Failure<NoSuchNode>(parent->getName(), childName);
 }
 
-boost::any getKeyValueFromJava(JNIEnv* env, const SettingsPtr& node, jstring key, jstring level) {
-  return node->getValue(zljGetStdString(env, key), zljGetStdString(env, level));
-}
-
 jobject nativeGet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key,
                   jstring level) {
   return guarded(
       env, jobject{},
       [&]() -> jobject {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+        const GivenArguments given(env, path, key, level);
+        const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) {
           throwNotFound(env, path, key);
           return nullptr;
         }
-        jobject value = getJavaValueFromKey(env, getKeyValueFromJava(env, node, key, level));
-        if (value) return jzi::construct(env, globalConsInfos, &settingInfoObjCons, value);
-        return env->ExceptionCheck() ? nullptr : typeOnly(env, node, key);
+        jobject info = getInfoFromKey(env, node->getValue(given.key, given.level));
+        if (info) return info;
+        return env->ExceptionCheck() ? nullptr : typeOnly(env, *node, given.key);
       },
-      translated(env, path, key, false));
+      Failed(env, path, key, false));
 }
 
 jstring nativeGetLevel(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key) {
   return guarded(
       env, jstring{},
       [&]() -> jstring {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+        const GivenArguments given(env, path, key, nullptr);
+        const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) {
           throwNotFound(env, path, key);
           return nullptr;
         }
-        const std::string keyName = zljGetStdString(env, key);
         const std::vector<std::string>& levels = allLevelNames();
         const auto found =
             std::find_if(levels.begin(), levels.end(),
-                         [&](const std::string& level) { return node->isSet(keyName, level); });
+                         [&](const std::string& level) { return node->isSet(given.key, level); });
         return found == levels.end() ? nullptr : jzi::ToJava::javaString(env, *found);
       },
-      translated(env, path, key, false));
+      Failed(env, path, key, false));
 }
 
 jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key,
@@ -104,10 +93,11 @@ jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstri
   return guarded(
       env, jboolean{JNI_FALSE},
       [&]() -> jboolean {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+        const GivenArguments given(env, path, key, level);
+        const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) return JNI_FALSE;
         try {
-          return node->isSet(zljGetStdString(env, key), zljGetStdString(env, level));
+          return node->isSet(given.key, given.level);
         } catch (const Failure<NoSuchKey>&) {
         } catch (const Failure<NoSuchNode>&) {
         } catch (const Failure<NotANodeName>&) {
@@ -115,7 +105,7 @@ jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstri
         }
         return JNI_FALSE;  // what does not exist is not set
       },
-      translated(env, path, key, true));
+      Failed(env, path, key, true));
 }
 
 jboolean nativeExists(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key) {
@@ -132,20 +122,20 @@ jboolean nativeExists(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstr
         }
         return JNI_FALSE;
       },
-      translated(env, path, key, true));
+      Failed(env, path, key, true));
 }
 
 jboolean nativeIsChildNode(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name) {
   return guarded(
       env, jboolean{JNI_FALSE},
       [&]() -> jboolean {
-        const SettingsPtr root = getRootFromJava(handle);
-        const SettingsPtr entry = root->findDescendant(getPathFromJava(env, path, name));
+        const std::vector<std::string> names = getPathFromJava(env, path, name);
+        const SettingsPtr entry = getRootFromJava(handle)->findDescendant(names);
         if (entry) return !entry->isKey();
         throwNotFound(env, path, name);
         return JNI_FALSE;
       },
-      translated(env, path, name, false));
+      Failed(env, path, name, false));
 }
 
 jobjectArray nativeGetChildren(JNIEnv* env, jclass, jlong handle, jobjectArray path,
@@ -168,7 +158,7 @@ jobjectArray nativeGetChildren(JNIEnv* env, jclass, jlong handle, jobjectArray p
         }
         return namesOf(env, first, last);
       },
-      translated(env, path, nullptr, true));
+      Failed(env, path, nullptr, true));
 }
 
 }  // namespace nativesettings

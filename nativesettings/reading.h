@@ -5,7 +5,6 @@
 
 #include <jni.h>
 
-#include <boost/any.hpp>
 #include <boost/shared_ptr.hpp>
 
 namespace zlutil {
@@ -22,11 +21,6 @@ namespace nativesettings {
 boost::shared_ptr<zlutil::settings::Settings> getChildFromJava(
     JNIEnv* env, const boost::shared_ptr<zlutil::settings::Settings>& parent, jstring name,
     bool wantKey);
-
-// The key's value at the level; a null level is the value in effect.
-boost::any getKeyValueFromJava(JNIEnv* env,
-                               const boost::shared_ptr<zlutil::settings::Settings>& node,
-                               jstring key, jstring level);
 
 // A SettingInfo with the key's value at the level (null: in effect), or with its declared class
 // when it has no value there; null on failure.

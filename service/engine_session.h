@@ -24,7 +24,7 @@ class SETTINGS_HOST_API ZVM {
   // The identifier that no session has: it means the blessed context.
   static constexpr ZvmID UndefinedID = 0;
 
-  ZVM(ZvmID id, boost::optional<RuntimeContext> context) : id_(id), context_(context) {}
+  ZVM(ZvmID id, const boost::optional<RuntimeContext>& context) : id_(id), context_(context) {}
 
   ZvmID getID() const { return id_; }
 

@@ -11,7 +11,6 @@ ClassInfo::~ClassInfo() { ClassInfo::reset(); }
 void ClassInfo::reset() {
   ConsInfo::reset();
   arrayClass_.store(nullptr, std::memory_order_release);
-  getter_.store(nullptr, std::memory_order_release);
 }
 
 jclass ClassInfo::getArrayClass(JNIEnv* env) {

@@ -2,6 +2,7 @@
 
 #include "base/never_destroyed.h"
 #include "bridge/java_layer.h"
+#include "values/java_helpers.h"
 
 namespace nativesettings {
 
@@ -23,10 +24,6 @@ ClassInfo stringClassInfo("java/lang/String", "(Ljava/lang/String;)V");
 
 jzi::ConsInfo settingInfoClassCons("com/velonix/services/settings/SettingInfo",
                                    "(Ljava/lang/Class;)V");
-jzi::ConsInfo settingInfoObjCons("com/velonix/services/settings/SettingInfo",
-                                 "(Ljava/lang/Object;)V");
-std::atomic<jmethodID> settingInfo_getValueID{nullptr};
-std::atomic<jmethodID> settingInfo_getTypeID{nullptr};
 
 namespace {
 
@@ -51,8 +48,7 @@ void nativesettings_utilsUnload() {
   rearmClassRecords(GetJNIEnvR());
   jzi::clearConstructors(globalConsInfos);
   settingValidator_validateID = nullptr;
-  settingInfo_getValueID = nullptr;
-  settingInfo_getTypeID = nullptr;
+  forgetJavaHelpers();
 }
 
 }  // namespace nativesettings

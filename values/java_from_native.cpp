@@ -1,11 +1,11 @@
 // Native values to Java objects, and kinds to Java classes.
 #include <boost/numeric/conversion/cast.hpp>
-#include <boost/variant/apply_visitor.hpp>
-#include <boost/variant/static_visitor.hpp>
+#include <cstring>
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
 #include "values/class_records.h"
+#include "values/java_helpers.h"
 #include "values/java_values.h"
 #include "values/local_frames.h"
 #include "values/my_wrapper.h"
@@ -16,56 +16,89 @@ namespace {
 
 using namespace zlutil::boostany;
 
-// The Java primitive that carries a native type to its box's constructor, bit for bit.
+// A number as it travels to Java: a whole number's value, the bits of a float or a double.
 template <class Type>
-using Carrier = std::conditional_t<
-    std::is_same_v<Type, bool>, jboolean,
-    std::conditional_t<std::is_floating_point_v<Type>, Type,
-                       std::conditional_t<sizeof(Type) == 1, jbyte,
-                                          std::conditional_t<sizeof(Type) == 2, jshort,
-                                                             std::conditional_t<sizeof(Type) == 4,
-                                                                                jint, jlong>>>>>;
-
-template <class Type>
-jobject boxed(JNIEnv* env, const Type& value) {
-  if constexpr (std::is_same_v<Type, std::string>) {
-    return jzi::ToJava::javaString(env, value);
+jlong bitsOf(Type value) {
+  if constexpr (std::is_floating_point_v<Type>) {
+    jlong bits = 0;
+    std::memcpy(&bits, &value, sizeof(value));  // the low bytes come first
+    return bits;
   } else {
-    return jzi::construct(env, globalConsInfos, &recordOf<Type>(),
-                          static_cast<Carrier<Type>>(value));
+    return static_cast<jlong>(value);
   }
 }
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
 
-class ConvertFromCPPVisitor : public boost::static_visitor<jobject> {
- public:
-  explicit ConvertFromCPPVisitor(JNIEnv* env) : env_(env) {}
+jobject arrayOfTexts(JNIEnv* env, const std::vector<std::string>& values, jsize length) {
+  jobjectArray array = env->NewObjectArray(length, getStringClass(env), nullptr);
+  if (!array) return nullptr;
+  LocalFrames frames(env);
+  for (jsize i = 0; i < length; ++i) {
+    frames.step();
+    jstring element = jzi::ToJava::javaString(env, values[i]);
+    if (!element) return nullptr;
+    env->SetObjectArrayElement(array, i, element);
+  }
+  return array;
+}
 
-  jobject operator()(const boost::blank&) const { return nullptr; }
+// The numbers' bits in one array; null with an exception pending when the JVM has no memory for it.
+template <class Element>
+jlongArray arrayOfBits(JNIEnv* env, const std::vector<Element>& values, jsize length) {
+  jlongArray array = env->NewLongArray(length);
+  if (!array) return nullptr;
+  if constexpr (sizeof(Element) == sizeof(jlong)) {
+    env->SetLongArrayRegion(array, 0, length, reinterpret_cast<const jlong*>(values.data()));
+  } else {
+    std::vector<jlong> bits(values.size());
+    for (std::size_t i = 0; i < bits.size(); ++i) bits[i] = bitsOf<Element>(values[i]);
+    env->SetLongArrayRegion(array, 0, length, bits.data());
+  }
+  return array;
+}
+
+// The Java objects of values, as they are or in a SettingInfo.
+struct ToJava {
+  JNIEnv* env;
+  bool inInfo;
+
+  jobject operator()(const std::string& value) const {
+    return finished(jzi::ToJava::javaString(env, value));
+  }
 
   template <class Type>
   jobject operator()(const Type& value) const {
-    return boxed(env_, value);
+    return (inInfo ? answers::info : answers::box)
+        .object(env, jint{kKindOf<Type>}, bitsOf<Type>(value));
   }
 
   template <class Element>
   jobject operator()(const std::vector<Element>& values) const {
-    const int length = boost::numeric_cast<int>(values.size());
-    jobjectArray array =
-        env_->NewObjectArray(length, jzi::getClass(env_, recordOf<Element>()), nullptr);
-    if (!array) return nullptr;
-    LocalFrames frames(env_);
-    for (int i = 0; i < length; ++i) {
-      frames.step();
-      jobject element = boxed(env_, static_cast<Element>(values[i]));
-      if (!element) return nullptr;
-      env_->SetObjectArrayElement(array, i, element);
+    const jsize length = boost::numeric_cast<int>(values.size());
+    if constexpr (std::is_same_v<Element, std::string>) {
+      return finished(arrayOfTexts(env, values, length));
+    } else {
+      jlongArray bits = arrayOfBits(env, values, length);
+      if (!bits) return nullptr;
+      return (inInfo ? answers::infoOfAll : answers::boxAll)
+          .object(env, jint{kKindOf<Element>}, bits);
     }
-    return array;
   }
 
- private:
-  JNIEnv* const env_;
+  jobject finished(jobject value) const {
+    if (!value || !inInfo) return value;
+    return answers::infoOf.object(env, value);
+  }
 };
+
+jobject toJava(JNIEnv* env, const boost::any& value, bool inInfo) {
+  jobject result = nullptr;
+  withTypeOfKind(kindOfType(value.type()), [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    result = ToJava{env, inInfo}(*boost::unsafe_any_cast<Type>(&value));
+  });
+  return result;
+}
 
 // Finds the class of one kind in a walk over all.
 struct GetTypeVisitor {
@@ -87,8 +120,10 @@ struct GetTypeVisitor {
 }  // namespace
 
 jobject getJavaValueFromKey(JNIEnv* env, const boost::any& value) {
-  return boost::apply_visitor(ConvertFromCPPVisitor(env), convertAnyToVariant(value));
+  return toJava(env, value, false);
 }
+
+jobject getInfoFromKey(JNIEnv* env, const boost::any& value) { return toJava(env, value, true); }
 
 jclass getJavaClassOfKind(JNIEnv* env, int kind) {
   GetTypeVisitor visitor{env, kind};

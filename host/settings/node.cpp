@@ -24,19 +24,29 @@ Node::~Node() {
   for (const EntryPtr& child : children_) child->setParent(nullptr);
 }
 
+template <class Read>
+auto Node::readKey(const std::string& name, const Read& read) const {
+  Entry* found;
+  {
+    ReadLock lock(tree().lock());
+    found = child(name);
+    if (found && found->isKey()) return read(static_cast<const Key&>(*found));
+  }
+  // Thrown without the lock: unwinding through its release would double the price of a failure.
+  if (found) throw Failure<NotAKeyName>(this->name(), name);
+  throw Failure<NoSuchKey>(this->name(), name);
+}
+
 boost::any Node::getValue(const std::string& key, const std::string& level) const {
-  ReadLock lock(tree().lock());
-  return valueOf(requireKey(key), level);
+  return readKey(key, [&level](const Key& found) { return valueOf(found, level); });
 }
 
 bool Node::isSet(const std::string& key, const std::string& level) const {
-  ReadLock lock(tree().lock());
-  return !valueOf(requireKey(key), level).empty();
+  return readKey(key, [&level](const Key& found) { return !valueOf(found, level).empty(); });
 }
 
 boost::optional<int> Node::getKeyType(const std::string& key) const {
-  ReadLock lock(tree().lock());
-  const int kind = requireKey(key).kind();
+  const int kind = readKey(key, [](const Key& found) { return found.kind(); });
   return boost::make_optional(kind != boostany::kNoValue, kind);
 }
 

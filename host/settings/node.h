@@ -60,6 +60,10 @@ class Node final : public Entry {
   void moveToTree(const TreePtr& tree) override;
 
  private:
+  // What `read` makes of the child key, under the lock; throws NoSuchKey or NotAKeyName.
+  template <class Read>
+  auto readKey(const std::string& name, const Read& read) const;
+
   Children children_;  // guarded by the tree
 };
 

@@ -102,6 +102,11 @@ final class Answers {
         return new SettingInfo(box(kind, bits));
     }
 
+    /** A value that is there already in a SettingInfo. */
+    static SettingInfo infoOf(Object value) {
+        return new SettingInfo(value);
+    }
+
     /** {@link #boxAll} in a SettingInfo. */
     static SettingInfo infoOfAll(int kind, long[] bits) {
         return new SettingInfo((Object) boxAll(kind, bits));

@@ -1,0 +1,322 @@
+package com.velonix.services.settings;
+
+import java.util.ArrayList;
+import java.util.List;
+import java.util.concurrent.CountDownLatch;
+
+/**
+ * The bridge's native methods beside the floors of the same work ({@link Literal}, {@link Best}),
+ * measured in turn in one run. Prints a table; the argument is the number of rounds.
+ */
+public final class BridgeBench {
+    private static final String SESSION = "session";
+    private static final int CHANGES = 1000;
+
+    private static Object sink;
+
+    private final Rounds rounds;
+
+    private BridgeBench(int rounds) {
+        this.rounds = new Rounds(rounds);
+    }
+
+    public static void main(String[] arguments) throws Throwable {
+        NativeLibrary.load();
+        System.loadLibrary("bridgefloors");
+        Literal.prepare();
+        Best.prepare();
+        BridgeBench bench =
+                new BridgeBench(arguments.length > 0 ? Integer.parseInt(arguments[0]) : 21);
+        String only = arguments.length > 1 ? arguments[1] : "";
+        if ("call".startsWith(only))
+            bench.call();
+        for (int keys : new int[] {1000, 100_000}) {
+            try (Places places = Places.ofKeys(keys)) {
+                if ("reading".startsWith(only))
+                    bench.reading(places, keys);
+                if (keys == 1000) {
+                    if ("failure".startsWith(only))
+                        bench.failure(places);
+                } else {
+                    if ("setting".startsWith(only))
+                        bench.setting(places);
+                    if ("threads".startsWith(only))
+                        bench.threads(places);
+                }
+            }
+        }
+        for (int listeners : new int[] {1, 100}) {
+            if ("events".startsWith(only))
+                bench.events(listeners);
+        }
+        if ("children".startsWith(only))
+            bench.children();
+        if ("commit".startsWith(only))
+            bench.commit();
+        System.out.println(bench.rounds);
+    }
+
+    private void call() throws Throwable {
+        rounds.measure("calling an empty native: by handle, directly",
+                times
+                -> {
+                    for (int i = 0; i < times; ++i) Natives.empty();
+                },
+                times -> {
+                    for (int i = 0; i < times; ++i) Literal.empty();
+                });
+    }
+
+    private void reading(Places places, int keys) throws Throwable {
+        String[][] works = {{"int", Places.INT}, {"20-char string", Places.TEXT},
+                {"Double[100]", Places.DOUBLES}};
+        for (String[] work : works) {
+            String key = work[1];
+            rounds.measure(String.format("nativeGet %s, %,d keys", work[0], keys),
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i)
+                            sink = Natives.get(places.handle, places.place(i), key, null);
+                    },
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i)
+                            sink = Literal.get(places.bare, places.place(i), key, null);
+                    },
+                    times -> {
+                        for (int i = 0; i < times; ++i)
+                            sink = Best.get(places.bare, places.place(i), key, null);
+                    });
+        }
+    }
+
+    private void setting(Places places) throws Throwable {
+        set("nativeSet int", places, Places.INT, 1, 2);
+        set("nativeSet Double[100]", places, Places.DOUBLES, Places.doubles(1), Places.doubles(2));
+    }
+
+    private void set(String work, Places places, String key, Object first, Object second)
+            throws Throwable {
+        SettingInfo[] values = {new SettingInfo(first), new SettingInfo(second)};
+        rounds.measure(work,
+                times
+                -> {
+                    for (int i = 0; i < times; ++i)
+                        Natives.set(0, places.handle, places.place(i >> 1), key, values[i & 1],
+                                SESSION);
+                },
+                times
+                -> {
+                    for (int i = 0; i < times; ++i)
+                        Literal.set(
+                                0, places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
+                },
+                times -> {
+                    for (int i = 0; i < times; ++i)
+                        Best.set(places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
+                });
+    }
+
+    /** Setting an int that somebody listens to; of it, the delivery is what grows. */
+    private void events(int listeners) throws Throwable {
+        try (Places places = Places.ofKeys(1000)) {
+            for (int i = 0; i < listeners; ++i) {
+                SettingListener listener = new CountingListener();
+                for (int node = 0; node < 2; ++node) {
+                    Natives.addListener(
+                            places.handle, Places.nodePath(node), Places.INT, this, listener);
+                    Literal.addListener(
+                            places.bare, Places.nodePath(node), Places.INT, this, listener);
+                }
+            }
+            SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
+            String[][] paths = {Places.nodePath(0), Places.nodePath(1)};
+            rounds.measure("set + event to " + listeners,
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i)
+                            Natives.set(0, places.handle, paths[i >> 1 & 1], Places.INT,
+                                    values[i & 1], SESSION);
+                    },
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i)
+                            Literal.set(0, places.bare, paths[i >> 1 & 1], Places.INT,
+                                    values[i & 1], SESSION);
+                    },
+                    times -> {
+                        for (int i = 0; i < times; ++i)
+                            Best.set(places.bare, paths[i >> 1 & 1], Places.INT, values[i & 1],
+                                    SESSION);
+                    });
+            if (CountingListener.heard == 0)
+                throw new IllegalStateException("nothing was heard");
+        }
+    }
+
+    private void children() throws Throwable {
+        try (SettingPath root = SettingPath.standalone()) {
+            long handle = root.tree().enter();
+            long bare = Literal.createTree(1);
+            String[] path = Places.nodePath(0);
+            Natives.addNode(handle, new String[0], path[0]);
+            Natives.addNode(handle, new String[] {path[0]}, path[1]);
+            for (int i = 0; i < 1000; ++i) {
+                Natives.addKey(handle, path, "key" + i, i, SESSION);
+                Literal.put(bare, path, "key" + i, new SettingInfo(i), 0);
+            }
+            rounds.measure("list 1,000 children",
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i) sink = Natives.children(handle, path);
+                    },
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i) sink = Literal.children(bare, path);
+                    },
+                    times -> {
+                        for (int i = 0; i < times; ++i) sink = Best.children(bare, path);
+                    });
+            root.tree().exit();
+        }
+    }
+
+    /** On the settings of the process, the only ones that transactions work on. */
+    private void commit() throws Throwable {
+        try (SettingPath root = SettingPath.processRoot()) {
+            long handle = root.tree().enter();
+            long bare = Literal.createTree(1);
+            String[] path = Places.nodePath(0);
+            Natives.addNode(handle, new String[0], path[0]);
+            Natives.addNode(handle, new String[] {path[0]}, path[1]);
+            String[] keys = new String[CHANGES];
+            for (int i = 0; i < CHANGES; ++i) {
+                keys[i] = "key" + i;
+                Natives.addKey(handle, path, keys[i], i, SESSION);
+                Literal.put(bare, path, keys[i], new SettingInfo(i), 0);
+            }
+            SettingInfo[] values = new SettingInfo[CHANGES + 1];
+            for (int i = 0; i < values.length; ++i) values[i] = new SettingInfo(-i);
+            rounds.measure("1,000 sets recorded, one commit",
+                    times
+                    -> {
+                        for (int i = 0; i < times; ++i) {
+                            long context = Natives.createContext();
+                            for (int k = 0; k < CHANGES; ++k)
+                                Natives.set(
+                                        context, handle, path, keys[k], values[k + (i & 1)], null);
+                            if (Natives.commit(context, SESSION) != null)
+                                throw new AssertionError();
+                            Natives.deleteContext(context);
+                        }
+                    },
+                    times -> {
+                        for (int i = 0; i < times; ++i) {
+                            long context = Literal.createContext();
+                            for (int k = 0; k < CHANGES; ++k)
+                                Literal.set(
+                                        context, bare, path, keys[k], values[k + (i & 1)], null);
+                            Literal.commit(context, bare, SESSION);
+                            Literal.deleteContext(context);
+                        }
+                    });
+            root.tree().exit();
+        }
+    }
+
+    private void failure(Places places) throws Throwable {
+        rounds.measure("failure raised and caught in Java",
+                times
+                -> {
+                    for (int i = 0; i < times; ++i) {
+                        try {
+                            sink = Natives.get(places.handle, places.place(i), "missing", null);
+                        } catch (SettingNotFoundException expected) {
+                            sink = expected;
+                        }
+                    }
+                },
+                times -> {
+                    for (int i = 0; i < times; ++i) {
+                        try {
+                            sink = Literal.get(places.bare, places.place(i), "missing", null);
+                        } catch (SettingNotFoundException expected) {
+                            sink = expected;
+                        }
+                    }
+                });
+    }
+
+    /** How many times one thread's rate two threads reach. */
+    private void threads(Places places) throws Throwable {
+        Rounds.Loop ours = times -> {
+            Object last = null;
+            for (int i = 0; i < times; ++i)
+                last = Natives.get(places.handle, places.place(i), Places.INT, null);
+            sink = last;
+        };
+        Rounds.Loop literal = times -> {
+            Object last = null;
+            for (int i = 0; i < times; ++i)
+                last = Literal.get(places.bare, places.place(i), Places.INT, null);
+            sink = last;
+        };
+        int count = 21, times = 100_000;
+        double[] gain = new double[count], floorGain = new double[count];
+        for (int round = -3; round < count; ++round) {
+            double one = rate(ours, times, 1), two = rate(ours, times, 2);
+            double floorOne = rate(literal, times, 1), floorTwo = rate(literal, times, 2);
+            if (round < 0)
+                continue;
+            gain[round] = two / one;
+            floorGain[round] = floorTwo / floorOne;
+        }
+        List<String> row = new ArrayList<>();
+        row.add("two threads reading, times one thread's rate (in place of ns)");
+        for (double[] gains : new double[][] {gain, floorGain}) {
+            row.add(Rounds.ratio(Rounds.median(gains)));
+            row.add(Rounds.ratio(Rounds.quantile(gains, 0.1)) + " - "
+                    + Rounds.ratio(Rounds.quantile(gains, 0.9)));
+        }
+        row.addAll(List.of("", "", "", ""));
+        rounds.addRow(row);
+    }
+
+    private static double rate(Rounds.Loop loop, int times, int threads) throws Throwable {
+        CountDownLatch ready = new CountDownLatch(threads), go = new CountDownLatch(1);
+        long[] nanos = new long[threads];
+        Thread[] workers = new Thread[threads];
+        for (int i = 0; i < threads; ++i) {
+            int mine = i;
+            workers[i] = new Thread(() -> {
+                try {
+                    ready.countDown();
+                    go.await();
+                    long start = System.nanoTime();
+                    loop.run(times);
+                    nanos[mine] = System.nanoTime() - start;
+                } catch (Throwable failed) {
+                    throw new IllegalStateException(failed);
+                }
+            });
+            workers[i].start();
+        }
+        ready.await();
+        go.countDown();
+        double rate = 0;
+        for (int i = 0; i < threads; ++i) {
+            workers[i].join();
+            rate += times / (double) nanos[i];
+        }
+        return rate;
+    }
+
+    private static final class CountingListener implements SettingListener {
+        static long heard;
+
+        @Override
+        public void settingChanged(SettingChangeEvent event) {
+            ++heard;
+        }
+    }
+}
