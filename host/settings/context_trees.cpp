@@ -45,7 +45,7 @@ NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directorie
   stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup);
   stores[kFactory] = std::make_shared<XmlDirectoryStore>(directories.factory);
   const TreePtr tree(new Tree(context, stores));
-  const auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
+  auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
   fillFromStores(root);
   return root;
 }

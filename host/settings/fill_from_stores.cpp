@@ -10,9 +10,9 @@ void fillFromStores(const NodePtr& root) {
   for (int level = kLevelCount - 1; level >= 0; --level) tree.store(level).readAll(*root, level);
   const boost::weak_ptr<Entry> watched = root;
   for (int level = 0; level < kLevelCount; ++level) {
-    tree.store(level).watch([watched, level](const Changes& changes) {
+    tree.store(level).watch([watched, level](const Store::Source& source) {
       if (const auto present = boost::static_pointer_cast<Node>(watched.lock())) {
-        applyForeignChanges(*present, level, changes);
+        applyForeignChanges(*present, level, source);
       }
     });
   }

@@ -103,10 +103,12 @@ class Application {
 
 }  // namespace
 
-void applyForeignChanges(Node& root, int level, const Changes& changes) {
+void applyForeignChanges(Node& root, int level, const Store::Source& source) {
   Application application(root, level);
   {
-    base::MutexLock writer(root.tree().writer());
+    const Tree::Arrival arrival(root.tree());
+    base::MutexLock writer(arrival.writer());
+    const Changes changes = source(root);
     WriteLock lock(root.tree().lock());
     for (const Change& change : changes) std::visit(application, change);
   }

@@ -6,8 +6,9 @@
 
 namespace zlutil::settings::host {
 
-// Applies the changes at the level. They are stored already, so nothing is validated; a change that
-// does not fit the tree (no such key, another kind, an entry that a file defines) is left out.
-void applyForeignChanges(Node& root, int level, const Changes& changes);
+// Applies the changes that `source` gives at the level. They are stored already, so nothing is
+// validated; a change that does not fit the tree (no such key, another kind, an entry that a file
+// defines) is left out.
+void applyForeignChanges(Node& root, int level, const Store::Source& source);
 
 }  // namespace zlutil::settings::host

@@ -43,7 +43,10 @@ using Changes = std::vector<Change>;
 
 class Store {
  public:
-  using Watcher = std::function<void(const Changes&)>;
+  // Gives what others have changed and the tree does not have yet. The watcher calls it once, with
+  // the tree's writer() held, so that no apply() comes between what it has read and the tree.
+  using Source = std::function<Changes(const Node& root)>;
+  using Watcher = std::function<void(const Source&)>;
 
   virtual ~Store() = default;
 
@@ -62,8 +65,9 @@ class Store {
   // Why values cannot be changed; empty when they can. Constant for the life of the store.
   virtual const std::string& readOnlyReason() const = 0;
 
-  // From now on calls `watcher`, on a thread of the store's, with changes that others have made to
-  // what it holds. No call is running or begins once the store's destructor has returned.
+  // From now on calls `watcher`, on a thread of the store's, when others have changed what it
+  // holds. No call is running or begins once the store's destructor has returned; except that the
+  // watcher itself may let go of the store.
   virtual void watch(const Watcher& watcher) = 0;
 };
 

@@ -57,7 +57,7 @@ int heightOf(const Entry& entry) {
 }
 
 NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree) {
-  const auto copy =
+  auto copy =
       boost::make_shared<Node>(tree, name, source.canHaveListeners(), source.validator());
   copyChildren(source, *copy);
   return copy;

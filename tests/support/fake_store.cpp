@@ -36,7 +36,7 @@ void FakeStore::readAll(Node& root, int level) {
   Changes contents;  // in path order, so parents come before children
   for (const auto& entry : record_->entries) contents.push_back(entry.second);
   for (const auto& value : record_->values) contents.push_back(PutValue{value.first, value.second});
-  applyForeignChanges(root, level, contents);
+  applyForeignChanges(root, level, [&](const Node&) { return contents; });
 }
 
 void FakeStore::apply(const Changes& changes) {

@@ -26,7 +26,9 @@ class FakeStore final : public zlutil::settings::host::Store {
   void failOn(int n) { failIn_ = n; }
 
   // Tells the tree of changes by others.
-  void changeFromOutside(const zlutil::settings::host::Changes& changes) { watcher_(changes); }
+  void changeFromOutside(const zlutil::settings::host::Changes& changes) {
+    watcher_([&](const zlutil::settings::host::Node&) { return changes; });
+  }
 
   void readAll(zlutil::settings::host::Node& root, int level) override;
   void apply(const zlutil::settings::host::Changes& changes) override;

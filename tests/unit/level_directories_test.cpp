@@ -97,7 +97,9 @@ TEST_F(LevelDirectories, DirectoriesThatDoNotExistAreEmptyLevels) {
 TEST_F(LevelDirectories, AContextsTreeIsMadeOnceFromTheEnvironmentOfThatMoment) {
   using zlutil::contextmgr::ZcrID;
   const ZcrID context(77);
+  const TemporaryDirectory user;
   factory_.write("a.xml", file(key("k", "int", "1")));
+  setenv("SETTINGS_USERDIR", user.path().c_str(), 1);
   setenv("SETTINGS_FACTORYDIR", factory_.path().c_str(), 1);
   setenv("SETTINGS_WORKGROUPDIR", "", 1);
   EXPECT_EQ(zlutil::settings::ZSettings::getFactoryDir(context), factory_.path());

@@ -1,32 +1,16 @@
 // One contract suite for everything that can stand behind a level, and the tree over a store that
 // fails.
-#include <boost/make_shared.hpp>
 #include <boost/variant/get.hpp>
 
-#include "host/settings/fill_from_stores.h"
-#include "host/settings/memory_store.h"
-#include "host/settings/xml_directory_store.h"
 #include "tests/support/fake_store.h"
-#include "tests/support/settings_verbs.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/user_tree.h"
 
 namespace test {
 namespace {
 
 using namespace KORVEN::settings::core;
 using namespace zlutil::settings::host;
-
-// The root of a new context's tree with `user` behind the user level, and read-only files, or
-// nothing, behind the factory level.
-NodePtr treeOver(const std::shared_ptr<Store>& user, const std::string& factory = "") {
-  const Tree::Stores stores = {std::make_shared<MemoryStore>(), user,
-                               std::make_shared<XmlDirectoryStore>(""),
-                               std::make_shared<XmlDirectoryStore>(factory)};
-  const TreePtr tree(new Tree(zlutil::contextmgr::BlessedZcrID, stores));
-  const auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
-  fillFromStores(root);
-  return root;
-}
 
 struct StoreKind {
   const char* name;
@@ -99,6 +83,10 @@ INSTANTIATE_TEST_SUITE_P(
         StoreKind{"XmlDirectory",
                   [](const auto&, const TemporaryDirectory& directory) {
                     return std::make_shared<XmlDirectoryStore>(directory.path());
+                  }},
+        StoreKind{"User",
+                  [](const auto&, const TemporaryDirectory& directory) {
+                    return std::make_shared<UserStore>(UserStoreOptions{directory.path(), 1});
                   }},
         StoreKind{"Fake", [](const auto& record,
                              const auto&) { return std::make_shared<FakeStore>(record); }},

@@ -1,0 +1,85 @@
+#include "host/settings/stamp_watch.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+
+#include <atomic>
+#include <thread>
+
+#include "host/settings/file_descriptor.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+constexpr int kLongestWait = 1000;  // milliseconds
+// What comes in bursts is looked at once per pause.
+constexpr int kPause = 1;
+
+void drain(int descriptor) {
+  char events[4096];
+  while (read(descriptor, events, sizeof events) > 0) {
+  }
+}
+
+}  // namespace
+
+struct StampWatch::Shared {
+  Shared(const std::string& name, std::function<void()> function)
+      : file(name),
+        wake(std::move(function)),
+        notify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
+        stop(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
+
+  void run() {
+    while (!stopped) {
+      watchFile();
+      drain(notify.get());
+      wake();
+      if (stopped) return;
+      wait(-1, kPause);
+      wait(notify.get(), kLongestWait);
+    }
+  }
+
+  // Asking again is harmless, and follows a file that has been replaced.
+  void watchFile() const {
+    if (notify) inotify_add_watch(notify.get(), file.c_str(), IN_MODIFY);
+  }
+
+  // Without the descriptors (a process may have only so many) the longest wait remains.
+  void wait(int descriptor, int timeout) const {
+    struct pollfd events[] = {{stop.get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
+    poll(events, 2, timeout);
+  }
+
+  const std::string file;
+  const std::function<void()> wake;
+  const FileDescriptor notify;
+  const FileDescriptor stop;
+  std::atomic<bool> stopped{false};
+  std::thread thread;
+};
+
+StampWatch::StampWatch(const std::string& file, std::function<void()> wake)
+    : shared_(std::make_shared<Shared>(file, std::move(wake))) {
+  sigset_t all, previous;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  shared_->thread = std::thread([shared = shared_] { shared->run(); });
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+}
+
+StampWatch::~StampWatch() {
+  shared_->stopped = true;
+  eventfd_write(shared_->stop.get(), 1);
+  if (shared_->thread.get_id() == std::this_thread::get_id()) {
+    shared_->thread.detach();
+  } else {
+    shared_->thread.join();
+  }
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,366 @@
+#include "host/settings/user_database.h"
+
+#include <algorithm>
+#include <boost/variant/get.hpp>
+#include <unordered_map>
+
+#include "host/settings/sqlite_value.h"
+#include "service/identifier.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+constexpr char kSchema[] =
+    "CREATE TABLE definitions(path TEXT PRIMARY KEY, entry TEXT NOT NULL, type TEXT,"
+    " validator TEXT, first, second) WITHOUT ROWID;"
+    "CREATE TABLE settings(path TEXT PRIMARY KEY, type TEXT NOT NULL, value NOT NULL)"
+    " WITHOUT ROWID;"
+    "CREATE TABLE journal(revision INTEGER PRIMARY KEY, changes TEXT NOT NULL);"
+    "PRAGMA user_version=1;";
+static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
+
+// How long the journal may become: transactions, and bytes of its text. Every so many transactions
+// it is cut down to that.
+#define JOURNAL_LENGTH "4096"
+#define JOURNAL_BYTES "1048576"
+constexpr std::int64_t kPruneEvery = 256;
+
+constexpr std::string_view kNode = "node", kKey = "key", kJava = "java", kScript = "script";
+constexpr char kBadPath[] = "no entry can have this path";
+constexpr char kBadDefinition[] = "its definition is not understood";
+constexpr char kBadValue[] = "its value is not understood";
+
+void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& column) {
+  if (column.isBlob) {
+    statement.bindBlob(parameter, column.bytes);
+  } else {
+    statement.bindText(parameter, column.bytes);
+  }
+}
+
+// Columns from `column` on: entry, type, validator, first, second. Nothing when they say nothing
+// that is known.
+std::optional<DefineEntry> definitionIn(const SqliteStatement& row, const std::string& path,
+                                        int column) {
+  const std::string_view entry = row.bytes(column);
+  if (entry != kNode && entry != kKey) return std::nullopt;
+  DefineEntry definition{path, entry == kKey, boostany::kNoValue, {}};
+  if (!row.isNull(column + 1)) {
+    const std::optional<int> kind = boostany::kindOfName(row.bytes(column + 1));
+    if (!kind) return std::nullopt;
+    definition.kind = *kind;
+  }
+  if (row.isNull(column + 2)) return definition;
+  const std::string_view validator = row.bytes(column + 2);
+  const auto first = narrowFromColumn(row.bytes(column + 3), row.isBlob(column + 3));
+  const auto second = narrowFromColumn(row.bytes(column + 4), row.isBlob(column + 4));
+  if (!first || !second) return std::nullopt;
+  if (validator == kJava) {
+    definition.validator = JValidator(*first, *second);
+  } else if (validator == kScript) {
+    definition.validator = ZValidator(*first);
+  } else {
+    return std::nullopt;
+  }
+  return definition;
+}
+
+// Columns from `column` on: type, value. Empty when they hold no value.
+boost::any valueIn(const SqliteStatement& row, int column) {
+  const std::optional<int> kind = boostany::kindOfName(row.bytes(column));
+  if (!kind) return {};
+  return valueFromColumn(*kind, row.bytes(column + 1), row.isBlob(column + 1));
+}
+
+// Whether it can be the path of an entry: what a damaged page holds may be anything.
+bool isPath(std::string_view path) {
+  while (true) {
+    const std::size_t size = std::min(path.find('.'), path.size());
+    if (!isIdentifierName(std::string(path.substr(0, size)).c_str())) return false;
+    if (size == path.size()) return true;
+    path.remove_prefix(size + 1);
+  }
+}
+
+struct SignOf {
+  char operator()(const PutValue&) const { return JournalEntry::kValue; }
+  char operator()(const EraseValue&) const { return JournalEntry::kValue; }
+  char operator()(const DefineEntry&) const { return JournalEntry::kDefine; }
+  char operator()(const RemoveSubtree&) const { return JournalEntry::kRemove; }
+};
+
+std::string lineOf(const JournalEntry& entry) { return static_cast<char>(entry.sign) + entry.path; }
+
+const std::string& pathOf(const Change& change) {
+  return std::visit([](const auto& kind) -> const std::string& { return kind.path; }, change);
+}
+
+}  // namespace
+
+void UserDatabase::makeSchema(SqliteDatabase& database) {
+  if (database.number("PRAGMA user_version") != 0) return;
+  database.execute("BEGIN IMMEDIATE");
+  try {
+    database.execute(kSchema);
+    database.execute("COMMIT");
+  } catch (const SqliteError&) {
+    sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
+    : database_(std::move(database)),
+      beginWriting_(*database_, "BEGIN IMMEDIATE"),
+      beginReading_(*database_, "BEGIN"),
+      commit_(*database_, "COMMIT"),
+      rollBack_(*database_, "ROLLBACK"),
+      putValue_(*database_,
+                "INSERT INTO settings(path, type, value) VALUES(?1, ?2, ?3) ON CONFLICT(path)"
+                " DO UPDATE SET type = excluded.type, value = excluded.value"),
+      eraseValue_(*database_, "DELETE FROM settings WHERE path = ?1"),
+      keepType_(*database_,
+                "UPDATE definitions SET type = (SELECT type FROM settings WHERE path = ?1)"
+                " WHERE path = ?1 AND type IS NULL"),
+      define_(*database_,
+              "REPLACE INTO definitions(path, entry, type, validator, first, second)"
+              " VALUES(?1, ?2, ?3, ?4, ?5, ?6)"),
+      // What is below a path lies between the path with "." and with the next character, "/".
+      removeDefinitions_(*database_,
+                         "DELETE FROM definitions WHERE path = ?1"
+                         " OR (path > ?1 || '.' AND path < ?1 || '/')"),
+      removeValues_(*database_,
+                    "DELETE FROM settings WHERE path = ?1"
+                    " OR (path > ?1 || '.' AND path < ?1 || '/')"),
+      record_(*database_, "INSERT INTO journal(revision, changes) VALUES(?1, ?2)"),
+      prune_(*database_,
+             "DELETE FROM journal WHERE revision <= ?1 - " JOURNAL_LENGTH
+             " OR revision <= (SELECT max(revision) FROM (SELECT revision, sum(length(changes))"
+             " OVER (ORDER BY revision DESC) AS total FROM journal) WHERE total > " JOURNAL_BYTES
+             ") AND revision < ?1"),
+      lastRevision_(*database_, "SELECT max(revision) FROM journal"),
+      firstRevision_(*database_, "SELECT min(revision) FROM journal"),
+      journalAfter_(*database_,
+                    "SELECT revision, changes FROM journal WHERE revision > ?1 ORDER BY revision"),
+      findValue_(*database_, "SELECT type, value FROM settings WHERE path = ?1"),
+      findDefinition_(*database_,
+                      "SELECT entry, type, validator, first, second FROM definitions"
+                      " WHERE path = ?1"),
+      dataVersion_(*database_, "PRAGMA data_version") {}
+
+void UserDatabase::readDefinitions(SqliteDatabase& database, bool descending, const Report& report,
+                                   Changes& contents) {
+  SqliteStatement row(
+      database, descending ? "SELECT path, entry, type, validator, first, second FROM definitions"
+                             " ORDER BY path DESC"
+                           : "SELECT path, entry, type, validator, first, second FROM definitions"
+                             " ORDER BY path");
+  while (row.step()) {
+    const std::string path(row.bytes(0));
+    if (!isPath(path)) {
+      report(path, kBadPath);
+    } else if (auto definition = definitionIn(row, path, 1)) {
+      contents.push_back(std::move(*definition));
+    } else {
+      report(path, kBadDefinition);
+    }
+  }
+}
+
+void UserDatabase::readValues(SqliteDatabase& database, bool descending, const Report& report,
+                              Changes& contents) {
+  SqliteStatement row(database, descending
+                                    ? "SELECT path, type, value FROM settings ORDER BY path DESC"
+                                    : "SELECT path, type, value FROM settings ORDER BY path");
+  while (row.step()) {
+    std::string path(row.bytes(0));
+    boost::any value = valueIn(row, 1);
+    if (!isPath(path)) {
+      report(path, kBadPath);
+    } else if (value.empty()) {
+      report(path, kBadValue);
+    } else {
+      contents.push_back(PutValue{std::move(path), std::move(value)});
+    }
+  }
+}
+
+Changes UserDatabase::readAll(const Report& report) {
+  Changes contents;
+  readDefinitions(*database_, false, report, contents);
+  readValues(*database_, false, report, contents);
+  return contents;
+}
+
+void UserDatabase::beginWriting() { beginWriting_.run(); }
+void UserDatabase::beginReading() { beginReading_.run(); }
+void UserDatabase::commit() { commit_.run(); }
+
+void UserDatabase::rollBack() noexcept {
+  try {
+    // Some errors have rolled back already.
+    if (!sqlite3_get_autocommit(database_->handle())) rollBack_.run();
+  } catch (const SqliteError&) {
+    // Nothing has been committed; the next transaction will say what is wrong.
+  }
+}
+
+void UserDatabase::put(const Change& change) {
+  std::visit([this](const auto& kind) { write(kind); }, change);
+}
+
+void UserDatabase::write(const PutValue& change) {
+  const ColumnValue column = columnFromValue(change.value);
+  putValue_.bindText(1, change.path);
+  putValue_.bindText(2, boostany::kindName(boostany::kindOfType(change.value.type())));
+  bindColumn(putValue_, 3, column);
+  putValue_.run();
+}
+
+void UserDatabase::write(const EraseValue& change) {
+  // The first value has fixed the type of the key, also when it goes.
+  keepType_.bindText(1, change.path);
+  keepType_.run();
+  eraseValue_.bindText(1, change.path);
+  eraseValue_.run();
+}
+
+void UserDatabase::write(const DefineEntry& change) {
+  ColumnValue first, second;
+  define_.bindText(1, change.path);
+  define_.bindText(2, change.isKey ? kKey : kNode);
+  if (change.isKey && change.kind != boostany::kNoValue) {
+    define_.bindText(3, boostany::kindName(change.kind));
+  } else {
+    define_.bindNull(3);
+  }
+  for (int parameter = 4; parameter <= 6; ++parameter) define_.bindNull(parameter);
+  if (const auto* java = boost::get<JValidator>(&change.validator)) {
+    first = columnFromNarrow(java->first());
+    second = columnFromNarrow(java->second());
+    define_.bindText(4, kJava);
+    bindColumn(define_, 5, first);
+    bindColumn(define_, 6, second);
+  } else if (const auto* script = boost::get<ZValidator>(&change.validator)) {
+    first = columnFromNarrow(script->text());
+    define_.bindText(4, kScript);
+    bindColumn(define_, 5, first);
+  }
+  define_.run();
+}
+
+void UserDatabase::write(const RemoveSubtree& change) {
+  for (SqliteStatement* statement : {&removeDefinitions_, &removeValues_}) {
+    statement->bindText(1, change.path);
+    statement->run();
+  }
+}
+
+std::int64_t UserDatabase::record(const Changes& changes) {
+  const std::int64_t revision = lastRevision() + 1;
+  std::string text;
+  for (const Change& change : changes) {
+    text += std::visit(SignOf(), change);
+    text += pathOf(change);
+    text += '\n';
+  }
+  record_.bind(1, revision);
+  record_.bindText(2, text);
+  record_.run();
+  if (revision % kPruneEvery == 0) {
+    prune_.bind(1, revision);
+    prune_.run();
+  }
+  return revision;
+}
+
+std::int64_t UserDatabase::lastRevision() {
+  lastRevision_.step();
+  const std::int64_t revision = lastRevision_.number(0);
+  lastRevision_.reset();
+  return revision;
+}
+
+std::int64_t UserDatabase::firstRevision() {
+  firstRevision_.step();
+  const std::int64_t revision = firstRevision_.number(0);
+  firstRevision_.reset();
+  return revision;
+}
+
+std::vector<JournalEntry> UserDatabase::journalAfter(std::int64_t revision,
+                                                     const std::vector<std::int64_t>& except) {
+  std::vector<JournalEntry> entries;
+  journalAfter_.bind(1, revision);
+  while (journalAfter_.step()) {
+    if (std::binary_search(except.begin(), except.end(), journalAfter_.number(0))) continue;
+    std::string_view text = journalAfter_.bytes(1);
+    while (!text.empty()) {
+      const std::string_view line = text.substr(0, text.find('\n'));
+      text.remove_prefix(std::min(line.size() + 1, text.size()));
+      if (line.empty()) continue;
+      entries.push_back(
+          {static_cast<JournalEntry::Sign>(line.front()), std::string(line.substr(1))});
+    }
+  }
+  return entries;
+}
+
+Changes UserDatabase::changesFor(const std::vector<JournalEntry>& entries, const Report& report) {
+  // What the database holds now is what several changes of one kind to one path have come to, so
+  // the last of them stands for all.
+  std::unordered_map<std::string, std::size_t> last;
+  for (std::size_t at = 0; at < entries.size(); ++at) {
+    last[lineOf(entries[at])] = at;
+  }
+  Changes changes;
+  for (std::size_t at = 0; at < entries.size(); ++at) {
+    const auto& [sign, path] = entries[at];
+    if (last[lineOf(entries[at])] != at) continue;
+    if (sign == JournalEntry::kRemove) {
+      changes.push_back(RemoveSubtree{path});
+    } else if (sign == JournalEntry::kDefine) {
+      findDefinition_.bindText(1, path);
+      if (!findDefinition_.step()) continue;
+      std::optional<DefineEntry> definition = definitionIn(findDefinition_, path, 0);
+      findDefinition_.reset();
+      if (definition) {
+        changes.push_back(std::move(*definition));
+      } else {
+        report(path, kBadDefinition);
+      }
+    } else {
+      findValue_.bindText(1, path);
+      if (!findValue_.step()) {
+        changes.push_back(EraseValue{path});
+        continue;
+      }
+      boost::any value = valueIn(findValue_, 0);
+      findValue_.reset();
+      if (value.empty()) {
+        report(path, kBadValue);
+      } else {
+        changes.push_back(PutValue{path, std::move(value)});
+      }
+    }
+  }
+  return changes;
+}
+
+int UserDatabase::storedKind(const std::string& path) {
+  findValue_.bindText(1, path);
+  if (!findValue_.step()) return boostany::kNoValue;
+  const int kind = boostany::kindOfName(findValue_.bytes(0)).value_or(boostany::kNoValue);
+  findValue_.reset();
+  return kind;
+}
+
+std::int64_t UserDatabase::dataVersion() {
+  dataVersion_.step();
+  const std::int64_t version = dataVersion_.number(0);
+  dataVersion_.reset();
+  return version;
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,97 @@
+// The database of the user store: its schema, its statements, and the changes that it holds. Used
+// by one thread at a time. Every error is a SqliteError.
+//
+//   definitions  one row per entry added at run time: path, 'node' or 'key', the key's type, the
+//                validator: 'java' with its two strings, or 'script' with its text
+//   settings     one row per value: path, type, value (see sqlite_value.h)
+//   journal      one row per transaction: a number that grows by one, and a line per change: a sign
+//                and the path. Other processes learn from it what to read again. Old rows go.
+//
+// The schema's version is PRAGMA user_version.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "host/settings/sqlite_database.h"
+#include "host/settings/store.h"
+
+namespace zlutil::settings::host {
+
+inline constexpr int kUserSchemaVersion = 1;
+
+// Changes that others have made, in the words of the journal.
+struct JournalEntry {
+  enum Sign : char { kValue = '=', kDefine = '+', kRemove = 'x' };
+  Sign sign;
+  std::string path;
+};
+
+class UserDatabase {
+ public:
+  // Gets told of what is left out: the path and the reason.
+  using Report = std::function<void(const std::string& path, const std::string& reason)>;
+
+  // A database that has the schema already.
+  explicit UserDatabase(std::unique_ptr<SqliteDatabase> database);
+
+  // Makes the schema in an empty database; does nothing where there is one.
+  static void makeSchema(SqliteDatabase& database);
+
+  // Adds to `contents` what a database with the schema holds, parents before children, or the other
+  // way round when `descending`. What cannot be understood is left out. When it throws, what has
+  // been read so far is there.
+  static void readDefinitions(SqliteDatabase& database, bool descending, const Report& report,
+                              Changes& contents);
+  static void readValues(SqliteDatabase& database, bool descending, const Report& report,
+                         Changes& contents);
+
+  // Everything that it holds, definitions first.
+  Changes readAll(const Report& report);
+
+  // A write transaction has the database for itself; a read transaction sees one moment.
+  void beginWriting();
+  void beginReading();
+  void commit();
+  void rollBack() noexcept;
+
+  // Within a write transaction.
+  void put(const Change& change);
+  // Notes in the journal what the transaction has done; gives its number.
+  std::int64_t record(const Changes& changes);
+
+  // The number of the last transaction, and of the first one that the journal still has; 0 and 0
+  // when there was none.
+  std::int64_t lastRevision();
+  std::int64_t firstRevision();
+  // What the transactions after `revision` have done, in order, without those numbered in `except`
+  // (ascending).
+  std::vector<JournalEntry> journalAfter(std::int64_t revision,
+                                         const std::vector<std::int64_t>& except);
+  // What the tree has to do now because of such entries.
+  Changes changesFor(const std::vector<JournalEntry>& entries, const Report& report);
+  // The kind of the value that is stored for the path; kNoValue when there is none.
+  int storedKind(const std::string& path);
+
+  // A number that changes when, and only when, another connection has changed the database.
+  std::int64_t dataVersion();
+
+  SqliteDatabase& connection() { return *database_; }
+
+ private:
+  void write(const PutValue& change);
+  void write(const EraseValue& change);
+  void write(const DefineEntry& change);
+  void write(const RemoveSubtree& change);
+  void prune(std::int64_t revision);
+
+  const std::unique_ptr<SqliteDatabase> database_;
+  SqliteStatement beginWriting_, beginReading_, commit_, rollBack_;
+  SqliteStatement putValue_, eraseValue_, keepType_, define_;
+  SqliteStatement removeDefinitions_, removeValues_;
+  SqliteStatement record_, prune_, lastRevision_, firstRevision_, journalAfter_;
+  SqliteStatement findValue_, findDefinition_, dataVersion_;
+};
+
+}  // namespace zlutil::settings::host

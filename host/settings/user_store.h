@@ -1,0 +1,67 @@
+// The store of the user level: a SQLite database in the user's directory, one per context, which
+// all processes of the user share. What apply() has stored is on the disk when it returns.
+//
+// A thread of the store's notices what other processes have committed, by a stamp file that every
+// commit touches and, as the net under it, by asking the database once a second. It also opens the
+// database when that was not possible before, or when the file has been replaced, and makes the
+// daily backup. A process that forks must not use its settings in the child.
+//
+// Where the database cannot be opened, readAll() still gives what can be read, and apply() throws
+// StoreFailure with the path and the system's reason. It also refuses a change which another
+// process has made impossible and this one has not heard of yet: of an entry that is removed, or a
+// value of another type than the one that the key has got meanwhile.
+#pragma once
+
+#include <optional>
+
+#include "base/mutex.h"
+#include "base/thread_annotations.h"
+#include "host/settings/stamp_watch.h"
+#include "host/settings/user_store_opening.h"
+
+namespace zlutil::settings::host {
+
+class UserStore final : public Store {
+ public:
+  explicit UserStore(const UserStoreOptions& options);
+  ~UserStore() override;
+
+  void readAll(Node& root, int level) override;
+  void apply(const Changes& changes) override;
+  bool keepsChanges() const override { return true; }
+  const std::string& readOnlyReason() const override { return writable_; }
+  void watch(const Watcher& watcher) override;
+
+ private:
+  void open() REQUIRES(mutex_);
+  void close(const std::string& reason) REQUIRES(mutex_);
+  void checkForReplacement() REQUIRES(mutex_);
+  std::int64_t store(const Changes& changes) REQUIRES(mutex_);
+  void refuseConflicts(const Changes& changes) REQUIRES(mutex_);
+  void noteOwn(std::int64_t revision) REQUIRES(mutex_);
+  void overwriteFailedCommit() REQUIRES(mutex_);
+  void touchStamp() REQUIRES(mutex_);
+  bool needsLook();
+  Changes changesByOthers(const Node& root);
+
+  const UserStoreOptions options_;
+  const UserStoreFiles files_;
+  const std::string writable_;
+  int level_ = 0;  // constant after readAll()
+
+  base::Mutex mutex_;
+  std::unique_ptr<UserDatabase> database_ GUARDED_BY(mutex_);  // null while it cannot be opened
+  std::string reason_ GUARDED_BY(mutex_);                      // why it is null
+  std::unique_ptr<FileDescriptor> stamp_ GUARDED_BY(mutex_);
+  unsigned long inode_ GUARDED_BY(mutex_) = 0;  // of the open database
+  // The tree has what the transactions up to this one have done, and these later ones of its own.
+  std::int64_t seen_ GUARDED_BY(mutex_) = 0;
+  std::vector<std::int64_t> own_ GUARDED_BY(mutex_);
+  std::int64_t dataVersion_ GUARDED_BY(mutex_) = 0;
+  bool mustCompare_ GUARDED_BY(mutex_) = false;   // the tree with everything that is stored
+  bool commitFailed_ GUARDED_BY(mutex_) = false;  // and may still be in the log
+
+  std::unique_ptr<StampWatch> watch_;  // last: its thread uses the rest
+};
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,121 @@
+// Every system call of an operation that can fail, failing: the operation succeeds or says why not,
+// and the tree is what a tree opened afterwards reads, both beside the running store and after its
+// process has died.
+#include <cerrno>
+
+#include "tests/durability/failing_system.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/user_tree.h"
+
+namespace test {
+namespace {
+
+using namespace KORVEN::settings::core;
+using namespace zlutil::settings::host;
+
+class FaultTest : public testing::TestWithParam<int> {
+ protected:
+  // What would be found if the process died now: a copy of the files is opened.
+  static std::string afterACrash(const TemporaryDirectory& directory) {
+    const TemporaryDirectory copy;
+    for (const char* name : {"settings-1.db", "settings-1.db-wal"}) {
+      if (std::filesystem::exists(directory.file(name))) {
+        std::filesystem::copy_file(directory.file(name), copy.file(name));
+      }
+    }
+    return contentsOf(openTree(storeIn(copy.path())));
+  }
+};
+
+TEST_P(FaultTest, AChangeSucceedsOrChangesNothing) {
+  const TemporaryDirectory directory;
+  const NodePtr root = openTree(storeIn(directory.path(), 50));
+  const SettingsPtr node = addNode(root, "n");
+  SettingsValues values;
+  for (int key = 0; key < 200; ++key) {
+    values.emplace_back(addKey(node, "k" + std::to_string(key)), std::string(300, 'x'));
+  }
+  addKey(root, "single");
+  int value = 0, failed = 0;
+  const std::function<void()> changes[] = {
+      [&] { root->setAny("single", ++value, "user"); },
+      [&] {
+        for (auto& pair : values) pair.second = std::string(300, 'a' + ++value % 26);
+        if (!setAll(root, values, "user").empty()) throw std::runtime_error("refused");
+      },
+      [&] { root->copySubtree(node, "copy" + std::to_string(++value)); },
+      [&] { root->unset("single", "user"); }};
+  for (const auto& change : changes) {
+    for (int n = 1;; ++n) {
+      if (!root->isSet("single", "user")) root->setAny("single", 0, "user");
+      const std::string before = contentsOf(root);
+      failOn(n, GetParam());
+      bool refused = false;
+      try {
+        change();
+      } catch (const std::exception&) {
+        refused = true;
+      }
+      const bool over = !hasFailed();
+      failOn(0, 0);
+      failed += refused;
+      const std::string now = contentsOf(root);
+      if (refused) {
+        ASSERT_EQ(now, before) << "call " << n;
+      }
+      ASSERT_EQ(contentsOf(openTree(storeIn(directory.path()))), now) << "call " << n;
+      ASSERT_EQ(afterACrash(directory), now) << "call " << n;
+      if (over) break;
+    }
+  }
+  EXPECT_GT(failed, 4);
+}
+
+TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
+  int unopened = 0;
+  for (int n = 1;; ++n) {
+    const TemporaryDirectory directory;
+    const std::string user = directory.file("a/user");
+    {
+      NodePtr root = openTree(storeIn(user));
+      addKey(root, "k");
+      root->setAny("k", 1, "user");
+      // As a killed process leaves it: the log is still there.
+      const TemporaryDirectory kept;
+      std::filesystem::copy(user, kept.file("user"));
+      root.reset();
+      std::filesystem::remove_all(user);
+      std::filesystem::copy(kept.file("user"), user);
+      std::filesystem::remove(user + "/settings-1.db-shm");
+    }
+    testing::internal::CaptureStderr();
+    failOn(n, GetParam());
+    const auto store = std::make_shared<UserStore>(storeIn(user, 50));
+    const TreePtr tree = Tree::makeStandalone();
+    const auto root = boost::make_shared<Node>(tree, "r", true, ValidatorPtr());
+    store->readAll(*root, kUser);
+    const bool over = !hasFailed();
+    failOn(0, 0);
+    const std::string said = testing::internal::GetCapturedStderr();
+    ASSERT_EQ(contentsOf(root), "k key\nk = int 1\n") << "call " << n << ": " << said;
+    try {
+      store->apply({PutValue{"k", 2}});
+    } catch (const Failure<StoreFailure>& failure) {
+      ++unopened;
+      const std::string prefix = "Cannot write " + user + "/settings-1.db: ";
+      EXPECT_EQ(failure.GetMessageTxt().find(prefix), 0u) << failure.GetMessageTxt();
+      EXPECT_GT(failure.GetMessageTxt().size(), prefix.size());
+      EXPECT_NE(said.find("cannot be stored"), std::string::npos) << said;
+    }
+    if (over) break;
+  }
+  EXPECT_GT(unopened, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Errors, FaultTest, testing::Values(ENOSPC, EIO, EACCES), [](const auto& info) {
+      return std::string(info.param == ENOSPC ? "ENOSPC" : info.param == EIO ? "EIO" : "EACCES");
+    });
+
+}  // namespace
+}  // namespace test

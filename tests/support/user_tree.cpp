@@ -1,0 +1,42 @@
+#include "tests/support/user_tree.h"
+
+#include "host/settings/sqlite_value.h"
+#include "host/settings/subtree.h"
+#include "values/value_kinds.h"
+
+namespace test {
+namespace {
+
+using namespace zlutil::settings::host;
+
+struct Line {
+  std::string operator()(const PutValue& change) const {
+    const ColumnValue column = columnFromValue(change.value);
+    return change.path + " = " +
+           std::string(
+               zlutil::boostany::kindName(zlutil::boostany::kindOfType(change.value.type()))) +
+           ' ' + column.bytes + '\n';
+  }
+  std::string operator()(const DefineEntry& change) const {
+    return change.path + (change.isKey ? " key" : " node") + '\n';
+  }
+  std::string operator()(const EraseValue&) const { return {}; }
+  std::string operator()(const RemoveSubtree&) const { return {}; }
+};
+
+}  // namespace
+
+std::string contentsOf(const NodePtr& root) {
+  Changes changes;
+  {
+    ReadLock lock(root->tree().lock());
+    for (const EntryPtr& child : root->childrenByName()) {
+      describe(*child, child->name(), kUser, child->isDefinedAt(kUser), changes);
+    }
+  }
+  std::string text;
+  for (const Change& change : changes) text += std::visit(Line(), change);
+  return text;
+}
+
+}  // namespace test

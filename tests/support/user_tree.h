@@ -1,0 +1,44 @@
+// A tree with a user store of its own behind the user level, as every process has one.
+#pragma once
+
+#include <boost/make_shared.hpp>
+
+#include "host/settings/fill_from_stores.h"
+#include "host/settings/memory_store.h"
+#include "host/settings/user_store.h"
+#include "host/settings/xml_directory_store.h"
+#include "tests/support/settings_verbs.h"
+
+namespace test {
+
+// Short waits for locks, so that a test of one that is never let go ends soon.
+inline zlutil::settings::host::UserStoreOptions storeIn(const std::string& directory,
+                                                        int busyTimeout = 2000) {
+  zlutil::settings::host::UserStoreOptions options{directory, 1};
+  options.busyTimeout = busyTimeout;
+  return options;
+}
+
+// The root of a new tree over `user`, with the files of `factory` behind the factory level.
+inline zlutil::settings::host::NodePtr treeOver(
+    const std::shared_ptr<zlutil::settings::host::Store>& user, const std::string& factory = "") {
+  using namespace zlutil::settings::host;
+  const Tree::Stores stores = {std::make_shared<MemoryStore>(), user,
+                               std::make_shared<XmlDirectoryStore>(""),
+                               std::make_shared<XmlDirectoryStore>(factory)};
+  const TreePtr tree(new Tree(zlutil::contextmgr::BlessedZcrID, stores));
+  const auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
+  fillFromStores(root);
+  return root;
+}
+
+inline zlutil::settings::host::NodePtr openTree(
+    const zlutil::settings::host::UserStoreOptions& options, const std::string& factory = "") {
+  return treeOver(std::make_shared<zlutil::settings::host::UserStore>(options), factory);
+}
+
+// Everything that the tree has at the user level, one change per line: what a tree opened later
+// must have too.
+std::string contentsOf(const zlutil::settings::host::NodePtr& root);
+
+}  // namespace test

@@ -1,0 +1,292 @@
+// The user store on its own: what it keeps, exactly; how it says what it cannot do; and two trees
+// on one store, as two processes have them.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <boost/variant/get.hpp>
+#include <chrono>
+#include <limits>
+#include <thread>
+
+#include "host/settings/sqlite_value.h"
+#include "host/settings/stored_value.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/user_tree.h"
+#include "values/value_kinds.h"
+
+namespace test {
+namespace {
+
+using namespace KORVEN::settings::core;
+using namespace zlutil::settings::host;
+using zlutil::boostany::kindOfType;
+
+template <class Type>
+void addLimits(std::vector<boost::any>& values) {
+  using Limits = std::numeric_limits<Type>;
+  std::vector<Type> all = {Type(), Limits::lowest(), Limits::max()};
+  if constexpr (std::is_floating_point_v<Type>) {
+    for (const Type value :
+         {-Type(), Limits::min(), Limits::denorm_min(), Limits::infinity(), -Limits::infinity(),
+          Limits::quiet_NaN(), -Limits::quiet_NaN(), static_cast<Type>(0.1)}) {
+      all.push_back(value);
+    }
+  }
+  for (const Type value : all) values.push_back(value);
+  values.push_back(all);
+  values.push_back(std::vector<Type>());
+}
+
+std::vector<boost::any> valuesOfEveryKind() {
+  std::vector<boost::any> values;
+  zlutil::boostany::forEachKind([&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (std::is_arithmetic_v<Type>) addLimits<Type>(values);
+  });
+  // The last four: U+0000, a lone surrogate, a pair of them in the narrow form, no text at all.
+  const std::vector<std::string> strings = {
+      "",         "plain",          "a\"b\\c\n\t\x01",          "\xC3\xA9", "{\"bytes\":\"00\"}",
+      "\xC0\x80", "x\xED\xA0\x80y", "\xED\xA0\xBD\xED\xB8\x80", "\xFF\xFE"};
+  for (const std::string& string : strings) values.push_back(string);
+  values.push_back(strings);
+  values.push_back(std::vector<std::string>());
+  return values;
+}
+
+class UserStoreTest : public testing::Test {
+ protected:
+  NodePtr open() { return openTree(storeIn(directory.path())); }
+  std::unique_ptr<SqliteDatabase> shell() {
+    return std::make_unique<SqliteDatabase>(database(), SQLITE_OPEN_READWRITE, 1000);
+  }
+  std::string database() { return directory.file("settings-1.db"); }
+
+  // Waits until `holds`, for as long as the poll of the other tree may take and more.
+  template <class Condition>
+  static bool eventually(const Condition& holds) {
+    for (int wait = 0; wait < 5000 && !holds(); ++wait) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return holds();
+  }
+
+  const TemporaryDirectory directory;
+};
+
+TEST_F(UserStoreTest, EveryValueOfEveryKindComesBackExactly) {
+  const std::vector<boost::any> values = valuesOfEveryKind();
+  {
+    const NodePtr root = open();
+    for (std::size_t at = 0; at < values.size(); ++at) {
+      const std::string name = "k" + std::to_string(at);
+      addKey(root, name);
+      root->setAny(name, values[at], "user");
+    }
+  }
+  const NodePtr root = open();
+  for (std::size_t at = 0; at < values.size(); ++at) {
+    EXPECT_TRUE(sameValue(root->getValue("k" + std::to_string(at), "user"), values[at])) << at;
+  }
+}
+
+TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
+  const std::pair<std::string, std::string> cases[] = {{"int", "x"},
+                                                       {"int", ""},
+                                                       {"byte", "128"},
+                                                       {"boolean", "1"},
+                                                       {"int[]", "[1,]"},
+                                                       {"int[]", "[1"},
+                                                       {"int[]", "1"},
+                                                       {"int[]", "[1]x"},
+                                                       {"string[]", "[\"a]"},
+                                                       {"string[]", "[\"\\u00e9\"]"},
+                                                       {"string[]", "[{\"bytes\":\"0\"}]"},
+                                                       {"double", "NaN:0"},
+                                                       {"double", "NaN:zz"},
+                                                       {"string", "\xFF"},
+                                                       {"string", std::string("a\0", 2)},
+                                                       {"string[]", "[\"\\x\"]"}};
+  for (const auto& [kind, text] : cases) {
+    EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), text, false).empty())
+        << kind << ' ' << text;
+  }
+}
+
+TEST_F(UserStoreTest, DefinitionsKeepKindAndValidator) {
+  const std::string odd = "x\xED\xA0\x80y";
+  {
+    const NodePtr root = open();
+    addKey(root, "java", zlutil::settings::JValidator("class", odd));
+    addNode(root, "script", zlutil::settings::ZValidator("text"));
+    addKey(root, "typed");
+    root->setAny("typed", 1, "user");
+    root->unset("typed", "user");
+  }
+  const NodePtr root = open();
+  const auto choice = [&](const char* name) {
+    return choiceOf(boost::static_pointer_cast<Entry>(root->getChild(name))->validator());
+  };
+  EXPECT_EQ(boost::get<zlutil::settings::JValidator>(choice("java")).second(), odd);
+  EXPECT_EQ(boost::get<zlutil::settings::ZValidator>(choice("script")).text(), "text");
+  EXPECT_EQ(root->getKeyType("typed"), kindOfType(typeid(int)));
+}
+
+TEST_F(UserStoreTest, TheDatabaseReadsWellInItsShell) {
+  const NodePtr root = open();
+  const SettingsPtr node = addNode(root, "editor");
+  addKey(node, "title");
+  addKey(node, "stops");
+  node->setAny("title", std::string("caf\xC3\xA9 \xED\xA0\xBD\xED\xB8\x80"), "user");
+  node->setAny("stops", std::vector<int>{2, 4}, "user");
+  EXPECT_EQ(shell()->text("SELECT value FROM settings WHERE path = 'editor.title'"),
+            "caf\xC3\xA9 \xF0\x9F\x98\x80");
+  EXPECT_EQ(shell()->number("SELECT json_extract(value, '$[1]') FROM settings"
+                            " WHERE path = 'editor.stops'"),
+            4);
+  root->removeNode("editor");
+  EXPECT_EQ(shell()->number("SELECT (SELECT count(*) FROM settings) +"
+                            " (SELECT count(*) FROM definitions)"),
+            0);
+  EXPECT_EQ(shell()->text("PRAGMA journal_mode"), "wal");
+}
+
+TEST_F(UserStoreTest, WhatIsMadeBelongsToTheUserAlone) {
+  const NodePtr root = openTree(storeIn(directory.file("a/b")));
+  for (const auto& [name, mode] :
+       {std::pair("a", 0700), {"a/b", 0700}, {"a/b/settings-1.db", 0600}}) {
+    struct stat status;
+    ASSERT_EQ(stat(directory.file(name).c_str(), &status), 0) << name;
+    EXPECT_EQ(status.st_mode & 0777, static_cast<unsigned>(mode)) << name;
+  }
+}
+
+TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndLeftAlone) {
+  { addKey(open(), "k"); }
+  shell()->execute("PRAGMA user_version=2");
+  testing::internal::CaptureStderr();
+  const NodePtr root = open();
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("newer version (schema 2"),
+            std::string::npos);
+  const std::string message = messageOf<StoreFailure>([&] { addKey(root, "new"); });
+  EXPECT_NE(message.find(database()), std::string::npos) << message;
+  EXPECT_NE(message.find("newer version"), std::string::npos) << message;
+  EXPECT_EQ(shell()->number("SELECT count(*) FROM definitions"), 1);
+}
+
+TEST_F(UserStoreTest, ADirectoryThatCannotBeMadeIsReportedByEveryWrite) {
+  directory.write("file", "");
+  testing::internal::CaptureStderr();
+  const NodePtr root = openTree(storeIn(directory.file("file/user")));
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("Not a directory"), std::string::npos);
+  const std::string message = messageOf<StoreFailure>([&] { addKey(root, "k"); });
+  EXPECT_NE(message.find("Not a directory"), std::string::npos) << message;
+  EXPECT_TRUE(root->getChildren().empty());
+}
+
+TEST_F(UserStoreTest, AStoreThatStaysLockedIsReadAndOpenedLater) {
+  addKey(open(), "k");
+  const FileDescriptor lock(::open(directory.file("settings-1.lock").c_str(), O_RDWR));
+  ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+  testing::internal::CaptureStderr();
+  const NodePtr root = openTree(storeIn(directory.path(), 20));
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("locked"), std::string::npos);
+  EXPECT_EQ(contentsOf(root), "k key\n");
+  EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("locked"),
+            std::string::npos);
+  flock(lock.get(), LOCK_UN);
+  EXPECT_TRUE(eventually([&] {
+    try {
+      root->setAny("k", 1, "user");
+      return true;
+    } catch (const Failure<StoreFailure>&) {
+      return false;
+    }
+  }));
+  EXPECT_EQ(contentsOf(open()), "k key\nk = int 1\n");
+}
+
+TEST_F(UserStoreTest, AWriteTransactionOfSomebodyElseIsWaitedForOrReported) {
+  const NodePtr root = openTree(storeIn(directory.path(), 20));
+  addKey(root, "k");
+  const auto other = shell();
+  other->execute("BEGIN IMMEDIATE");
+  EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("locked"),
+            std::string::npos);
+  EXPECT_EQ(contentsOf(root), "k key\n");
+  other->execute("ROLLBACK");
+  root->setAny("k", 1, "user");
+}
+
+TEST_F(UserStoreTest, TwoTreesHearOfEachOthersChanges) {
+  const NodePtr here = open();
+  const NodePtr there = open();
+  Listener listener(there);
+  const SettingsPtr node = addNode(here, "n");
+  addKey(node, "k");
+  node->setAny("k", 1, "user");
+  ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
+  there->getChild("n")->setAny("k", 2, "user");
+  ASSERT_TRUE(eventually([&] { return intAt(node, "k") == 2; }));
+  here->copySubtree(node, "copy");
+  here->removeNode("n");
+  ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
+  EXPECT_EQ(contentsOf(open()), "copy node\ncopy.k key\ncopy.k = int 2\n");
+}
+
+TEST_F(UserStoreTest, AChangeThatAnotherProcessHasMadeImpossibleIsRefused) {
+  // The other process's tree is one that has heard of nothing since it was opened.
+  const NodePtr root = open();
+  addNode(root, "n");
+  addKey(root->getChild("n"), "k");
+  addKey(root, "untyped");
+  UserStore behind(storeIn(directory.path()));
+  const TreePtr tree = Tree::makeStandalone();
+  behind.readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
+  root->setAny("untyped", std::string("text"), "user");
+  root->removeNode("n");
+  addKey(root, "new");
+  const std::string before = contentsOf(open());
+  const Change impossible[] = {PutValue{"n.k", 1}, DefineEntry{"n.other", true, 0, {}},
+                               EraseValue{"n.k"}, PutValue{"untyped", 1},
+                               DefineEntry{"new", false, 0, {}}};
+  for (const Change& change : impossible) {
+    EXPECT_NE(messageOf<StoreFailure>([&] { behind.apply({change}); }).find("another process"),
+              std::string::npos);
+  }
+  EXPECT_EQ(contentsOf(open()), before);
+  behind.apply({PutValue{"untyped", std::string("other")}, RemoveSubtree{"n"}});
+  EXPECT_TRUE(eventually(
+      [&] { return boost::any_cast<std::string>(root->getValue("untyped", "")) == "other"; }));
+}
+
+TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
+  const NodePtr root = open();
+  for (const char* name : {"gone", "kept", "unset"}) {
+    addKey(root, name);
+    root->setAny(name, 1, "user");
+  }
+  // Another program changes the database and leaves no word of it but the number of a transaction.
+  shell()->execute(
+      "BEGIN; DELETE FROM definitions WHERE path = 'gone'; DELETE FROM settings WHERE path <> "
+      "'kept';"
+      "UPDATE settings SET value = '2'; DELETE FROM journal; INSERT INTO journal VALUES(900, '');"
+      "COMMIT");
+  EXPECT_TRUE(eventually([&] { return intAt(root, "kept") == 2; }));
+  EXPECT_EQ(contentsOf(root), "kept key\nkept = int 2\nunset key\n");
+}
+
+TEST_F(UserStoreTest, TheJournalIsKeptShort) {
+  const NodePtr root = openTree([&] {
+    UserStoreOptions options = storeIn(directory.path());
+    options.relaxed = true;
+    return options;
+  }());
+  addKey(root, "k");
+  for (int value = 0; value < 5000; ++value) root->setAny("k", value, "user");
+  EXPECT_LE(shell()->number("SELECT count(*) FROM journal"), 4096 + 256);
+  EXPECT_EQ(shell()->number("SELECT max(revision) FROM journal"), 5001);
+}
+
+}  // namespace
+}  // namespace test
