@@ -1,6 +1,7 @@
 // Many values as one operation: setMultiple and validateMultiple. Time is linear in the number of
 // values: each phase passes over them once, and one acquisition of a lock serves a whole pass.
 #include <map>
+#include <stdexcept>
 #include <unordered_map>
 
 #include "host/settings/commit.h"
@@ -129,7 +130,7 @@ class Candidates {
     collect(problems_, position, *candidate.key, [&] {
       ReadLock lock(tree_.lock());
       const Key& key = *candidate.key;
-      if (!key.isAttached()) throw Failure<NoSuchKey>(std::string(), key.name());
+      if (!key.isAttached()) throw std::runtime_error("The key has been removed.");
       if (level) checkWritable(key, *level);
       const auto first = firstKinds_.find(&key);
       checkKind(key, first == firstKinds_.end() ? key.kind() : first->second, *candidate.value);
@@ -154,7 +155,7 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
   std::vector<const Candidate*> last;
   last.reserve(candidates.size());
   for (const Candidate& candidate : candidates) {
-    std::uint32_t& mark = candidate.key->commitMark;
+    std::uint32_t& mark = candidate.key->commitMark();
     if (mark == 0) {
       last.push_back(&candidate);
       mark = static_cast<std::uint32_t>(last.size());
@@ -162,7 +163,7 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
       last[mark - 1] = &candidate;
     }
   }
-  for (const Candidate* candidate : last) candidate->key->commitMark = 0;
+  for (const Candidate* candidate : last) candidate->key->commitMark() = 0;
   return last;
 }
 

@@ -42,7 +42,7 @@ boost::shared_ptr<Settings> Entry::getParent() const {
 
 bool Entry::isRoot() const {
   ReadLock lock(tree_->lock());
-  return !isKey_ && !parent_ && !removed_;
+  return !isKey_ && !parent_ && !isRemoved();
 }
 
 SettingsProblems Entry::setMultiple(
@@ -63,7 +63,7 @@ void Entry::attachTo(const boost::shared_ptr<Settings>& parent) {
 bool Entry::isAttached() const {
   const Entry* entry = this;
   while (entry->parent_) entry = entry->parent_;
-  return !entry->removed_;
+  return !entry->isRemoved();
 }
 
 std::string Entry::path() const {
@@ -77,7 +77,7 @@ std::string Entry::path() const {
   }
   // The root of a context's tree is not named in its paths; every other top is, so that its paths
   // do not resolve there.
-  if (tree_->isStandalone() || entry->removed_) {
+  if (tree_->isStandalone() || entry->isRemoved()) {
     chain[length++] = entry;
     size += entry->name_.size() + 1;
   }

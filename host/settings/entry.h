@@ -5,6 +5,7 @@
 // tree's lock(); whoever builds entries that nobody else has seen yet needs no lock.
 #pragma once
 
+#include <boost/intrusive/unordered_set_hook.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 #include <cstdint>
 #include <string>
@@ -21,7 +22,11 @@ class Node;
 // Entries below a root, counted along the deepest path. Bounds every recursion over a tree.
 inline constexpr int kMaxDepth = 200;
 
-class Entry : public Settings, public boost::enable_shared_from_this<Entry> {
+// The link of an entry in the table of its parent's children.
+using ChildLink = boost::intrusive::unordered_set_base_hook<
+    boost::intrusive::link_mode<boost::intrusive::normal_link>>;
+
+class Entry : public Settings, public boost::enable_shared_from_this<Entry>, public ChildLink {
  public:
   Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners, ValidatorPtr validator);
 
@@ -50,7 +55,7 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry> {
 
   // Null for a root, a detached and a removed entry.
   Node* parent() const { return parent_; }
-  bool isRemoved() const { return removed_; }
+  bool isRemoved() const { return standing_ & kRemoved; }
   // False when this entry or one above it has been removed.
   bool isAttached() const;
   // The path in the service's notation.
@@ -58,21 +63,23 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry> {
   // How many entries stand above this one.
   int depth() const;
   // Whether a store at that level has defined the entry.
-  bool isDefinedAt(int level) const { return definedAt_ & (1u << level); }
+  bool isDefinedAt(int level) const { return standing_ & (1u << level); }
   // The entry's own validator, else that of the nearest enclosing node that has one; may be null.
   ValidatorPtr guard() const;
 
   // The following change what the tree guards.
 
-  void setDefinedAt(int level) { definedAt_ |= static_cast<std::uint8_t>(1u << level); }
+  void setDefinedAt(int level) { standing_ |= static_cast<std::uint8_t>(1u << level); }
   void setParent(Node* parent) { parent_ = parent; }
-  void setRemoved() { removed_ = true; }
+  void setRemoved() { standing_ |= kRemoved; }
   // Only while the entry is being built.
   void setValidator(ValidatorPtr validator) { validator_ = std::move(validator); }
   // Moves this entry, and all below it, to another tree. Only while it belongs to one thread.
   virtual void moveToTree(const TreePtr& tree) { tree_ = tree; }
 
  private:
+  static constexpr std::uint8_t kRemoved = 1u << kLevelCount;
+
   TreePtr tree_;            // changes only before the entry is inserted
   Node* parent_ = nullptr;  // guarded by the tree
   const exchange::IDType id_;
@@ -80,8 +87,8 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry> {
   ValidatorPtr validator_;
   const bool isKey_;
   const bool mayHaveListeners_;
-  bool removed_ = false;        // guarded by the tree
-  std::uint8_t definedAt_ = 0;  // bit per level; guarded by the tree
+  // A bit for each level whose store defines the entry, and kRemoved; guarded by the tree.
+  std::uint8_t standing_ = 0;
 };
 
 using EntryPtr = boost::shared_ptr<Entry>;

@@ -44,10 +44,12 @@ class Key final : public Entry {
 
   // A place for the running commit to note where it met this key; 0 between commits. Only under the
   // tree's writer().
-  std::uint32_t commitMark = 0;
+  std::uint32_t& commitMark() { return commitMark_; }
 
  private:
+  // In this order the small fields fill what the base class leaves of its last word.
   std::int8_t kind_;
+  std::uint32_t commitMark_ = 0;
   std::array<boost::any, kLevelCount> values_;
 };
 

@@ -21,7 +21,7 @@ Node::~Node() {
   if (children_.empty()) return;
   // A child that somebody still holds stays readable, as the top of what is left.
   WriteLock lock(tree().lock());
-  for (const EntryPtr& child : children_) child->setParent(nullptr);
+  for (const EntryPtr& child : childrenByName()) child->setParent(nullptr);
 }
 
 template <class Read>
@@ -87,10 +87,7 @@ void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::str
 void Node::removeNode(const std::string& name) { removeEntry(*this, name, false); }
 void Node::removeKey(const std::string& name) { removeEntry(*this, name, true); }
 
-Entry* Node::child(std::string_view name) const {
-  const auto found = children_.find(name);
-  return found == children_.end() ? nullptr : found->get();
-}
+Entry* Node::child(std::string_view name) const { return children_.find(name); }
 
 Key& Node::requireKey(const std::string& name) const {
   Entry* const found = child(name);
@@ -112,33 +109,32 @@ Entry* Node::atPath(std::string_view path) const {
 }
 
 bool Node::insertChild(const EntryPtr& child) {
-  auto& byName = children_.get<1>();
-  const std::size_t before = children_.size();
-  byName.insert(byName.end(), child);
-  if (children_.size() == before) return false;
+  if (!children_.insert(child)) return false;
+  child->setParent(this);
+  return true;
+}
+
+bool Node::appendChild(const EntryPtr& child) {
+  if (!children_.append(child)) return false;
   child->setParent(this);
   return true;
 }
 
 EntryPtr Node::takeChild(std::string_view name) {
-  const auto found = children_.find(name);
-  if (found == children_.end()) return {};
-  EntryPtr child = *found;
-  children_.erase(found);
-  child->setParent(nullptr);
+  EntryPtr child = children_.take(name);
+  if (child) child->setParent(nullptr);
   return child;
 }
 
-Node::Children Node::takeChildren() {
-  Children taken;
-  taken.swap(children_);
+std::vector<EntryPtr> Node::takeChildren() {
+  std::vector<EntryPtr> taken = children_.takeAll();
   for (const EntryPtr& child : taken) child->setParent(nullptr);
   return taken;
 }
 
 void Node::moveToTree(const TreePtr& tree) {
   Entry::moveToTree(tree);
-  for (const EntryPtr& child : children_) child->moveToTree(tree);
+  for (const EntryPtr& child : childrenByName()) child->moveToTree(tree);
 }
 
 }  // namespace zlutil::settings::host

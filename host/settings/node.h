@@ -1,26 +1,13 @@
 // A node: an inner entry with children, found by name without allocating and listed in name order.
 #pragma once
 
-#include <boost/multi_index/hashed_index.hpp>
-#include <boost/multi_index/ordered_index.hpp>
-#include <boost/multi_index_container.hpp>
-#include <functional>
-
+#include "host/settings/child_table.h"
 #include "host/settings/key.h"
 
 namespace zlutil::settings::host {
 
 class Node final : public Entry {
  public:
-  struct NameOf {
-    using result_type = std::string_view;
-    std::string_view operator()(const EntryPtr& entry) const { return entry->name(); }
-  };
-  using Children = boost::multi_index_container<
-      EntryPtr, boost::multi_index::indexed_by<
-                    boost::multi_index::hashed_unique<NameOf, std::hash<std::string_view>>,
-                    boost::multi_index::ordered_unique<NameOf>>>;
-
   Node(TreePtr tree, std::string name, bool mayHaveListeners, ValidatorPtr validator)
       : Entry(std::move(tree), std::move(name), false, mayHaveListeners, std::move(validator)) {}
   ~Node() override;
@@ -47,16 +34,19 @@ class Node final : public Entry {
   Entry* atPath(std::string_view path) const;
   bool hasChildren() const { return !children_.empty(); }
   // The children in name order.
-  const auto& childrenByName() const { return children_.get<1>(); }
+  const std::vector<EntryPtr>& childrenByName() const { return children_.byName(); }
 
   // The following change what the tree guards.
 
-  // Adds a child; false, and nothing added, when the name is taken. Cheapest in name order.
+  // Adds a child; false, and nothing added, when the name is taken.
   bool insertChild(const EntryPtr& child);
+  // The same for a node that is being built: the children are in order once sortChildren() is done.
+  bool appendChild(const EntryPtr& child);
+  void sortChildren() { children_.sort(); }
   // Takes the child out and gives it to the caller, who must not let go of it under the lock.
   EntryPtr takeChild(std::string_view name);
   // Takes all children out.
-  Children takeChildren();
+  std::vector<EntryPtr> takeChildren();
   void moveToTree(const TreePtr& tree) override;
 
  private:
@@ -64,7 +54,7 @@ class Node final : public Entry {
   template <class Read>
   auto readKey(const std::string& name, const Read& read) const;
 
-  Children children_;  // guarded by the tree
+  ChildTable children_;  // guarded by the tree
 };
 
 using NodePtr = boost::shared_ptr<Node>;

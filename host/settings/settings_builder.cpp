@@ -27,12 +27,11 @@ std::string quoted(std::string_view text) {
 // The attributes of an element, picked out by name. An attribute that nobody asks for is an error.
 class Attributes {
  public:
-  Attributes(const char* element, const char* const* list,
-             std::initializer_list<std::string_view> known)
+  Attributes(const char* element, const char* const* list, std::initializer_list<const char*> known)
       : element_(element), list_(list) {
     for (const char* const* at = list; *at; at += 2) {
       bool found = false;
-      for (const std::string_view name : known) found = found || name == *at;
+      for (const char* const name : known) found = found || std::strcmp(name, *at) == 0;
       if (!found) fail("unknown attribute " + quoted(*at) + " of <" + element + ">");
     }
   }
@@ -110,6 +109,7 @@ void SettingsBuilder::beginElement(std::string_view element, const char* const* 
 void SettingsBuilder::endElement() {
   const In in = in_.back();
   in_.pop_back();
+  if (in == In::kSettings || in == In::kNode) nodes_.back()->sortChildren();
   if (in == In::kNode) {
     nodes_.pop_back();
     alongside_.pop_back();
@@ -257,7 +257,7 @@ void SettingsBuilder::checkAgainstEarlier(const char* name, bool isKey, int kind
 
 void SettingsBuilder::add(const EntryPtr& entry) {
   if (rules_.isOnlyLevel) entry->setDefinedAt(rules_.level);
-  if (!nodes_.back()->insertChild(entry)) fail("a second entry named " + quoted(entry->name()));
+  if (!nodes_.back()->appendChild(entry)) fail("a second entry named " + quoted(entry->name()));
 }
 
 void SettingsBuilder::guardWith(const ValidatorChoice& validator) {

@@ -57,8 +57,7 @@ int heightOf(const Entry& entry) {
 }
 
 NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree) {
-  auto copy =
-      boost::make_shared<Node>(tree, name, source.canHaveListeners(), source.validator());
+  auto copy = boost::make_shared<Node>(tree, name, source.canHaveListeners(), source.validator());
   copyChildren(source, *copy);
   return copy;
 }
@@ -105,8 +104,8 @@ void describe(const Entry& entry, const std::string& path, int level, bool defin
 }
 
 void merge(Node& from, Node& into, int level) {
-  const Node::Children children = from.takeChildren();
-  for (const EntryPtr& child : children.get<1>()) {
+  const std::vector<EntryPtr> children = from.takeChildren();
+  for (const EntryPtr& child : children) {
     if (Entry* const present = into.child(child->name())) {
       mergeEntry(*child, *present, level);
     } else {

@@ -56,6 +56,7 @@ TEST_F(SettingsFileTest, AFileBecomesAStandaloneTree) {
   EXPECT_EQ(root->getName(), "__STANDALONE_ROOT__");
   EXPECT_EQ(root->getZcrID(), zlutil::contextmgr::AnyZcrID);
   const SettingsPtr editor = root->getChild("editor");
+  EXPECT_EQ(namesOf(editor->getChildren()), (Names{"fontSize", "none", "tabs", "untyped"}));
   EXPECT_EQ(intAt(editor, "fontSize"), 14);
   EXPECT_EQ(intAt(editor, "fontSize", "factory"), 12);
   EXPECT_EQ(boost::any_cast<std::vector<int>>(editor->getValue("tabs", "")),
