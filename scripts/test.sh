@@ -25,8 +25,8 @@ build() {
 
 run_ctest() {
   echo "== $1: testing"
-  ctest --test-dir "build/$1" --output-on-failure --progress -j 2 --no-tests=error |
-    grep -v '^\[' || return 1
+  ctest --test-dir "build/$1" --output-on-failure -j 2 --no-tests=error |
+    grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed '
 }
 
 run_dev() { build dev && run_ctest dev; }
@@ -41,7 +41,7 @@ run_clang() {
   build/clang/tests/fuzz/settings_file_fuzz -max_total_time="$seconds" -timeout=10 \
     -rss_limit_mb=2048 -print_final_stats=1 -dict=tests/fuzz/settings_file.dict \
     -artifact_prefix=build/clang/ build/clang/corpus tests/fuzz/corpus 2>&1 |
-    grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done' 
+    grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done'
   [[ ${PIPESTATUS[0]} -eq 0 ]]
 }
 
