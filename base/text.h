@@ -9,7 +9,7 @@
 //   utf-8    standard UTF-8, only at the borders: files, file names, console, database,
 //   environment.
 //
-// Source of the narrow form: the Java Virtual Machine Specification, section 4.4.7.
+// The narrow form is that of the strings in a Java class file (JVMS 4.4.7, CONSTANT_Utf8).
 // All functions are pure and may be called from any thread.
 #pragma once
 
