@@ -11,11 +11,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-namespace zlutil {
-namespace settings {
-class Settings;
-}
-}  // namespace zlutil
+#include "service/settings_fwd.h"
 
 namespace nativesettings {
 

@@ -6,11 +6,7 @@
 #include <boost/shared_ptr.hpp>
 #include <string>
 
-namespace zlutil {
-namespace settings {
-class Settings;
-}
-}  // namespace zlutil
+#include "service/settings_fwd.h"
 
 namespace nativesettings {
 

@@ -9,11 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace zlutil {
-namespace settings {
-class Settings;
-}
-}  // namespace zlutil
+#include "service/settings_fwd.h"
 
 namespace nativesettings {
 

@@ -16,12 +16,9 @@
 #include "base/export.h"
 #include "service/auto_ptr.h"
 #include "service/id_type.h"
+#include "service/settings_fwd.h"
 
 namespace zlutil {
-namespace settings {
-class Settings;
-}
-
 namespace eventmgr {
 
 // What is published. A class derived from it has a static EventType(), the text that its topics

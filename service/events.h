@@ -9,11 +9,10 @@
 
 #include "base/export.h"
 #include "service/event_mgr.h"
+#include "service/settings_fwd.h"
 
 namespace zlutil {
 namespace settings {
-
-class Settings;
 
 // A key's value changed, at any level: it was set or unset.
 class SETTINGS_HOST_API SettingsValueChangeEvent : public eventmgr::BaseEvent {
@@ -30,40 +29,40 @@ class SETTINGS_HOST_API SettingsValueChangeEvent : public eventmgr::BaseEvent {
   const boost::shared_ptr<Settings> key_;
 };
 
-// A node or key was added. One event is published for a subtree, about its top.
-class SETTINGS_HOST_API SettingsAddNodeEvent : public eventmgr::BaseEvent {
+// An entry came into the tree or left it. One event is published for a subtree, about its top.
+class SETTINGS_HOST_API SettingsStructureEvent : public eventmgr::BaseEvent {
  public:
-  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
-      : parent_(std::move(parent)), entry_(std::move(entry)) {}
-
-  static const std::string& EventType();
-  bool isKindOf(const std::string& eventType) const override;
-
-  // The new entry, and the node that it was added to.
+  // The entry, and the node that it was added to or removed from.
   boost::shared_ptr<Settings> getObj() const override { return entry_; }
   const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
+
+ protected:
+  SettingsStructureEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : parent_(std::move(parent)), entry_(std::move(entry)) {}
 
  private:
   const boost::shared_ptr<Settings> parent_;
   const boost::shared_ptr<Settings> entry_;
 };
 
-// A node or key was removed. One event is published for a subtree, about its top.
-class SETTINGS_HOST_API SettingsRemoveNodeEvent : public eventmgr::BaseEvent {
+// A node or key was added.
+class SETTINGS_HOST_API SettingsAddNodeEvent : public SettingsStructureEvent {
  public:
-  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
-      : parent_(std::move(parent)), entry_(std::move(entry)) {}
+  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;
+};
 
-  // The removed entry, which no longer has a parent, and the node that it was removed from.
-  boost::shared_ptr<Settings> getObj() const override { return entry_; }
-  const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
+// A node or key was removed; the entry no longer has a parent.
+class SETTINGS_HOST_API SettingsRemoveNodeEvent : public SettingsStructureEvent {
+ public:
+  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
 
- private:
-  const boost::shared_ptr<Settings> parent_;
-  const boost::shared_ptr<Settings> entry_;
+  static const std::string& EventType();
+  bool isKindOf(const std::string& eventType) const override;
 };
 
 }  // namespace settings

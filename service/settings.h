@@ -28,11 +28,10 @@
 #include "service/context.h"
 #include "service/event_mgr.h"
 #include "service/id_type.h"
+#include "service/settings_fwd.h"
 
 namespace zlutil {
 namespace settings {
-
-class Settings;
 
 // (entry, value) pairs and (path, reason) pairs.
 using SettingsValues = std::vector<std::pair<boost::shared_ptr<Settings>, boost::any>>;

@@ -12,11 +12,10 @@
 #include <string>
 
 #include "base/export.h"
+#include "service/settings_fwd.h"
 
 namespace zlutil {
 namespace settings {
-
-class Settings;
 
 // No validator.
 struct void_ {};

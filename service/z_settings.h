@@ -7,12 +7,11 @@
 
 #include "base/export.h"
 #include "service/context.h"
+#include "service/settings_fwd.h"
 #include "service/validators.h"
 
 namespace zlutil {
 namespace settings {
-
-class Settings;
 
 class SETTINGS_HOST_API ZSettings {
  public:

@@ -5,7 +5,6 @@
 #include <jni.h>
 
 #include <atomic>
-#include <set>
 
 #include "bridge/cons_info.h"
 

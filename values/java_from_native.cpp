@@ -8,8 +8,6 @@
 #include "values/java_helpers.h"
 #include "values/java_values.h"
 #include "values/local_frames.h"
-#include "values/my_wrapper.h"
-#include "values/try_next_type.h"
 
 namespace nativesettings {
 namespace {
@@ -100,23 +98,6 @@ jobject toJava(JNIEnv* env, const boost::any& value, bool inInfo) {
   return result;
 }
 
-// Finds the class of one kind in a walk over all.
-struct GetTypeVisitor {
-  JNIEnv* env;
-  int kind;
-  jclass result = nullptr;
-
-  template <class Type>
-  void visit() {
-    if (kKindOf<Type> != kind) return;
-    if constexpr (kIsVector<Type>) {
-      result = recordOf<Type>().getArrayClass(env);
-    } else {
-      result = jzi::safeFindClass(env, globalConsInfos, recordOf<Type>());
-    }
-  }
-};
-
 }  // namespace
 
 jobject getJavaValueFromKey(JNIEnv* env, const boost::any& value) {
@@ -126,9 +107,16 @@ jobject getJavaValueFromKey(JNIEnv* env, const boost::any& value) {
 jobject getInfoFromKey(JNIEnv* env, const boost::any& value) { return toJava(env, value, true); }
 
 jclass getJavaClassOfKind(JNIEnv* env, int kind) {
-  GetTypeVisitor visitor{env, kind};
-  TryNextType<kFirstKind>::runFunctor<MyWrapper>(visitor);
-  return visitor.result;
+  jclass result = nullptr;
+  withTypeOfKind(kind, [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (kIsVector<Type>) {
+      result = recordOf<Type>().getArrayClass(env);
+    } else {
+      result = jzi::safeFindClass(env, globalConsInfos, recordOf<Type>());
+    }
+  });
+  return result;
 }
 
 }  // namespace nativesettings

@@ -5,8 +5,7 @@
 #include <string_view>
 
 #include "base/mutex.h"
-#include "bridge/cons_info.h"
-#include "host/javalayer/class_loader.h"
+#include "bridge/java_layer.h"
 
 namespace jzi {
 namespace detail {
@@ -41,17 +40,7 @@ void releaseAllPlaces(JNIEnv* env) {
   for (auto& entry : all.byName) entry.second->release(env);
 }
 
-jclass ClassPlace::find(JNIEnv* env) {
-  if (jclass known = cls.load(std::memory_order_acquire)) return known;
-  jclass local = javalayer::findClass(env, name);
-  auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
-  env->DeleteLocalRef(local);
-  jclass expected = nullptr;
-  // Of two threads that resolve at once one wins; the other's reference is released.
-  if (cls.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
-  env->DeleteWeakGlobalRef(weak);
-  return expected;
-}
+jclass ClassPlace::find(JNIEnv* env) { return safeFindClass(env, cls, name.c_str()); }
 
 jmethodID ClassPlace::findMethod(JNIEnv* env, const char* methodName, const char* signature,
                                  bool isStatic) {
@@ -75,8 +64,7 @@ jmethodID ClassPlace::findMethod(JNIEnv* env, const char* methodName, const char
 }
 
 void ClassPlace::release(JNIEnv* env) {
-  jclass held = cls.exchange(nullptr);
-  if (held && env) env->DeleteWeakGlobalRef(held);
+  releaseClass(env, cls);
   for (MethodPlace* method = methods.exchange(nullptr); method;) {
     MethodPlace* next = method->next;
     delete method;

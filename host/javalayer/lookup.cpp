@@ -43,6 +43,7 @@ jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot, const char* classNa
   auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
   env->DeleteLocalRef(local);
   jclass expected = nullptr;
+  // Of two threads that resolve at once one wins; the other's reference is released.
   if (slot.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
   env->DeleteWeakGlobalRef(weak);
   return expected;

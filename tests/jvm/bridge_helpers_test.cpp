@@ -176,6 +176,22 @@ TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
   EXPECT_EQ(lookups, counted.counts().classLookups) << "the Java layer remembers the class";
 }
 
+TEST_F(BridgeHelpers, ALookupOutsideASetIsNotRemembered) {
+  ConsInfo record("java/lang/Long", "(J)V");
+  jclass found = getClass(env_, record);
+  EXPECT_TRUE(env_->IsSameObject(env_->FindClass("java/lang/Long"), found));
+  EXPECT_EQ(nullptr, record.resolvedClass());
+  std::atomic<jmethodID> slot{nullptr};
+  EXPECT_EQ(env_->GetMethodID(found, "longValue", "()J"),
+            safeGetMethodID(env_, found, slot, "longValue", "()J"));
+  const CountReferences counted(env_);
+  safeGetMethodID(env_, found, slot, "longValue", "()J");
+  EXPECT_EQ(0, counted.counts().classLookups);
+  std::atomic<jmethodID> none{nullptr};
+  EXPECT_EQ(nullptr, safeGetMethodID(env_, found, none, "noSuch", "()J"));
+  EXPECT_NE("", takeException(env_)) << "the JVM's own exception stays pending";
+}
+
 TEST_F(BridgeHelpers, AMissingClassIsNamedAndLeavesTheJvmsException) {
   std::set<ConsInfo*> records;
   ConsInfo record("no/Such", "()V");

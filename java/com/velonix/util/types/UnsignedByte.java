@@ -1,8 +1,9 @@
 package com.velonix.util.types;
 
 /** An unsigned integer of 8 bits, 0 to 255. Immutable. */
-public final class UnsignedByte extends Number implements Comparable<UnsignedByte> {
+public final class UnsignedByte extends NarrowUnsigned<UnsignedByte> {
     private static final long serialVersionUID = 1;
+    private static final long MAX = 255;
 
     /** The smallest value, 0. */
     public static final UnsignedByte MIN_VALUE = new UnsignedByte((byte) 0);
@@ -30,10 +31,7 @@ public final class UnsignedByte extends Number implements Comparable<UnsignedByt
      * @throws IllegalArgumentException if the value is out of range
      */
     public static UnsignedByte valueOf(int value) {
-        if (value < 0 || value > 255) {
-            throw new IllegalArgumentException(value + " is outside 0..255");
-        }
-        return new UnsignedByte((byte) value);
+        return new UnsignedByte((byte) checked(value, MAX));
     }
 
     /**
@@ -44,52 +42,12 @@ public final class UnsignedByte extends Number implements Comparable<UnsignedByt
      * @throws NumberFormatException if the text is no number from 0 to 255
      */
     public static UnsignedByte parse(String text) {
-        long value = Long.parseLong(text);
-        if (value < 0 || value > 255) {
-            throw new NumberFormatException(text + " is outside 0..255");
-        }
-        return new UnsignedByte((byte) value);
-    }
-
-    @Override
-    public int intValue() {
-        return Byte.toUnsignedInt(bits);
+        return new UnsignedByte((byte) parsed(text, MAX));
     }
 
     /** The unsigned number. */
     @Override
     public long longValue() {
         return Byte.toUnsignedLong(bits);
-    }
-
-    @Override
-    public float floatValue() {
-        return longValue();
-    }
-
-    @Override
-    public double doubleValue() {
-        return longValue();
-    }
-
-    @Override
-    public int compareTo(UnsignedByte other) {
-        return Byte.compareUnsigned(bits, other.bits);
-    }
-
-    @Override
-    public boolean equals(Object other) {
-        return other instanceof UnsignedByte && ((UnsignedByte) other).bits == bits;
-    }
-
-    @Override
-    public int hashCode() {
-        return Byte.hashCode(bits);
-    }
-
-    /** The number in decimal. */
-    @Override
-    public String toString() {
-        return Long.toString(longValue());
     }
 }

@@ -1,8 +1,9 @@
 package com.velonix.util.types;
 
 /** An unsigned integer of 32 bits, 0 to 4294967295. Immutable. */
-public final class UnsignedInteger extends Number implements Comparable<UnsignedInteger> {
+public final class UnsignedInteger extends NarrowUnsigned<UnsignedInteger> {
     private static final long serialVersionUID = 1;
+    private static final long MAX = 4294967295L;
 
     /** The smallest value, 0. */
     public static final UnsignedInteger MIN_VALUE = new UnsignedInteger(0);
@@ -30,10 +31,7 @@ public final class UnsignedInteger extends Number implements Comparable<Unsigned
      * @throws IllegalArgumentException if the value is out of range
      */
     public static UnsignedInteger valueOf(long value) {
-        if (value < 0 || value > 0xFFFFFFFFL) {
-            throw new IllegalArgumentException(value + " is outside 0..4294967295");
-        }
-        return new UnsignedInteger((int) value);
+        return new UnsignedInteger((int) checked(value, MAX));
     }
 
     /**
@@ -44,53 +42,12 @@ public final class UnsignedInteger extends Number implements Comparable<Unsigned
      * @throws NumberFormatException if the text is no number from 0 to 4294967295
      */
     public static UnsignedInteger parse(String text) {
-        long value = Long.parseLong(text);
-        if (value < 0 || value > 0xFFFFFFFFL) {
-            throw new NumberFormatException(text + " is outside 0..4294967295");
-        }
-        return new UnsignedInteger((int) value);
-    }
-
-    /** The low 32 bits, negative for numbers above 2147483647. */
-    @Override
-    public int intValue() {
-        return bits;
+        return new UnsignedInteger((int) parsed(text, MAX));
     }
 
     /** The unsigned number. */
     @Override
     public long longValue() {
         return Integer.toUnsignedLong(bits);
-    }
-
-    @Override
-    public float floatValue() {
-        return longValue();
-    }
-
-    @Override
-    public double doubleValue() {
-        return longValue();
-    }
-
-    @Override
-    public int compareTo(UnsignedInteger other) {
-        return Integer.compareUnsigned(bits, other.bits);
-    }
-
-    @Override
-    public boolean equals(Object other) {
-        return other instanceof UnsignedInteger && ((UnsignedInteger) other).bits == bits;
-    }
-
-    @Override
-    public int hashCode() {
-        return Integer.hashCode(bits);
-    }
-
-    /** The number in decimal. */
-    @Override
-    public String toString() {
-        return Long.toString(longValue());
     }
 }

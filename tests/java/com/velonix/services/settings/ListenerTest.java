@@ -6,28 +6,9 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 
 import java.util.ArrayList;
 import java.util.List;
-import org.junit.jupiter.api.AfterEach;
-import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 
-class ListenerTest {
-    private SettingPath root;
-    private SettingPath node;
-    private Setting<Integer> key;
-    private final Recorder recorder = new Recorder();
-
-    @BeforeEach
-    void open() throws Exception {
-        root = SettingPath.standalone();
-        node = root.addNode("node");
-        key = node.addKey("key", 1);
-    }
-
-    @AfterEach
-    void close() {
-        root.close();
-    }
-
+class ListenerTest extends OneKeyTree {
     @Test
     void aNodesListenerHearsEverythingBelowIt() throws Exception {
         try (Registration r = root.addListener(recorder)) {

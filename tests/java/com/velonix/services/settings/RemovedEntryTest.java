@@ -6,29 +6,10 @@ import static org.junit.jupiter.api.Assertions.assertNull;
 import java.lang.ref.WeakReference;
 import java.util.ArrayList;
 import java.util.List;
-import org.junit.jupiter.api.AfterEach;
-import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 
 /** Listeners of entries that are removed. What the native side keeps of them is not the user's. */
-class RemovedEntryTest {
-    private SettingPath root;
-    private SettingPath node;
-    private Setting<Integer> key;
-    private final Recorder recorder = new Recorder();
-
-    @BeforeEach
-    void open() throws Exception {
-        root = SettingPath.standalone();
-        node = root.addNode("node");
-        key = node.addKey("key", 1);
-    }
-
-    @AfterEach
-    void close() {
-        root.close();
-    }
-
+class RemovedEntryTest extends OneKeyTree {
     @Test
     void aRegistrationEndsWithItsEntryAndTheListenerCanBeUsedAgain() throws Exception {
         Registration first = key.addListener(recorder);

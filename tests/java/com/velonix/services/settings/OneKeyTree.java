@@ -1,0 +1,24 @@
+package com.velonix.services.settings;
+
+import org.junit.jupiter.api.AfterEach;
+import org.junit.jupiter.api.BeforeEach;
+
+/** A tree of its own for each test: a node with an integer key, and somebody to listen. */
+abstract class OneKeyTree {
+    SettingPath root;
+    SettingPath node;
+    Setting<Integer> key;
+    final Recorder recorder = new Recorder();
+
+    @BeforeEach
+    void open() throws Exception {
+        root = SettingPath.standalone();
+        node = root.addNode("node");
+        key = node.addKey("key", 1);
+    }
+
+    @AfterEach
+    void close() {
+        root.close();
+    }
+}
