@@ -2,6 +2,8 @@
 // values beside n single sets.
 #include <benchmark/benchmark.h>
 
+#include <array>
+
 #include "service/events.h"
 #include "service/settings.h"
 #include "service/z_settings.h"
@@ -66,15 +68,15 @@ void askWhoListens(benchmark::State& state) {
 }
 BENCHMARK(askWhoListens);
 
+// Every commit changes every value: two lists take turns.
 void commitOfN(benchmark::State& state) {
-  DeepTree tree(static_cast<int>(state.range(0)));
-  int value = 0;
+  const DeepTree tree(static_cast<int>(state.range(0)));
+  std::array<zlutil::settings::SettingsValues, 2> lists{tree.values, tree.values};
+  for (auto& change : lists[1]) change.second = 1;
+  int turn = 0;
   for (auto _ : state) {
-    state.PauseTiming();
-    ++value;
-    for (auto& change : tree.values) change.second = value;
-    state.ResumeTiming();
-    tree.root->setMultiple(boost::make_iterator_range(tree.values.cbegin(), tree.values.cend()),
+    turn = 1 - turn;
+    tree.root->setMultiple(boost::make_iterator_range(lists[turn].cbegin(), lists[turn].cend()),
                            "user", 0);
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -94,5 +96,39 @@ void singleSetsOfN(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(singleSetsOfN)->RangeMultiplier(10)->Range(1, 100000);
+
+// The same with paths, as transactions have them.
+void commitOfNPaths(benchmark::State& state) {
+  const DeepTree tree(static_cast<int>(state.range(0)));
+  using Changes = std::vector<std::pair<std::string, boost::any>>;
+  std::array<Changes, 2> lists;
+  for (const auto& value : tree.values) {
+    for (int turn : {0, 1}) lists[turn].emplace_back(value.first->getPath(), turn);
+  }
+  int turn = 0;
+  for (auto _ : state) {
+    turn = 1 - turn;
+    tree.root->multipleSet(lists[turn].cbegin(), lists[turn].cend(), "user");
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(commitOfNPaths)->RangeMultiplier(10)->Range(100, 100000);
+
+void singleSetsOfNPaths(benchmark::State& state) {
+  const DeepTree tree(static_cast<int>(state.range(0)));
+  const std::vector<std::string> path(4, "n");
+  std::vector<std::string> names;
+  for (const auto& value : tree.values) names.push_back(value.first->getName());
+  const std::string level = "user";
+  int value = 0;
+  for (auto _ : state) {
+    ++value;
+    for (const std::string& name : names) {
+      tree.root->findDescendant(path)->setAny(name, value, level);
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(singleSetsOfNPaths)->RangeMultiplier(10)->Range(100, 100000);
 
 }  // namespace

@@ -23,9 +23,14 @@ class SETTINGS_HOST_API NameToObjectTransformer {
   boost::shared_ptr<Settings> operator()(const std::string& path);
 
  private:
+  boost::shared_ptr<Settings> find(const std::string& path);
+
   const bool acceptNodes_;
   const boost::shared_ptr<Settings> start_;
   SettingsProblems& problems_;
+  // Where the last path led through: the next one most often names a neighbour.
+  boost::shared_ptr<Settings> node_;
+  std::string nodePath_;
 };
 
 template <class Iterator>

@@ -66,7 +66,7 @@ class Application {
     for (const Removal& removal : removed_) {
       publishRemoved(removal.parent, removal.entry, removal.audience);
     }
-    for (const auto& exchanged : exchanged_) publishChange(exchanged.first);
+    changed_.publish();
   }
 
  private:
@@ -90,15 +90,16 @@ class Application {
   void exchange(Key& key, boost::any value) {
     if (sameValue(key.value(level_), value)) return;
     key.swapValue(level_, value);
-    exchanged_.emplace_back(boost::static_pointer_cast<Key>(key.shared_from_this()),
-                            std::move(value));
+    changed_.add(key);
+    replaced_.push_back(std::move(value));
   }
 
   Node& root_;
   const int level_;
   std::vector<std::pair<NodePtr, EntryPtr>> added_;
   std::vector<Removal> removed_;
-  std::vector<std::pair<KeyPtr, boost::any>> exchanged_;
+  std::vector<boost::any> replaced_;
+  ChangedKeys changed_;
 };
 
 }  // namespace

@@ -42,8 +42,8 @@ class Key final : public Entry {
   void swapValue(int level, boost::any& value);
   void setKind(int kind) { kind_ = static_cast<std::int8_t>(kind); }
 
-  // A place for the running commit to note where it met this key; 0 between commits. Only under the
-  // tree's writer().
+  // A place for the running commit to note where it met this key; what it says between commits
+  // means nothing. Only under the tree's writer().
   std::uint32_t& commitMark() { return commitMark_; }
 
  private:

@@ -1,4 +1,6 @@
 // Resolution of the paths of a transaction.
+#include <typeinfo>
+
 #include "host/settings/node.h"
 #include "service/failures.h"
 
@@ -20,17 +22,30 @@ std::optional<std::string_view> pathFrom(const host::Node& start, std::string_vi
 
 }  // namespace
 
-boost::shared_ptr<Settings> NameToObjectTransformer::operator()(const std::string& path) {
-  const host::Node* const start = dynamic_cast<const host::Node*>(start_.get());
-  host::EntryPtr found;
-  if (start) {
-    if (const std::optional<std::string_view> below = pathFrom(*start, path)) {
-      host::ReadLock lock(start->tree().lock());
-      host::Entry* const entry =
-          below->empty() ? const_cast<host::Node*>(start) : start->atPath(*below);
-      if (entry) found = entry->shared_from_this();
-    }
+boost::shared_ptr<Settings> NameToObjectTransformer::find(const std::string& path) {
+  if (!start_ || typeid(*start_) != typeid(host::Node)) return {};
+  host::Node& start = static_cast<host::Node&>(*start_);
+  const std::optional<std::string_view> below = pathFrom(start, path);
+  if (!below) return {};
+  if (below->empty()) return start_;
+  const std::size_t dot = below->rfind('.');
+  const std::string_view above = below->substr(0, dot == std::string_view::npos ? 0 : dot);
+  const std::string_view name = above.empty() ? *below : below->substr(dot + 1);
+  boost::shared_ptr<Settings> previous;  // let go of after the lock
+  host::ReadLock lock(start.tree().lock());
+  if (!node_ || nodePath_ != above || !static_cast<host::Node&>(*node_).isAttached()) {
+    host::Entry* const node = above.empty() ? &start : start.atPath(above);
+    if (!node || node->isKey()) return {};
+    previous.swap(node_);
+    node_ = node->shared_from_this();
+    nodePath_ = above;
   }
+  host::Entry* const entry = static_cast<host::Node&>(*node_).child(name);
+  return entry ? entry->shared_from_this() : host::EntryPtr();
+}
+
+boost::shared_ptr<Settings> NameToObjectTransformer::operator()(const std::string& path) {
+  boost::shared_ptr<Settings> found = find(path);
   if (found && (acceptNodes_ || found->isKey())) return found;
   const std::string root = start_ ? start_->getName() : std::string();
   problems_.emplace_back(path, found ? Failure<NotAKeyName>(root, path).GetMessageTxt()

@@ -28,9 +28,22 @@ Audience audienceOf(const Entry& entry) {
   return audience;
 }
 
-void publishChange(const KeyPtr& key) {
-  const Audience audience = lockedAudienceOf(*key);
-  if (!audience.empty()) publish(audience, SettingsValueChangeEvent(key));
+void ChangedKeys::add(Key& key) {
+  if (key.parent() != parent_) {
+    parent_ = key.parent();
+    above_ = parent_ ? audienceOf(*parent_) : Audience();
+  }
+  const bool hasOwn = eventmgr::EventMgr::instance().mayHaveSubscribers(key.getID());
+  if (!hasOwn && above_.empty()) return;
+  Audience audience;
+  audience.reserve(above_.size() + 1);
+  if (hasOwn) audience.push_back(key.getID());
+  audience.insert(audience.end(), above_.begin(), above_.end());
+  heard_.emplace_back(boost::static_pointer_cast<Key>(key.shared_from_this()), std::move(audience));
+}
+
+void ChangedKeys::publish() const {
+  for (const auto& [key, audience] : heard_) host::publish(audience, SettingsValueChangeEvent(key));
 }
 
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry) {

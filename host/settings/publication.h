@@ -14,8 +14,22 @@ using Audience = std::vector<exchange::IDType>;
 // Reads what the tree guards.
 Audience audienceOf(const Entry& entry);
 
-// The key's value changed.
-void publishChange(const KeyPtr& key);
+// The keys whose values one operation has changed. Belongs to one thread.
+class ChangedKeys {
+ public:
+  // Notes the key and who is to hear of it. Reads what the tree guards.
+  void add(Key& key);
+
+  // Tells them, in the order in which the keys were noted.
+  void publish() const;
+
+ private:
+  // The keys that somebody may hear of; of the others nothing is kept.
+  std::vector<std::pair<KeyPtr, Audience>> heard_;
+  // The parent of the last key, which most often is that of the next one too, and its audience.
+  const Node* parent_ = nullptr;
+  Audience above_;
+};
 
 // The entry was added below `parent`.
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry);

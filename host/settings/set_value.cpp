@@ -16,9 +16,10 @@ void checkAttached(const Node& node, const Key& key) {
 }
 
 // Puts `value` in the level's place and takes what was there into it. The caller holds the writer.
-void makeVisible(Key& key, int level, boost::any& value) {
+void makeVisible(Key& key, int level, boost::any& value, ChangedKeys& changed) {
   WriteLock lock(key.tree().lock());
   key.swapValue(level, value);
+  changed.add(key);
 }
 
 }  // namespace
@@ -39,6 +40,7 @@ void setValue(Node& node, const std::string& name, const boost::any& value,
   }
   if (guard) runValidator(*guard, node.shared_from_this(), name, value);
   boost::any exchanged = value;
+  ChangedKeys changed;
   {
     base::MutexLock writer(tree.writer());
     std::string path;
@@ -50,9 +52,9 @@ void setValue(Node& node, const std::string& name, const boost::any& value,
     }
     if (sameValue(key->value(level), value)) return;
     if (tree.store(level).keepsChanges()) tree.store(level).apply({PutValue{path, value}});
-    makeVisible(*key, level, exchanged);
+    makeVisible(*key, level, exchanged, changed);
   }
-  publishChange(key);
+  changed.publish();
 }
 
 void unsetValue(Node& node, const std::string& name, const std::string& levelText) {
@@ -60,6 +62,7 @@ void unsetValue(Node& node, const std::string& name, const std::string& levelTex
   Tree& tree = node.tree();
   KeyPtr key;
   boost::any exchanged;
+  ChangedKeys changed;
   {
     base::MutexLock writer(tree.writer());
     std::string path;
@@ -75,9 +78,9 @@ void unsetValue(Node& node, const std::string& name, const std::string& levelTex
       throw Failure<ValueNotDefinedForGivenLevel>(path, levelText);
     }
     if (tree.store(level).keepsChanges()) tree.store(level).apply({EraseValue{path}});
-    makeVisible(*key, level, exchanged);
+    makeVisible(*key, level, exchanged, changed);
   }
-  publishChange(key);
+  changed.publish();
 }
 
 }  // namespace zlutil::settings::host

@@ -26,10 +26,9 @@ bool equal(const Type& left, const Type& right) {
 int kindOfValue(const boost::any& value) { return boostany::kindOfType(value.type()); }
 
 bool sameValue(const boost::any& left, const boost::any& right) {
-  const int kind = kindOfValue(left);
-  if (kind != kindOfValue(right)) return false;
+  if (left.type() != right.type()) return false;
   bool same = true;
-  boostany::withTypeOfKind(kind, [&](auto tag) {
+  boostany::withTypeOfKind(kindOfValue(left), [&](auto tag) {
     using Type = typename decltype(tag)::type;
     same = equal(*boost::unsafe_any_cast<Type>(&left), *boost::unsafe_any_cast<Type>(&right));
   });

@@ -1,0 +1,131 @@
+#include "host/settings/candidates.h"
+
+#include <stdexcept>
+#include <typeinfo>
+
+#include "host/settings/stored_value.h"
+#include "host/settings/value_checks.h"
+#include "service/failures.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using namespace KORVEN::settings::core;
+
+constexpr char kRemoved[] = "The key has been removed.";
+
+// Why `check` fails; nothing when it does not.
+template <class Check>
+std::optional<std::string> reasonOf(const Check& check) {
+  try {
+    check();
+    return std::nullopt;
+  } catch (const std::exception& failure) {
+    return failure.what();
+  } catch (const IUserException& failure) {
+    return failure.GetMessageTxt();
+  } catch (...) {
+    return "unknown failure";
+  }
+}
+
+}  // namespace
+
+bool Candidates::fit() {
+  candidates_.clear();
+  candidates_.reserve(values_.size());
+  refused_.clear();
+  places_.clear();
+  firstKinds_.clear();
+  hasValidators_ = false;
+  const bool isReadOnly = level_ && tree_.isReadOnly(*level_);
+  ReadLock lock(tree_.lock());
+  for (std::size_t position = 0; position < values_.size(); ++position) {
+    Key* const key = keyAt(position);
+    candidates_.push_back({key, &values_[position].second, key ? placeOf(*key) : 0});
+    if (key && guardOf(candidates_.back())) hasValidators_ = true;
+    if (!key || isReadOnly || !fits(candidates_.back())) refused_.push_back(position);
+  }
+  return refused_.empty();
+}
+
+Key* Candidates::keyAt(std::size_t position) const {
+  Settings* const entry = values_[position].first.get();
+  if (!entry || typeid(*entry) != typeid(Key)) return nullptr;
+  Key* const key = static_cast<Key*>(entry);
+  return &key->tree() == &tree_ ? key : nullptr;
+}
+
+std::size_t Candidates::placeOf(const Key& key) {
+  const Node* const node = key.parent();
+  if (places_.empty() || places_.back().node != node) {
+    places_.push_back(node ? Place{node, node->isAttached(), node->guard()}
+                           : Place{nullptr, false, ValidatorPtr()});
+  }
+  return places_.size() - 1;
+}
+
+const ValidatorPtr& Candidates::guardOf(const Candidate& candidate) const {
+  const ValidatorPtr& own = candidate.key->validator();
+  return own ? own : places_[candidate.place].guard;
+}
+
+// Of several values for a key without a kind the first one decides.
+bool Candidates::fits(const Candidate& candidate) {
+  const Key& key = *candidate.key;
+  const bool isAttached = key.parent() ? places_[candidate.place].isAttached : !key.isRemoved();
+  const int kind = kindOfValue(*candidate.value);
+  if (!isAttached || kind == boostany::kNoValue) return false;
+  if (key.kind() != boostany::kNoValue) return key.kind() == kind;
+  return firstKinds_.emplace(&key, kind).first->second == kind;
+}
+
+SettingsProblems Candidates::check() {
+  ProblemsAt problems;
+  const auto note = [&](std::size_t position, const auto& check) {
+    const std::optional<std::string> reason = reasonOf(check);
+    if (!reason) return;
+    const Settings* const entry = values_[position].first.get();
+    problems.emplace(position, std::make_pair(entry ? entry->getPath() : "", *reason));
+  };
+  for (const std::size_t position : refused_) note(position, [&] { checkKey(position); });
+  if (hasValidators_) {
+    for (std::size_t position = 0; position < candidates_.size(); ++position) {
+      const Candidate& candidate = candidates_[position];
+      if (!candidate.key || problems.count(position)) continue;
+      note(position, [&] { validate(candidate); });
+    }
+  }
+  SettingsProblems list;
+  list.reserve(problems.size());
+  for (auto& problem : problems) list.push_back(std::move(problem.second));
+  return list;
+}
+
+// Throws what stands against the value, as the tree is now.
+void Candidates::checkKey(std::size_t position) const {
+  if (!candidates_[position].key) {
+    const Settings* const entry = values_[position].first.get();
+    throw std::runtime_error(!entry            ? "There is no such entry."
+                             : !entry->isKey() ? "A node holds no value."
+                                               : "The key is in another tree.");
+  }
+  const Key& key = *candidates_[position].key;
+  ReadLock lock(tree_.lock());
+  if (!key.isAttached()) throw std::runtime_error(kRemoved);
+  if (level_) checkWritable(key, *level_);
+  const auto first = firstKinds_.find(&key);
+  checkKind(key, first == firstKinds_.end() ? key.kind() : first->second,
+            *candidates_[position].value);
+}
+
+void Candidates::validate(const Candidate& candidate) const {
+  const ValidatorPtr& guard = guardOf(candidate);
+  if (!guard) return;
+  const boost::shared_ptr<Settings> node = candidate.key->getParent();
+  if (!node && places_[candidate.place].node) throw std::runtime_error(kRemoved);
+  runValidator(*guard, node, candidate.key->name(), *candidate.value);
+}
+
+}  // namespace zlutil::settings::host
