@@ -12,6 +12,8 @@ namespace nativesettings {
 #define PACKAGE "com/velonix/services/settings/"
 #define STR "Ljava/lang/String;"
 #define INFO "L" PACKAGE "SettingInfo;"
+#define LISTENER "L" PACKAGE "SettingListener;"
+#define EVENT "L" PACKAGE "DeliveredEvent;"
 
 namespace {
 
@@ -32,12 +34,16 @@ JavaHelper answers::infoOf    (answersCons,  "infoOf",    "(Ljava/lang/Object;)"
 JavaHelper answers::infoOfAll (answersCons,  "infoOfAll", "(I[J)" INFO);
 JavaHelper answers::names     (answersCons,  "names",     "(" STR "I)[" STR);
 JavaHelper answers::deliver   (answersCons,  "deliver",
-                               "(IL" PACKAGE "SettingListener;Ljava/lang/Object;" STR "I" STR "Z)V");
+                               "(" LISTENER "Ljava/lang/Object;I" STR "I" STR "Z)" EVENT);
+JavaHelper answers::deliverAgain(answersCons, "deliverAgain",
+                               "(" LISTENER "Ljava/lang/Object;" EVENT ")V");
 // clang-format on
 
 #undef PACKAGE
 #undef STR
 #undef INFO
+#undef LISTENER
+#undef EVENT
 
 JavaHelper::Target JavaHelper::resolve(JNIEnv* env) {
   const jclass cls = jzi::safeFindClass(env, globalConsInfos, owner_);
@@ -77,7 +83,7 @@ void forgetJavaHelpers() {
   for (JavaHelper* helper :
        {&exchange::buffer, &exchange::arguments, &exchange::value, &exchange::write, &answers::box,
         &answers::boxAll, &answers::info, &answers::infoOf, &answers::infoOfAll, &answers::names,
-        &answers::deliver}) {
+        &answers::deliver, &answers::deliverAgain}) {
     helper->forget();
   }
 }

@@ -48,7 +48,7 @@ namespace exchange {
 extern JavaHelper buffer, arguments, value, write;
 }
 namespace answers {
-extern JavaHelper box, boxAll, info, infoOf, infoOfAll, names, deliver;
+extern JavaHelper box, boxAll, info, infoOf, infoOfAll, names, deliver, deliverAgain;
 }
 
 // Part of unloading.

@@ -10,9 +10,6 @@ import com.velonix.util.types.UnsignedShort;
  * side. Called by native code only (values/java_from_native.cpp, nativesettings/).
  */
 final class Answers {
-    /** The numbers of the events, as nativesettings/listener_delivery.cpp has them. */
-    private static final int CHANGED = 0, ADDED = 1, REMOVED = 2;
-
     private Answers() {}
 
     /** A value that is no text, from its kind and its bits (values/java_from_native.cpp). */
@@ -128,18 +125,18 @@ final class Answers {
 
     /**
      * Has a listener make its event and hear of it. What the listener throws leaves this method.
+     *
+     * @return the event, for the listeners after the first
      */
-    static void deliver(int event, SettingListener listener, Object source, String path, int names,
-            String name, boolean isNode) {
-        SettingChangeEvent made =
-                listener.createEvent(source, names(path, names), name, null, isNode);
-        if (made == null)
-            return;
-        switch (event) {
-            case CHANGED -> listener.settingChanged(made);
-            case ADDED -> listener.settingAdded(made);
-            case REMOVED -> listener.settingRemoved(made);
-            default -> throw new IllegalArgumentException("event " + event);
-        }
+    static DeliveredEvent deliver(SettingListener listener, Object source, int kind, String path,
+            int names, String name, boolean isNode) {
+        DeliveredEvent event = new DeliveredEvent(kind, names(path, names), name, isNode);
+        event.deliver(listener, source);
+        return event;
+    }
+
+    /** The same for a listener after the first. */
+    static void deliverAgain(SettingListener listener, Object source, DeliveredEvent event) {
+        event.deliver(listener, source);
     }
 }
