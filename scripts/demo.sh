@@ -21,5 +21,11 @@ export SETTINGS_WORKGROUPDIR=$PWD/examples/data/workgroup
 java=java
 [[ -x /usr/lib/jvm/java-17-openjdk-amd64/bin/java ]] &&
   java=/usr/lib/jvm/java-17-openjdk-amd64/bin/java
-"$java" -cp build/release/java/nativesettings.jar:build/release/examples/java/settings_java_examples.jar \
-  demo.Demo examples/data
+demo() {
+  "$java" -cp build/release/java/nativesettings.jar:build/release/examples/java/settings_java_examples.jar \
+    demo.Demo examples/data
+}
+demo
+echo
+echo "== A second run, in a new process"
+demo | sed -n '/^== What an earlier run/,/^$/p'

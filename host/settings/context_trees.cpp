@@ -2,12 +2,15 @@
 
 #include <boost/make_shared.hpp>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 
 #include "base/mutex.h"
 #include "host/settings/file_name.h"
 #include "host/settings/fill_from_stores.h"
 #include "host/settings/memory_store.h"
+#include "host/settings/user_store.h"
 #include "host/settings/xml_directory_store.h"
 #include "service/z_settings.h"
 
@@ -36,12 +39,21 @@ contextmgr::ZcrID contextMeantBy(contextmgr::ZcrID context) {
   return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
 }
 
+// Without a directory the user level is in memory only.
+std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
+  if (directories.user.empty()) return std::make_shared<MemoryStore>();
+  const char* const durability = std::getenv("SETTINGS_DURABILITY");
+  UserStoreOptions options{directories.user, context.value()};
+  options.relaxed = durability && std::strcmp(durability, "relaxed") == 0;
+  return std::make_shared<UserStore>(options);
+}
+
 }  // namespace
 
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories) {
   Tree::Stores stores;
   stores[kSession] = std::make_shared<MemoryStore>();
-  stores[kUser] = std::make_shared<MemoryStore>();
+  stores[kUser] = userStore(context, directories);
   stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup);
   stores[kFactory] = std::make_shared<XmlDirectoryStore>(directories.factory);
   const TreePtr tree(new Tree(context, stores));

@@ -118,6 +118,7 @@ void UserStore::readAll(Node& root, int level) {
   {
     base::MutexLock lock(mutex_);
     try {
+      files_.makeDirectory();
       open();
       database_->beginReading();
       Transaction transaction(*database_);
@@ -238,6 +239,9 @@ bool UserStore::needsLook() {
   checkForReplacement();
   try {
     if (!database_) {
+      // A directory that has been there and is gone may be on a file system that is not mounted at
+      // the moment: it is waited for, and not made anew in a wrong place.
+      if (inode_ == 0) files_.makeDirectory();
       open();
       mustCompare_ = true;
     }

@@ -101,7 +101,6 @@ class ScratchDirectory {
 
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
                                                const UserStoreOptions& options) {
-  files.makeDirectory();
   const UserStoreLock lock(files, options.busyTimeout);
   try {
     return openAndCheck(files, options);

@@ -17,7 +17,7 @@ struct UserStoreOptions {
   int busyTimeout = 5000;  // milliseconds
 };
 
-// Ready for reading and writing. Throws SqliteError.
+// Ready for reading and writing. The directory has to exist. Throws SqliteError.
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
                                                const UserStoreOptions& options);
 

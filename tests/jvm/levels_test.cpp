@@ -1,6 +1,8 @@
 #include "nativesettings/levels.h"
 
 #include <cstdlib>
+#include <map>
+#include <optional>
 
 #include "nativesettings/records.h"
 #include "tests/support/jvm.h"
@@ -40,15 +42,28 @@ TEST_F(Levels, OnlyStrictlyBeforeIsOne) {
   EXPECT_EQ(-1, compare(nullptr, nullptr));
 }
 
+// The environment is as before when a test is over: other tests of this process may depend on it.
 class TestEnvironment : public Levels {
  protected:
+  void SetUp() override {
+    Levels::SetUp();
+    for (auto& [name, value] : before_) {
+      if (const char* const present = std::getenv(name)) value = present;
+    }
+  }
   void TearDown() override {
-    nativeUnsetEnv(env_, nullptr);
+    for (const auto& [name, value] : before_) {
+      value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    }
     Levels::TearDown();
   }
   std::string set(const std::string& factory, const std::string& user) {
     return text(nativeSetEnv(env_, nullptr, str(factory), str(user)));
   }
+
+ private:
+  std::map<const char*, std::optional<std::string>> before_{{"SETTINGS_FACTORYDIR", {}},
+                                                            {"SETTINGS_USERDIR", {}}};
 };
 
 TEST_F(TestEnvironment, SettingOverwritesAndReturnsTheFactoryDirectory) {

@@ -1,12 +1,16 @@
 #!/bin/bash
 # Runs a program that ends while settings are in use, many times over, and counts the clean ends.
 # Arguments: the number of runs, then the command. Clean is: exit code 0, within the time, and nothing
-# on the output that a JVM says when something is wrong.
+# on the output that a JVM says when something is wrong. Each run has a user directory of its own.
 set -u
 runs=$1
 shift
 clean=0
+SETTINGS_USERDIR=$(mktemp -d)
+export SETTINGS_USERDIR
+trap 'rm -rf "$SETTINGS_USERDIR"' EXIT
 for ((run = 1; run <= runs; ++run)); do
+  rm -rf "$SETTINGS_USERDIR"
   output=$(timeout 30 "$@" 2>&1)
   code=$?
   if [[ $code -eq 0 ]] && ! grep -qE 'SIG[A-Z]+ \(|fatal error|WARNING in native|Exception|ERROR: [A-Za-z]+Sanitizer' <<<"$output"; then

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "tests/support/temporary_directory.h"
+
 extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
 
 namespace testing_support {
@@ -42,6 +44,9 @@ struct Jvm {
   JNIEnv* env = nullptr;
 
   Jvm() {
+    // Removed when the process exits.
+    static const test::TemporaryDirectory userDirectory;
+    setenv("SETTINGS_USERDIR", userDirectory.path().c_str(), 1);
     std::string classPath = "-Djava.class.path=" + environment("TEST_CLASSPATH");
     JavaVMOption options[] = {
         {classPath.data(), nullptr},

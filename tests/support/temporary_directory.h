@@ -19,9 +19,13 @@ class TemporaryDirectory {
     if (!mkdtemp(&pattern[0])) throw std::runtime_error("cannot make " + pattern);
     path_ = pattern;
   }
+  // A store that is still open on it must not make new files while it is being emptied, so its name
+  // goes first.
   ~TemporaryDirectory() {
     std::error_code ignored;  // what is left over does no harm
-    std::filesystem::remove_all(path_, ignored);
+    const std::filesystem::path removed = path_.string() + ".removed";
+    std::filesystem::rename(path_, removed, ignored);
+    std::filesystem::remove_all(removed, ignored);
   }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;

@@ -6,7 +6,8 @@ import java.nio.file.Path;
 /**
  * Shows the settings API at work: on a file of its own, then on the settings of the process, whose
  * directories come from the environment (SETTINGS_FACTORYDIR, SETTINGS_WORKGROUPDIR,
- * SETTINGS_USERDIR). The argument is the folder with the example data.
+ * SETTINGS_USERDIR). A second run finds what the first one has set. The argument is the folder with
+ * the example data.
  */
 public final class Demo {
     private Demo() {}
@@ -30,6 +31,8 @@ public final class Demo {
         try (SettingPath process = SettingPath.processRoot()) {
             heading("The settings of the process, from " + process.factoryDir().getFileName());
             TreePrinter.print(process);
+            heading("What an earlier run has left at the user level");
+            Reading.showUserLevel(process.path("editor"));
             heading("Changing values, with listeners on a key and on a node");
             Changing.showValues(process);
             heading("Transactions: all or nothing");

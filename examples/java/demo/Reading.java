@@ -35,6 +35,14 @@ final class Reading {
                 "is it set:       " + limit.isSet() + ", is it there: " + limit.exists());
     }
 
+    static void showUserLevel(SettingPath node) throws SettingException {
+        for (String key : node.keys()) {
+            Setting<Object> setting = node.setting(key, Object.class);
+            String value = setting.find(SettingLevel.USER).map(TreePrinter::text).orElse("nothing");
+            System.out.println(setting.name() + ": " + value);
+        }
+    }
+
     static void showFailures(SettingPath root, Path badFiles) throws IOException {
         List<Path> files;
         try (Stream<Path> all = Files.list(badFiles)) {
