@@ -33,13 +33,14 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
   return last;
 }
 
-// The exchanges that remain when values that are stored already are left out. The caller holds the
-// writer.
-std::vector<Exchange> changesOf(const std::vector<Candidate>& candidates, int level) {
+// The exchanges that remain when values that are stored already are left out; none is where others
+// may have stored another one meanwhile (`isCurrent` is false). The caller holds the writer.
+std::vector<Exchange> changesOf(const std::vector<Candidate>& candidates, int level,
+                                bool isCurrent) {
   std::vector<Exchange> changes;
   changes.reserve(candidates.size());
   for (const Candidate* candidate : lastOfEachKey(candidates)) {
-    if (sameValue(candidate->key->value(level), *candidate->value)) continue;
+    if (isCurrent && sameValue(candidate->key->value(level), *candidate->value)) continue;
     changes.push_back({candidate->key, *candidate->value});
   }
   return changes;
@@ -63,14 +64,15 @@ void applyToStore(Tree& tree, int level, const std::vector<Exchange>& changes) {
 // into its key, or when validators have to be asked and have not been.
 bool commit(Tree& tree, Candidates& candidates, int level, bool validated, ChangedKeys& changed) {
   std::vector<Exchange> changes;  // the old values are let go of after the locks
-  base::MutexLock writer(tree.writer());
+  WriterLock writer(tree.writer());
   if (!candidates.fit() || (candidates.hasValidators() && !validated)) return false;
-  changes = changesOf(candidates.list(), level);
+  const bool isCurrent = tree.store(level).isCurrent();
+  changes = changesOf(candidates.list(), level, isCurrent);
   applyToStore(tree, level, changes);
   WriteLock lock(tree.lock());
   for (Exchange& change : changes) {
     change.key->swapValue(level, change.value);
-    changed.add(*change.key);
+    if (isCurrent || !sameValue(change.key->value(level), change.value)) changed.add(*change.key);
   }
   return true;
 }

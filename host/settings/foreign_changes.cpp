@@ -107,8 +107,7 @@ class Application {
 void applyForeignChanges(Node& root, int level, const Store::Source& source) {
   Application application(root, level);
   {
-    const Tree::Arrival arrival(root.tree());
-    base::MutexLock writer(arrival.writer());
+    WriterLockAhead writer(root.tree().writer());
     const Changes changes = source(root);
     WriteLock lock(root.tree().lock());
     for (const Change& change : changes) std::visit(application, change);

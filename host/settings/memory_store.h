@@ -11,6 +11,7 @@ class MemoryStore final : public Store {
   void readAll(Node&, int) override {}
   void apply(const Changes&) override {}
   bool keepsChanges() const override { return false; }
+  bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return writable_; }
   void watch(const Watcher&) override {}
 

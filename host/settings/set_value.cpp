@@ -42,7 +42,7 @@ void setValue(Node& node, const std::string& name, const boost::any& value,
   boost::any exchanged = value;
   ChangedKeys changed;
   {
-    base::MutexLock writer(tree.writer());
+    WriterLock writer(tree.writer());
     std::string path;
     {
       ReadLock lock(tree.lock());
@@ -50,9 +50,11 @@ void setValue(Node& node, const std::string& name, const boost::any& value,
       checkKind(*key, key->kind(), value);
       if (tree.store(level).keepsChanges()) path = key->path();
     }
-    if (sameValue(key->value(level), value)) return;
+    // Setting the same value again is no change; but others may have stored another one meanwhile.
+    const bool isSame = sameValue(key->value(level), value);
+    if (isSame && tree.store(level).isCurrent()) return;
     if (tree.store(level).keepsChanges()) tree.store(level).apply({PutValue{path, value}});
-    makeVisible(*key, level, exchanged, changed);
+    if (!isSame) makeVisible(*key, level, exchanged, changed);
   }
   changed.publish();
 }
@@ -64,7 +66,7 @@ void unsetValue(Node& node, const std::string& name, const std::string& levelTex
   boost::any exchanged;
   ChangedKeys changed;
   {
-    base::MutexLock writer(tree.writer());
+    WriterLock writer(tree.writer());
     std::string path;
     {
       ReadLock lock(tree.lock());

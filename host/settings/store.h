@@ -62,6 +62,10 @@ class Store {
   // call apply().
   virtual bool keepsChanges() const = 0;
 
+  // Whether the tree has all that the store holds; false when others may have changed something of
+  // which the tree has not been told. The caller holds the tree's writer().
+  virtual bool isCurrent() = 0;
+
   // Why values cannot be changed; empty when they can. Constant for the life of the store.
   virtual const std::string& readOnlyReason() const = 0;
 

@@ -53,7 +53,7 @@ void insert(Node& parent, const EntryPtr& entry) {
   Tree& tree = parent.tree();
   const int height = heightOf(*entry);
   {
-    base::MutexLock writer(tree.writer());
+    WriterLock writer(tree.writer());
     LevelChanges changes;
     {
       ReadLock lock(tree.lock());
@@ -123,7 +123,7 @@ void removeEntry(Node& parent, const std::string& name, bool isKey) {
   EntryPtr removed;
   Audience audience;
   {
-    base::MutexLock writer(tree.writer());
+    WriterLock writer(tree.writer());
     std::string path;
     {
       ReadLock lock(tree.lock());

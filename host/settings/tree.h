@@ -11,18 +11,15 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
-#include <chrono>
 #include <memory>
 #include <string>
-#include <thread>
 
-#include "base/mutex.h"
 #include "host/settings/level_order.h"
 #include "host/settings/store.h"
 #include "host/settings/tree_lock.h"
+#include "host/settings/writer_mutex.h"
 #include "service/context.h"
 
 namespace zlutil::settings::host {
@@ -40,36 +37,15 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   bool isStandalone() const { return context_ == contextmgr::AnyZcrID; }
 
   TreeLock& lock() { return lock_; }
-  // Waits for those who bring in what other processes have changed: a mutex alone would leave them
-  // behind threads that change the tree without a pause.
-  base::Mutex& writer() {
-    while (arriving_.load(std::memory_order_relaxed) > 0) std::this_thread::sleep_for(kTurn);
-    return writer_;
-  }
-
-  // For those: one of them is on its way to writer() while an object of this class lives.
-  class Arrival {
-   public:
-    explicit Arrival(Tree& tree) : tree_(tree) { ++tree_.arriving_; }
-    ~Arrival() { --tree_.arriving_; }
-    Arrival(const Arrival&) = delete;
-    Arrival& operator=(const Arrival&) = delete;
-    base::Mutex& writer() const { return tree_.writer_; }
-
-   private:
-    Tree& tree_;
-  };
+  WriterMutex& writer() { return writer_; }
 
   Store& store(int level) const { return *stores_[level]; }
   bool isReadOnly(int level) const { return !store(level).readOnlyReason().empty(); }
 
  private:
-  static constexpr std::chrono::microseconds kTurn{50};
-
   const contextmgr::ZcrID context_;
   TreeLock lock_;
-  std::atomic<int> arriving_{0};
-  base::Mutex writer_;
+  WriterMutex writer_;
   const Stores stores_;
 };
 using TreePtr = boost::intrusive_ptr<Tree>;

@@ -1,9 +1,7 @@
 #include "host/settings/user_store.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <unordered_set>
 
@@ -97,8 +95,7 @@ UserStore::~UserStore() { watch_.reset(); }
 
 void UserStore::open() {
   database_ = openUserDatabase(files_, options_);
-  stamp_ = std::make_unique<FileDescriptor>(
-      ::open(files_.stamp().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  stamp_ = std::make_unique<UserStoreStamp>(files_.stamp());
   struct stat status;
   inode_ = stat(files_.database().c_str(), &status) == 0 ? status.st_ino : 0;
   dataVersion_ = database_->dataVersion();
@@ -144,8 +141,9 @@ void UserStore::apply(const Changes& changes) {
   try {
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
-    noteOwn(store(changes));
-    touchStamp();
+    const std::int64_t revision = store(changes);
+    noteOwn(revision);
+    stamp_->note(revision);
   } catch (const SqliteError& failure) {
     throw Failure<StoreFailure>(shownFileName(files_.database()), std::string(failure.what()));
   }
@@ -203,9 +201,18 @@ void UserStore::overwriteFailedCommit() {
   }
 }
 
-void UserStore::touchStamp() {
-  // Where it fails, others find the change when they ask.
-  if (pwrite(stamp_->get(), "\n", 1, 0) != 1) return;
+bool UserStore::isCurrent() {
+  base::MutexLock lock(mutex_);
+  checkForReplacement();
+  try {
+    return database_ && !hasForeignChanges();
+  } catch (const SqliteError&) {
+    return false;
+  }
+}
+
+bool UserStore::hasForeignChanges() {
+  return mustCompare_ || database_->dataVersion() != dataVersion_;
 }
 
 void UserStore::checkForReplacement() {
@@ -246,7 +253,7 @@ bool UserStore::needsLook() {
       mustCompare_ = true;
     }
     if (commitFailed_) overwriteFailedCommit();
-    return mustCompare_ || database_->dataVersion() != dataVersion_;
+    return hasForeignChanges();
   } catch (const SqliteError& failure) {
     if (!database_) reason_ = failure.what();
     return false;

@@ -2,8 +2,8 @@
 // all processes of the user share. What apply() has stored is on the disk when it returns.
 //
 // A thread of the store's notices what other processes have committed, by a stamp file that every
-// commit touches and, as the net under it, by asking the database once a second. It also opens the
-// database when that was not possible before, or when the file has been replaced, and makes the
+// commit writes to and, as the net under it, by asking the database once a second. It also opens
+// the database when that was not possible before, or when the file has been replaced, and makes the
 // daily backup. A process that forks must not use its settings in the child.
 //
 // Where the database cannot be opened, readAll() still gives what can be read, and apply() throws
@@ -18,6 +18,7 @@
 #include "base/thread_annotations.h"
 #include "host/settings/stamp_watch.h"
 #include "host/settings/user_store_opening.h"
+#include "host/settings/user_store_stamp.h"
 
 namespace zlutil::settings::host {
 
@@ -29,6 +30,7 @@ class UserStore final : public Store {
   void readAll(Node& root, int level) override;
   void apply(const Changes& changes) override;
   bool keepsChanges() const override { return true; }
+  bool isCurrent() override;
   const std::string& readOnlyReason() const override { return writable_; }
   void watch(const Watcher& watcher) override;
 
@@ -40,7 +42,7 @@ class UserStore final : public Store {
   void refuseConflicts(const Changes& changes) REQUIRES(mutex_);
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
   void overwriteFailedCommit() REQUIRES(mutex_);
-  void touchStamp() REQUIRES(mutex_);
+  bool hasForeignChanges() REQUIRES(mutex_);
   bool needsLook();
   Changes changesByOthers(const Node& root);
 
@@ -52,7 +54,7 @@ class UserStore final : public Store {
   base::Mutex mutex_;
   std::unique_ptr<UserDatabase> database_ GUARDED_BY(mutex_);  // null while it cannot be opened
   std::string reason_ GUARDED_BY(mutex_);                      // why it is null
-  std::unique_ptr<FileDescriptor> stamp_ GUARDED_BY(mutex_);
+  std::unique_ptr<UserStoreStamp> stamp_ GUARDED_BY(mutex_);
   unsigned long inode_ GUARDED_BY(mutex_) = 0;  // of the open database
   // The tree has what the transactions up to this one have done, and these later ones of its own.
   std::int64_t seen_ GUARDED_BY(mutex_) = 0;

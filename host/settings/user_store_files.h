@@ -2,7 +2,7 @@
 // are bytes for the system.
 //
 //   settings-<context>.db              the database, with -wal and -shm beside it while in use
-//   settings-<context>.stamp           written after each commit, for other processes to notice
+//   settings-<context>.stamp           the last commits, see user_store_stamp.h
 //   settings-<context>.lock            locked by the process that is opening, restoring, backing up
 //   settings-<context>.db.backup-1     the last good state but one day or more old; -2 and -3 older
 //   settings-<context>.db.damaged-...  a database that was set aside, with the time

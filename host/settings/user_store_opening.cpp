@@ -9,6 +9,7 @@
 
 #include "host/settings/file_name.h"
 #include "host/settings/user_store_recovery.h"
+#include "host/settings/user_store_stamp.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -102,13 +103,24 @@ class ScratchDirectory {
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
                                                const UserStoreOptions& options) {
   const UserStoreLock lock(files, options.busyTimeout);
+  UserStoreStamp stamp(files.stamp());
+  // Asked before the database, to which other processes may be adding.
+  const std::int64_t noted = stamp.last();
+  std::unique_ptr<UserDatabase> database;
   try {
-    return openAndCheck(files, options);
+    database = openAndCheck(files, options);
   } catch (const SqliteError& error) {
     if (!error.isDamage()) throw;
-    restoreUserStore(files, error.what());
+    restoreUserStore(files, error.what(), noted);
+    stamp.clear();
+    return openAndCheck(files, options);
   }
-  return openAndCheck(files, options);
+  const std::int64_t last = database->lastRevision();
+  if (last < noted) {
+    keepCopyOfShortened(files, noted - last);
+    stamp.clear();
+  }
+  return database;
 }
 
 Changes readWithoutWriting(const UserStoreFiles& files, const UserDatabase::Report& report) {

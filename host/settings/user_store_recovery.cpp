@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 
 #include "host/settings/file_name.h"
 #include "host/settings/user_database.h"
@@ -14,6 +15,25 @@ namespace zlutil::settings::host {
 namespace {
 
 constexpr int kNoWait = 0;
+
+void say(const UserStoreFiles& files, const std::string& message) {
+  const std::string line = shownFileName(files.database()) + ": " + message;
+  std::fprintf(stderr, "%s\n", base::displayFromNarrow(line).c_str());
+}
+
+std::string transactions(std::int64_t count) {
+  return count == 1 ? "the last transaction"
+                    : "the last " + std::to_string(count) + " transactions";
+}
+
+void copyAside(const std::string& from, const std::string& to) {
+  std::error_code error;
+  std::filesystem::copy_file(from, to, error);
+  if (error && error != std::errc::no_such_file_or_directory) {
+    throw SqliteError(SQLITE_CANTOPEN,
+                      "a copy of the damaged file cannot be kept: " + systemText(error.value()));
+  }
+}
 
 void moveAside(const std::string& from, const std::string& to) {
   if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) {
@@ -26,10 +46,11 @@ struct Salvage {
   Changes definitions, values;
   bool isComplete = true;
 
-  explicit Salvage(const std::string& file) {
+  // `noted` is the last transaction that it should have.
+  Salvage(const std::string& file, std::int64_t noted) {
     try {
       SqliteDatabase database(file, SQLITE_OPEN_READONLY, kNoWait);
-      isComplete = database.text("PRAGMA quick_check(1)") == "ok";
+      isComplete = isInOrder(database, noted);
       read(database, &UserDatabase::readDefinitions, definitions);
       read(database, &UserDatabase::readValues, values);
     } catch (const SqliteError&) {
@@ -39,6 +60,15 @@ struct Salvage {
   }
 
  private:
+  static bool isInOrder(SqliteDatabase& database, std::int64_t noted) {
+    try {
+      return database.text("PRAGMA quick_check(1)") == "ok" &&
+             database.number("SELECT max(revision) FROM journal") >= noted;
+    } catch (const SqliteError&) {
+      return false;
+    }
+  }
+
   template <class Read>
   void read(SqliteDatabase& database, const Read& read, Changes& contents) {
     // From the one end as far as it goes, and then from the other.
@@ -109,14 +139,14 @@ std::string dateOf(const std::string& file) {
 
 }  // namespace
 
-void restoreUserStore(const UserStoreFiles& files, const std::string& reason) {
+void restoreUserStore(const UserStoreFiles& files, const std::string& reason, std::int64_t noted) {
   const std::string aside = files.damaged();
   moveAside(files.wal(), aside + "-wal");
   moveAside(files.database(), aside);
   unlink(files.sharedMemory().c_str());
   files.flushDirectory();
 
-  const Salvage salvage(aside);
+  const Salvage salvage(aside, noted);
   std::optional<std::string> backup;
   if (!salvage.isComplete) backup = bestBackup(files);
   const std::string restored = files.database() + ".restored";
@@ -124,8 +154,8 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason) {
   moveAside(restored, files.database());
   files.flushDirectory();
 
-  std::string message = shownFileName(files.database()) + ": the settings were damaged (" + reason +
-                        "). The damaged file is now " + shownFileName(aside) + ". ";
+  std::string message = "the settings were damaged (" + reason + "). The damaged file is now " +
+                        shownFileName(aside) + ". ";
   const std::string counts = std::to_string(salvage.definitions.size()) + " entries and " +
                              std::to_string(salvage.values.size()) + " values";
   if (salvage.isComplete) {
@@ -137,7 +167,18 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason) {
     message += "There is no backup. Restored: " + counts +
                " that could be read. Lost: everything that could not be read.";
   }
-  std::fprintf(stderr, "%s\n", base::displayFromNarrow(message).c_str());
+  say(files, message);
+}
+
+void keepCopyOfShortened(const UserStoreFiles& files, std::int64_t missing) {
+  const std::string aside = files.damaged();
+  copyAside(files.wal(), aside + "-wal");
+  copyAside(files.database(), aside);
+  files.flushDirectory();
+  say(files, "Lost: " + transactions(missing) +
+                 ". The log of the database is damaged, or an older file has been put in its "
+                 "place. All that is left has been read; a copy as it was found is " +
+                 shownFileName(aside) + ".");
 }
 
 }  // namespace zlutil::settings::host

@@ -16,6 +16,7 @@ class XmlDirectoryStore final : public Store {
   void readAll(Node& root, int level) override;
   void apply(const Changes& changes) override;
   bool keepsChanges() const override { return true; }
+  bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
   // The files are read once; they are not watched.
   void watch(const Watcher&) override {}

@@ -1,5 +1,7 @@
 // Files with flipped bytes and cut tails: the store opens, restores or reports; it does not crash,
 // and what it held does not vanish without a word.
+#include <random>
+
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
 
@@ -10,7 +12,9 @@ using namespace zlutil::settings::host;
 
 constexpr char kDatabase[] = "settings-1.db";
 constexpr char kLog[] = "settings-1.db-wal";
+constexpr char kStamp[] = "settings-1.stamp";
 constexpr int kPlaces = 150;
+constexpr int kWildDamages = 200;
 
 class DamageTest : public testing::Test {
  protected:
@@ -34,14 +38,15 @@ class DamageTest : public testing::Test {
     root->getChild("n0")->setAny("k0", std::string("late"), "user");
     root->getChild("n0")->setAny("k1", std::string("later"), "user");
     log_ = directory.read(kLog);
+    stamp_ = directory.read(kStamp);
   }
 
   // Opens a store on such files and gives what it has and what it says.
-  static std::pair<std::string, std::string> open(const std::string& database,
-                                                  const std::string& log,
-                                                  const std::string& backup = "") {
+  std::pair<std::string, std::string> open(const std::string& database, const std::string& log,
+                                           const std::string& backup = "") {
     const TemporaryDirectory directory;
     directory.write(kDatabase, database);
+    directory.write(kStamp, log.empty() ? "" : stamp_);
     if (!log.empty()) directory.write(kLog, log);
     if (!backup.empty()) directory.write(std::string(kDatabase) + ".backup-1", backup);
     testing::internal::CaptureStderr();
@@ -62,7 +67,42 @@ class DamageTest : public testing::Test {
     return std::count(text.begin(), text.end(), '\n');
   }
 
-  std::string contents_, checkpointed_, log_;
+  // Opens a store on such a log and checks that it has a state that once was, and says what it
+  // lacks and where the log is kept.
+  void expectLogOpens(const std::string& log) {
+    const TemporaryDirectory directory;
+    directory.write(kDatabase, checkpointed_);
+    directory.write(kLog, log);
+    directory.write(kStamp, stamp_);
+    testing::internal::CaptureStderr();
+    const std::string found = contentsOf(openTree(storeIn(directory.path())));
+    const std::string said = testing::internal::GetCapturedStderr();
+    const bool hasFirst = found.find("k0 = string late\n") != std::string::npos;
+    const bool hasSecond = found.find("k1 = string later\n") != std::string::npos;
+    EXPECT_EQ(lines(found), lines(contents_));
+    EXPECT_TRUE(hasFirst || !hasSecond);
+    const std::string lost = hasSecond  ? ""
+                             : hasFirst ? "Lost: the last transaction."
+                                        : "Lost: the last 2 transactions.";
+    EXPECT_EQ(lines(said), hasSecond ? 0 : 1) << said;
+    EXPECT_NE(said.find(lost), std::string::npos) << said;
+    if (hasSecond) return;
+    std::string kept;
+    for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
+      const std::string name = file.path().filename();
+      if (name.find(".damaged-") != std::string::npos && name.rfind("-wal") == name.size() - 4) {
+        kept = directory.read(name);
+        EXPECT_NE(said.find(name.substr(0, name.size() - 4)), std::string::npos) << said;
+      }
+    }
+    EXPECT_EQ(kept, log);
+    // It is said once.
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), found);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  }
+
+  std::string contents_, checkpointed_, log_, stamp_;
 };
 
 TEST_F(DamageTest, AFlippedByteOfTheDatabaseLosesLittleOrIsReported) {
@@ -93,21 +133,42 @@ TEST_F(DamageTest, ACutDatabaseWithoutABackupIsReported) {
   }
 }
 
-TEST_F(DamageTest, ADamagedLogGivesAStateThatOnceWas) {
+TEST_F(DamageTest, ADamagedLogGivesAStateThatOnceWasAndWhatItLacksIsSaid) {
   ASSERT_GT(log_.size(), 1000u);
-  const std::string late = open(checkpointed_, log_).first;
-  EXPECT_NE(late.find("n0.k1 = string later"), std::string::npos);
+  expectLogOpens(log_);
   for (int place = 0; place < kPlaces; ++place) {
     const std::size_t at = place < 50 ? place * 2 : (place - 50) * log_.size() / 100;
+    SCOPED_TRACE("at " + std::to_string(at));
     std::string damaged = log_;
     damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
-    for (const std::string& log : {damaged, log_.substr(0, at)}) {
-      const std::string found = open(checkpointed_, log).first;
-      EXPECT_EQ(lines(found), lines(contents_)) << "at " << at;
-      EXPECT_TRUE(found.find("k1 = string later") == std::string::npos ||
-                  found.find("k0 = string late\n") != std::string::npos)
-          << "at " << at;
+    expectLogOpens(damaged);
+    if (at > 0) expectLogOpens(log_.substr(0, at));
+  }
+}
+
+TEST_F(DamageTest, WhateverStandsInTheLogTheStoreOpens) {
+  std::mt19937 random(1);
+  for (int damage = 0; damage < kWildDamages; ++damage) {
+    SCOPED_TRACE(damage);
+    std::string log = log_;
+    for (int part = 1 + static_cast<int>(random() % 4); part > 0; --part) {
+      const std::size_t from = random() % log.size(), to = random() % log.size();
+      const std::size_t size = std::min<std::size_t>(1 + random() % 5000, log.size() - from);
+      switch (random() % 4) {
+        case 0:
+          for (std::size_t at = from; at < from + size; ++at) log[at] = static_cast<char>(random());
+          break;
+        case 1:
+          log.replace(from, size, size, '\0');
+          break;
+        case 2:
+          log.insert(to, log.substr(from, size));
+          break;
+        default:
+          log.erase(from, std::min(size, log.size() - 1));
+      }
     }
+    expectLogOpens(log);
   }
 }
 

@@ -15,15 +15,23 @@ using namespace zlutil::settings::host;
 
 class FaultTest : public testing::TestWithParam<int> {
  protected:
-  // What would be found if the process died now: a copy of the files is opened.
-  static std::string afterACrash(const TemporaryDirectory& directory) {
-    const TemporaryDirectory copy;
-    for (const char* name : {"settings-1.db", "settings-1.db-wal"}) {
-      if (std::filesystem::exists(directory.file(name))) {
-        std::filesystem::copy_file(directory.file(name), copy.file(name));
+  // Copies the files of a store as a process leaves them that dies now.
+  static void copyFiles(const std::string& from, const std::string& to) {
+    std::filesystem::create_directories(to);
+    for (const char* name : {"/settings-1.db", "/settings-1.db-wal", "/settings-1.stamp"}) {
+      if (std::filesystem::exists(from + name)) {
+        std::filesystem::copy_file(from + name, to + name);
       }
     }
-    return contentsOf(openTree(storeIn(copy.path())));
+  }
+
+  static std::string afterACrash(const TemporaryDirectory& directory) {
+    const TemporaryDirectory copy;
+    copyFiles(directory.path(), copy.path());
+    testing::internal::CaptureStderr();
+    const std::string contents = contentsOf(openTree(storeIn(copy.path())));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    return contents;
   }
 };
 
@@ -82,11 +90,10 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
       root->setAny("k", 1, "user");
       // As a killed process leaves it: the log is still there.
       const TemporaryDirectory kept;
-      std::filesystem::copy(user, kept.file("user"));
+      copyFiles(user, kept.file("user"));
       root.reset();
       std::filesystem::remove_all(user);
-      std::filesystem::copy(kept.file("user"), user);
-      std::filesystem::remove(user + "/settings-1.db-shm");
+      copyFiles(kept.file("user"), user);
     }
     testing::internal::CaptureStderr();
     failOn(n, GetParam());

@@ -33,6 +33,7 @@ class FakeStore final : public zlutil::settings::host::Store {
   void readAll(zlutil::settings::host::Node& root, int level) override;
   void apply(const zlutil::settings::host::Changes& changes) override;
   bool keepsChanges() const override { return true; }
+  bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
   void watch(const Watcher& watcher) override { watcher_ = watcher; }
 

@@ -260,6 +260,57 @@ TEST_F(UserStoreTest, AChangeThatAnotherProcessHasMadeImpossibleIsRefused) {
       [&] { return boost::any_cast<std::string>(root->getValue("untyped", "")) == "other"; }));
 }
 
+TEST_F(UserStoreTest, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
+  const NodePtr root = open();
+  const SettingsPtr one = addKey(root, "one"), two = addKey(root, "two");
+  setAll(root, {{one, 1}, {two, 1}}, "user");
+  // A tree that is told of nothing: it reads the store, and does not watch it.
+  const auto memory = std::make_shared<MemoryStore>();
+  const auto store = std::make_shared<UserStore>(storeIn(directory.path()));
+  const TreePtr tree(
+      new Tree(zlutil::contextmgr::BlessedZcrID, Tree::Stores{memory, store, memory, memory}));
+  const auto behind = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
+  store->readAll(*behind, kUser);
+  const Listener listener(behind);
+  const std::string stored = contentsOf(behind);
+  behind->setAny("one", 1, "user");
+  EXPECT_EQ(shell()->number("SELECT max(revision) FROM journal"), 3) << "nothing had to be stored";
+  for (const bool inCommit : {false, true}) {
+    setAll(root, {{one, 2}, {two, 2}}, "user");
+    behind->setAny("one", 1, "user");
+    if (inCommit) {
+      EXPECT_EQ(setAll(behind, {{behind->getChild("two"), 1}}, "user"), SettingsProblems());
+    } else {
+      behind->setAny("two", 1, "user");
+    }
+    EXPECT_EQ(contentsOf(open()), stored);
+    EXPECT_TRUE(eventually([&] { return contentsOf(root) == stored; }));
+  }
+  EXPECT_EQ(listener.heard, Names()) << "for this tree nothing has changed";
+}
+
+TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBack) {
+  const std::string user = directory.file("user"), away = directory.file("away");
+  const NodePtr root = openTree(storeIn(user));
+  addKey(root, "k");
+  std::filesystem::rename(user, away);
+  messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // the watching thread has looked
+  EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("No such file"),
+            std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(user));
+  std::filesystem::rename(away, user);
+  EXPECT_TRUE(eventually([&] {
+    try {
+      root->setAny("k", 1, "user");
+      return true;
+    } catch (const Failure<StoreFailure>&) {
+      return false;
+    }
+  }));
+  EXPECT_EQ(contentsOf(openTree(storeIn(user))), "k key\nk = int 1\n");
+}
+
 TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
   const NodePtr root = open();
   for (const char* name : {"gone", "kept", "unset"}) {

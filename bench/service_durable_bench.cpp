@@ -1,0 +1,262 @@
+// What durability costs, beside bare SQLite doing the same in the same run: a table, a log and a
+// synchronisation like the store's, and nothing else. Both take turns, and medians are compared.
+// Prints one line per work with the limit that it is held to.
+//
+// The databases are in SETTINGS_BENCH_DIR, else in /var/tmp: in a directory that is in memory,
+// flushing would cost nothing.
+#include <sqlite3.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include "service/settings.h"
+#include "service/z_settings.h"
+
+namespace {
+
+using zlutil::contextmgr::ZcrID;
+using zlutil::settings::Settings;
+using zlutil::settings::SettingsValues;
+using zlutil::settings::ZSettings;
+using SettingsPtr = boost::shared_ptr<Settings>;
+
+constexpr int kStored = 10000;
+constexpr int kCommit = 1000;
+constexpr auto kSlice = std::chrono::milliseconds(100);
+
+std::string keyName(int key) { return "k" + std::to_string(key); }
+
+// A directory for one run.
+class Directory {
+ public:
+  Directory() {
+    const char* const parent = std::getenv("SETTINGS_BENCH_DIR");
+    path_ = std::string(parent ? parent : "/var/tmp") + "/settings-bench.XXXXXX";
+    if (!mkdtemp(&path_[0])) throw std::runtime_error("cannot make " + path_);
+  }
+  ~Directory() { std::filesystem::remove_all(path_); }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// SQLite with a table of the store's shape and kStored rows.
+class Bare {
+ public:
+  explicit Bare(std::string file) : file_(std::move(file)) {
+    open();
+    run("CREATE TABLE settings(path TEXT PRIMARY KEY, type TEXT NOT NULL, value NOT NULL)"
+        " WITHOUT ROWID");
+    sqlite3_prepare_v2(database_,
+                       "INSERT INTO settings VALUES(?1, 'int', ?2) ON CONFLICT(path)"
+                       " DO UPDATE SET type = excluded.type, value = excluded.value",
+                       -1, &upsert_, nullptr);
+    sqlite3_prepare_v2(database_, "BEGIN IMMEDIATE", -1, &begin_, nullptr);
+    sqlite3_prepare_v2(database_, "COMMIT", -1, &commit_, nullptr);
+    for (int key = 0; key < kStored; ++key) paths_.push_back("n." + keyName(key));
+    putAll(kStored, 0);
+  }
+  ~Bare() {
+    for (sqlite3_stmt* statement : {upsert_, begin_, commit_}) sqlite3_finalize(statement);
+    sqlite3_close(database_);
+  }
+
+  // One transaction that gives the first `count` keys the value.
+  void putAll(int count, int value) {
+    const std::string text = std::to_string(value);
+    step(begin_);
+    for (int key = 0; key < count; ++key) {
+      sqlite3_bind_text(upsert_, 1, paths_[key].data(), static_cast<int>(paths_[key].size()),
+                        SQLITE_STATIC);
+      sqlite3_bind_text(upsert_, 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
+      step(upsert_);
+    }
+    step(commit_);
+  }
+
+  // Opens the file anew and reads every row.
+  void readAll() const {
+    sqlite3* database = nullptr;
+    sqlite3_open(file_.c_str(), &database);
+    sqlite3_stmt* all = nullptr;
+    sqlite3_prepare_v2(database, "SELECT path, type, value FROM settings", -1, &all, nullptr);
+    int rows = 0;
+    while (sqlite3_step(all) == SQLITE_ROW) rows += sqlite3_column_text(all, 2) != nullptr;
+    sqlite3_finalize(all);
+    sqlite3_close(database);
+    if (rows != kStored) throw std::runtime_error("the bare database is not complete");
+  }
+
+ private:
+  void open() {
+    sqlite3_open(file_.c_str(), &database_);
+    run("PRAGMA journal_mode=WAL");
+    run("PRAGMA synchronous=FULL");
+  }
+  void run(const char* sql) {
+    if (sqlite3_exec(database_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+      throw std::runtime_error(sqlite3_errmsg(database_));
+    }
+  }
+  void step(sqlite3_stmt* statement) {
+    if (sqlite3_step(statement) != SQLITE_DONE) throw std::runtime_error(sqlite3_errmsg(database_));
+    sqlite3_reset(statement);
+  }
+
+  const std::string file_;
+  std::vector<std::string> paths_;
+  sqlite3* database_ = nullptr;
+  sqlite3_stmt *upsert_ = nullptr, *begin_ = nullptr, *commit_ = nullptr;
+};
+
+// The process's tree with kStored ints at the user level of its node "n".
+SettingsPtr makeStored() {
+  const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
+  const SettingsPtr node = ZSettings::createSettingsNode("n", false, true, {});
+  for (int key = 0; key < kStored; ++key) {
+    ZSettings::createSettingsNode(keyName(key), true, true, {})->attachTo(node);
+    node->setAny(keyName(key), 0, "user");
+  }
+  node->attachTo(root);
+  return node;
+}
+
+template <class Work>
+double microseconds(const Work& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+      .count();
+}
+
+double median(std::vector<double> times) {
+  std::nth_element(times.begin(), times.begin() + times.size() / 2, times.end());
+  return times[times.size() / 2];
+}
+
+struct Medians {
+  double floor, measured;
+};
+
+// Both works get the number of the round, and take turns.
+template <class Floor, class Work>
+Medians takeTurns(int rounds, const Floor& floor, const Work& work) {
+  std::vector<double> floors, measured;
+  for (int round = 1; round <= rounds; ++round) {
+    floors.push_back(microseconds([&] { floor(round); }));
+    measured.push_back(microseconds([&] { work(round); }));
+  }
+  return {median(floors), median(measured)};
+}
+
+void printRatio(const char* work, const Medians& medians, const char* limit) {
+  std::printf("%-42s %9.0f us, bare %9.0f us: %.2f times (limit %s)\n", work, medians.measured,
+              medians.floor, medians.measured / medians.floor, limit);
+}
+
+void singleSets(Bare& bare, const SettingsPtr& node) {
+  const std::string key = keyName(0), level = "user";
+  printRatio("durable set of one key of 10,000",
+             takeTurns(
+                 3000, [&](int round) { bare.putAll(1, round); },
+                 [&](int round) { node->setAny(key, round, level); }),
+             "1.3");
+}
+
+void commits(Bare& bare, const SettingsPtr& node) {
+  SettingsValues values;
+  for (int key = 0; key < kCommit; ++key) values.emplace_back(node->getChild(keyName(key)), 0);
+  printRatio("durable commit of 1,000 keys of 10,000",
+             takeTurns(
+                 300, [&](int round) { bare.putAll(kCommit, -round); },
+                 [&](int round) {
+                   for (auto& change : values) change.second = -round;
+                   const auto all = boost::make_iterator_range(values.cbegin(), values.cend());
+                   if (!node->setMultiple(all, "user", 0).empty()) {
+                     throw std::runtime_error("the commit was refused");
+                   }
+                 }),
+             "1.3");
+}
+
+// Each tree is that of another context, opened on a copy of what is stored.
+void opening(const Bare& bare, const std::string& directory) {
+  constexpr int kFirstContext = 100;
+  const Medians medians = takeTurns(
+      21,
+      [&](int round) {
+        const std::string name = directory + "/settings-";
+        for (const std::string end : {".db", ".db-wal"}) {
+          std::filesystem::copy_file(name + '1' + end,
+                                     name + std::to_string(kFirstContext + round) + end);
+        }
+        bare.readAll();
+      },
+      [&](int round) {
+        if (!Settings::getSettingsRoot(ZcrID(kFirstContext + round))->getChild("n")) {
+          throw std::runtime_error("nothing was read");
+        }
+      });
+  std::vector<double> reads;
+  for (int round = 0; round < 21; ++round) {
+    reads.push_back(microseconds([&] { bare.readAll(); }));
+  }
+  const double read = median(reads);
+  std::printf("%-42s %9.0f us, bare %9.0f us: %.1f ms beyond it (limit 50)\n",
+              "open a tree with 10,000 stored keys", medians.measured, read,
+              (medians.measured - read) / 1000);
+}
+
+// Reads of one thread in slices of time, while another thread sets durably in every other slice.
+void readingBesideWriting(const SettingsPtr& node) {
+  std::atomic<bool> writing{false}, done{false};
+  std::thread writer([&] {
+    for (int value = 0; !done;) {
+      if (writing) {
+        node->setAny("k1", ++value, "user");
+      } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+    }
+  });
+  const std::string key = "k7000";
+  const auto reads = [&](bool besideWriting) {
+    writing = besideWriting;
+    const auto end = std::chrono::steady_clock::now() + kSlice;
+    double count = 0;
+    while (std::chrono::steady_clock::now() < end) {
+      for (int read = 0; read < 100; ++read, ++count) node->getValue(key, "");
+    }
+    return count / std::chrono::duration<double, std::micro>(kSlice).count();
+  };
+  std::vector<double> alone, beside;
+  for (int slice = 0; slice < 31; ++slice) {
+    alone.push_back(reads(false));
+    beside.push_back(reads(true));
+  }
+  done = true;
+  writer.join();
+  std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it (limit 0.9)\n",
+              "reads while another thread sets durably", median(beside), median(alone),
+              median(beside) / median(alone));
+}
+
+}  // namespace
+
+int main() {
+  const Directory directory, bareDirectory;
+  setenv("SETTINGS_USERDIR", directory.path().c_str(), 1);
+  Bare bare(bareDirectory.path() + "/bare.db");
+  const SettingsPtr node = makeStored();
+  singleSets(bare, node);
+  commits(bare, node);
+  readingBesideWriting(node);
+  opening(bare, directory.path());
+}

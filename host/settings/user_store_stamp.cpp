@@ -1,0 +1,47 @@
+#include "host/settings/user_store_stamp.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <string_view>
+
+namespace zlutil::settings::host {
+namespace {
+
+constexpr int kDigits = 19;
+constexpr int kLine = kDigits + 1;
+
+}  // namespace
+
+UserStoreStamp::UserStoreStamp(const std::string& file)
+    : descriptor_(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {}
+
+void UserStoreStamp::note(std::int64_t transaction) {
+  char line[kLine + 1];
+  std::snprintf(line, sizeof line, "%0*lld\n", kDigits, static_cast<long long>(transaction));
+  // A failure has the consequences that the header names, and no others.
+  if (pwrite(descriptor_.get(), line, kLine, transaction % kStampLines * kLine) != kLine) return;
+}
+
+std::int64_t UserStoreStamp::last() const {
+  char text[kStampLines * kLine];
+  const ssize_t size = pread(descriptor_.get(), text, sizeof text, 0);
+  std::int64_t last = 0;
+  for (ssize_t at = 0; at + kLine <= size; at += kLine) {
+    std::int64_t transaction = 0;
+    const auto [end, error] = std::from_chars(text + at, text + at + kDigits, transaction);
+    const bool isLine = error == std::errc() && end == text + at + kDigits && *end == '\n' &&
+                        transaction % kStampLines == at / kLine;
+    if (isLine) last = std::max(last, transaction);
+  }
+  return last;
+}
+
+void UserStoreStamp::clear() {
+  // What is still noted then is found missing once more.
+  if (ftruncate(descriptor_.get(), 0) != 0) return;
+}
+
+}  // namespace zlutil::settings::host

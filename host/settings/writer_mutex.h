@@ -1,0 +1,70 @@
+// The mutex of those who change a tree, in which some go ahead of the others: a thread that brings
+// in what other processes have changed must not be left behind threads that change the tree without
+// a pause, as with a plain mutex it would be. Once it has come, every other thread takes the mutex
+// once more at most before it. Any thread.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+#include "base/thread_annotations.h"
+
+namespace zlutil::settings::host {
+
+class CAPABILITY("mutex") WriterMutex {
+ public:
+  void lock() ACQUIRE() {
+    if (ahead_.load(std::memory_order_relaxed) > 0) letAhead();
+    mutex_.lock();
+  }
+
+  void lockAhead() ACQUIRE() {
+    ahead_.fetch_add(1, std::memory_order_relaxed);
+    mutex_.lock();
+    {
+      const std::lock_guard<std::mutex> lock(gate_);
+      ahead_.fetch_sub(1, std::memory_order_relaxed);
+    }
+    passed_.notify_all();
+  }
+
+  void unlock() RELEASE() { mutex_.unlock(); }
+
+ private:
+  void letAhead() {
+    std::unique_lock<std::mutex> lock(gate_);
+    passed_.wait(lock, [this] { return ahead_.load(std::memory_order_relaxed) == 0; });
+  }
+
+  std::mutex mutex_;
+  std::atomic<int> ahead_{0};  // on their way to the mutex; falls under gate_ only
+  std::mutex gate_;
+  std::condition_variable passed_;
+};
+
+class SCOPED_CAPABILITY WriterLock {
+ public:
+  explicit WriterLock(WriterMutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
+  ~WriterLock() RELEASE() { mutex_.unlock(); }
+  WriterLock(const WriterLock&) = delete;
+  WriterLock& operator=(const WriterLock&) = delete;
+
+ private:
+  WriterMutex& mutex_;
+};
+
+class SCOPED_CAPABILITY WriterLockAhead {
+ public:
+  explicit WriterLockAhead(WriterMutex& mutex) ACQUIRE(mutex) : mutex_(mutex) {
+    mutex_.lockAhead();
+  }
+  ~WriterLockAhead() RELEASE() { mutex_.unlock(); }
+  WriterLockAhead(const WriterLockAhead&) = delete;
+  WriterLockAhead& operator=(const WriterLockAhead&) = delete;
+
+ private:
+  WriterMutex& mutex_;
+};
+
+}  // namespace zlutil::settings::host
