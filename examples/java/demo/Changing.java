@@ -54,7 +54,7 @@ final class Changing {
     static void showValues(SettingPath process) throws SettingException {
         SettingPath editor = process.path("editor");
         Setting<Integer> size = editor.setting("fontSize", Integer.class);
-        try (Registration onKey = size.addListener(
+        try (Registration onKey = size.onChanged(
                      event -> System.out.println("    the font size has changed"));
                 Registration onNode = editor.addListener(PRINTER)) {
             set(size, 14, SettingLevel.USER);

@@ -37,6 +37,8 @@ public final class Demo {
             Changing.showValues(process);
             heading("Transactions: all or nothing");
             Changing.showTransactions(process);
+            heading("A change made by a native thread, heard in Java");
+            NativeSolver.show(process);
         }
     }
 

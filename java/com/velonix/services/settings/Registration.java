@@ -2,7 +2,9 @@ package com.velonix.services.settings;
 
 /**
  * A listener's registration; {@link #close()} ends it. It stays in force after the path that it was
- * made through has been closed, and ends by itself when the entry it was made on is removed.
+ * made through has been closed, and keeps that tree open; it need not be kept to stay in force. It
+ * ends by itself when the entry it was made on is removed. When a node further up is removed it
+ * hears nothing more, and is closed to let go of the listener.
  */
 public interface Registration extends AutoCloseable {
     /**

@@ -2,7 +2,6 @@ package com.velonix.services.settings;
 
 import java.util.Objects;
 import java.util.Optional;
-import java.util.function.Consumer;
 
 /**
  * A key of a settings tree, seen as holding values of one Java class. Whether there is such a key
@@ -15,7 +14,7 @@ import java.util.function.Consumer;
  *
  * @param <T> the class of the values
  */
-public final class Setting<T> {
+public final class Setting<T> implements Listenable {
     private final SettingPath parent;
     private final String name;
     private final Class<T> type;
@@ -205,33 +204,7 @@ public final class Setting<T> {
         }
     }
 
-    /**
-     * Registers an action for changes of the value, at any level.
-     *
-     * @param action is called for each change, as {@link SettingListener#settingChanged} is
-     * @return ends the registration
-     * @throws SettingNotFoundException if there is no such key
-     * @throws SettingException if the settings service fails otherwise
-     */
-    public Registration addListener(Consumer<? super SettingChangeEvent> action)
-            throws SettingException {
-        Objects.requireNonNull(action, "action");
-        return addListener(new SettingListener() {
-            @Override
-            public void settingChanged(SettingChangeEvent event) {
-                action.accept(event);
-            }
-        });
-    }
-
-    /**
-     * Registers a listener.
-     *
-     * @param listener is called for changes of the value, at any level, and when the key is removed
-     * @return ends the registration
-     * @throws SettingNotFoundException if there is no such key
-     * @throws SettingException if the settings service fails otherwise
-     */
+    @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
         return ListenerRegistration.start(listener, this, tree(), path(), name);

@@ -4,12 +4,25 @@ import java.util.List;
 
 /**
  * Hears of changes to the entry that it is registered on and, for a node, to everything below it.
+ * Registered with {@link Listenable#addListener}.
  *
- * <p>Calls come on the thread that made the change, after the change has become visible; changes
- * that other processes made come on a thread of the settings service. Changes that different
- * threads make at once may be heard in any order, also several at a time. Everything is allowed in
- * a call: reading and changing settings, adding and ending registrations. An exception that leaves
- * a call is dropped and stops nobody else. A listener that is registered twice is called twice.
+ * <ul>
+ *   <li><b>Thread.</b> Calls come on the thread that made the change, a native one too, before the
+ *       call that made it returns. Changes that other processes made come on a thread of the
+ *       settings service. Threads that Java did not make are attached as daemons for the call.
+ *   <li><b>Order.</b> The change is visible before anybody hears of it. One thread's changes are
+ *       heard in the order in which they were made, those of a transaction in the order in which
+ *       they were recorded, one event for each key. Changes that different threads make at once may
+ *       be heard in any order, also several at a time; what counts is what is read now.
+ *   <li><b>Re-entry.</b> No lock is held during a call and everything is allowed in it: reading,
+ *       changing, adding and removing settings, adding and ending registrations, its own too. A
+ *       change that it makes is heard, also by itself, before its own call returns.
+ *   <li><b>Exceptions.</b> What leaves a call is dropped, errors too, and stops nobody else.
+ *   <li><b>Duplicates.</b> A listener that is registered twice is called twice, and each
+ *       registration ends by itself. Setting the value that the level has already is no change.
+ *   <li><b>End.</b> Once {@link Registration#close()} has returned no new call begins; one that
+ *       another thread has begun may still be running.
+ * </ul>
  */
 public interface SettingListener {
     /**

@@ -20,7 +20,7 @@ import java.util.Objects;
  * SettingNameDuplicationException}; other failures of the service are {@link SettingException}s
  * too.
  */
-public final class SettingPath implements AutoCloseable {
+public final class SettingPath implements AutoCloseable, Listenable {
     private final TreeHandle tree;
     private final String[] names;
 
@@ -261,14 +261,7 @@ public final class SettingPath implements AutoCloseable {
         return parent.path(name);
     }
 
-    /**
-     * Registers a listener on the node at this place, for everything that happens to it and below
-     * it.
-     *
-     * @param listener is called for changes, additions and removals
-     * @return ends the registration
-     * @throws SettingException if the settings service fails otherwise
-     */
+    @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
         return ListenerRegistration.start(listener, this, tree, names, null);

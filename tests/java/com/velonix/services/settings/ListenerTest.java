@@ -30,7 +30,7 @@ class ListenerTest extends OneKeyTree {
     void aKeysListenerHearsOnlyOfTheKey() throws Exception {
         Setting<Integer> other = node.addKey("other", 1);
         List<SettingChangeEvent> events = new ArrayList<>();
-        try (Registration r = key.addListener(events::add)) {
+        try (Registration r = key.onChanged(events::add)) {
             other.set(2);
             key.set(2, SettingLevel.SESSION);
             key.set(3);
@@ -42,6 +42,82 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
+    void anActionHearsOfItsOwnKindOfEventOnly() throws Exception {
+        List<String> changed = new ArrayList<>();
+        List<String> added = new ArrayList<>();
+        List<String> removed = new ArrayList<>();
+        for (Listenable where : List.of(root, key)) {
+            try (Registration onChanged = where.onChanged(event -> changed.add(event.toString()));
+                    Registration onAdded = where.onAdded(event -> added.add(event.toString()));
+                    Registration onRemoved = where.onRemoved(
+                            event -> removed.add(event + " of " + event.source()))) {
+                key.set(2);
+                node.addNode("inner");
+                node.delete("inner");
+                node.delete("key");
+            }
+            node.addKey("key", 1);
+        }
+        assertEquals(List.of("node.key", "node.key"), changed);
+        assertEquals(List.of("node.inner"), added, "nothing is added below a key");
+        assertEquals(List.of("node.inner of " + root, "node.key of " + root, "node.key of " + key),
+                removed);
+    }
+
+    @Test
+    void oneThreadsChangesAreHeardInOrderAndThoseOfATransactionAsRecorded() throws Exception {
+        try (SettingPath process = SettingPath.processRoot();
+                SettingTransaction transaction = new SettingTransaction()) {
+            SettingPath editor = process.path("editor");
+            Setting<Integer> size = editor.setting("fontSize", Integer.class);
+            Setting<String> theme = editor.setting("theme", String.class);
+            List<String> heard = new ArrayList<>();
+            try (Registration r = editor.onChanged(
+                         event -> heard.add(event.name() + " " + value(editor, event.name())))) {
+                theme.set("first", SettingLevel.SESSION);
+                transaction.set(size, 7);
+                transaction.set(theme, "second");
+                transaction.set(size, 8);
+                assertEquals(List.of(), transaction.commit(SettingLevel.SESSION));
+            }
+            size.unset(SettingLevel.SESSION);
+            theme.unset(SettingLevel.SESSION);
+            assertEquals(List.of("theme first", "fontSize 8", "theme second"), heard);
+        }
+    }
+
+    private static Object value(SettingPath path, String name) {
+        try {
+            return path.setting(name, Object.class).get();
+        } catch (SettingException failed) {
+            return failed;
+        }
+    }
+
+    @Test
+    void eachRegistrationStandsForItselfAndEndsOnce() throws Exception {
+        Registration first = key.onChanged(recorder::settingChanged);
+        Registration second = key.onChanged(recorder::settingChanged);
+        key.set(2);
+        first.close();
+        first.close();
+        key.set(3);
+        second.close();
+        key.set(4);
+        assertEquals(3, recorder.heard.size());
+    }
+
+    @Test
+    void aRegistrationThatNobodyKeepsStaysInForce() throws Exception {
+        key.onChanged(recorder::settingChanged);
+        for (int i = 0; i < 5; ++i) {
+            System.gc();
+            key.set(10 + i);
+        }
+        assertEquals(5, recorder.heard.size());
+    }
+
+    @Test
     void aListenerThatThrowsStopsNobody() throws Exception {
         try (Registration bad = root.addListener(new SettingListener() {
             @Override
@@ -49,6 +125,7 @@ class ListenerTest extends OneKeyTree {
                 throw new IllegalStateException("dropped");
             }
         });
+                Registration worse = key.onChanged(event -> { throw new AssertionError(); });
                 Registration silent = root.addListener(new SettingListener() {
                     @Override
                     public SettingChangeEvent createEvent(Object source, String[] path, String name,
@@ -71,7 +148,7 @@ class ListenerTest extends OneKeyTree {
     @Test
     void everythingIsAllowedInACall() throws Exception {
         Registration[] own = new Registration[1];
-        own[0] = key.addListener(event -> {
+        own[0] = key.onChanged(event -> {
             try {
                 own[0].close();
                 key.set(key.get() + 1);
@@ -90,6 +167,8 @@ class ListenerTest extends OneKeyTree {
         assertThrows(SettingNotFoundException.class, () -> root.path("no").addListener(recorder));
         assertThrows(SettingNotFoundException.class,
                 () -> node.setting("no", String.class).addListener(recorder));
+        assertThrows(SettingNotFoundException.class,
+                () -> node.setting("no", String.class).onChanged(event -> {}));
     }
 
     @Test

@@ -65,6 +65,12 @@ class RefusalTest {
                          ()
                                  -> root.addListener(null),
                          ()
+                                 -> root.onChanged(null),
+                         ()
+                                 -> root.onAdded(null),
+                         ()
+                                 -> root.onRemoved(null),
+                         ()
                                  -> key.get(null),
                          ()
                                  -> key.find(null),
@@ -77,7 +83,7 @@ class RefusalTest {
                          ()
                                  -> key.unset(null),
                          ()
-                                 -> key.addListener((SettingListener) null),
+                                 -> key.addListener(null),
                          ()
                                  -> Setting.isValidName(null),
                          ()
@@ -157,7 +163,7 @@ class RefusalTest {
                                  -> key.set(1),
                          key::unset,
                          ()
-                                 -> key.addListener(event -> {}),
+                                 -> key.onChanged(event -> {}),
                          node::exists, node::children, root::factoryDir,
                          ()
                                  -> root.isNode("node"),

@@ -46,26 +46,34 @@ class RemovedEntryTest extends OneKeyTree {
 
     @Test
     void nothingOfAnEndedRegistrationStaysReferenced() throws Exception {
-        Registration closed = key.addListener(new Recorder());
-        WeakReference<Recorder> ofClosed = listen(key);
-        WeakReference<Recorder> ofRemoved = listen(node.addKey("removed", 1));
-        closed.close();
-        registrations.get(0).close();
-        node.delete("removed");
-        for (WeakReference<Recorder> gone : List.of(ofClosed, ofRemoved)) {
-            for (int i = 0; i < 100 && gone.get() != null; ++i) {
+        List<WeakReference<?>> gone = new ArrayList<>();
+        for (int i = 0; i < 100; ++i) listenAndClose(gone);
+        listenAndRemove(gone);
+        for (WeakReference<?> reference : gone) {
+            for (int i = 0; i < 100 && reference.get() != null; ++i) {
                 System.gc();
                 Thread.sleep(10);
             }
-            assertNull(gone.get());
+            assertNull(reference.get());
         }
     }
 
-    private final List<Registration> registrations = new ArrayList<>();
-
-    private WeakReference<Recorder> listen(Setting<?> setting) throws SettingException {
+    /** Of a closed registration, what the native side referred to goes as well. */
+    private void listenAndClose(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
-        registrations.add(setting.addListener(listener));
-        return new WeakReference<>(listener);
+        Setting<Integer> source = node.setting("key", Integer.class);
+        Registration registration = source.addListener(listener);
+        registration.close();
+        registration.close();
+        gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source),
+                new WeakReference<>(registration)));
+    }
+
+    private void listenAndRemove(List<WeakReference<?>> gone) throws SettingException {
+        Recorder listener = new Recorder();
+        Setting<Integer> source = node.addKey("removed", 1);
+        source.addListener(listener);
+        node.delete("removed");
+        gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source)));
     }
 }

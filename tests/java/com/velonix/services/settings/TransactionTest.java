@@ -101,7 +101,7 @@ class TransactionTest {
     void aTransactionInUseOrClosedIsRefused() throws Exception {
         transaction.set(size, 20);
         List<String> heard = new ArrayList<>();
-        try (Registration r = size.addListener(event -> {
+        try (Registration r = size.onChanged(event -> {
             Exception refused =
                     assertThrows(IllegalStateException.class, () -> transaction.set(size, 1));
             heard.add(refused.getMessage());
