@@ -2,6 +2,7 @@
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
+#include "nativesettings/change_counts.h"
 #include "nativesettings/frame.h"
 #include "nativesettings/records.h"
 #include "nativesettings/zvm_context.h"
@@ -41,6 +42,7 @@ void nativeReleasePtr(JNIEnv*, jclass, jlong handle) { delete reinterpret_cast<H
 jlong nativeGetZvmRoot(JNIEnv* env, jclass, jlong zvmHandle) {
   const jzi::NativeShutdownGuard guard(env);
   if (!guard.JVMRunning()) return 0;
+  shareChangeCounts(env);
   const Holder root = Settings::getSettingsRoot(nativezvm::getZcrForHandle(zvmHandle));
   if (root) return newHandle(root);
   throwJavaExceptionHelper(env, runtimeException, "cannot find root");
@@ -51,6 +53,7 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
   return guarded(
       env, jlong{0},
       [&]() -> jlong {
+        shareChangeCounts(env);
         const base::ustring path =
             fileName ? zljGetUstring(env, fileName) : base::to_ustring(kStandaloneRootName);
         if (const Holder root = loadRoot(fileName ? &path : nullptr)) return newHandle(root);

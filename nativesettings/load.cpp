@@ -3,6 +3,7 @@
 
 #include "base/export.h"
 #include "bridge/java_layer.h"
+#include "nativesettings/change_counts.h"
 #include "nativesettings/java_validator.h"
 #include "nativesettings/listener_registry.h"
 #include "nativesettings/registration.h"
@@ -30,5 +31,6 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
 extern "C" NATIVESETTINGS_API void JNICALL JNI_OnUnload(JavaVM*, void*) {
   JValidator::clearFunctions();
   nativesettings::forgetIdentityHash();
+  nativesettings::forgetChangeCounts();
   nativesettings::nativesettings_utilsUnload();
 }

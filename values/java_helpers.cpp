@@ -19,6 +19,7 @@ namespace {
 
 jzi::ConsInfo exchangeCons(PACKAGE "Exchange", nullptr);
 jzi::ConsInfo answersCons(PACKAGE "Answers", nullptr);
+jzi::ConsInfo changeCountsCons(PACKAGE "ChangeCounts", nullptr);
 
 }  // namespace
 
@@ -37,6 +38,7 @@ JavaHelper answers::deliver   (answersCons,  "deliver",
                                "(" LISTENER "Ljava/lang/Object;I" STR "I" STR "Z)" EVENT);
 JavaHelper answers::deliverAgain(answersCons, "deliverAgain",
                                "(" LISTENER "Ljava/lang/Object;" EVENT ")V");
+JavaHelper changeCounts::give (changeCountsCons, "give",  "(Ljava/nio/ByteBuffer;)V");
 // clang-format on
 
 #undef PACKAGE
@@ -83,7 +85,7 @@ void forgetJavaHelpers() {
   for (JavaHelper* helper :
        {&exchange::buffer, &exchange::arguments, &exchange::value, &exchange::write, &answers::box,
         &answers::boxAll, &answers::info, &answers::infoOf, &answers::infoOfAll, &answers::names,
-        &answers::deliver, &answers::deliverAgain}) {
+        &answers::deliver, &answers::deliverAgain, &changeCounts::give}) {
     helper->forget();
   }
 }

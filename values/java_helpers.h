@@ -1,6 +1,6 @@
-// The static methods of the Java API's own helper classes, Exchange and Answers. A crossing between
-// native code and Java costs more than what most crossings do, so these do many things in one: they
-// bring all arguments of a call, or build the whole of its answer.
+// The static methods of the Java API's own helper classes: Exchange, Answers, ChangeCounts. A
+// crossing between native code and Java costs more than what most crossings do, so these do many
+// things in one: they bring all arguments of a call, or build the whole of its answer.
 //
 // Threads: any, with that thread's environment.
 #pragma once
@@ -43,12 +43,15 @@ class JavaHelper {
   std::atomic<jmethodID> id_{nullptr};
 };
 
-// Their Javadoc says what they do (Exchange.java, Answers.java).
+// Their Javadoc says what they do (Exchange.java, Answers.java, ChangeCounts.java).
 namespace exchange {
 extern JavaHelper buffer, arguments, value, write;
 }
 namespace answers {
 extern JavaHelper box, boxAll, info, infoOf, infoOfAll, names, deliver, deliverAgain;
+}
+namespace changeCounts {
+extern JavaHelper give;
 }
 
 // Part of unloading.

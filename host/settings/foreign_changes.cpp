@@ -4,6 +4,7 @@
 
 #include "host/settings/publication.h"
 #include "host/settings/stored_value.h"
+#include "host/settings/subtree.h"
 #include "service/identifier.h"
 #include "values/value_kinds.h"
 
@@ -62,6 +63,10 @@ class Application {
 
   // With no lock held.
   void publish() const {
+    for (const Removal& removal : removed_) {
+      ReadLock lock(root_.tree().lock());
+      countLeaving(*removal.entry, *removal.parent);
+    }
     for (const auto& [parent, entry] : added_) publishAdded(parent, entry);
     for (const Removal& removal : removed_) {
       publishRemoved(removal.parent, removal.entry, removal.audience);

@@ -1,6 +1,8 @@
 #include "host/settings/key.h"
 
+#include "host/settings/node.h"
 #include "host/settings/stored_value.h"
+#include "service/change_counts.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 
@@ -48,6 +50,8 @@ const boost::any& Key::valueInEffect() const {
 void Key::swapValue(int level, boost::any& value) {
   values_[level].swap(value);
   if (kind_ == boostany::kNoValue) setKind(kindOfValue(values_[level]));
+  // A key without a node is found by nobody.
+  if (parent()) ChangeCounts::add(parent()->name(), name());
 }
 
 }  // namespace zlutil::settings::host

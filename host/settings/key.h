@@ -38,7 +38,8 @@ class Key final : public Entry {
 
   // The following change what the tree guards.
 
-  // Exchanges the value of the level with `value`; the first value fixes the kind.
+  // Exchanges the value of the level with `value`, and counts the change; the first value fixes the
+  // kind.
   void swapValue(int level, boost::any& value);
   void setKind(int kind) { kind_ = static_cast<std::int8_t>(kind); }
 

@@ -150,6 +150,10 @@ void removeEntry(Node& parent, const std::string& name, bool isKey) {
     removed = parent.takeChild(name);
     removed->setRemoved();
   }
+  {
+    ReadLock lock(tree.lock());
+    countLeaving(*removed, parent);
+  }
   publishRemoved(parent.shared_from_this(), removed, audience);
 }
 

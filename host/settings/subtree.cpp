@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/make_shared.hpp>
 
+#include "service/change_counts.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
@@ -101,6 +102,12 @@ void describe(const Entry& entry, const std::string& path, int level, bool defin
   for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
     describe(*child, path + '.' + child->name(), level, define, changes);
   }
+}
+
+void countLeaving(const Entry& entry, const Node& parent) {
+  if (entry.isKey()) return ChangeCounts::add(parent.name(), entry.name());
+  const Node& node = static_cast<const Node&>(entry);
+  for (const EntryPtr& child : node.childrenByName()) countLeaving(*child, node);
 }
 
 void merge(Node& from, Node& into, int level) {

@@ -2,6 +2,7 @@
 // fails.
 #include <boost/variant/get.hpp>
 
+#include "service/change_counts.h"
 #include "tests/support/fake_store.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
@@ -160,6 +161,18 @@ TEST_F(TreeOverStore, ChangesByOthersAppearAndArePublished) {
   EXPECT_EQ(listener.heard, (Names{"removed n from settings", "changed f"}));
   EXPECT_EQ(namesOf(root->getChildren()), Names{"f"});
   EXPECT_FALSE(root->isSet("f", ""));
+}
+
+TEST_F(TreeOverStore, ChangesAndRemovalsByOthersAreCountedForThoseWhoKeepValues) {
+  using zlutil::settings::ChangeCounts;
+  const NodePtr root = treeOver(store);
+  addKey(addNode(addNode(root, "above"), "n"), "k");
+  for (const Change& change : {Change(PutValue{"above.n.k", 1}), Change(EraseValue{"above.n.k"}),
+                               Change(RemoveSubtree{"above"})}) {
+    const std::uint64_t before = ChangeCounts::table()[ChangeCounts::place("n", "k")];
+    store->changeFromOutside({change});
+    EXPECT_NE(before, ChangeCounts::table()[ChangeCounts::place("n", "k")]) << change.index();
+  }
 }
 
 }  // namespace

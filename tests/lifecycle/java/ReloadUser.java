@@ -26,7 +26,10 @@ public final class ReloadUser implements Callable<String> {
             };
             try (Registration registration = editor.addListener(counter)) {
                 size.set(14);
-                NativePublisher.setOnce("reload.size", 15);
+                int kept = size.get();
+                NativePublisher.setOnce("reload.size", kept + 1);
+                if (size.get() != kept + 1)
+                    throw new AssertionError("the change of a native thread was not read");
             }
             size.set(16);
             String refusal = "accepted";

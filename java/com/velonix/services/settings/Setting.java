@@ -16,13 +16,20 @@ import java.util.Optional;
  */
 public final class Setting<T> implements Listenable {
     private final SettingPath parent;
+    private final TreeHandle tree;
     private final String name;
     private final Class<T> type;
+    private final int counter;
+
+    /** What was read last, or null. Any thread may replace it at any time: it knows if it holds. */
+    private KeptValue<T> kept;
 
     Setting(SettingPath parent, String name, Class<T> type) {
         this.parent = parent;
+        this.tree = parent.tree();
         this.name = name;
         this.type = type;
+        this.counter = ChangeCounts.place(parent.lastName(), name);
     }
 
     /**
@@ -39,7 +46,9 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The value in effect.
+     * The value in effect. It is kept: reading it again while nothing has changed it takes no
+     * native call. Once the call that changed it has returned, wherever it was made, every thread
+     * reads the new value. Of an array each call returns a copy.
      *
      * @return the value of the first level that has one
      * @throws SettingNotFoundException if there is no such key, or no level has a value
@@ -47,8 +56,10 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get() throws SettingException {
-        return find().orElseThrow(
-                () -> new SettingNotFoundException(dotted() + " has no value at any level"));
+        T value = inEffect();
+        if (value == null)
+            throw new SettingNotFoundException(dotted() + " has no value at any level");
+        return value;
     }
 
     /**
@@ -68,7 +79,7 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The value in effect, if there is one.
+     * The value in effect, if there is one. It is kept, as by {@link #get()}.
      *
      * @return the value of the first level that has one; empty when none has
      * @throws SettingNotFoundException if there is no such key
@@ -76,7 +87,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find() throws SettingException {
-        return typed(read(null));
+        return Optional.ofNullable(inEffect());
     }
 
     /**
@@ -89,7 +100,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find(SettingLevel level) throws SettingException {
-        return typed(read(SettingLevel.nameOf(level)));
+        return Optional.ofNullable(typed(read(SettingLevel.nameOf(level))));
     }
 
     /**
@@ -100,12 +111,12 @@ public final class Setting<T> implements Listenable {
      * @throws SettingException if the settings service fails otherwise
      */
     public Optional<SettingLevel> level() throws SettingException {
-        long address = tree().enter();
+        long address = tree.enter();
         try {
             return Optional.ofNullable(nativeGetLevel(address, path(), name))
                     .map(SettingLevel::ofName);
         } finally {
-            tree().exit();
+            tree.exit();
         }
     }
 
@@ -126,7 +137,7 @@ public final class Setting<T> implements Listenable {
      * @return false also where there is a node
      */
     public boolean exists() {
-        return exists(tree(), path(), name);
+        return exists(tree, path(), name);
     }
 
     /**
@@ -196,18 +207,18 @@ public final class Setting<T> implements Listenable {
      */
     public void unset(SettingLevel level) throws SettingException {
         String levelName = SettingLevel.nameOf(level);
-        long address = tree().enter();
+        long address = tree.enter();
         try {
             nativeUnset(address, path(), name, levelName);
         } finally {
-            tree().exit();
+            tree.exit();
         }
     }
 
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
-        return ListenerRegistration.start(listener, this, tree(), path(), name);
+        return ListenerRegistration.start(listener, this, tree, path(), name);
     }
 
     /**
@@ -240,7 +251,7 @@ public final class Setting<T> implements Listenable {
     /** The dotted path and the tree that it is in. */
     @Override
     public String toString() {
-        return dotted() + " in " + tree();
+        return dotted() + " in " + tree;
     }
 
     /** The dotted path. */
@@ -251,11 +262,11 @@ public final class Setting<T> implements Listenable {
     /** Records the value in a transaction context, or sets it when the context is 0. */
     void store(long context, T value, String level) throws SettingException {
         SettingInfo info = new SettingInfo(ValueTypes.toStored(value, dotted()));
-        long address = tree().enter();
+        long address = tree.enter();
         try {
             nativeSet(context, address, path(), name, info, level);
         } finally {
-            tree().exit();
+            tree.exit();
         }
     }
 
@@ -286,40 +297,50 @@ public final class Setting<T> implements Listenable {
         nativeAddRemoveListener(source, address, path, key, listener);
     }
 
+    /** The value in effect, or null when there is none. */
+    private T inEffect() throws SettingException {
+        KeptValue<T> last = kept;
+        if (last != null && last.holdsUnder(ChangeCounts.of(counter)) && tree.isOpen())
+            return last.value();
+        if (!ChangeCounts.areThere())
+            return typed(read(null));
+        // The count first: a change that the value misses moves it on from here.
+        KeptValue<T> next = new KeptValue<>(ChangeCounts.of(counter), typed(read(null)));
+        kept = next;
+        return next.value();
+    }
+
     private SettingInfo read(String level) throws SettingException {
         SettingInfo info;
-        long address = tree().enter();
+        long address = tree.enter();
         try {
             info = nativeGet(address, path(), name, level);
         } finally {
-            tree().exit();
+            tree.exit();
         }
         if (info == null)
             throw Unanswered.failure(dotted());
         return info;
     }
 
-    private Optional<T> typed(SettingInfo info) {
+    /** The value as one of this object's class, or null when there is none. */
+    private T typed(SettingInfo info) {
         Class<?> declared = info.getType();
         if (declared != null && !ValueTypes.fits(declared, type)) {
             throw new SettingUnsupportedTypeRuntimeException(dotted() + " is of type "
                     + declared.getTypeName() + " and was read as " + type.getTypeName());
         }
         Object value = info.getValue();
-        return value == null ? Optional.empty() : Optional.of(ValueTypes.fromStored(value, type));
+        return value == null ? null : ValueTypes.fromStored(value, type);
     }
 
     private boolean isSet(String level) {
-        long address = tree().enter();
+        long address = tree.enter();
         try {
             return nativeIsSet(address, path(), name, level);
         } finally {
-            tree().exit();
+            tree.exit();
         }
-    }
-
-    private TreeHandle tree() {
-        return parent.tree();
     }
 
     private String[] path() {

@@ -305,6 +305,11 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return names;
     }
 
+    /** The node's own name, or null for the root. */
+    String lastName() {
+        return names.length == 0 ? null : names[names.length - 1];
+    }
+
     String dotted(String key) {
         return Names.dotted(Arrays.asList(names), key);
     }

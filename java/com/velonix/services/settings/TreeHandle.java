@@ -61,6 +61,11 @@ final class TreeHandle {
         closing.clean();
     }
 
+    /** Whether calls are still let in. */
+    boolean isOpen() {
+        return !calls.closed;
+    }
+
     long target() {
         return target;
     }

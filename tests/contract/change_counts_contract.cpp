@@ -1,0 +1,57 @@
+#include "service/change_counts.h"
+#include "tests/contract/service_contract.h"
+
+namespace test {
+namespace {
+
+using zlutil::eventmgr::ScopedConnection;
+using zlutil::settings::ChangeCounts;
+using zlutil::settings::SettingsRemoveNodeEvent;
+using zlutil::settings::SettingsValueChangeEvent;
+
+// The counts of the key "k" of the node "n", by the node's name and without it. Other keys may
+// share a counter, so tests only say that one has moved, except where nothing at all happens.
+struct Counts {
+  std::uint64_t below = ChangeCounts::table()[ChangeCounts::place("n", "k")];
+  std::uint64_t alone = ChangeCounts::table()[ChangeCounts::place("", "k")];
+
+  bool bothMovedTo(const Counts& now) const { return below != now.below && alone != now.alone; }
+  bool operator==(const Counts& now) const { return below == now.below && alone == now.alone; }
+};
+
+TEST_P(ServiceContract, EveryChangeOfAKeyMovesItsCountsBeforeItIsHeardOf) {
+  const SettingsPtr above = addNode(root, "above"), node = addNode(above, "n");
+  const SettingsPtr key = addKey(node, "k");
+  Counts before;
+  int heard = 0;
+  const auto check = [&](const auto&) {
+    const Counts now;
+    EXPECT_TRUE(before.bothMovedTo(now)) << heard;
+    before = now;
+    ++heard;
+  };
+  const ScopedConnection changed(root->addListener<SettingsValueChangeEvent>(check));
+  const ScopedConnection removed(root->addListener<SettingsRemoveNodeEvent>(check));
+  node->setAny("k", 1, "user");
+  node->setAny("k", 2, "session");
+  node->unset("k", "session");
+  EXPECT_TRUE(setAll(root, {{key, 3}}, "session").empty());
+  node->removeKey("k");
+  addKey(node, "k");
+  root->removeNode("above");
+  EXPECT_EQ(6, heard);
+}
+
+TEST_P(ServiceContract, NothingMovesTheCountsOfAKeyThatStaysAsItIs) {
+  const SettingsPtr node = addNode(root, "n"), key = addKey(node, "k");
+  node->setAny("k", 1, "user");
+  const Counts before;
+  EXPECT_EQ(1, intAt(node, "k"));
+  node->setAny("k", 1, "user");
+  EXPECT_ANY_THROW(node->setAny("k", std::string("another type"), "user"));
+  EXPECT_FALSE(setAll(root, {{key, 2}, {node, 2}}, "user").empty());
+  EXPECT_TRUE(before == Counts());
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,246 @@
+package com.velonix.services.settings;
+
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotSame;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertSame;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.velonix.services.settings.validators.Length;
+import java.lang.ref.WeakReference;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.Optional;
+import java.util.concurrent.atomic.AtomicInteger;
+import java.util.concurrent.atomic.AtomicReference;
+import org.junit.jupiter.api.Test;
+
+/**
+ * Values that a setting keeps. Each native call makes a text anew, so the same text again shows
+ * that there was none.
+ */
+class KeptValueTest extends OneKeyTree {
+    private static final int READERS = 3;
+    private static final int CHANGES = 20_000;
+
+    @Test
+    void whatNothingHasChangedIsNotReadAgain() throws Exception {
+        Setting<String> text = node.addKey("text", "value");
+        String first = text.get();
+        assertSame(first, text.get());
+        key.set(2);
+        key.unset();
+        node.addNode("more").addKey("text", "elsewhere");
+        text.set("value");
+        assertSame(first, text.get());
+        assertSame(first, text.find().orElseThrow());
+        assertNotSame(first, node.setting("text", String.class).get(), "each object keeps its own");
+    }
+
+    @Test
+    void eachChangeIsReadAtOnceWhateverTheNames() throws Exception {
+        String longest = "n".repeat(63);
+        for (String nodeName : new String[] {"", "a", "ab", "abc", "abcd", "abcde", longest}) {
+            SettingPath place = nodeName.isEmpty() ? root : root.addNode(nodeName);
+            for (String keyName :
+                    new String[] {"k", "kl", "klm", "klmn", "klmno", "K" + longest.substring(1)}) {
+                Setting<Integer> one = place.addKey(keyName, 0);
+                Setting<Integer> other = place.setting(keyName, Integer.class);
+                assertEquals(0, one.get());
+                other.set(1);
+                assertEquals(1, one.get());
+                other.set(2, SettingLevel.SESSION);
+                assertEquals(2, one.get());
+                other.unset(SettingLevel.SESSION);
+                assertEquals(1, one.get());
+                other.unset();
+                assertEquals(Optional.empty(), one.find());
+                assertThrows(SettingNotFoundException.class, one::get);
+                other.set(3, SettingLevel.FACTORY);
+                assertEquals(3, one.get());
+            }
+        }
+    }
+
+    @Test
+    void whatLeavesTheTreeIsGoneAndWhatComesInItsPlaceIsRead() throws Exception {
+        SettingPath above = root.addNode("above");
+        Setting<String> deep = above.addNode("node").addKey("deep", "first");
+        SettingPath template = root.addNode("template");
+        template.addNode("node").addKey("deep", "copied");
+        assertEquals("first", deep.get());
+        above.path("node").delete("deep");
+        assertThrows(SettingNotFoundException.class, deep::get);
+        above.path("node").addKey("deep", "second");
+        assertEquals("second", deep.get());
+        root.delete("above");
+        assertThrows(SettingNotFoundException.class, deep::get);
+        template.copyTo(root, "above");
+        assertEquals("copied", deep.get());
+        above.delete("node");
+        above.addKey("node", "a key in the node's place");
+        assertThrows(SettingNotFoundException.class, deep::get);
+    }
+
+    @Test
+    void aTransactionAndAnotherRootOfTheSameTreeAreNoticed() throws Exception {
+        try (SettingPath one = SettingPath.processRoot();
+                SettingPath two = SettingPath.processRoot();
+                SettingTransaction transaction = new SettingTransaction()) {
+            Setting<String> read = one.path("editor").setting("theme", String.class);
+            Setting<String> changed = two.path("editor").setting("theme", String.class);
+            String before = read.get();
+            transaction.set(changed, "committed");
+            transaction.validate();
+            assertSame(before, read.get());
+            transaction.commit(SettingLevel.SESSION);
+            assertEquals("committed", read.get());
+            changed.unset(SettingLevel.SESSION);
+            assertEquals(before, read.get());
+        }
+    }
+
+    @Test
+    void aListenerReadsTheNewValueAndARefusedOneChangesNothing() throws Exception {
+        Setting<String> text = node.addKey("text", "old", SettingLevel.USER, Length.class, "1..10");
+        String old = text.get();
+        assertThrows(SettingValidationException.class, () -> text.set("much too long for it"));
+        assertSame(old, text.get());
+        List<String> heard = new ArrayList<>();
+        try (Registration r = root.onChanged(event -> {
+            try {
+                heard.add(text.get());
+            } catch (SettingException failed) {
+                heard.add(failed.toString());
+            }
+        })) {
+            text.set("new");
+        }
+        assertEquals(List.of("new"), heard);
+    }
+
+    @Test
+    void eachReaderOfAnArrayHasOneOfItsOwn() throws Exception {
+        Setting<Double[]> boxed = node.addKey("array", new Double[] {1.0, 2.0});
+        Setting<double[]> bare = node.setting("array", double[].class);
+        Setting<Object> any = node.setting("array", Object.class);
+        for (int round = 0; round < 3; ++round) {
+            assertArrayEquals(new Double[] {1.0, 2.0}, boxed.get());
+            assertArrayEquals(new double[] {1.0, 2.0}, bare.get());
+            assertArrayEquals(new Double[] {1.0, 2.0}, (Double[]) any.get());
+            boxed.get()[0] = 7.0;
+            bare.get()[0] = 7.0;
+            ((Double[]) any.find().orElseThrow())[0] = 7.0;
+        }
+    }
+
+    @Test
+    void aClosedTreeAnswersNothingThatWasKept() throws Exception {
+        assertEquals(1, key.get());
+        root.close();
+        assertThrows(IllegalStateException.class, key::get);
+        assertThrows(IllegalStateException.class, key::find);
+    }
+
+    @Test
+    void noThreadReadsWhatASetThatHasReturnedReplaced() throws Exception {
+        Setting<Integer> session = node.setting("key", Integer.class);
+        neverStale(value -> {
+            if (value % 3 == 0) {
+                session.set(value, SettingLevel.SESSION);
+            } else {
+                // Above it hides nothing: what is set here comes to be in effect by the unset.
+                key.set(value);
+                if (session.isSet(SettingLevel.SESSION))
+                    session.unset(SettingLevel.SESSION);
+            }
+        });
+    }
+
+    @Test
+    void noThreadReadsWhatARemovalThatHasReturnedTookAway() throws Exception {
+        neverStale(value -> {
+            if (value % 2 == 0) {
+                node.delete("key");
+                node.addKey("key", value);
+            } else {
+                root.delete("node");
+                root.addNode("node").addKey("key", value);
+            }
+        });
+    }
+
+    private interface Change {
+        void to(int value) throws SettingException;
+    }
+
+    /**
+     * Changes the key to growing values; each reader looks which change has returned, and must not
+     * read an older value then.
+     */
+    private void neverStale(Change change) throws Exception {
+        AtomicInteger returned = new AtomicInteger(1);
+        AtomicReference<String> fault = new AtomicReference<>();
+        List<Thread> readers = new ArrayList<>();
+        for (int i = 0; i < READERS; ++i) {
+            // Two of them share an object, and so what it keeps.
+            Setting<Integer> read = i == 0 ? node.setting("key", Integer.class) : key;
+            readers.add(new Thread(() -> {
+                for (int known = 1; known < CHANGES && fault.get() == null;) {
+                    known = returned.get();
+                    try {
+                        int value = read.get();
+                        if (value < known)
+                            fault.set("read " + value + " after " + known + " was set");
+                    } catch (SettingNotFoundException removedJustNow) {
+                        continue;
+                    } catch (Exception failed) {
+                        fault.set(failed.toString());
+                    }
+                }
+            }));
+        }
+        readers.forEach(Thread::start);
+        for (int value = 2; value <= CHANGES && fault.get() == null; ++value) {
+            change.to(value);
+            returned.set(value);
+        }
+        for (Thread reader : readers) reader.join();
+        assertNull(fault.get());
+        assertEquals(CHANGES, key.get());
+    }
+
+    @Test
+    void aForgottenTreeGoesWithAllThatWasKeptOfIt() throws Exception {
+        WeakReference<String> kept = readAndForget("warm up");
+        long before = resident();
+        for (int i = 0; i < 60; ++i) {
+            kept = readAndForget("x".repeat(8 << 20));
+            System.gc();
+        }
+        for (int i = 0; i < 100 && (kept.get() != null || resident() - before > 250L << 20); ++i) {
+            System.gc();
+            Thread.sleep(10);
+        }
+        assertNull(kept.get());
+        // All the trees together held twice that.
+        assertTrue(resident() - before < 250L << 20, "the trees are still there");
+    }
+
+    private static WeakReference<String> readAndForget(String value) throws SettingException {
+        Setting<String> text = SettingPath.standalone().addNode("node").addKey("text", value);
+        return new WeakReference<>(text.get());
+    }
+
+    private static long resident() throws Exception {
+        for (String line : Files.readAllLines(Path.of("/proc/self/status"))) {
+            if (line.startsWith("VmRSS:"))
+                return 1024 * Long.parseLong(line.replaceAll("\\D", ""));
+        }
+        throw new AssertionError("no VmRSS");
+    }
+}
