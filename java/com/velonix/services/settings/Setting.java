@@ -1,5 +1,6 @@
 package com.velonix.services.settings;
 
+import java.util.Arrays;
 import java.util.Objects;
 import java.util.Optional;
 
@@ -252,6 +253,11 @@ public final class Setting<T> implements Listenable {
     @Override
     public String toString() {
         return dotted() + " in " + tree;
+    }
+
+    /** Whether this is a key of that name at the place, which is of the same tree. */
+    boolean isAt(SettingPath place, String key) {
+        return name.equals(key) && Arrays.equals(path(), place.nameArray());
     }
 
     /** The dotted path. */

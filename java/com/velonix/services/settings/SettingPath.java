@@ -103,7 +103,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      */
     public <T> Setting<T> setting(String name, Class<T> type) {
         Objects.requireNonNull(name, "name");
-        return new Setting<>(this, name, ValueTypes.checkAsked(type, dotted(name)));
+        return tree.setting(this, name, ValueTypes.checkAsked(type, this, name));
     }
 
     /** {@return the names that lead here from the root; empty for the root} */

@@ -22,6 +22,9 @@ final class TreeHandle {
     private final long target;
     private final boolean ofProcess;
 
+    /** Null until it is needed, and again once the tree has been closed. */
+    private RecentSettings recent;
+
     /**
      * Takes over a handle.
      *
@@ -59,6 +62,18 @@ final class TreeHandle {
     /** Forbids new calls; closing again does nothing. */
     void close() {
         closing.clean();
+        recent = null;
+    }
+
+    /** A setting of this tree; the type has been checked. */
+    <T> Setting<T> setting(SettingPath parent, String name, Class<T> type) {
+        RecentSettings table = recent;
+        if (table == null) {
+            if (calls.closed)
+                return new Setting<>(parent, name, type);
+            recent = table = new RecentSettings();
+        }
+        return table.of(parent, name, type);
     }
 
     /** Whether calls are still let in. */

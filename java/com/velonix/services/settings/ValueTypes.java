@@ -21,14 +21,15 @@ final class ValueTypes {
     private ValueTypes() {}
 
     /** The class to ask for: a primitive class becomes its boxed class. */
-    static <T> Class<T> checkAsked(Class<T> type, String where) {
-        Objects.requireNonNull(type, "type");
+    static <T> Class<T> checkAsked(Class<T> type, SettingPath parent, String name) {
+        if (ELEMENTS.contains(Objects.requireNonNull(type, "type")))
+            return type;
         @SuppressWarnings("unchecked")
         Class<T> asked = (Class<T>) MethodType.methodType(type).wrap().returnType();
         if (isStored(stored(asked)) || canHoldStored(asked))
             return asked;
         throw new SettingUnsupportedTypeRuntimeException(
-                where + ": no setting has values of " + type.getTypeName());
+                parent.dotted(name) + ": no setting has values of " + type.getTypeName());
     }
 
     /** The value as it is stored, once it is found to be of a class that a setting can hold. */

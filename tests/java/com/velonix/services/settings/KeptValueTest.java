@@ -38,7 +38,10 @@ class KeptValueTest extends OneKeyTree {
         text.set("value");
         assertSame(first, text.get());
         assertSame(first, text.find().orElseThrow());
-        assertNotSame(first, node.setting("text", String.class).get(), "each object keeps its own");
+        assertSame(first, root.path("node").setting("text", String.class).get());
+        for (int i = 0; i < 5000; ++i) node.setting("other" + i, String.class);
+        assertNotSame(
+                first, node.setting("text", String.class).get(), "a tree keeps a bounded number");
     }
 
     @Test
@@ -49,7 +52,8 @@ class KeptValueTest extends OneKeyTree {
             for (String keyName :
                     new String[] {"k", "kl", "klm", "klmn", "klmno", "K" + longest.substring(1)}) {
                 Setting<Integer> one = place.addKey(keyName, 0);
-                Setting<Integer> other = place.setting(keyName, Integer.class);
+                // Another object than the one that reads.
+                Setting<Number> other = place.setting(keyName, Number.class);
                 assertEquals(0, one.get());
                 other.set(1);
                 assertEquals(1, one.get());
@@ -148,7 +152,7 @@ class KeptValueTest extends OneKeyTree {
 
     @Test
     void noThreadReadsWhatASetThatHasReturnedReplaced() throws Exception {
-        Setting<Integer> session = node.setting("key", Integer.class);
+        Setting<Number> session = node.setting("key", Number.class);
         neverStale(value -> {
             if (value % 3 == 0) {
                 session.set(value, SettingLevel.SESSION);
@@ -188,12 +192,12 @@ class KeptValueTest extends OneKeyTree {
         List<Thread> readers = new ArrayList<>();
         for (int i = 0; i < READERS; ++i) {
             // Two of them share an object, and so what it keeps.
-            Setting<Integer> read = i == 0 ? node.setting("key", Integer.class) : key;
+            Setting<? extends Number> read = i == 0 ? node.setting("key", Number.class) : key;
             readers.add(new Thread(() -> {
                 for (int known = 1; known < CHANGES && fault.get() == null;) {
                     known = returned.get();
                     try {
-                        int value = read.get();
+                        int value = read.get().intValue();
                         if (value < known)
                             fault.set("read " + value + " after " + known + " was set");
                     } catch (SettingNotFoundException removedJustNow) {
@@ -229,6 +233,23 @@ class KeptValueTest extends OneKeyTree {
         assertNull(kept.get());
         // All the trees together held twice that.
         assertTrue(resident() - before < 250L << 20, "the trees are still there");
+    }
+
+    @Test
+    void aClosedTreeLetsGoOfWhatWasKept() throws Exception {
+        root.addKey("text", "x".repeat(100));
+        WeakReference<String> kept = readByPath();
+        root.close();
+        for (int i = 0; i < 100 && kept.get() != null; ++i) {
+            System.gc();
+            Thread.sleep(10);
+        }
+        assertNull(kept.get());
+        assertThrows(IllegalStateException.class, () -> root.setting("text", String.class).get());
+    }
+
+    private WeakReference<String> readByPath() throws SettingException {
+        return new WeakReference<>(root.setting("text", String.class).get());
     }
 
     private static WeakReference<String> readAndForget(String value) throws SettingException {

@@ -61,7 +61,7 @@ class RemovedEntryTest extends OneKeyTree {
     /** Of a closed registration, what the native side referred to goes as well. */
     private void listenAndClose(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
-        Setting<Integer> source = node.setting("key", Integer.class);
+        SettingPath source = root.path("node");
         Registration registration = source.addListener(listener);
         registration.close();
         registration.close();
@@ -71,7 +71,7 @@ class RemovedEntryTest extends OneKeyTree {
 
     private void listenAndRemove(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
-        Setting<Integer> source = node.addKey("removed", 1);
+        SettingPath source = node.addNode("removed");
         source.addListener(listener);
         node.delete("removed");
         gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source)));
