@@ -1,6 +1,8 @@
 // The three events of a settings tree. Each is published on the topics of the entry concerned and
-// of all its ancestors, so a listener on a node hears of everything below it. An event is valid
-// during the callback that receives it; the entries that it gives may be kept.
+// of all its ancestors, so a listener on a node hears of everything below it. The removal of a node
+// is one event, published on the topics of everything below the node as well: who listens there
+// learns that the entry is gone. An event is valid during the callback that receives it; the
+// entries that it gives may be kept.
 #pragma once
 
 #include <boost/shared_ptr.hpp>

@@ -55,7 +55,7 @@ class Application {
     }
     Node& parent = *entry->parent();
     Removal removal{
-        boost::static_pointer_cast<Node>(parent.shared_from_this()), {}, audienceOf(*entry)};
+        boost::static_pointer_cast<Node>(parent.shared_from_this()), {}, audienceOfRemoval(*entry)};
     removal.entry = parent.takeChild(entry->name());
     removal.entry->setRemoved();
     removed_.push_back(std::move(removal));

@@ -12,6 +12,16 @@ void publish(const Audience& audience, const Event& event) {
   }
 }
 
+void addAllBelow(const Entry& entry, Audience& audience) {
+  if (entry.isKey()) return;
+  for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+    if (eventmgr::EventMgr::instance().mayHaveSubscribers(child->getID())) {
+      audience.push_back(child->getID());
+    }
+    addAllBelow(*child, audience);
+  }
+}
+
 Audience lockedAudienceOf(const Entry& entry) {
   ReadLock lock(entry.tree().lock());
   return audienceOf(entry);
@@ -25,6 +35,12 @@ Audience audienceOf(const Entry& entry) {
   for (const Entry* at = &entry; at; at = at->parent()) {
     if (events.mayHaveSubscribers(at->getID())) audience.push_back(at->getID());
   }
+  return audience;
+}
+
+Audience audienceOfRemoval(const Entry& entry) {
+  Audience audience = audienceOf(entry);
+  addAllBelow(entry, audience);
   return audience;
 }
 

@@ -1,5 +1,6 @@
-// Telling listeners of a change: on the topics of the entry concerned and of all its ancestors.
-// Called on the thread that made the change, after it is visible and with no lock held. Any thread.
+// Telling listeners of a change: on the topics of the entry concerned and of all its ancestors; of
+// a removal on those of everything below the entry too. Called on the thread that made the change,
+// after it is visible and with no lock held. Any thread.
 #pragma once
 
 #include <vector>
@@ -13,6 +14,9 @@ using Audience = std::vector<exchange::IDType>;
 
 // Reads what the tree guards.
 Audience audienceOf(const Entry& entry);
+
+// The same for an entry that is to be removed: with the identities of all that goes with it.
+Audience audienceOfRemoval(const Entry& entry);
 
 // The keys whose values one operation has changed. Belongs to one thread.
 class ChangedKeys {

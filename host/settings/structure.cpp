@@ -140,7 +140,7 @@ void removeEntry(Node& parent, const std::string& name, bool isKey) {
         }
       }
       checkWritable(*found, kUser);
-      audience = audienceOf(*found);
+      audience = audienceOfRemoval(*found);
     }
     for (int level = 0; level < kLevelCount; ++level) {
       Store& store = tree.store(level);

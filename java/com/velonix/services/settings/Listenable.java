@@ -56,9 +56,8 @@ public sealed interface Listenable permits SettingPath, Setting {
     /**
      * Registers an action for removed entries.
      *
-     * @param action is called when the key, or the node or an entry below it, has been removed;
-     *         once
-     *     for a node with all that was below it, so not for what goes with a node further up
+     * @param action is called when the key or node, something below it or a node above it has been
+     *     removed; once for a node with all that was below it
      * @return ends the registration, as the removal of the key or node itself does
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise

@@ -3,8 +3,8 @@ package com.velonix.services.settings;
 /**
  * A listener's registration; {@link #close()} ends it. It stays in force after the path that it was
  * made through has been closed, and keeps that tree open; it need not be kept to stay in force. It
- * ends by itself when the entry it was made on is removed. When a node further up is removed it
- * hears nothing more, and is closed to let go of the listener.
+ * ends by itself, and lets go of the listener, when the entry it was made on is removed, alone or
+ * with a node further up.
  */
 public interface Registration extends AutoCloseable {
     /**

@@ -49,6 +49,7 @@ class RemovedEntryTest extends OneKeyTree {
         List<WeakReference<?>> gone = new ArrayList<>();
         for (int i = 0; i < 100; ++i) listenAndClose(gone);
         listenAndRemove(gone);
+        listenAndRemoveAbove(gone);
         for (WeakReference<?> reference : gone) {
             for (int i = 0; i < 100 && reference.get() != null; ++i) {
                 System.gc();
@@ -74,6 +75,16 @@ class RemovedEntryTest extends OneKeyTree {
         SettingPath source = node.addNode("removed");
         source.addListener(listener);
         node.delete("removed");
+        gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source)));
+    }
+
+    /** With a node further up; of the registration nobody has kept anything. */
+    private void listenAndRemoveAbove(List<WeakReference<?>> gone) throws SettingException {
+        Recorder listener = new Recorder();
+        SettingPath source = node.addNode("above").addNode("removed");
+        source.addListener(listener);
+        node.delete("above");
+        assertEquals(List.of("removed node node.above"), listener.heard);
         gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source)));
     }
 }
