@@ -172,8 +172,9 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason, st
 
 void keepCopyOfShortened(const UserStoreFiles& files, std::int64_t missing) {
   const std::string aside = files.damaged();
-  copyAside(files.wal(), aside + "-wal");
+  // The database first: it takes the name, should the log not be copied this time.
   copyAside(files.database(), aside);
+  copyAside(files.wal(), aside + "-wal");
   files.flushDirectory();
   say(files, "Lost: " + transactions(missing) +
                  ". The log of the database is damaged, or an older file has been put in its "

@@ -11,7 +11,7 @@ namespace zlutil::settings::host {
 namespace {
 
 constexpr int kDigits = 19;
-constexpr int kLine = kDigits + 1;
+constexpr int kLine = 2 * (kDigits + 1);
 
 }  // namespace
 
@@ -20,7 +20,8 @@ UserStoreStamp::UserStoreStamp(const std::string& file)
 
 void UserStoreStamp::note(std::int64_t transaction) {
   char line[kLine + 1];
-  std::snprintf(line, sizeof line, "%0*lld\n", kDigits, static_cast<long long>(transaction));
+  const auto number = static_cast<long long>(transaction);
+  std::snprintf(line, sizeof line, "%0*lld %0*lld\n", kDigits, number, kDigits, number);
   // A failure has the consequences that the header names, and no others.
   if (pwrite(descriptor_.get(), line, kLine, transaction % kStampLines * kLine) != kLine) return;
 }
@@ -30,11 +31,10 @@ std::int64_t UserStoreStamp::last() const {
   const ssize_t size = pread(descriptor_.get(), text, sizeof text, 0);
   std::int64_t last = 0;
   for (ssize_t at = 0; at + kLine <= size; at += kLine) {
+    const std::string_view first(text + at, kDigits), second(text + at + kDigits + 1, kDigits);
     std::int64_t transaction = 0;
-    const auto [end, error] = std::from_chars(text + at, text + at + kDigits, transaction);
-    const bool isLine = error == std::errc() && end == text + at + kDigits && *end == '\n' &&
-                        transaction % kStampLines == at / kLine;
-    if (isLine) last = std::max(last, transaction);
+    std::from_chars(first.data(), first.data() + kDigits, transaction);
+    if (first == second) last = std::max(last, transaction);
   }
   return last;
 }

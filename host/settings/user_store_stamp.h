@@ -4,9 +4,10 @@
 // never finished.
 //
 // The file has kStampLines lines of the same length; transaction n stands in line n % kStampLines.
-// So processes that note theirs in another order than they committed them hide no later one. The
-// file is never flushed: after a power cut it may lag behind the database, never the other way
-// round, except where commits were not flushed either.
+// So processes that note theirs in another order than they committed them hide no later one. Each
+// line says its number twice: where it does not, it is damaged and says nothing. The file is never
+// flushed: after a power cut it may lag behind the database, never the other way round, except
+// where commits were not flushed either.
 //
 // Where the file cannot be written, others find a change when they ask the database, and a lost end
 // is not noticed. One thread at a time.
