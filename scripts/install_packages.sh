@@ -1,6 +1,9 @@
 #!/bin/bash
 # Installs the Debian packages that building and testing need, if any of them is missing. Says what it
 # installs. Works as root, or with sudo.
+#
+#   scripts/install_packages.sh bench      also what the benchmarks measure beside and need
+#   scripts/install_packages.sh coverage   also what measures coverage
 set -euo pipefail
 
 packages=(
@@ -9,6 +12,13 @@ packages=(
   # to test
   libgtest-dev libbenchmark-dev junit5 clang-14 clang-tidy-14 libclang-rt-14-dev binutils
 )
+case ${1:-} in
+  bench)
+    packages+=(python3 pkg-config libglib2.0-dev libequinox-preferences-java libequinox-common-java
+      libeclipse-osgi-java libosgi-compendium-java libcommons-configuration2-java)
+    ;;
+  coverage) packages+=(gcovr libjacoco-java) ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do

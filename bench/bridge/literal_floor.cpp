@@ -1,4 +1,6 @@
 // The literal floor: every step one direct JNI call, with classes and identifiers cached.
+#include <malloc.h>
+
 #include <stdexcept>
 
 #include "bench/bridge/bare_tree.h"
@@ -165,6 +167,11 @@ FLOOR(void, prepare)(JNIEnv* env, jclass) {
 }
 
 FLOOR(void, empty)(JNIEnv*, jclass) {}
+
+FLOOR(jlong, nativeBytes)(JNIEnv*, jclass) {
+  const struct mallinfo2 heap = mallinfo2();
+  return static_cast<jlong>(heap.uordblks + heap.hblkhd);
+}
 
 FLOOR(jlong, createTree)(JNIEnv*, jclass, jint nodes) {
   auto tree = std::make_unique<BareNode>();

@@ -1,12 +1,13 @@
 package com.velonix.services.settings;
 
-import java.util.ArrayList;
-import java.util.List;
-import java.util.concurrent.CountDownLatch;
+import java.nio.file.Path;
+import java.util.LinkedHashMap;
+import java.util.Map;
 
 /**
  * The bridge's native methods beside the floors of the same work ({@link Literal}, {@link Best}),
- * measured in turn in one run. Prints a table; the argument is the number of rounds.
+ * measured in turn in one run. The arguments are the file for the results, the number of rounds,
+ * and the only measurement to make.
  */
 public final class BridgeBench {
     private static final String SESSION = "session";
@@ -26,8 +27,8 @@ public final class BridgeBench {
         Literal.prepare();
         Best.prepare();
         BridgeBench bench =
-                new BridgeBench(arguments.length > 0 ? Integer.parseInt(arguments[0]) : 21);
-        String only = arguments.length > 1 ? arguments[1] : "";
+                new BridgeBench(arguments.length > 1 ? Integer.parseInt(arguments[1]) : 21);
+        String only = arguments.length > 2 ? arguments[2] : "";
         if ("call".startsWith(only))
             bench.call();
         for (int keys : new int[] {1000, 100_000}) {
@@ -53,7 +54,7 @@ public final class BridgeBench {
             bench.children();
         if ("commit".startsWith(only))
             bench.commit();
-        System.out.println(bench.rounds);
+        bench.rounds.write(Path.of(arguments[0]));
     }
 
     private void call() throws Throwable {
@@ -261,54 +262,10 @@ public final class BridgeBench {
                 last = Literal.get(places.bare, places.place(i), Places.INT, null);
             sink = last;
         };
-        int count = 21, times = 100_000;
-        double[] gain = new double[count], floorGain = new double[count];
-        for (int round = -3; round < count; ++round) {
-            double one = rate(ours, times, 1), two = rate(ours, times, 2);
-            double floorOne = rate(literal, times, 1), floorTwo = rate(literal, times, 2);
-            if (round < 0)
-                continue;
-            gain[round] = two / one;
-            floorGain[round] = floorTwo / floorOne;
-        }
-        List<String> row = new ArrayList<>();
-        row.add("two threads reading, times one thread's rate (in place of ns)");
-        for (double[] gains : new double[][] {gain, floorGain}) {
-            row.add(Rounds.ratio(Rounds.median(gains)));
-            row.add(Rounds.ratio(Rounds.quantile(gains, 0.1)) + " - "
-                    + Rounds.ratio(Rounds.quantile(gains, 0.9)));
-        }
-        row.addAll(List.of("", "", "", ""));
-        rounds.addRow(row);
-    }
-
-    private static double rate(Rounds.Loop loop, int times, int threads) throws Throwable {
-        CountDownLatch ready = new CountDownLatch(threads), go = new CountDownLatch(1);
-        long[] nanos = new long[threads];
-        Thread[] workers = new Thread[threads];
-        for (int i = 0; i < threads; ++i) {
-            int mine = i;
-            workers[i] = new Thread(() -> {
-                try {
-                    ready.countDown();
-                    go.await();
-                    long start = System.nanoTime();
-                    loop.run(times);
-                    nanos[mine] = System.nanoTime() - start;
-                } catch (Throwable failed) {
-                    throw new IllegalStateException(failed);
-                }
-            });
-            workers[i].start();
-        }
-        ready.await();
-        go.countDown();
-        double rate = 0;
-        for (int i = 0; i < threads; ++i) {
-            workers[i].join();
-            rate += times / (double) nanos[i];
-        }
-        return rate;
+        Map<String, Rounds.Loop> ways = new LinkedHashMap<>();
+        ways.put("ours", ours);
+        ways.put("literal", literal);
+        TwoThreads.measure(rounds, "two threads, natives", ways);
     }
 
     private static final class CountingListener implements SettingListener {

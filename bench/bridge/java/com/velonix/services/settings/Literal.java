@@ -13,6 +13,9 @@ final class Literal {
 
     static native void empty();
 
+    /** What the process has allocated of the native heap. */
+    static native long nativeBytes();
+
     /** A bare tree: a node "top" with nodes "n0", "n1" and so on, empty. */
     static native long createTree(int nodes);
 

@@ -1,6 +1,5 @@
 package com.velonix.services.settings;
 
-import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
@@ -12,7 +11,7 @@ import java.util.stream.IntStream;
  */
 final class Places implements AutoCloseable {
     static final int KEYS_PER_NODE = 100;
-    private static final int PLACES = 256;
+    static final int PLACES = 256;
 
     /** The values, each under a key of its own in every node. */
     static final String INT = "k1", TEXT = "k2", DOUBLES = "k3";
@@ -62,7 +61,7 @@ final class Places implements AutoCloseable {
         root.close();
     }
 
-    private static Object valueOf(int key) {
+    static Object valueOf(int key) {
         return switch ("k" + key) {
             case TEXT -> "a text of 20 letters";
             case DOUBLES -> doubles(1);
@@ -70,7 +69,7 @@ final class Places implements AutoCloseable {
         };
     }
 
-    private static String xml(int nodes) throws IOException {
+    static String xml(int nodes) {
         StringBuilder keys = new StringBuilder();
         for (int key = 0; key < KEYS_PER_NODE; ++key) {
             Object value = valueOf(key);
@@ -98,7 +97,7 @@ final class Places implements AutoCloseable {
         return text.append("</node></settings>\n").toString();
     }
 
-    private static long bareTree(int nodes) {
+    static long bareTree(int nodes) {
         long tree = Literal.createTree(nodes);
         int factory = 3;
         for (int node = 0; node < nodes; ++node) {

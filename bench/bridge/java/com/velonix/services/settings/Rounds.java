@@ -1,12 +1,21 @@
 package com.velonix.services.settings;
 
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.LinkedHashMap;
 import java.util.List;
+import java.util.Map;
 
 /**
  * Measures several ways of doing the same work in turn, round after round, so that whatever else
- * the machine does meets all of them. Ratios are medians of the ratios within one round.
+ * the machine does meets all of them. The first way is ours; a ratio is ours divided by another
+ * way, as the median of the ratios within one round.
+ *
+ * <p>Results are lines of work, way, unit, median, tenth and ninetieth of a hundred, ratio, with
+ * tabs between them.
  */
 final class Rounds {
     /** A loop over the work. */
@@ -16,90 +25,84 @@ final class Rounds {
 
     private static final int WARM_UPS = 6;
     private static final long PART_NANOS = 8_000_000;
+    /** Work of which one takes longer than this gets few rounds. */
+    private static final long SLOW_NANOS = 100_000_000;
+    private static final int SLOW_ROUNDS = 5, SLOW_WARM_UPS = 2;
 
     private final int rounds;
-    private final StringBuilder table = new StringBuilder();
+    private final List<String> results = new ArrayList<>();
 
     Rounds(int rounds) {
         this.rounds = rounds;
-        table.append("| work | ns | spread | literal ns | spread | ns / literal | spread |")
-                .append(" best ns | ns / best |\n|---|---:|---:|---:|---:|---:|---:|---:|---:|\n");
     }
 
     /** Measures ours, the literal floor and, where there is one, the best floor. */
     void measure(String work, Loop... ways) throws Throwable {
+        String[] names = {"ours", "literal", "best"};
+        Map<String, Loop> named = new LinkedHashMap<>();
+        for (int i = 0; i < ways.length; ++i) named.put(names[i], ways[i]);
+        measure(work, named);
+    }
+
+    /** Measures the ways, nanoseconds each; ours is the first. */
+    void measure(String work, Map<String, Loop> named) throws Throwable {
+        Loop[] ways = named.values().toArray(new Loop[0]);
         int[] times = new int[ways.length];
+        long longest = 0;
         for (int way = 0; way < ways.length; ++way) {
             times[way] = 1;
-            for (int i = 0; i < WARM_UPS || nanos(ways[way], times[way]) < PART_NANOS / 2; ++i) {
-                double each = nanos(ways[way], times[way]) / (double) times[way];
-                times[way] = (int) Math.max(1, PART_NANOS / Math.max(each, 1));
+            for (int i = 0; i < WARM_UPS; ++i) {
+                long took = nanos(ways[way], times[way]);
+                if (i >= SLOW_WARM_UPS && took / times[way] > SLOW_NANOS)
+                    break;
+                times[way] = (int) Math.max(1, PART_NANOS / Math.max(took / times[way], 1));
             }
+            // Whatever is compiled late has been by then.
+            while (nanos(ways[way], times[way]) < PART_NANOS / 2) times[way] *= 2;
+            longest = Math.max(longest, nanos(ways[way], times[way]) / times[way]);
         }
-        double[][] each = new double[ways.length][rounds];
-        for (int round = 0; round < rounds; ++round) {
+        double[][] each = new double[ways.length][longest > SLOW_NANOS ? SLOW_ROUNDS : rounds];
+        for (int round = 0; round < each[0].length; ++round) {
             for (int i = 0; i < ways.length; ++i) {
                 int way = (i + round) % ways.length;
                 each[way][round] = nanos(ways[way], times[way]) / (double) times[way];
             }
         }
-        List<String> row = new ArrayList<>(List.of(work, figure(median(each[0])), spread(each[0])));
-        row.addAll(List.of(figure(median(each[1])), spread(each[1])));
-        double[] ratios = ratios(each[0], each[1]);
-        row.add(ratio(median(ratios)));
-        row.add(ratio(quantile(ratios, 0.1)) + " - " + ratio(quantile(ratios, 0.9)));
-        boolean hasBest = ways.length > 2;
-        row.add(hasBest ? figure(median(each[2])) : "");
-        row.add(hasBest ? ratio(median(ratios(each[0], each[2]))) : "");
-        addRow(row);
+        record(work, named.keySet(), "ns", each);
     }
 
-    /** Adds a row that was measured elsewhere. */
-    void addRow(List<String> cells) {
-        String row = "| " + String.join(" | ", cells) + " |\n";
-        System.err.print(row);
-        table.append(row);
+    /** Records what was measured elsewhere, a row of figures for each way, round by round. */
+    void record(String work, Iterable<String> names, String unit, double[][] each) {
+        int way = 0;
+        for (String name : names) {
+            double[] ratios = new double[each[way].length];
+            for (int i = 0; i < ratios.length; ++i) ratios[i] = each[0][i] / each[way][i];
+            String result = String.format("%s\t%s\t%s\t%.3f\t%.3f\t%.3f\t%.4f", work, name, unit,
+                    median(each[way]), quantile(each[way], 0.1), quantile(each[way], 0.9),
+                    median(ratios));
+            System.out.println(result);
+            results.add(result);
+            ++way;
+        }
     }
 
-    @Override
-    public String toString() {
-        return table.toString();
+    void write(Path file) throws IOException {
+        Files.write(file, results);
     }
 
     static double median(double[] values) {
         return quantile(values, 0.5);
     }
 
-    static double quantile(double[] values, double part) {
+    private static double quantile(double[] values, double part) {
         double[] sorted = values.clone();
         Arrays.sort(sorted);
         return sorted[(int) Math.round(part * (sorted.length - 1))];
-    }
-
-    static String ratio(double value) {
-        return String.format("%.2f", value);
     }
 
     private static long nanos(Loop loop, int times) throws Throwable {
         long start = System.nanoTime();
         loop.run(times);
         return System.nanoTime() - start;
-    }
-
-    private static double[] ratios(double[] over, double[] under) {
-        double[] ratios = new double[over.length];
-        for (int i = 0; i < ratios.length; ++i) {
-            ratios[i] = over[i] / under[i];
-        }
-        return ratios;
-    }
-
-    private static String figure(double nanos) {
-        return nanos < 100 ? String.format("%.1f", nanos) : String.format("%,.0f", nanos);
-    }
-
-    /** From the tenth to the ninetieth of a hundred. */
-    private static String spread(double[] values) {
-        return figure(quantile(values, 0.1)) + " - " + figure(quantile(values, 0.9));
     }
 }

@@ -1,0 +1,182 @@
+package com.velonix.services.settings;
+
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.Comparator;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.stream.Stream;
+
+/**
+ * The Java API beside its floor and beside what a user might pick instead, measured in turn in one
+ * run. The arguments are the file for the results, a directory on a disk, which is emptied, and the
+ * number of rounds.
+ */
+public final class AlternativesBench {
+    /** Works on one alternative. */
+    private interface Work {
+        Rounds.Loop of(Alternative alternative) throws Exception;
+    }
+
+    private static final int SMALL = 1000, LARGE = 100_000;
+    private static final int HANDLES = 10_000, LISTENERS = 5000;
+
+    private final Rounds rounds;
+    private final Path directory;
+
+    private AlternativesBench(Path directory, int rounds) {
+        this.directory = directory;
+        this.rounds = new Rounds(rounds);
+    }
+
+    public static void main(String[] arguments) throws Throwable {
+        Path directory = Path.of(arguments[1]);
+        delete(directory);
+        Path factory = Files.createDirectories(directory.resolve("factory"));
+        // The process's own tree, which transactions and the user level need.
+        Files.writeString(
+                factory.resolve("bench.xml"), Places.xml(Alternative.changedNode(LARGE) + 1));
+        NativeLibrary.load();
+        SettingTestEnvironment.setDirectories(factory, directory.resolve("user"));
+        System.loadLibrary("bridgefloors");
+        Literal.prepare();
+        Best.prepare();
+        AlternativesBench bench = new AlternativesBench(
+                directory, arguments.length > 2 ? Integer.parseInt(arguments[2]) : 21);
+        bench.small();
+        bench.large();
+        for (int keys : new int[] {LARGE / 10, LARGE}) bench.files(keys);
+        bench.memory();
+        bench.rounds.write(Path.of(arguments[0]));
+        delete(directory);
+        System.exit(0);
+    }
+
+    private void small() throws Throwable {
+        try (Places places = Places.ofKeys(SMALL)) {
+            Map<String, Alternative> all = filled(places, SMALL);
+            for (Alternative each : all.values()) each.fillListed();
+            reading(all, SMALL);
+            measure("deliver 1", all, each -> each.deliver(1));
+            measure("deliver 100", all, each -> each.deliver(100));
+            measure("list", all, Alternative::list);
+            measure("set durably", all, each -> each.setDurably(directory));
+            close(all);
+        }
+    }
+
+    private void large() throws Throwable {
+        try (Places places = Places.ofKeys(LARGE)) {
+            Map<String, Alternative> all = filled(places, LARGE);
+            reading(all, LARGE);
+            TwoThreads.measure(rounds, "two threads", loops(all, each -> each.read(Places.INT)));
+            TwoThreads.measure(rounds, "two threads held", loops(all, Alternative::readHeld));
+            measure("read held", all, Alternative::readHeld);
+            measure("set", all, Alternative::set);
+            measure("change 1000", all, each -> each.change(SMALL));
+            measure("change 100000", all, each -> each.change(LARGE));
+            close(all);
+        }
+    }
+
+    private void reading(Map<String, Alternative> all, int keys) throws Throwable {
+        measure("read int " + keys, all, each -> each.read(Places.INT));
+        measure("read text " + keys, all, each -> each.read(Places.TEXT));
+        measure("read doubles " + keys, all, each -> each.read(Places.DOUBLES));
+    }
+
+    private void files(int keys) throws Throwable {
+        try (Places places = Places.ofKeys(keys)) {
+            Map<String, Alternative> all = filled(places, keys);
+            // Written first: each reads what it has written.
+            measure("write " + keys, all, each -> each.write(directory));
+            measure("load " + keys, all, each -> each.load(directory));
+            close(all);
+        }
+    }
+
+    private void memory() throws Exception {
+        Path file = directory.resolve("memory.xml");
+        Files.writeString(file, Places.xml(LARGE / Places.KEYS_PER_NODE));
+        new Memory(rounds, "memory key", LARGE)
+                .of("ours", () -> SettingPath.load(file))
+                .of("prefs", () -> filled(new JavaPreferences(LARGE)))
+                .of("Equinox", () -> filled(new EquinoxPreferences(LARGE)))
+                .of("Commons", () -> filled(new CommonsConfiguration(LARGE)))
+                .of("map", () -> filled(new PlainMap(LARGE)))
+                .record();
+        new Memory(rounds, "memory root", HANDLES)
+                .of("ours", Memory.many(HANDLES, SettingPath::processRoot))
+                .record();
+        try (Places places = Places.ofKeys(SMALL)) {
+            new Memory(rounds, "memory setting", HANDLES)
+                    .of("ours",
+                            Memory.many(HANDLES,
+                                    ()
+                                            -> places.root.path(Places.nodePath(0))
+                                                       .setting(Places.INT, Integer.class)))
+                    .record();
+        }
+        new Memory(rounds, "memory listener", LISTENERS)
+                .of("ours", () -> heard(new OurSettings(Places.ofKeys(SMALL), SMALL)))
+                .of("prefs", () -> heard(new JavaPreferences(SMALL)))
+                .of("Equinox", () -> heard(new EquinoxPreferences(SMALL)))
+                .of("Commons", () -> heard(new CommonsConfiguration(SMALL)))
+                .record();
+    }
+
+    private static Alternative filled(Alternative alternative) throws Exception {
+        alternative.fill();
+        return alternative;
+    }
+
+    private static Alternative heard(Alternative alternative) throws Exception {
+        alternative.fillListed();
+        for (int i = 0; i < LISTENERS; ++i) alternative.listen();
+        return alternative;
+    }
+
+    private static Map<String, Alternative> filled(Places places, int keys) throws Exception {
+        Map<String, Alternative> all = new LinkedHashMap<>();
+        all.put("ours", new OurSettings(places, keys));
+        all.put("floor", new Floor(places, keys));
+        all.put("prefs", new JavaPreferences(keys));
+        all.put("Equinox", new EquinoxPreferences(keys));
+        all.put("Commons", new CommonsConfiguration(keys));
+        all.put("map", new PlainMap(keys));
+        for (Alternative each : all.values()) each.fill();
+        return all;
+    }
+
+    private void measure(String name, Map<String, Alternative> all, Work work) throws Throwable {
+        rounds.measure(name, loops(all, work));
+    }
+
+    private static Map<String, Rounds.Loop> loops(Map<String, Alternative> all, Work work)
+            throws Exception {
+        Map<String, Rounds.Loop> loops = new LinkedHashMap<>();
+        for (Map.Entry<String, Alternative> each : all.entrySet()) {
+            Rounds.Loop loop = work.of(each.getValue());
+            if (loop != null)
+                loops.put(each.getKey(), loop);
+        }
+        return loops;
+    }
+
+    private static void close(Map<String, Alternative> all) throws Exception {
+        for (Alternative each : all.values()) each.close();
+    }
+
+    private static void delete(Path directory) throws IOException {
+        if (!Files.exists(directory))
+            return;
+        List<Path> found = new ArrayList<>();
+        try (Stream<Path> all = Files.walk(directory)) {
+            all.sorted(Comparator.reverseOrder()).forEach(found::add);
+        }
+        for (Path each : found) Files.delete(each);
+    }
+}

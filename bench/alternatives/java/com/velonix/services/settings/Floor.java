@@ -1,0 +1,125 @@
+package com.velonix.services.settings;
+
+import java.nio.ByteBuffer;
+import java.nio.channels.FileChannel;
+import java.nio.file.Path;
+import java.nio.file.StandardOpenOption;
+
+/**
+ * The least that a native implementation needs, written by hand: {@link Best} on a bare tree, and
+ * {@link Literal} where there is no better. On the disk: a record appended and flushed.
+ */
+final class Floor extends Alternative {
+    private static final String[] LISTED_PATH = Places.nodePath(0);
+
+    private final Places places;
+    private final long listed = Literal.createTree(1);
+
+    Floor(Places places, int keys) {
+        super(keys);
+        this.places = places;
+    }
+
+    @Override
+    void fill() {}
+
+    @Override
+    void put(String node, String key, Object value) {
+        Literal.put(listed, LISTED_PATH, key, new SettingInfo(value), LEVELS.length - 1);
+    }
+
+    @Override
+    Rounds.Loop read(String key) {
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                sink = Best.get(places.bare, places.place(i), key, null);
+        };
+    }
+
+    @Override
+    Rounds.Loop readHeld() {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop set() {
+        SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                Best.set(places.bare, places.place(i >> 1), Places.INT, values[i & 1], LEVELS[0]);
+        };
+    }
+
+    @Override
+    Rounds.Loop setDurably(Path directory) throws Exception {
+        FileChannel file = FileChannel.open(
+                directory.resolve("floor"), StandardOpenOption.CREATE, StandardOpenOption.APPEND);
+        ByteBuffer record = ByteBuffer.allocateDirect(64);
+        return times -> {
+            for (int i = 0; i < times; ++i) {
+                file.write(record.clear());
+                file.force(false);
+            }
+        };
+    }
+
+    @Override
+    Rounds.Loop deliver(int listeners) {
+        String[] path = Places.nodePath(0);
+        long tree = Places.bareTree(1);
+        SettingListener listener = new SettingListener() {
+            @Override
+            public void settingChanged(SettingChangeEvent event) {
+                sink = event;
+            }
+        };
+        for (int i = 0; i < listeners; ++i)
+            Literal.addListener(tree, path, Places.INT, this, listener);
+        SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                Best.set(tree, path, Places.INT, values[i & 1], LEVELS[0]);
+        };
+    }
+
+    @Override
+    Rounds.Loop change(int count) {
+        long tree = Places.bareTree(changedNode(count) + 1);
+        String[][] paths = new String[count][];
+        String[] keys = new String[count];
+        for (int i = 0; i < count; ++i) {
+            paths[i] = Places.nodePath(changedNode(i));
+            keys[i] = changedKey(i);
+        }
+        return times -> {
+            for (int i = 0; i < times; ++i) {
+                SettingInfo value = new SettingInfo(++fresh);
+                long context = Literal.createContext();
+                for (int k = 0; k < count; ++k)
+                    Literal.set(context, tree, paths[k], keys[k], value, null);
+                Literal.commit(context, tree, LEVELS[0]);
+                Literal.deleteContext(context);
+            }
+        };
+    }
+
+    @Override
+    Rounds.Loop load(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop write(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop list() {
+        return times -> {
+            for (int i = 0; i < times; ++i) sink = Best.children(listed, LISTED_PATH);
+        };
+    }
+
+    @Override
+    void listen() {}
+}

@@ -1,0 +1,73 @@
+package com.velonix.services.settings;
+
+import java.lang.ref.Reference;
+import java.util.ArrayList;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+
+/** What things take of the Java heap and of the native one together, in bytes each. */
+final class Memory {
+    /** Makes what is measured, and answers what keeps it alive. */
+    interface Maker {
+        Object make() throws Exception;
+    }
+
+    private static final int ROUNDS = 3;
+    private static final int SETTLING_RUNS = 2;
+
+    private final Rounds rounds;
+    private final String work;
+    private final int count;
+    private final Map<String, double[]> ways = new LinkedHashMap<>();
+
+    /** Measures things of which each maker makes that many. */
+    Memory(Rounds rounds, String work, int count) {
+        this.rounds = rounds;
+        this.work = work;
+        this.count = count;
+    }
+
+    Memory of(String way, Maker maker) throws Exception {
+        double[] each = new double[ROUNDS];
+        // The first time also loads classes and compiles.
+        for (int round = -1; round < ROUNDS; ++round) {
+            long before = used();
+            Object kept = maker.make();
+            long after = used();
+            Reference.reachabilityFence(kept);
+            close(kept);
+            if (round >= 0)
+                each[round] = (after - before) / (double) count;
+        }
+        ways.put(way, each);
+        return this;
+    }
+
+    void record() {
+        rounds.record(work, ways.keySet(), "bytes", ways.values().toArray(new double[0][]));
+    }
+
+    /** Makes a list of `count` things. */
+    static Maker many(int count, Maker one) {
+        return () -> {
+            List<Object> all = new ArrayList<>(count);
+            for (int i = 0; i < count; ++i) all.add(one.make());
+            return all;
+        };
+    }
+
+    private static void close(Object kept) throws Exception {
+        if (kept instanceof Iterable<?> all) {
+            for (Object one : all) close(one);
+        } else if (kept instanceof AutoCloseable one) {
+            one.close();
+        }
+    }
+
+    private static long used() {
+        Runtime runtime = Runtime.getRuntime();
+        for (int i = 0; i < SETTLING_RUNS; ++i) System.gc();
+        return runtime.totalMemory() - runtime.freeMemory() + Literal.nativeBytes();
+    }
+}

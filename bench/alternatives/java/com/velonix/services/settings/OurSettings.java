@@ -1,0 +1,134 @@
+package com.velonix.services.settings;
+
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Arrays;
+import java.util.concurrent.atomic.AtomicLong;
+
+/** These settings, through the public Java API. */
+final class OurSettings extends Alternative {
+    private final Places places;
+    private final SettingPath root;
+
+    /** Reads the tree that the places are of; the caller closes them afterwards. */
+    OurSettings(Places places, int keys) {
+        super(keys);
+        this.places = places;
+        this.root = places.root;
+    }
+
+    @Override
+    void fill() {}
+
+    @Override
+    void put(String node, String key, Object value) throws Exception {
+        if (!root.path(node).exists())
+            root.addNode(node);
+        root.path(node).addKey(key, value);
+    }
+
+    @Override
+    Rounds.Loop read(String key) {
+        Class<?> type = key.equals(Places.DOUBLES) ? double[].class
+                : key.equals(Places.TEXT)          ? String.class
+                                                   : Integer.class;
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                sink = root.path(places.place(i)).setting(key, type).get();
+        };
+    }
+
+    @Override
+    Rounds.Loop readHeld() {
+        Setting<Integer>[] held = held(Places.PLACES);
+        return times -> {
+            for (int i = 0; i < times; ++i) sink = held[i & Places.PLACES - 1].get();
+        };
+    }
+
+    @Override
+    Rounds.Loop set() {
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                root.path(places.place(i >> 1))
+                        .setting(Places.INT, Integer.class)
+                        .set(i & 1, SettingLevel.SESSION);
+        };
+    }
+
+    @Override
+    Rounds.Loop setDurably(Path directory) {
+        SettingPath process = SettingPath.processRoot();
+        Setting<Integer> key = process.path("top", "n0").setting(Places.INT, Integer.class);
+        return times -> {
+            for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.USER);
+        };
+    }
+
+    @Override
+    Rounds.Loop deliver(int listeners) throws Exception {
+        SettingPath heardTree = SettingPath.standalone();
+        Setting<Integer> key = heardTree.addKey("key", 0);
+        AtomicLong heard = new AtomicLong();
+        for (int i = 0; i < listeners; ++i) key.addListener(event -> heard.incrementAndGet());
+        return times -> {
+            long before = heard.get();
+            for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.SESSION);
+            if (heard.get() - before != (long) listeners * times)
+                throw new AssertionError("not all was heard");
+        };
+    }
+
+    @Override
+    Rounds.Loop change(int count) {
+        // A transaction is for the settings of the process.
+        SettingPath process = SettingPath.processRoot();
+        @SuppressWarnings({"unchecked", "rawtypes"}) Setting<Integer>[] keys = new Setting[count];
+        Arrays.setAll(keys,
+                i
+                -> process.path("top", "n" + changedNode(i)).setting(changedKey(i), Integer.class));
+        return times -> {
+            for (int i = 0; i < times; ++i) {
+                Integer value = ++fresh;
+                try (SettingTransaction transaction = new SettingTransaction()) {
+                    for (Setting<Integer> key : keys) transaction.set(key, value);
+                    if (!transaction.commit(SettingLevel.SESSION).isEmpty())
+                        throw new AssertionError("not committed");
+                }
+            }
+        };
+    }
+
+    @Override
+    Rounds.Loop load(Path directory) throws Exception {
+        Path file = directory.resolve("ours.xml");
+        Files.writeString(file, Places.xml(nodes));
+        return times -> {
+            for (int i = 0; i < times; ++i) SettingPath.load(file).close();
+        };
+    }
+
+    @Override
+    Rounds.Loop write(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop list() {
+        SettingPath node = root.path(LISTED);
+        return times -> {
+            for (int i = 0; i < times; ++i) sink = node.keys();
+        };
+    }
+
+    @Override
+    void listen() throws Exception {
+        root.path(LISTED).setting("key0", Integer.class).addListener(event -> sink = event);
+    }
+
+    Setting<Integer>[] held(int count) {
+        @SuppressWarnings({"unchecked", "rawtypes"}) Setting<Integer>[] held = new Setting[count];
+        Arrays.setAll(held, i -> root.path(places.place(i)).setting(Places.INT, Integer.class));
+        return held;
+    }
+}

@@ -1,0 +1,87 @@
+package com.velonix.services.settings;
+
+import java.nio.file.Path;
+import java.util.concurrent.ConcurrentHashMap;
+
+/** The ceiling: a map from path to value. No types, levels, events or files. */
+final class PlainMap extends Alternative {
+    private final ConcurrentHashMap<String, Object> map = new ConcurrentHashMap<>();
+
+    PlainMap(int keys) {
+        super(keys);
+    }
+
+    @Override
+    void put(String node, String key, Object value) {
+        map.put(node + '/' + key, value);
+    }
+
+    @Override
+    Rounds.Loop read(String key) {
+        String[] paths = paths(key);
+        return times -> {
+            for (int i = 0; i < times; ++i) sink = map.get(paths[i & Places.PLACES - 1]);
+        };
+    }
+
+    @Override
+    Rounds.Loop readHeld() {
+        return read(Places.INT);
+    }
+
+    @Override
+    Rounds.Loop set() {
+        String[] paths = paths(Places.INT);
+        Object[] values = {1, 2};
+        return times -> {
+            for (int i = 0; i < times; ++i)
+                map.put(paths[i >> 1 & Places.PLACES - 1], values[i & 1]);
+        };
+    }
+
+    @Override
+    Rounds.Loop setDurably(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop deliver(int listeners) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop change(int count) {
+        String[] paths = new String[count];
+        for (int i = 0; i < count; ++i) paths[i] = "top/n" + changedNode(i) + '/' + changedKey(i);
+        return times -> {
+            for (int i = 0; i < times; ++i) {
+                Integer value = ++fresh;
+                for (String path : paths) map.put(path, value);
+            }
+        };
+    }
+
+    @Override
+    Rounds.Loop load(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop write(Path directory) {
+        return null;
+    }
+
+    @Override
+    Rounds.Loop list() {
+        return null;
+    }
+
+    @Override
+    void listen() {}
+
+    private String[] paths(String key) {
+        String[] paths = placesOf("top/");
+        for (int i = 0; i < paths.length; ++i) paths[i] += '/' + key;
+        return paths;
+    }
+}

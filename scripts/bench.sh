@@ -1,0 +1,41 @@
+#!/bin/bash
+# Measures, and writes docs/performance.md, after installing what that needs
+# (scripts/install_packages.sh bench). Takes less than ten minutes on two cores; for figures that mean
+# something nothing else should run meanwhile.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh bench
+
+echo "Building (log in build/bench.log)"
+mkdir -p build
+if ! { cmake --preset release && cmake --build build/release; } >build/bench.log 2>&1; then
+  tail -n 60 build/bench.log
+  exit 1
+fi
+
+results=build/release/bench/results
+rm -rf "$results"
+mkdir -p "$results"
+
+# Repetitions of all benchmarks of a program in random order: whatever else the machine does meets
+# ours and what it is compared with alike.
+run_native() {
+  echo "== $1"
+  "build/release/bench/$1" --benchmark_repetitions=9 --benchmark_min_time=0.03 \
+    --benchmark_enable_random_interleaving=true --benchmark_out="$results/$(basename "$1").json" \
+    --benchmark_out_format=json >build/bench.log 2>&1 || { tail -n 20 build/bench.log && exit 1; }
+}
+
+for target in alternatives_bench bridge_bench; do
+  echo "== $target"
+  cmake --build build/release --target "$target" >build/bench.log 2>&1 ||
+    { tail -n 20 build/bench.log && exit 1; }
+done
+for name in build/release/bench/service_*_bench; do
+  run_native "$(basename "$name")"
+done
+run_native alternatives/gsettings_bench
+
+bench/report.py "$results" <bench/performance.md.in >build/performance.md
+mv build/performance.md docs/performance.md
+echo "Written: docs/performance.md"
