@@ -97,7 +97,8 @@ def machine():
     model = next((line.split(":")[1].strip() for line in open("/proc/cpuinfo")
                   if line.startswith("model name")), platform.machine())
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
-    return f"{os.cpu_count()} cores ({model}), {memory:.0f} GiB of memory"
+    return (f"{os.cpu_count()} cores ({model}), {memory:.0f} GiB of memory, with a load average of "
+            f"{os.getloadavg()[1]:.1f} (the benchmarks alone make about 1)")
 
 
 def main():

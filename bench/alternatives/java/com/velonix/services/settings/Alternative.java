@@ -70,8 +70,8 @@ abstract class Alternative implements AutoCloseable {
     /** Lists the names of the keys of {@link #LISTED}. */
     abstract Rounds.Loop list();
 
-    /** Adds a listener of the key "key0" of {@link #LISTED}. */
-    abstract void listen() throws Exception;
+    /** Adds a listener of the key "key0" of {@link #LISTED}, unlike any other. */
+    abstract void listen(int number) throws Exception;
 
     @Override
     public void close() throws IOException {}

@@ -121,10 +121,15 @@ public final class AlternativesBench {
                     .record();
         }
         new Memory(rounds, "memory listener", LISTENERS)
-                .of("ours", () -> heard(new OurSettings(Places.ofKeys(SMALL), SMALL)))
-                .of("prefs", () -> heard(new JavaPreferences(SMALL)))
-                .of("Equinox", () -> heard(new EquinoxPreferences(SMALL)))
-                .of("Commons", () -> heard(new CommonsConfiguration(SMALL)))
+                .of("ours",
+                        ()
+                                -> listed(new OurSettings(Places.ofKeys(SMALL), SMALL)),
+                        AlternativesBench::heard)
+                .of("prefs", () -> listed(new JavaPreferences(SMALL)), AlternativesBench::heard)
+                .of("Equinox",
+                        () -> listed(new EquinoxPreferences(SMALL)), AlternativesBench::heard)
+                .of("Commons",
+                        () -> listed(new CommonsConfiguration(SMALL)), AlternativesBench::heard)
                 .record();
     }
 
@@ -133,10 +138,14 @@ public final class AlternativesBench {
         return alternative;
     }
 
-    private static Alternative heard(Alternative alternative) throws Exception {
+    private static Alternative listed(Alternative alternative) throws Exception {
         alternative.fillListed();
-        for (int i = 0; i < LISTENERS; ++i) alternative.listen();
         return alternative;
+    }
+
+    private static Object heard(Alternative alternative) throws Exception {
+        for (int i = 0; i < LISTENERS; ++i) alternative.listen(i);
+        return null;
     }
 
     private static Map<String, Alternative> filled(Places places, int keys) throws Exception {

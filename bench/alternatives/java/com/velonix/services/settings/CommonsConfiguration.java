@@ -172,9 +172,9 @@ final class CommonsConfiguration extends Alternative {
     }
 
     @Override
-    void listen() {
+    void listen(int number) {
         levels[LEVELS.length - 1].addEventListener(
-                ConfigurationEvent.SET_PROPERTY, event -> sink = event);
+                ConfigurationEvent.SET_PROPERTY, event -> fresh = number);
     }
 
     private String[] paths(String key) {

@@ -154,9 +154,9 @@ final class EquinoxPreferences extends Alternative {
     }
 
     @Override
-    void listen() {
+    void listen(int number) {
         ((IEclipsePreferences) levels[LEVELS.length - 1].node(LISTED))
-                .addPreferenceChangeListener(event -> sink = event);
+                .addPreferenceChangeListener(event -> fresh = number);
     }
 
     @Override

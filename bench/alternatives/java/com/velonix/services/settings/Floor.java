@@ -121,5 +121,5 @@ final class Floor extends Alternative {
     }
 
     @Override
-    void listen() {}
+    void listen(int number) {}
 }

@@ -152,8 +152,8 @@ final class JavaPreferences extends Alternative {
     }
 
     @Override
-    void listen() {
-        levels[LEVELS.length - 1].node(LISTED).addPreferenceChangeListener(event -> sink = event);
+    void listen(int number) {
+        levels[LEVELS.length - 1].node(LISTED).addPreferenceChangeListener(event -> fresh = number);
     }
 
     @Override

@@ -13,6 +13,16 @@ final class Memory {
         Object make() throws Exception;
     }
 
+    /** The same for what is made out of something that is not to be counted. */
+    interface Step<T> {
+        Object make(T prepared) throws Exception;
+    }
+
+    /** Makes something that is not to be counted. */
+    interface Preparation<T> {
+        T make() throws Exception;
+    }
+
     private static final int ROUNDS = 3;
     private static final int SETTLING_RUNS = 2;
 
@@ -29,14 +39,21 @@ final class Memory {
     }
 
     Memory of(String way, Maker maker) throws Exception {
+        return of(way, () -> null, nothing -> maker.make());
+    }
+
+    <T> Memory of(String way, Preparation<T> preparation, Step<T> step) throws Exception {
         double[] each = new double[ROUNDS];
         // The first time also loads classes and compiles.
         for (int round = -1; round < ROUNDS; ++round) {
+            T prepared = preparation.make();
             long before = used();
-            Object kept = maker.make();
+            Object kept = step.make(prepared);
             long after = used();
+            Reference.reachabilityFence(prepared);
             Reference.reachabilityFence(kept);
             close(kept);
+            close(prepared);
             if (round >= 0)
                 each[round] = (after - before) / (double) count;
         }

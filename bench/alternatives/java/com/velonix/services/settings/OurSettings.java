@@ -122,8 +122,8 @@ final class OurSettings extends Alternative {
     }
 
     @Override
-    void listen() throws Exception {
-        root.path(LISTED).setting("key0", Integer.class).addListener(event -> sink = event);
+    void listen(int number) throws Exception {
+        root.path(LISTED).setting("key0", Integer.class).addListener(event -> fresh = number);
     }
 
     Setting<Integer>[] held(int count) {

@@ -77,7 +77,7 @@ final class PlainMap extends Alternative {
     }
 
     @Override
-    void listen() {}
+    void listen(int number) {}
 
     private String[] paths(String key) {
         String[] paths = placesOf("top/");

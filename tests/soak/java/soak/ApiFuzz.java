@@ -1,0 +1,268 @@
+package soak;
+
+import com.velonix.services.settings.Registration;
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingException;
+import com.velonix.services.settings.SettingLevel;
+import com.velonix.services.settings.SettingPath;
+import com.velonix.services.settings.SettingTransaction;
+import com.velonix.services.settings.SettingUnsupportedTypeRuntimeException;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.concurrent.ConcurrentLinkedQueue;
+
+/**
+ * Calls the public API with random and hostile arguments, on one thread and on several, and fails
+ * when anything but the documented exceptions comes out. Each round has a seed of its own, which is
+ * printed when it fails and can be given to run that round again; rounds on one thread then do
+ * exactly the same.
+ *
+ * <p>Arguments: seconds to run; or seconds, seed and threads of one round.
+ */
+public final class ApiFuzz {
+    /** One call; what it may throw beside what every call may. */
+    private interface Call {
+        void make() throws Exception;
+    }
+
+    private record Operation(Call call, List<Class<? extends Exception>> allowed) {}
+
+    private static final int CALLS = 400, THREADS = 4, KEPT = 24;
+
+    private final Map<String, Operation> operations = new LinkedHashMap<>();
+    private final List<SettingPath> paths = new ArrayList<>();
+    private final List<Setting<?>> settings = new ArrayList<>();
+    private final List<Registration> registrations = new ArrayList<>();
+    private final List<SettingTransaction> transactions = new ArrayList<>();
+    private final SettingPath[] roots;
+    private final Hostile random;
+    private final Path file;
+
+    private ApiFuzz(long seed, SettingPath[] roots, Path file) {
+        this.random = new Hostile(seed);
+        this.roots = roots;
+        this.file = file;
+        declare();
+    }
+
+    public static void main(String[] arguments) throws Exception {
+        long end = System.nanoTime() + Long.parseLong(arguments[0]) * 1_000_000_000;
+        boolean again = arguments.length > 1;
+        long seed = again ? Long.parseLong(arguments[1]) : System.nanoTime();
+        int threads = again ? Integer.parseInt(arguments[2]) : 1;
+        System.out.println("first seed " + seed);
+        long rounds = 0;
+        do {
+            List<String> failures = round(seed, threads);
+            if (!failures.isEmpty()) {
+                failures.forEach(System.out::println);
+                System.out.printf("FAILED: repeat with the arguments 1 %d %d%n", seed, threads);
+                System.exit(1);
+            }
+            ++rounds;
+            ++seed;
+            threads = again ? threads : 1 + (int) (rounds % 2) * (THREADS - 1);
+        } while (!again && System.nanoTime() < end);
+        System.out.printf("API fuzzing: %,d rounds of %d calls on 1 and %d threads, 0 failures%n",
+                rounds, CALLS, THREADS);
+    }
+
+    /** What went wrong. */
+    private static List<String> round(long seed, int threads) throws Exception {
+        ConcurrentLinkedQueue<String> failures = new ConcurrentLinkedQueue<>();
+        SettingPath[] roots = {
+                SettingPath.standalone(), SettingPath.standalone(), SettingPath.processRoot()};
+        Thread[] workers = new Thread[threads];
+        for (int i = 0; i < threads; ++i) {
+            Path file = Files.createTempFile("fuzz", ".xml");
+            ApiFuzz fuzz = new ApiFuzz(seed * THREADS + i, roots, file);
+            workers[i] = new Thread(() -> {
+                for (int call = 0; call < CALLS && failures.isEmpty(); ++call) {
+                    fuzz.callOne(failures);
+                }
+                fuzz.clean(failures);
+            });
+        }
+        for (Thread worker : workers) worker.start();
+        for (Thread worker : workers) worker.join();
+        // What the round left in the settings of the process would reach into the next.
+        try (SettingPath process = SettingPath.processRoot()) {
+            for (String child : process.children()) process.delete(child);
+        }
+        for (SettingPath root : roots) root.close();
+        return List.copyOf(failures);
+    }
+
+    private void callOne(ConcurrentLinkedQueue<String> failures) {
+        List<String> names = List.copyOf(operations.keySet());
+        String name = names.get(random.number(names.size()));
+        Operation operation = operations.get(name);
+        try {
+            random.gaveNull();
+            operation.call().make();
+        } catch (Throwable thrown) {
+            if (!isDocumented(thrown, operation.allowed()))
+                failures.add(name + ": " + thrown + " at " + List.of(thrown.getStackTrace()));
+        }
+    }
+
+    private boolean isDocumented(Throwable thrown, List<Class<? extends Exception>> allowed) {
+        if (thrown instanceof NullPointerException)
+            return random.gaveNull() && !isOfMachine(thrown.getMessage());
+        if (thrown instanceof IllegalStateException)
+            return String.valueOf(thrown.getMessage()).matches(".*(closed|in use).*");
+        return allowed.stream().anyMatch(each -> each.isInstance(thrown));
+    }
+
+    /** Whether it is the machine's own account, and not the name of an argument. */
+    private static boolean isOfMachine(String message) {
+        return message == null || message.startsWith("Cannot ");
+    }
+
+    private void clean(ConcurrentLinkedQueue<String> failures) {
+        try {
+            registrations.forEach(Registration::close);
+            transactions.forEach(SettingTransaction::close);
+            Files.delete(file);
+        } catch (IOException | RuntimeException failed) {
+            failures.add("closing: " + failed);
+        }
+    }
+
+    @SafeVarargs
+    @SuppressWarnings("varargs")
+    private void operation(String name, Call call, Class<? extends Exception>... allowed) {
+        operations.put(name, new Operation(call, List.of(allowed)));
+    }
+
+    private void declare() {
+        Class<SettingException> service = SettingException.class;
+        Class<SettingUnsupportedTypeRuntimeException> type =
+                SettingUnsupportedTypeRuntimeException.class;
+        Class<IllegalArgumentException> argument = IllegalArgumentException.class;
+        operation("path", () -> keep(paths, path().path(random.names())));
+        operation("setting",
+                () -> keep(settings, path().setting(random.name(), random.type())), type);
+        operation("names", () -> path().names());
+        operation("nodes", () -> path().nodes(), service);
+        operation("keys", () -> path().keys(), service);
+        operation("children", () -> path().children(), service);
+        operation("exists", () -> path().exists());
+        operation("isNode", () -> path().isNode(random.string()), service);
+        operation("addNode", () -> keep(paths, path().addNode(random.name())), service, argument);
+        operation("addNode guarded",
+                ()
+                        -> keep(paths,
+                                path().addNode(random.name(), random.validator(), random.string())),
+                service, argument);
+        operation("addKey",
+                ()
+                        -> keep(settings, path().addKey(random.name(), random.value())),
+                service, argument, type);
+        operation("addKey guarded",
+                ()
+                        -> keep(settings,
+                                path().addKey(random.name(), random.value(), random.level(),
+                                        random.validator(), random.string())),
+                service, argument, type);
+        operation("delete", () -> path().delete(random.name()), service);
+        operation("copyTo",
+                ()
+                        -> path().copyTo(path(), random.name()),
+                service, argument, UnsupportedOperationException.class);
+        operation("listen to a node",
+                () -> keep(registrations, path().addListener(random.listener(root()))), service);
+        operation("factoryDir", () -> path().factoryDir());
+        operation("compare paths", () -> path().equals(path()));
+        operation("text of a path", () -> (path().toString() + path().hashCode()).length());
+        operation("get", () -> setting().get(), service, type);
+        operation("get at a level", () -> setting().get(random.level()), service, type);
+        operation("find", () -> setting().find(), service, type);
+        operation("find at a level", () -> setting().find(random.level()), service, type);
+        operation("level", () -> setting().level(), service);
+        operation("declaredType", () -> setting().declaredType(), service);
+        operation("isSet", () -> setting().isSet(random.level()));
+        operation("exists as a key", () -> isThere(setting()));
+        operation("set", () -> set(setting(), random.value(), random.level()), service, type);
+        operation("unset", () -> setting().unset(random.level()), service);
+        operation("listen to a key",
+                () -> keep(registrations, setting().addListener(random.listener(root()))), service);
+        operation("stop listening", () -> {
+            if (!registrations.isEmpty())
+                registrations.get(random.number(registrations.size())).close();
+        });
+        operation("isValidName", () -> Setting.isValidName(random.string()));
+        operation("compare levels", () -> SettingLevel.USER.overrides(random.level()));
+        operation("begin", () -> keep(transactions, new SettingTransaction()));
+        operation("record",
+                () -> record(transaction(), setting(), random.value()), service, type, argument);
+        operation("commit", () -> transaction().commit(random.level()));
+        operation("validate", () -> transaction().validate());
+        operation("close a transaction", () -> transaction().close());
+        operation("close a tree", () -> {
+            if (random.oneIn(10))
+                root().close();
+        });
+        operation("open a session",
+                () -> SettingPath.sessionRoot(random.anyLong()).close(), argument);
+        operation("open a tree", () -> keep(paths, SettingPath.standalone()));
+        operation("load", () -> {
+            Files.writeString(file, random.fileText());
+            keep(paths, SettingPath.load(random.oneIn(20) ? file.getParent() : file));
+        }, IOException.class);
+    }
+
+    private <T> void keep(List<T> all, T one) {
+        if (all.size() < KEPT) {
+            all.add(one);
+        } else {
+            T dropped = all.set(random.number(KEPT), one);
+            // A tree that is forgotten closes itself; these do not.
+            if (dropped instanceof Registration registration)
+                registration.close();
+            if (dropped instanceof SettingTransaction transaction)
+                transaction.close();
+        }
+    }
+
+    private SettingPath root() {
+        return roots[random.number(roots.length)];
+    }
+
+    private SettingPath path() {
+        return paths.isEmpty() || random.oneIn(3) ? root() : paths.get(random.number(paths.size()));
+    }
+
+    private Setting<?> setting() {
+        return settings.isEmpty() ? root().setting("k", Object.class)
+                                  : settings.get(random.number(settings.size()));
+    }
+
+    private SettingTransaction transaction() {
+        if (transactions.isEmpty())
+            transactions.add(new SettingTransaction());
+        return transactions.get(random.number(transactions.size()));
+    }
+
+    private static boolean isThere(Setting<?> setting) {
+        return setting.exists() && setting.isSet();
+    }
+
+    /** Whatever class the setting has been promised. */
+    @SuppressWarnings("unchecked")
+    private static void set(Setting<?> setting, Object value, SettingLevel level)
+            throws SettingException {
+        ((Setting<Object>) setting).set(value, level);
+    }
+
+    @SuppressWarnings("unchecked")
+    private static void record(SettingTransaction transaction, Setting<?> setting, Object value)
+            throws SettingException {
+        transaction.set((Setting<Object>) setting, value);
+    }
+}
