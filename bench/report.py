@@ -6,7 +6,8 @@
 A line of the template that begins with %columns names the ways of the rows that follow; one that
 begins with %row is a row of a table: label, figures, remark, with | between them. A figure is
 `work:way` of a .tsv file (what Rounds.java writes), or the name of a benchmark in a .json file, or
-`work:*` for all ways of %columns. The first figure of a row is ours. %machine is the machine.
+`work:*` for all ways of %columns. The first figure of a row is ours. %machine is the machine,
+%printed NAME what the program NAME printed.
 """
 import json
 import os
@@ -109,6 +110,8 @@ def main():
             columns = line.split()[1:]
         elif line.startswith("%row"):
             print(row(line[len("%row"):], columns, figures))
+        elif line.startswith("%printed"):
+            print(open(os.path.join(sys.argv[1], line.split()[1] + ".txt")).read(), end="")
         else:
             print(line.replace("%machine", machine()))
 

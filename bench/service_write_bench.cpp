@@ -3,10 +3,10 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "bench/generated_settings.h"
+#include "bench/temporary_directory.h"
 #include "service/settings.h"
 #include "service/settings_file.h"
 
@@ -15,27 +15,11 @@ namespace {
 using zlutil::settings::Settings;
 using zlutil::settings::SettingsFile;
 
-// A directory on a disk, as far as there is one.
-class Directory {
- public:
-  Directory() {
-    if (!mkdtemp(&path_[0])) throw std::runtime_error("cannot make " + path_);
-  }
-  ~Directory() { std::filesystem::remove_all(path_); }
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
-
-  std::string file(const char* name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_ = "/var/tmp/settings-bench.XXXXXX";
-};
-
 void writeSettings(benchmark::State& state) {
   const bench::SettingsOnDisk source(static_cast<int>(state.range(0)));
   const auto tree = Settings::importAsStandaloneObject(base::to_ustring(source.path()));
-  const Directory directory;
-  const auto file = base::to_ustring(directory.file("settings.xml"));
+  const bench::TemporaryDirectory directory;
+  const auto file = base::to_ustring(directory.path() + "/settings.xml");
   for (auto _ : state) SettingsFile::write(tree, {"factory"}, file);
 }
 
@@ -46,8 +30,8 @@ void flushed(int file) {
 
 void floorWriteAndReplace(benchmark::State& state) {
   const std::string text = bench::generatedSettings(static_cast<int>(state.range(0)));
-  const Directory directory;
-  const std::string name = directory.file("settings.xml"), fresh = directory.file("new");
+  const bench::TemporaryDirectory directory;
+  const std::string name = directory.path() + "/settings.xml", fresh = directory.path() + "/new";
   for (auto _ : state) {
     const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (write(file, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
@@ -55,7 +39,7 @@ void floorWriteAndReplace(benchmark::State& state) {
     }
     flushed(file);
     std::filesystem::rename(fresh, name);
-    flushed(open(directory.file("").c_str(), O_RDONLY | O_DIRECTORY));
+    flushed(open(directory.path().c_str(), O_RDONLY | O_DIRECTORY));
   }
 }
 

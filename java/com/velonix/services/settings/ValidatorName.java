@@ -14,10 +14,12 @@ record ValidatorName(String className, String argument) {
         Objects.requireNonNull(argument, "argument");
         try {
             SettingValidator.instance(type, argument);
-        } catch (ReflectiveOperationException | RuntimeException refused) {
+        } catch (ReflectiveOperationException | RuntimeException | LinkageError refused) {
+            // A class that cannot be initialised has no message.
+            String reason =
+                    refused.getMessage() == null ? refused.toString() : refused.getMessage();
             throw new IllegalArgumentException(
-                    type.getName() + " with \"" + argument + "\": " + refused.getMessage(),
-                    refused);
+                    type.getName() + " with \"" + argument + "\": " + reason, refused);
         }
         return new ValidatorName(type.getName(), argument);
     }

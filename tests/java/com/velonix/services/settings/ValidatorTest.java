@@ -157,6 +157,26 @@ class ValidatorTest {
         assertFalse(root.path("n").exists());
     }
 
+    /** Its class cannot be initialised. */
+    public static final class Unloadable implements ValueValidator {
+        private static final int NUMBER = Integer.parseInt("none");
+
+        public Unloadable(String argument) {}
+
+        @Override
+        public Optional<String> problem(ValidationContext candidate) {
+            return candidate.value().equals(NUMBER) ? Optional.empty() : Optional.of("no");
+        }
+    }
+
+    @Test
+    void aValidatorThatCannotBeLoadedIsRefusedWhenTheEntryIsAdded() {
+        Exception refused = assertThrows(
+                IllegalArgumentException.class, () -> root.addNode("n", Unloadable.class, ""));
+        assertTrue(refused.getMessage().contains("Initializer"), refused.getMessage());
+        assertFalse(root.path("n").exists());
+    }
+
     @ParameterizedTest
     @CsvSource({
             "inRange, 6 is outside 1..5",

@@ -1,0 +1,48 @@
+#!/bin/bash
+# Runs the tests in a build that counts, and prints how much of the C++ and the Java code they reach,
+# after installing what that needs (scripts/install_packages.sh coverage). The lines that are not
+# reached are in build/coverage/cpp.txt and build/coverage/java.txt.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh coverage
+
+export JAVA_HOME=${JAVA_HOME:-/usr/lib/jvm/java-17-openjdk-amd64}
+home=$PWD/build/coverage
+log=build/coverage.log
+mkdir -p "$home"
+find "$home" -name '*.gcda' -delete
+rm -f "$home/java.exec"
+
+quietly() {
+  "$@" >>"$log" 2>&1 || { tail -n 60 "$log" && exit 1; }
+}
+: >"$log"
+
+echo "== building (log in $log)"
+quietly cmake --preset coverage
+quietly cmake --build "$home"
+
+# The distribution's agent is no agent: it lacks the manifest, and what it is made of is in other jars.
+jars=()
+for name in org.jacoco.agent.rt org.jacoco.core asm asm-tree asm-commons asm-analysis; do
+  jars+=("/usr/share/java/$name.jar")
+done
+{
+  echo "Premain-Class: org.jacoco.agent.rt.internal.PreMain"
+  echo "Class-Path: ${jars[0]}"
+  printf '  %s\n' "${jars[@]:1}"
+} >"$home/agent.mf"
+quietly "$JAVA_HOME/bin/jar" --create --file "$home/agent.jar" --manifest "$home/agent.mf"
+
+# The agent keeps classes alive, so what watches them being unloaded runs without it.
+echo "== testing"
+quietly env "JAVA_TOOL_OPTIONS=-javaagent:$home/agent.jar=destfile=$home/java.exec,includes=com.velonix.*" \
+  ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error -R '^(java|soak)\.'
+quietly ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error -E '^(java|soak)\.'
+
+echo "== C++"
+gcovr --root . --object-directory "$home" --exclude-throw-branches --print-summary \
+  --filter '(base|bridge|values|service|nativesettings|host)/' --txt "$home/cpp.txt"
+echo "== Java"
+"$JAVA_HOME/bin/java" -cp "$(IFS=: && echo "${jars[*]}")" tests/coverage/JavaCoverage.java \
+  "$home/java.exec" "$home/java/api/settings-api.jar" "$home/java.txt"
