@@ -70,11 +70,8 @@ public final class Soak {
         long seconds = Long.parseLong(arguments[0]);
         Thread[] threads = new Thread[THREADS];
         try (SettingPath process = SettingPath.processRoot()) {
-            for (int i = 0; i < THREADS; ++i) {
-                Worker worker = new Worker(process, i);
-                threads[i] = new Thread(worker::work);
-                threads[i].start();
-            }
+            for (int i = 0; i < THREADS; ++i) threads[i] = new Thread(new Worker(process, i)::work);
+            for (Thread thread : threads) thread.start();
             List<Usage> usages = new ArrayList<>();
             for (int part = 0; part < PARTS && FAILURES.isEmpty(); ++part) {
                 Thread.sleep(seconds * 1000 / PARTS);
@@ -82,7 +79,8 @@ public final class Soak {
             }
             stopped = true;
             for (Thread thread : threads) thread.join();
-            report(usages.get(0), usages.get(usages.size() - 1), seconds >= JUDGED_SECONDS);
+            if (FAILURES.isEmpty())
+                report(usages.get(0), usages.get(PARTS - 1), seconds >= JUDGED_SECONDS);
         }
         FAILURES.forEach(failure -> System.out.println("FAILED: " + failure));
         System.exit(FAILURES.isEmpty() ? 0 : 1);
