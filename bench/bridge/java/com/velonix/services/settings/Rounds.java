@@ -94,7 +94,7 @@ final class Rounds {
         return quantile(values, 0.5);
     }
 
-    private static double quantile(double[] values, double part) {
+    static double quantile(double[] values, double part) {
         double[] sorted = values.clone();
         Arrays.sort(sorted);
         return sorted[(int) Math.round(part * (sorted.length - 1))];
