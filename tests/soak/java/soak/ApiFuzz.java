@@ -192,6 +192,12 @@ public final class ApiFuzz {
         operation("unset", () -> setting().unset(random.level()), service);
         operation("listen to a key",
                 () -> keep(registrations, setting().addListener(random.listener(root()))), service);
+        operation("act on changes",
+                () -> keep(registrations, setting().onChanged(random.action())), service);
+        operation("act on additions",
+                () -> keep(registrations, path().onAdded(random.action())), service);
+        operation("act on removals",
+                () -> keep(registrations, path().onRemoved(random.action())), service);
         operation("stop listening", () -> {
             if (!registrations.isEmpty())
                 registrations.get(random.number(registrations.size())).close();

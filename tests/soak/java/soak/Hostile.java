@@ -21,6 +21,7 @@ import java.util.Date;
 import java.util.List;
 import java.util.Optional;
 import java.util.Random;
+import java.util.function.Consumer;
 
 /**
  * Arguments that a caller should not give, and some that it should, made from a seed. For one
@@ -140,6 +141,12 @@ final class Hostile {
                 }
             };
             default -> new Meddling(root, random.nextInt());
+        });
+    }
+
+    Consumer<SettingChangeEvent> action() {
+        return orNull(event -> {
+            throw new IllegalStateException("of the action");
         });
     }
 

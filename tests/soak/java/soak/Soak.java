@@ -203,7 +203,7 @@ public final class Soak {
             Setting<Integer> key = node.setting("k2", Integer.class);
             AtomicInteger heard = new AtomicInteger();
             try (Registration above = node.addListener(new Counting(heard));
-                    Registration here = key.addListener(event -> {
+                    Registration here = key.onChanged(event -> {
                         heard.incrementAndGet();
                         throw new IllegalStateException("of the listener");
                     })) {

@@ -70,7 +70,7 @@ final class OurSettings extends Alternative {
         SettingPath heardTree = SettingPath.standalone();
         Setting<Integer> key = heardTree.addKey("key", 0);
         AtomicLong heard = new AtomicLong();
-        for (int i = 0; i < listeners; ++i) key.addListener(event -> heard.incrementAndGet());
+        for (int i = 0; i < listeners; ++i) key.onChanged(event -> heard.incrementAndGet());
         return times -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.SESSION);
@@ -123,7 +123,7 @@ final class OurSettings extends Alternative {
 
     @Override
     void listen(int number) throws Exception {
-        root.path(LISTED).setting("key0", Integer.class).addListener(event -> fresh = number);
+        root.path(LISTED).setting("key0", Integer.class).onChanged(event -> fresh = number);
     }
 
     Setting<Integer>[] held(int count) {
