@@ -119,6 +119,35 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
   EXPECT_GT(unopened, 2);
 }
 
+TEST_P(FaultTest, ALogThatLostItsEndIsReportedWhateverFailsBesides) {
+  const TemporaryDirectory files;
+  {
+    const NodePtr root = openTree(storeIn(files.path()));
+    addKey(root, "k");
+    root->setAny("k", 1, "user");
+    copyFiles(files.path(), files.file("cut"));
+  }
+  std::filesystem::resize_file(files.file("cut/settings-1.db-wal"),
+                               std::filesystem::file_size(files.file("cut/settings-1.db-wal")) - 1);
+  for (int n = 1;; ++n) {
+    const TemporaryDirectory directory;
+    copyFiles(files.file("cut"), directory.path());
+    testing::internal::CaptureStderr();
+    failOn(n, GetParam());
+    const auto store = std::make_shared<UserStore>(storeIn(directory.path(), 50));
+    const TreePtr tree = Tree::makeStandalone();
+    store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
+    const bool over = !hasFailed();
+    failOn(0, 0);
+    // If not at once, then when nothing fails any more.
+    EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("Lost: the last transaction."), std::string::npos)
+        << "call " << n << ": " << said;
+    if (over) break;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Errors, FaultTest, testing::Values(ENOSPC, EIO, EACCES), [](const auto& info) {
       return std::string(info.param == ENOSPC ? "ENOSPC" : info.param == EIO ? "EIO" : "EACCES");
