@@ -197,21 +197,25 @@ void opening(const Bare& bare, const std::string& directory) {
               "open a tree with 10,000 stored keys", opened, read, (opened - read) / 1000);
 }
 
-// Reads of one thread in slices of time, while another thread sets durably in every other slice.
-void readingBesideWriting(const SettingsPtr& node) {
-  std::atomic<bool> writing{false}, done{false};
+// Reads of one thread in slices of time: alone, while another thread sets durably, and while it
+// writes to the bare database, which shows what the machine itself takes from the reader.
+void readingBesideWriting(Bare& bare, const SettingsPtr& node) {
+  enum Writing { kNothing, kSettings, kBare, kDone };
+  std::atomic<Writing> writing{kNothing};
   std::thread writer([&] {
-    for (int value = 0; !done;) {
-      if (writing) {
-        node->setAny("k1", ++value, "user");
+    for (int value = 1; writing != kDone; ++value) {
+      if (writing == kSettings) {
+        node->setAny("k1", value, "user");
+      } else if (writing == kBare) {
+        bare.putAll(1, value);
       } else {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
       }
     }
   });
   const std::string key = "k7000";
-  const auto reads = [&](bool besideWriting) {
-    writing = besideWriting;
+  const auto reads = [&](Writing beside) {
+    writing = beside;
     const auto end = std::chrono::steady_clock::now() + kSlice;
     double count = 0;
     while (std::chrono::steady_clock::now() < end) {
@@ -219,16 +223,20 @@ void readingBesideWriting(const SettingsPtr& node) {
     }
     return count / std::chrono::duration<double, std::micro>(kSlice).count();
   };
-  std::vector<double> alone, beside;
+  std::vector<double> alone, beside, besideBare;
   for (int slice = 0; slice < 31; ++slice) {
-    alone.push_back(reads(false));
-    beside.push_back(reads(true));
+    alone.push_back(reads(kNothing));
+    beside.push_back(reads(kSettings));
+    besideBare.push_back(reads(kBare));
   }
-  done = true;
+  writing = kDone;
   writer.join();
   std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it (limit 0.9)\n",
               "reads while another thread sets durably", median(beside), median(alone),
               median(beside) / median(alone));
+  std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it\n",
+              "reads while it writes to bare SQLite", median(besideBare), median(alone),
+              median(besideBare) / median(alone));
 }
 
 }  // namespace
@@ -240,6 +248,6 @@ int main() {
   const SettingsPtr node = makeStored();
   singleSets(bare, node);
   commits(bare, node);
-  readingBesideWriting(node);
+  readingBesideWriting(bare, node);
   opening(bare, directory.path());
 }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kLongestWait = 1000;  // milliseconds
 // What comes in bursts is looked at once per pause.
-constexpr int kPause = 1;
+constexpr int kPause = 5;
 
 void drain(int descriptor) {
   char events[4096];
