@@ -267,7 +267,7 @@ public final class Setting<T> implements Listenable {
 
     /** Records the value in a transaction context, or sets it when the context is 0. */
     void store(long context, T value, String level) throws SettingException {
-        SettingInfo info = new SettingInfo(ValueTypes.toStored(value, dotted()));
+        SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
         long address = tree.enter();
         try {
             nativeSet(context, address, path(), name, info, level);

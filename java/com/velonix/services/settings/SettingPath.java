@@ -340,7 +340,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     private <T> Setting<T> addKey(String name, T value, SettingLevel level, ValidatorName validator)
             throws SettingException {
         Names.checkNew(name);
-        Object stored = ValueTypes.toStored(value, dotted(name));
+        Object stored = ValueTypes.toStored(value, this, name);
         @SuppressWarnings("unchecked") Setting<T> key = setting(name, (Class<T>) value.getClass());
         long address = tree.enter();
         try {

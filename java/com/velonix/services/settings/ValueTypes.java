@@ -6,6 +6,7 @@ import com.velonix.util.types.UnsignedLong;
 import com.velonix.util.types.UnsignedShort;
 import java.lang.invoke.MethodType;
 import java.lang.reflect.Array;
+import java.util.Arrays;
 import java.util.Objects;
 import java.util.Set;
 
@@ -33,13 +34,13 @@ final class ValueTypes {
     }
 
     /** The value as it is stored, once it is found to be of a class that a setting can hold. */
-    static Object toStored(Object value, String where) {
+    static Object toStored(Object value, SettingPath parent, String name) {
         if (value == null)
-            throw new NullPointerException("value of " + where);
+            throw new NullPointerException("value of " + parent.dotted(name));
         Class<?> type = value.getClass();
         if (!isStored(stored(type))) {
-            throw new SettingUnsupportedTypeRuntimeException(
-                    where + ": a value of " + type.getTypeName() + " cannot be stored");
+            throw new SettingUnsupportedTypeRuntimeException(parent.dotted(name) + ": a value of "
+                    + type.getTypeName() + " cannot be stored");
         }
         if (!type.isArray())
             return value;
@@ -48,7 +49,8 @@ final class ValueTypes {
         Object[] elements = (Object[]) value;
         for (int i = 0; i < elements.length; ++i) {
             if (elements[i] == null) {
-                throw new NullPointerException("element " + i + " of the value of " + where);
+                throw new NullPointerException(
+                        "element " + i + " of the value of " + parent.dotted(name));
             }
         }
         return value;
@@ -87,6 +89,11 @@ final class ValueTypes {
     }
 
     private static Object copy(Object array, Class<?> arrayType) {
+        // The arrays of numbers that are usual, without reflection.
+        if (array instanceof Double[] boxed)
+            return Arrays.stream(boxed).mapToDouble(Double::doubleValue).toArray();
+        if (array instanceof double[] numbers)
+            return Arrays.stream(numbers).boxed().toArray(Double[] ::new);
         int length = Array.getLength(array);
         Object copy = Array.newInstance(arrayType.getComponentType(), length);
         for (int i = 0; i < length; ++i) {

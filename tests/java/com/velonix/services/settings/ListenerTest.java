@@ -109,12 +109,13 @@ class ListenerTest extends OneKeyTree {
 
     @Test
     void aRegistrationThatNobodyKeepsStaysInForce() throws Exception {
-        key.onChanged(recorder::settingChanged);
+        key.addListener(recorder);
         for (int i = 0; i < 5; ++i) {
             System.gc();
             key.set(10 + i);
         }
-        assertEquals(5, recorder.heard.size());
+        node.delete("key"); // which ends it
+        assertEquals(6, recorder.heard.size());
     }
 
     @Test
