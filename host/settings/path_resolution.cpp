@@ -23,8 +23,9 @@ std::optional<std::string_view> pathFrom(const host::Node& start, std::string_vi
 }  // namespace
 
 boost::shared_ptr<Settings> NameToObjectTransformer::find(const std::string& path) {
-  if (!start_ || typeid(*start_) != typeid(host::Node)) return {};
-  host::Node& start = static_cast<host::Node&>(*start_);
+  Settings* const given = start_.get();
+  if (!given || typeid(*given) != typeid(host::Node)) return {};
+  host::Node& start = static_cast<host::Node&>(*given);
   const std::optional<std::string_view> below = pathFrom(start, path);
   if (!below) return {};
   if (below->empty()) return start_;
