@@ -22,27 +22,22 @@ enum class EventNumber : jint { kChanged = 0, kAdded = 1, kRemoved = 2 };
 // Says that an event's companion is this library's: a reference to its DeliveredEvent.
 const char kOwner = 0;
 
-// Has the first listener make an event object of the event and hear of it; leaves the description
-// of the event with it, for the next listener.
-void deliverFirst(JNIEnv* env, EventNumber number, const Settings& parent,
-                  const zlutil::eventmgr::BaseEvent& event, jobject listener, jobject source) {
-  const boost::shared_ptr<Settings> subject = event.getObj();
+// Describes the event to Java and has the listener make an event object of it and hear of it. Gives
+// the description, a local reference; null when the listener has thrown.
+jobject describeAndDeliver(JNIEnv* env, EventNumber number, const Settings& parent,
+                           const Settings& subject, jobject listener, jobject source) {
   const std::vector<std::string> path = getSettingPath(parent);
   jstring joined = javaString(env, getDotPath(path));
-  jstring name = joined ? javaString(env, subject->getName()) : nullptr;
-  if (!name) return;
-  jobject delivered = answers::deliver.object(env, listener, source, static_cast<jint>(number),
-                                              joined, static_cast<jint>(path.size()), name,
-                                              static_cast<jboolean>(!subject->isKey()));
-  // Null when the listener has thrown.
-  if (JavaReference shared = jzi::detail::makeSharedObject(env, delivered, &JNIEnv::NewGlobalRef,
-                                                           &JNIEnv::DeleteGlobalRef)) {
-    event.companion() = {&kOwner, shared};
-  }
+  jstring name = joined ? javaString(env, subject.getName()) : nullptr;
+  if (!name) return nullptr;
+  return answers::deliver.object(env, listener, source, static_cast<jint>(number), joined,
+                                 static_cast<jint>(path.size()), name,
+                                 static_cast<jboolean>(!subject.isKey()));
 }
 
 // Local references end with the guard's frame. `parentOf` gives the node that the event happened
-// in, or null: then nobody hears of it.
+// in, or null: then nobody hears of it. The second listener leaves the description with the event
+// for those after it; most events have one listener, which is spared the global reference.
 template <class ParentOf>
 void deliverSettingEvent(EventNumber number, const ParentOf& parentOf,
                          const JavaReference& listener, const zlutil::eventmgr::BaseEvent& event,
@@ -51,12 +46,20 @@ void deliverSettingEvent(EventNumber number, const ParentOf& parentOf,
   JNIEnv* env = guard.env();
   if (!env) return;
   jobject source = sourceRef ? *sourceRef : nullptr;
-  const auto& companion = event.companion();
-  if (companion.owner == &kOwner) {
+  auto& companion = event.companion();
+  const bool isFirst = companion.owner != &kOwner;
+  if (!isFirst && companion.object) {
     answers::deliverAgain.run(env, *listener, source,
                               *static_cast<const jobject*>(companion.object.get()));
   } else if (const boost::shared_ptr<Settings> parent = parentOf()) {
-    deliverFirst(env, number, *parent, event, *listener, source);
+    jobject described =
+        describeAndDeliver(env, number, *parent, *event.getObj(), *listener, source);
+    if (isFirst) {
+      companion = {&kOwner, {}};
+    } else {
+      companion.object = jzi::detail::makeSharedObject(env, described, &JNIEnv::NewGlobalRef,
+                                                       &JNIEnv::DeleteGlobalRef);
+    }
   }
   // A listener's exception is nobody's but its own.
   env->ExceptionClear();
