@@ -62,11 +62,11 @@ void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray pa
   guardedVoid(
       env,
       [&] {
-        const GivenArguments given(env, path, key, level);
+        const GivenArguments given(env, path, key, level, settingInfo);
         const SettingsPtr node = getEntry(handle, given.path, false);
         if (!node) return throwNotFound(env, path, key);
         boost::optional<SettingValueVariant> value;
-        switch (getValueFromInfo(env, settingInfo, value)) {
+        switch (getValueFromInfo(env, settingInfo, given.rest, value)) {
           case InfoOutcome::kGetValueThrew:
             // Described, cleared, and as good as done: deliberate.
             env->ExceptionDescribe();

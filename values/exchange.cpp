@@ -47,14 +47,21 @@ std::string ExchangeReader::text() {
   return std::string(begin, length);
 }
 
-GivenArguments::GivenArguments(JNIEnv* env, jobjectArray javaPath, jstring javaKey,
-                               jstring javaLevel) {
-  ExchangeReader given(env, exchange::arguments.number(env, javaPath, javaKey, javaLevel));
-  const jint names = given.count();
+GivenArguments::GivenArguments(JNIEnv* env, jlong address) : rest(env, address) {
+  const jint names = rest.count();
   path.reserve(static_cast<std::size_t>(names) + 1);  // a caller may append the key
-  for (jint i = 0; i < names; ++i) path.push_back(given.text());
-  key = given.text();
-  level = given.text();
+  for (jint i = 0; i < names; ++i) path.push_back(rest.text());
+  key = rest.text();
+  level = rest.text();
+}
+
+GivenArguments::GivenArguments(JNIEnv* env, jobjectArray javaPath, jstring javaKey,
+                               jstring javaLevel)
+    : GivenArguments(env, exchange::arguments.number(env, javaPath, javaKey, javaLevel)) {}
+
+GivenArguments::GivenArguments(JNIEnv* env, jobjectArray javaPath, jstring javaKey,
+                               jstring javaLevel, jobject settingInfo)
+    : GivenArguments(env, exchange::change.number(env, javaPath, javaKey, javaLevel, settingInfo)) {
 }
 
 }  // namespace nativesettings

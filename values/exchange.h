@@ -30,12 +30,19 @@ class ExchangeReader {
 
 // The arguments of a native method that name a place, with one call of Java. What is null in Java
 // is empty here.
-struct GivenArguments {
+class GivenArguments {
+ public:
   GivenArguments(JNIEnv* env, jobjectArray path, jstring key, jstring level);
+  // The value of the SettingInfo comes with them: it is what is left to read.
+  GivenArguments(JNIEnv* env, jobjectArray path, jstring key, jstring level, jobject settingInfo);
 
   std::vector<std::string> path;
   std::string key;
   std::string level;
+  ExchangeReader rest;
+
+ private:
+  GivenArguments(JNIEnv* env, jlong address);
 };
 
 }  // namespace nativesettings

@@ -26,6 +26,7 @@ jzi::ConsInfo changeCountsCons(PACKAGE "ChangeCounts", nullptr);
 // clang-format off
 JavaHelper exchange::buffer   (exchangeCons, "buffer",    "()Ljava/nio/ByteBuffer;");
 JavaHelper exchange::arguments(exchangeCons, "arguments", "([" STR STR STR ")J");
+JavaHelper exchange::change   (exchangeCons, "change",    "([" STR STR STR INFO ")J");
 JavaHelper exchange::value    (exchangeCons, "value",     "(" INFO ")J");
 JavaHelper exchange::write    (exchangeCons, "write",     "(Ljava/lang/Object;Ljava/lang/Class;)J");
 JavaHelper answers::box       (answersCons,  "box",       "(IJ)Ljava/lang/Object;");
@@ -83,7 +84,7 @@ void JavaHelper::run(JNIEnv* env, ...) {
 
 void forgetJavaHelpers() {
   for (JavaHelper* helper :
-       {&exchange::buffer, &exchange::arguments, &exchange::value, &exchange::write, &answers::box,
+       {&exchange::buffer, &exchange::arguments, &exchange::change, &exchange::value, &exchange::write, &answers::box,
         &answers::boxAll, &answers::info, &answers::infoOf, &answers::infoOfAll, &answers::names,
         &answers::deliver, &answers::deliverAgain, &changeCounts::give}) {
     helper->forget();

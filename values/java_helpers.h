@@ -45,7 +45,7 @@ class JavaHelper {
 
 // Their Javadoc says what they do (Exchange.java, Answers.java, ChangeCounts.java).
 namespace exchange {
-extern JavaHelper buffer, arguments, value, write;
+extern JavaHelper buffer, arguments, change, value, write;
 }
 namespace answers {
 extern JavaHelper box, boxAll, info, infoOf, infoOfAll, names, deliver, deliverAgain;

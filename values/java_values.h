@@ -10,6 +10,7 @@
 #include <boost/any.hpp>
 #include <boost/optional.hpp>
 
+#include "values/exchange.h"
 #include "values/value_variant.h"
 
 namespace nativesettings {
@@ -33,9 +34,10 @@ boost::optional<zlutil::boostany::SettingValueVariant> getValueFromJava(JNIEnv* 
 // kFailed: the value could not be handed over for another reason, such as a getType() that throws.
 enum class InfoOutcome { kRead, kGetValueThrew, kFailed };
 
-// The native value in a SettingInfo. When it is read, `value` is what getValueFromJava gives for
-// getValue() and its class or, for a null value, getType().
-InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo,
+// The native value in a SettingInfo that has been handed over with other arguments: `given` is what
+// is left of them to read. When it is read, `value` is what getValueFromJava gives for getValue()
+// and its class or, for a null value, getType().
+InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo, const ExchangeReader& given,
                              boost::optional<zlutil::boostany::SettingValueVariant>& value);
 
 // The Java class of a kind in 1 .. 24; null for any other number.

@@ -13,6 +13,7 @@ using namespace zlutil::boostany;
 
 // In place of a kind, and in place of an address (Exchange.java).
 constexpr jint kNullValue = -1;
+constexpr jint kAskForIt = -2;
 constexpr jlong kFailed = -1;
 
 // One element out of what Java wrote.
@@ -63,9 +64,13 @@ boost::optional<SettingValueVariant> getValueFromJava(JNIEnv* env, jobject value
   return readAny(ExchangeReader(env, exchange::write.number(env, value, cls)));
 }
 
-InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo,
+InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo, const ExchangeReader& given,
                              boost::optional<SettingValueVariant>& value) {
   if (!settingInfo) throw std::invalid_argument("null value");
+  if (ExchangeReader(given).count() != kAskForIt) {
+    value = readAny(given);
+    return InfoOutcome::kRead;
+  }
   const jlong address = exchange::value.number(env, settingInfo);
   if (env->ExceptionCheck()) return InfoOutcome::kGetValueThrew;
   if (address == kFailed) return InfoOutcome::kFailed;

@@ -15,8 +15,11 @@ final class Exchange {
     private static final int START = Long.BYTES;
     private static final int USUAL_SIZE = 4096;
 
-    /** In place of a kind: the value's class is none of the kinds; there is no value. */
-    private static final int OTHER_CLASS = 0, NULL_VALUE = -1;
+    /**
+     * In place of a kind: the value's class is none of the kinds; there is no value; the value has
+     * to be asked for by {@link #value}.
+     */
+    private static final int OTHER_CLASS = 0, NULL_VALUE = -1, ASK_FOR_IT = -2;
 
     /** In place of an address: the value could not be read. */
     private static final long FAILED = -1;
@@ -38,16 +41,39 @@ final class Exchange {
      * @return the buffer's address, or 0 when it is not known yet
      */
     static long arguments(String[] path, String key, String level) {
+        writeArguments(path, key, level);
+        return BUFFERS.get().getLong(0);
+    }
+
+    /**
+     * The same, and after the arguments the value of a SettingInfo. It has to be asked for when the
+     * SettingInfo is of a class of somebody else's, whose getValue() may do anything, and when it
+     * could not be written.
+     */
+    static long change(String[] path, String key, String level, SettingInfo info) {
+        int end = writeArguments(path, key, level);
+        try {
+            if (info != null && info.getClass() == SettingInfo.class) {
+                Object value = info.getValue();
+                return write(end, value, value != null ? value.getClass() : info.getType());
+            }
+        } catch (Throwable failed) {
+            // Fails again when it is asked for, and is told then.
+        }
+        return head(bufferOf(end, end + 2 * Integer.BYTES), end, ASK_FOR_IT, 0);
+    }
+
+    /** Gives the place behind what was written. */
+    private static int writeArguments(String[] path, String key, String level) {
         int names = path == null ? 0 : path.length;
         long needed = START + Integer.BYTES + mostBytes(key) + mostBytes(level);
         for (int i = 0; i < names; ++i) needed += mostBytes(path[i]);
-        ByteBuffer out = bufferOf(needed);
+        ByteBuffer out = bufferOf(START, needed);
         out.putInt(START, names);
         int at = START + Integer.BYTES;
         for (int i = 0; i < names; ++i) at = write(out, at, path[i]);
         at = write(out, at, key);
-        write(out, at, level);
-        return out.getLong(0);
+        return write(out, at, level);
     }
 
     /**
@@ -71,53 +97,57 @@ final class Exchange {
      * @return the buffer's address, or 0 when it is not known yet
      */
     static long write(Object value, Class<?> type) {
+        return write(START, value, type);
+    }
+
+    private static long write(int from, Object value, Class<?> type) {
         int kind = type == null ? OTHER_CLASS : ValueKinds.of(type);
         if (kind != OTHER_CLASS && value == null)
             kind = NULL_VALUE;
         if (kind <= 0)
-            return head(bufferOf(START + 2 * Integer.BYTES), kind, 0);
-        return value instanceof Object[] elements ? writeAll(kind, elements)
-                : value instanceof String text    ? writeTexts(kind, text)
-                                                  : writeNumber(kind, value);
+            return head(bufferOf(from, from + 2 * Integer.BYTES), from, kind, 0);
+        return value instanceof Object[] elements ? writeAll(from, kind, elements)
+                : value instanceof String text    ? writeTexts(from, kind, text)
+                                                  : writeNumber(from, kind, value);
     }
 
-    private static long writeAll(int kind, Object[] elements) {
+    private static long writeAll(int from, int kind, Object[] elements) {
         for (Object element : elements) {
             if (element == null)
-                return head(bufferOf(START + 2 * Integer.BYTES), NULL_VALUE, 0);
+                return head(bufferOf(from, from + 2 * Integer.BYTES), from, NULL_VALUE, 0);
         }
         if (elements instanceof String[] texts)
-            return writeTexts(kind, texts);
-        long bytes = (long) elements.length * Long.BYTES;
-        ByteBuffer out = bufferOf(START + 2 * Integer.BYTES + bytes);
-        int at = START + 2 * Integer.BYTES;
+            return writeTexts(from, kind, texts);
+        int at = from + 2 * Integer.BYTES;
+        ByteBuffer out = bufferOf(from, at + (long) elements.length * Long.BYTES);
         if (elements instanceof Double[] doubles) {
             for (int i = 0; i < doubles.length; ++i) out.putDouble(at + i * Long.BYTES, doubles[i]);
         } else {
             for (int i = 0; i < elements.length; ++i)
                 out.putLong(at + i * Long.BYTES, bits(elements[i]));
         }
-        return head(out, kind, elements.length);
+        return head(out, from, kind, elements.length);
     }
 
-    private static long writeNumber(int kind, Object value) {
-        ByteBuffer out = bufferOf(START + 2 * Integer.BYTES + Long.BYTES);
-        out.putLong(START + 2 * Integer.BYTES, bits(value));
-        return head(out, kind, 1);
+    private static long writeNumber(int from, int kind, Object value) {
+        int at = from + 2 * Integer.BYTES;
+        ByteBuffer out = bufferOf(from, at + Long.BYTES);
+        out.putLong(at, bits(value));
+        return head(out, from, kind, 1);
     }
 
-    private static long writeTexts(int kind, String... texts) {
-        long needed = START + 2 * Integer.BYTES;
+    private static long writeTexts(int from, int kind, String... texts) {
+        int at = from + 2 * Integer.BYTES;
+        long needed = at;
         for (String text : texts) needed += mostBytes(text);
-        ByteBuffer out = bufferOf(needed);
-        int at = START + 2 * Integer.BYTES;
+        ByteBuffer out = bufferOf(from, needed);
         for (String text : texts) at = write(out, at, text);
-        return head(out, kind, texts.length);
+        return head(out, from, kind, texts.length);
     }
 
-    private static long head(ByteBuffer out, int kind, int elements) {
-        out.putInt(START, kind);
-        out.putInt(START + Integer.BYTES, elements);
+    private static long head(ByteBuffer out, int from, int kind, int elements) {
+        out.putInt(from, kind);
+        out.putInt(from + Integer.BYTES, elements);
         return out.getLong(0);
     }
 
@@ -134,12 +164,15 @@ final class Exchange {
         return ((Number) value).longValue();
     }
 
-    private static ByteBuffer bufferOf(long needed) {
+    /** The thread's buffer, with room for so many bytes; what stands before `from` is kept. */
+    private static ByteBuffer bufferOf(int from, long needed) {
         ByteBuffer buffer = BUFFERS.get();
         if (needed > buffer.capacity() || buffer.capacity() > USUAL_SIZE && needed <= USUAL_SIZE) {
             // A buffer for something large is not kept for longer than it is needed.
-            buffer = newBuffer(Math.max(Math.toIntExact(needed), USUAL_SIZE));
-            BUFFERS.set(buffer);
+            ByteBuffer other = newBuffer(Math.max(Math.toIntExact(needed), USUAL_SIZE));
+            other.put(START, buffer, START, from - START);
+            BUFFERS.set(other);
+            return other;
         }
         return buffer;
     }
