@@ -6,12 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh bench
 
-echo "Building (log in build/bench.log)"
-mkdir -p build
-if ! { cmake --preset release && cmake --build build/release; } >build/bench.log 2>&1; then
-  tail -n 60 build/bench.log
-  exit 1
-fi
+scripts/build.sh release
 
 results=build/release/bench/results
 rm -rf "$results"

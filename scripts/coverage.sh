@@ -8,7 +8,7 @@ scripts/install_packages.sh coverage
 
 export JAVA_HOME=${JAVA_HOME:-/usr/lib/jvm/java-17-openjdk-amd64}
 home=$PWD/build/coverage
-log=build/coverage.log
+log=$home/coverage.log
 mkdir -p "$home"
 find "$home" -name '*.gcda' -delete
 rm -f "$home/java.exec"
@@ -18,9 +18,7 @@ quietly() {
 }
 : >"$log"
 
-echo "== building (log in $log)"
-quietly cmake --preset coverage
-quietly cmake --build "$home"
+scripts/build.sh coverage
 
 # The distribution's agent is no agent: it lacks the manifest, and what it is made of is in other jars.
 jars=()
@@ -37,7 +35,7 @@ quietly "$JAVA_HOME/bin/jar" --create --file "$home/agent.jar" --manifest "$home
 # The agent keeps classes alive, and its option has every java program print a line: tests that watch
 # classes being unloaded, or read what a program prints, run without it.
 with_agent='^(java\.[^L]|java\.Listener|soak\.)'
-echo "== testing"
+echo "== testing (log in $log)"
 quietly env "JAVA_TOOL_OPTIONS=-javaagent:$home/agent.jar=destfile=$home/java.exec,includes=com.velonix.*" \
   ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error -R "$with_agent"
 quietly ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error \

@@ -4,14 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh
-
-echo "Building (log in build/demo.log)"
-mkdir -p build
-if ! { cmake --preset release && cmake --build build/release --target settings_java_examples; } \
-  >build/demo.log 2>&1; then
-  tail -n 60 build/demo.log
-  exit 1
-fi
+scripts/build.sh release --target settings_java_examples
 
 user_dir=$(mktemp -d)
 trap 'rm -rf "$user_dir"' EXIT

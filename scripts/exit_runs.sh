@@ -9,11 +9,8 @@ scripts/install_packages.sh
 runs=${1:-200}
 log=build/exit_runs.log
 mkdir -p build
-echo "Building (log in $log)"
-if ! { cmake --preset dev -DLIFECYCLE_RUNS="$runs" && cmake --build build/dev; } >"$log" 2>&1; then
-  tail -n 60 "$log"
-  exit 1
-fi
+cmake --preset dev -DLIFECYCLE_RUNS="$runs" >"$log"
+scripts/build.sh dev
 ways='active-listeners|native-thread-publishing|exit-in-listener|destroy-java-vm'
 if ctest --test-dir build/dev -R "lifecycle\.($ways)\$" --verbose >"$log" 2>&1; then code=0; else code=1; fi
 cmake --preset dev -ULIFECYCLE_RUNS >/dev/null

@@ -16,17 +16,9 @@ logs=build/soak
 rm -rf "$logs"
 mkdir -p "$logs"
 
-build() {
-  echo "== $1: building"
-  if ! { cmake --preset "$1" && cmake --build "build/$1" --target "${@:2}"; } \
-    >"$logs/build_$1.log" 2>&1; then
-    tail -n 60 "$logs/build_$1.log"
-    exit 1
-  fi
-}
-build dev settings_soak
-build asan settings_soak kill_test sharing_test durability_tests
-build clang settings_file_fuzz
+scripts/build.sh dev --target settings_soak
+scripts/build.sh asan --target settings_soak kill_test sharing_test durability_tests
+scripts/build.sh clang --target settings_file_fuzz
 
 rows=()
 failed=0

@@ -12,29 +12,18 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh
 
-# Configures and builds a preset, quietly unless it fails.
-build() {
-  local log="build/$1.log"
-  mkdir -p build
-  echo "== $1: building"
-  if ! { cmake --preset "$1" && cmake --build "build/$1"; } >"$log" 2>&1; then
-    tail -n 60 "$log"
-    exit 1
-  fi
-}
-
 run_ctest() {
   echo "== $1: testing"
   ctest --test-dir "build/$1" --output-on-failure -j 2 --no-tests=error |
     grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed '
 }
 
-run_dev() { build dev && run_ctest dev; }
-run_asan() { build asan && run_ctest asan; }
-run_tsan() { build tsan && run_ctest tsan; }
+run_dev() { scripts/build.sh dev && run_ctest dev; }
+run_asan() { scripts/build.sh asan && run_ctest asan; }
+run_tsan() { scripts/build.sh tsan && run_ctest tsan; }
 
 run_clang() {
-  build clang
+  scripts/build.sh clang
   local seconds="${FUZZ_SECONDS:-60}"
   echo "== clang: fuzzing the settings-file reader for $seconds seconds"
   mkdir -p build/clang/corpus
@@ -46,7 +35,7 @@ run_clang() {
 }
 
 run_tidy() {
-  build clang
+  scripts/build.sh clang
   echo "== tidy: clang-tidy"
   git ls-files '*.cpp' | grep -E '^(base|values|bridge|service|nativesettings|host)/' |
     xargs -P 2 -n 4 clang-tidy-14 -p build/clang --quiet 2>/dev/null
