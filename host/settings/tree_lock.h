@@ -2,8 +2,11 @@
 //
 // A reader counts itself in the counter of its thread's stripe, so readers on different threads
 // touch different cache lines. A writer raises a flag and waits until every counter is zero;
-// readers that meet the flag step back and queue at the gate. A reader costs two atomic additions,
-// a writer about as much as reading the counters. Holders do no I/O and call nobody. Reading does
+// readers that meet the flag step back. A reader costs two atomic additions, a writer about as much
+// as reading the counters. Either waits for the other awake at first, because most hold the lock
+// for less time than it takes to wake a thread: readers that slept as soon as they met a writer
+// would lose a fifth of their time beside a thread that sets without a pause. After that writers
+// give way, and readers queue at the gate. Holders do no I/O and call nobody. Reading does
 // not nest: a thread that holds the lock must not take it again. It must not let go of the last
 // reference to an entry either, because a node that dies takes the lock for writing.
 #pragma once
@@ -25,8 +28,16 @@ class CAPABILITY("mutex") TreeLock {
     // Sequentially consistent, like the reader's pair below: either the reader sees the flag or
     // this thread sees the reader.
     writing_.store(true, std::memory_order_seq_cst);
+    int spins = kSpins;
     for (Stripe& stripe : stripes_) {
-      while (stripe.readers.load(std::memory_order_seq_cst) != 0) std::this_thread::yield();
+      while (stripe.readers.load(std::memory_order_seq_cst) != 0) {
+        if (spins > 0) {
+          --spins;
+          relax();
+        } else {
+          std::this_thread::yield();
+        }
+      }
     }
   }
 
@@ -42,15 +53,30 @@ class CAPABILITY("mutex") TreeLock {
     std::atomic<int> readers{0};
   };
 
+  // A few microseconds: a writer that gives a single key its value is done long before.
+  static constexpr int kSpins = 256;
+
+  // Tells the processor that this thread waits for another.
+  static void relax() {
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    asm volatile("yield");
+#endif
+  }
+
   std::atomic<int>& enterAsReader() {
     std::atomic<int>& readers = stripes_[base::threadStripe()].readers;
-    readers.fetch_add(1, std::memory_order_seq_cst);
-    if (writing_.load(std::memory_order_seq_cst)) {
-      readers.fetch_sub(1, std::memory_order_release);
-      // No writer is inside while the gate is held here, and the next one sees the counter.
-      base::MutexLock lock(gate_);
+    int spins = kSpins;
+    do {
       readers.fetch_add(1, std::memory_order_seq_cst);
-    }
+      if (!writing_.load(std::memory_order_seq_cst)) return readers;
+      readers.fetch_sub(1, std::memory_order_release);
+      while (writing_.load(std::memory_order_relaxed) && --spins > 0) relax();
+    } while (spins > 0);
+    // No writer is inside while the gate is held here, and the next one sees the counter.
+    base::MutexLock lock(gate_);
+    readers.fetch_add(1, std::memory_order_seq_cst);
     return readers;
   }
 
