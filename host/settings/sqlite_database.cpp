@@ -63,8 +63,7 @@ void SqliteDatabase::execute(const char* sql) {
 }
 
 std::int64_t SqliteDatabase::number(const char* sql) {
-  SqliteStatement statement(*this, sql);
-  return statement.step() ? statement.number(0) : 0;
+  return SqliteStatement(*this, sql).onlyNumber();
 }
 
 std::string SqliteDatabase::text(const char* sql) {
@@ -80,9 +79,11 @@ void SqliteDatabase::copyTo(SqliteDatabase& target) {
   if (code != SQLITE_OK) target.fail(code);
 }
 
-SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* sql) : database_(database) {
+SqliteStatement::SqliteStatement(SqliteDatabase& database, const std::string& sql)
+    : database_(database) {
   const int code =
-      sqlite3_prepare_v3(database.handle(), sql, -1, SQLITE_PREPARE_PERSISTENT, &handle_, nullptr);
+      sqlite3_prepare_v3(database.handle(), sql.c_str(), static_cast<int>(sql.size() + 1),
+                         SQLITE_PREPARE_PERSISTENT, &handle_, nullptr);
   if (code != SQLITE_OK) database.fail(code);
 }
 
@@ -120,6 +121,13 @@ bool SqliteStatement::step() {
 void SqliteStatement::run() {
   while (step()) {
   }
+}
+
+std::int64_t SqliteStatement::onlyNumber() {
+  if (!step()) return 0;
+  const std::int64_t result = number(0);
+  reset();
+  return result;
 }
 
 // It repeats the error of the last step, which has been thrown already.

@@ -55,7 +55,7 @@ class SqliteDatabase {
 
 class SqliteStatement {
  public:
-  SqliteStatement(SqliteDatabase& database, const char* sql);
+  SqliteStatement(SqliteDatabase& database, const std::string& sql);
   ~SqliteStatement();
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
@@ -71,6 +71,8 @@ class SqliteStatement {
   bool step();
   // Runs a statement that gives no rows.
   void run();
+  // Runs a statement and gives the first column of its first row; 0 when there is none.
+  std::int64_t onlyNumber();
   void reset();
 
   // Columns of the present row count from 0; bytes are valid until the next step.

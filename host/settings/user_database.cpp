@@ -83,6 +83,10 @@ bool isPath(std::string_view path) {
   }
 }
 
+std::string byPath(bool descending) {
+  return descending ? " ORDER BY path DESC" : " ORDER BY path";
+}
+
 struct SignOf {
   char operator()(const PutValue&) const { return JournalEntry::kValue; }
   char operator()(const EraseValue&) const { return JournalEntry::kValue; }
@@ -152,10 +156,8 @@ UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
 void UserDatabase::readDefinitions(SqliteDatabase& database, bool descending, const Report& report,
                                    Changes& contents) {
   SqliteStatement row(
-      database, descending ? "SELECT path, entry, type, validator, first, second FROM definitions"
-                             " ORDER BY path DESC"
-                           : "SELECT path, entry, type, validator, first, second FROM definitions"
-                             " ORDER BY path");
+      database,
+      "SELECT path, entry, type, validator, first, second FROM definitions" + byPath(descending));
   while (row.step()) {
     const std::string path(row.bytes(0));
     if (!isPath(path)) {
@@ -170,9 +172,7 @@ void UserDatabase::readDefinitions(SqliteDatabase& database, bool descending, co
 
 void UserDatabase::readValues(SqliteDatabase& database, bool descending, const Report& report,
                               Changes& contents) {
-  SqliteStatement row(database, descending
-                                    ? "SELECT path, type, value FROM settings ORDER BY path DESC"
-                                    : "SELECT path, type, value FROM settings ORDER BY path");
+  SqliteStatement row(database, "SELECT path, type, value FROM settings" + byPath(descending));
   while (row.step()) {
     std::string path(row.bytes(0));
     boost::any value = valueIn(row, 1);
@@ -275,19 +275,9 @@ std::int64_t UserDatabase::record(const Changes& changes) {
   return revision;
 }
 
-std::int64_t UserDatabase::lastRevision() {
-  lastRevision_.step();
-  const std::int64_t revision = lastRevision_.number(0);
-  lastRevision_.reset();
-  return revision;
-}
-
-std::int64_t UserDatabase::firstRevision() {
-  firstRevision_.step();
-  const std::int64_t revision = firstRevision_.number(0);
-  firstRevision_.reset();
-  return revision;
-}
+std::int64_t UserDatabase::lastRevision() { return lastRevision_.onlyNumber(); }
+std::int64_t UserDatabase::firstRevision() { return firstRevision_.onlyNumber(); }
+std::int64_t UserDatabase::dataVersion() { return dataVersion_.onlyNumber(); }
 
 std::vector<JournalEntry> UserDatabase::journalAfter(std::int64_t revision,
                                                      const std::vector<std::int64_t>& except) {
@@ -354,13 +344,6 @@ int UserDatabase::storedKind(const std::string& path) {
   const int kind = boostany::kindOfName(findValue_.bytes(0)).value_or(boostany::kNoValue);
   findValue_.reset();
   return kind;
-}
-
-std::int64_t UserDatabase::dataVersion() {
-  dataVersion_.step();
-  const std::int64_t version = dataVersion_.number(0);
-  dataVersion_.reset();
-  return version;
 }
 
 }  // namespace zlutil::settings::host

@@ -29,10 +29,6 @@ void flush(const std::string& directory) {
   if (!descriptor || fsync(descriptor.get()) != 0) fail(errno);
 }
 
-void moveFile(const std::string& from, const std::string& to) {
-  if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) fail(errno);
-}
-
 }  // namespace
 
 UserStoreFiles::UserStoreFiles(const std::string& directory, std::uint64_t context)
@@ -86,6 +82,10 @@ UserStoreLock::UserStoreLock(const UserStoreFiles& files, int timeout)
     }
     std::this_thread::sleep_for(kLockPoll);
   }
+}
+
+void moveFile(const std::string& from, const std::string& to) {
+  if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) fail(errno);
 }
 
 void backUpDaily(const UserStoreFiles& files) {

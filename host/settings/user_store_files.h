@@ -55,6 +55,9 @@ class UserStoreLock {
   const FileDescriptor descriptor_;
 };
 
+// Renames a file, if there is one.
+void moveFile(const std::string& from, const std::string& to);
+
 // Copies the database to a new first generation, and lets go of the oldest, unless the first one is
 // younger than a day or another process is at it.
 void backUpDaily(const UserStoreFiles& files);

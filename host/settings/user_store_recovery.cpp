@@ -35,12 +35,6 @@ void copyAside(const std::string& from, const std::string& to) {
   }
 }
 
-void moveAside(const std::string& from, const std::string& to) {
-  if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) {
-    throw SqliteError(SQLITE_CANTOPEN, systemText(errno));
-  }
-}
-
 // What can be read of a database that is damaged.
 struct Salvage {
   Changes definitions, values;
@@ -141,8 +135,8 @@ std::string dateOf(const std::string& file) {
 
 void restoreUserStore(const UserStoreFiles& files, const std::string& reason, std::int64_t noted) {
   const std::string aside = files.damaged();
-  moveAside(files.wal(), aside + "-wal");
-  moveAside(files.database(), aside);
+  moveFile(files.wal(), aside + "-wal");
+  moveFile(files.database(), aside);
   unlink(files.sharedMemory().c_str());
   files.flushDirectory();
 
@@ -151,7 +145,7 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason, st
   if (!salvage.isComplete) backup = bestBackup(files);
   const std::string restored = files.database() + ".restored";
   build(restored, backup, salvage);
-  moveAside(restored, files.database());
+  moveFile(restored, files.database());
   files.flushDirectory();
 
   std::string message = "the settings were damaged (" + reason + "). The damaged file is now " +

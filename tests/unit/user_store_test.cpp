@@ -70,6 +70,16 @@ class UserStoreTest : public testing::Test {
     }
     return holds();
   }
+  static bool canEventuallySetK(const NodePtr& root) {
+    return eventually([&] {
+      try {
+        root->setAny("k", 1, "user");
+        return true;
+      } catch (const Failure<StoreFailure>&) {
+        return false;
+      }
+    });
+  }
 
   const TemporaryDirectory directory;
 };
@@ -195,14 +205,7 @@ TEST_F(UserStoreTest, AStoreThatStaysLockedIsReadAndOpenedLater) {
   EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("locked"),
             std::string::npos);
   flock(lock.get(), LOCK_UN);
-  EXPECT_TRUE(eventually([&] {
-    try {
-      root->setAny("k", 1, "user");
-      return true;
-    } catch (const Failure<StoreFailure>&) {
-      return false;
-    }
-  }));
+  EXPECT_TRUE(canEventuallySetK(root));
   EXPECT_EQ(contentsOf(open()), "k key\nk = int 1\n");
 }
 
@@ -300,14 +303,7 @@ TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBac
             std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(user));
   std::filesystem::rename(away, user);
-  EXPECT_TRUE(eventually([&] {
-    try {
-      root->setAny("k", 1, "user");
-      return true;
-    } catch (const Failure<StoreFailure>&) {
-      return false;
-    }
-  }));
+  EXPECT_TRUE(canEventuallySetK(root));
   EXPECT_EQ(contentsOf(openTree(storeIn(user))), "k key\nk = int 1\n");
 }
 
