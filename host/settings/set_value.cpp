@@ -15,11 +15,30 @@ void checkAttached(const Node& node, const Key& key) {
   if (!key.isAttached()) throw Failure<NoSuchKey>(node.name(), key.name());
 }
 
+// The key's path, if the level's store keeps changes. NoSuchKey when the key is not attached.
+std::string pathToStore(const Node& node, const Key& key, int level) {
+  checkAttached(node, key);
+  return key.tree().store(level).keepsChanges() ? key.path() : std::string();
+}
+
 // Puts `value` in the level's place and takes what was there into it. The caller holds the writer.
 void makeVisible(Key& key, int level, boost::any& value, ChangedKeys& changed) {
   WriteLock lock(key.tree().lock());
   key.swapValue(level, value);
   changed.add(key);
+}
+
+// Has the level's store keep `value` at `path`, and puts a copy in its place; what was there goes
+// into `exchanged`, which is let go of when no lock is held. The caller holds the writer.
+void storeValue(Key& key, int level, const std::string& path, const boost::any& value,
+                boost::any& exchanged, ChangedKeys& changed) {
+  Store& store = key.tree().store(level);
+  // Setting the same value again is no change; but others may have stored another one meanwhile.
+  const bool isSame = sameValue(key.value(level), value);
+  if (isSame && store.isCurrent()) return;
+  if (!isSame) exchanged = value;
+  if (store.keepsChanges()) store.apply({PutValue{path, value}});
+  if (!isSame) makeVisible(key, level, exchanged, changed);
 }
 
 }  // namespace
@@ -28,33 +47,40 @@ void setValue(Node& node, const std::string& name, const boost::any& value,
               const std::string& levelText) {
   const int level = requireLevel(levelText);
   Tree& tree = node.tree();
-  KeyPtr key;
+  KeyPtr guardedKey;
   ValidatorPtr guard;
-  {
-    ReadLock lock(tree.lock());
-    Key& found = node.requireKey(name);
-    checkWritable(found, level);
-    checkKind(found, found.kind(), value);
-    guard = found.guard();
-    key = boost::static_pointer_cast<Key>(found.shared_from_this());
-  }
-  if (guard) runValidator(*guard, node.shared_from_this(), name, value);
-  boost::any exchanged = value;
+  boost::any exchanged;
   ChangedKeys changed;
   {
+    WriterLock writer(tree.writer());
+    Key* key;
+    std::string path;
+    {
+      ReadLock lock(tree.lock());
+      key = &node.requireKey(name);
+      checkWritable(*key, level);
+      checkKind(*key, key->kind(), value);
+      guard = key->guard();
+      if (guard) {
+        guardedKey = boost::static_pointer_cast<Key>(key->shared_from_this());
+      } else {
+        path = pathToStore(node, *key, level);
+      }
+    }
+    if (!guard) storeValue(*key, level, path, value, exchanged, changed);
+  }
+  if (guard) {
+    // A validator is somebody else's code and runs without a lock: meanwhile the key may have been
+    // removed, or have got its first value.
+    runValidator(*guard, node.shared_from_this(), name, value);
     WriterLock writer(tree.writer());
     std::string path;
     {
       ReadLock lock(tree.lock());
-      checkAttached(node, *key);
-      checkKind(*key, key->kind(), value);
-      if (tree.store(level).keepsChanges()) path = key->path();
+      checkKind(*guardedKey, guardedKey->kind(), value);
+      path = pathToStore(node, *guardedKey, level);
     }
-    // Setting the same value again is no change; but others may have stored another one meanwhile.
-    const bool isSame = sameValue(key->value(level), value);
-    if (isSame && tree.store(level).isCurrent()) return;
-    if (tree.store(level).keepsChanges()) tree.store(level).apply({PutValue{path, value}});
-    if (!isSame) makeVisible(*key, level, exchanged, changed);
+    storeValue(*guardedKey, level, path, value, exchanged, changed);
   }
   changed.publish();
 }
