@@ -26,12 +26,12 @@ const char kOwner = 0;
 // the description, a local reference; null when the listener has thrown.
 jobject describeAndDeliver(JNIEnv* env, EventNumber number, const Settings& parent,
                            const Settings& subject, jobject listener, jobject source) {
-  const std::vector<std::string> path = getSettingPath(parent);
-  jstring joined = javaString(env, getDotPath(path));
-  jstring name = joined ? javaString(env, subject.getName()) : nullptr;
-  if (!name) return nullptr;
+  std::vector<std::string> names = getSettingPath(parent);
+  names.push_back(subject.getName());
+  jstring joined = javaString(env, getDotPath(names));
+  if (!joined) return nullptr;
   return answers::deliver.object(env, listener, source, static_cast<jint>(number), joined,
-                                 static_cast<jint>(path.size()), name,
+                                 static_cast<jint>(names.size()),
                                  static_cast<jboolean>(!subject.isKey()));
 }
 

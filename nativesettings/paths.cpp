@@ -65,14 +65,15 @@ std::vector<std::string> getSettingPath(const Settings& node) {
 }
 
 jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const Settings>& node) {
-  return getNamesAsJArray(env, getSettingPath(*node));
+  const std::vector<std::string> names = getSettingPath(*node);
+  return getNamesAsJArray(env, getDotPath(names), names.size());
 }
 
-jobjectArray getNamesAsJArray(JNIEnv* env, const std::vector<std::string>& names) {
-  const jint count = boost::numeric_cast<jint>(names.size());
-  jstring joined = jzi::ToJava::javaString(env, getDotPath(names));
+jobjectArray getNamesAsJArray(JNIEnv* env, const std::string& dotted, std::size_t count) {
+  const jint names = boost::numeric_cast<jint>(count);
+  jstring joined = jzi::ToJava::javaString(env, dotted);
   if (!joined) return nullptr;
-  return static_cast<jobjectArray>(answers::names.object(env, joined, count));
+  return static_cast<jobjectArray>(answers::names.object(env, joined, names));
 }
 
 }  // namespace nativesettings

@@ -35,9 +35,9 @@ std::string getDotPath(const std::vector<std::string>& names);
 // The names of a call's path and key joined with ".", the text of every not-found message.
 std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
 
-// Names, as a new String[] (a local reference); null with an exception pending when the JVM cannot
-// make it.
-jobjectArray getNamesAsJArray(JNIEnv* env, const std::vector<std::string>& names);
+// So many names, between which the text has dots, as a new String[] (a local reference); null with
+// an exception pending when the JVM cannot make it.
+jobjectArray getNamesAsJArray(JNIEnv* env, const std::string& dotted, std::size_t count);
 
 // The names from just below the root down to the node; none for a root.
 std::vector<std::string> getSettingPath(const zlutil::settings::Settings& node);

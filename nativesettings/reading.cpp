@@ -32,10 +32,13 @@ jobject typeOnly(JNIEnv* env, const Settings& node, const std::string& key) {
 
 jobjectArray namesOf(JNIEnv* env, std::vector<SettingsPtr>::const_iterator first,
                      std::vector<SettingsPtr>::const_iterator last) {
-  std::vector<std::string> names;
-  names.reserve(last - first);
-  for (; first != last; ++first) names.push_back((*first)->getName());
-  return getNamesAsJArray(env, names);
+  const std::size_t count = last - first;
+  std::string dotted;
+  for (; first != last; ++first) {
+    dotted += (*first)->getName();
+    dotted += '.';
+  }
+  return getNamesAsJArray(env, dotted, count);
 }
 
 }  // namespace

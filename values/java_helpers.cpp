@@ -36,7 +36,7 @@ JavaHelper answers::infoOf    (answersCons,  "infoOf",    "(Ljava/lang/Object;)"
 JavaHelper answers::infoOfAll (answersCons,  "infoOfAll", "(I[J)" INFO);
 JavaHelper answers::names     (answersCons,  "names",     "(" STR "I)[" STR);
 JavaHelper answers::deliver   (answersCons,  "deliver",
-                               "(" LISTENER "Ljava/lang/Object;I" STR "I" STR "Z)" EVENT);
+                               "(" LISTENER "Ljava/lang/Object;I" STR "IZ)" EVENT);
 JavaHelper answers::deliverAgain(answersCons, "deliverAgain",
                                "(" LISTENER "Ljava/lang/Object;" EVENT ")V");
 JavaHelper changeCounts::give (changeCountsCons, "give",  "(Ljava/nio/ByteBuffer;)V");

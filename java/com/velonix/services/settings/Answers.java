@@ -126,11 +126,15 @@ final class Answers {
     /**
      * Has a listener make its event and hear of it. What the listener throws leaves this method.
      *
+     * @param path the names of the entry's place, joined with dots; its own is the last
+     * @param names how many there are
      * @return the event, for the listeners after the first
      */
     static DeliveredEvent deliver(SettingListener listener, Object source, int kind, String path,
-            int names, String name, boolean isNode) {
-        DeliveredEvent event = new DeliveredEvent(kind, names(path, names), name, isNode);
+            int names, boolean isNode) {
+        String[] above = names(path, names - 1);
+        String name = path.substring(path.lastIndexOf('.') + 1);
+        DeliveredEvent event = new DeliveredEvent(kind, above, name, isNode);
         event.deliver(listener, source);
         return event;
     }

@@ -41,8 +41,9 @@ final class Exchange {
      * @return the buffer's address, or 0 when it is not known yet
      */
     static long arguments(String[] path, String key, String level) {
-        writeArguments(path, key, level);
-        return BUFFERS.get().getLong(0);
+        ByteBuffer out = bufferFor(path, key, level);
+        writeArguments(out, path, key, level);
+        return out.getLong(0);
     }
 
     /**
@@ -51,24 +52,30 @@ final class Exchange {
      * could not be written.
      */
     static long change(String[] path, String key, String level, SettingInfo info) {
-        int end = writeArguments(path, key, level);
+        ByteBuffer out = bufferFor(path, key, level);
+        int end = writeArguments(out, path, key, level);
         try {
             if (info != null && info.getClass() == SettingInfo.class) {
                 Object value = info.getValue();
-                return write(end, value, value != null ? value.getClass() : info.getType());
+                return write(out, end, value, value != null ? value.getClass() : info.getType());
             }
         } catch (Throwable failed) {
             // Fails again when it is asked for, and is told then.
         }
-        return head(bufferOf(end, end + 2 * Integer.BYTES), end, ASK_FOR_IT, 0);
+        // What failed may have left the thread another buffer.
+        return head(withRoom(BUFFERS.get(), end, end + 2 * Integer.BYTES), end, ASK_FOR_IT, 0);
     }
 
-    /** Gives the place behind what was written. */
-    private static int writeArguments(String[] path, String key, String level) {
+    private static ByteBuffer bufferFor(String[] path, String key, String level) {
         int names = path == null ? 0 : path.length;
         long needed = START + Integer.BYTES + mostBytes(key) + mostBytes(level);
         for (int i = 0; i < names; ++i) needed += mostBytes(path[i]);
-        ByteBuffer out = bufferOf(START, needed);
+        return withRoom(BUFFERS.get(), START, needed);
+    }
+
+    /** Gives the place behind what was written. */
+    private static int writeArguments(ByteBuffer out, String[] path, String key, String level) {
+        int names = path == null ? 0 : path.length;
         out.putInt(START, names);
         int at = START + Integer.BYTES;
         for (int i = 0; i < names; ++i) at = write(out, at, path[i]);
@@ -97,29 +104,29 @@ final class Exchange {
      * @return the buffer's address, or 0 when it is not known yet
      */
     static long write(Object value, Class<?> type) {
-        return write(START, value, type);
+        return write(BUFFERS.get(), START, value, type);
     }
 
-    private static long write(int from, Object value, Class<?> type) {
+    private static long write(ByteBuffer out, int from, Object value, Class<?> type) {
         int kind = type == null ? OTHER_CLASS : ValueKinds.of(type);
         if (kind != OTHER_CLASS && value == null)
             kind = NULL_VALUE;
         if (kind <= 0)
-            return head(bufferOf(from, from + 2 * Integer.BYTES), from, kind, 0);
-        return value instanceof Object[] elements ? writeAll(from, kind, elements)
-                : value instanceof String text    ? writeTexts(from, kind, text)
-                                                  : writeNumber(from, kind, value);
+            return head(withRoom(out, from, from + 2 * Integer.BYTES), from, kind, 0);
+        return value instanceof Object[] elements ? writeAll(out, from, kind, elements)
+                : value instanceof String text    ? writeTexts(out, from, kind, text)
+                                                  : writeNumber(out, from, kind, value);
     }
 
-    private static long writeAll(int from, int kind, Object[] elements) {
+    private static long writeAll(ByteBuffer given, int from, int kind, Object[] elements) {
         for (Object element : elements) {
             if (element == null)
-                return head(bufferOf(from, from + 2 * Integer.BYTES), from, NULL_VALUE, 0);
+                return head(withRoom(given, from, from + 2 * Integer.BYTES), from, NULL_VALUE, 0);
         }
         if (elements instanceof String[] texts)
-            return writeTexts(from, kind, texts);
+            return writeTexts(given, from, kind, texts);
         int at = from + 2 * Integer.BYTES;
-        ByteBuffer out = bufferOf(from, at + (long) elements.length * Long.BYTES);
+        ByteBuffer out = withRoom(given, from, at + (long) elements.length * Long.BYTES);
         if (elements instanceof Double[] doubles) {
             for (int i = 0; i < doubles.length; ++i) out.putDouble(at + i * Long.BYTES, doubles[i]);
         } else {
@@ -129,18 +136,18 @@ final class Exchange {
         return head(out, from, kind, elements.length);
     }
 
-    private static long writeNumber(int from, int kind, Object value) {
+    private static long writeNumber(ByteBuffer given, int from, int kind, Object value) {
         int at = from + 2 * Integer.BYTES;
-        ByteBuffer out = bufferOf(from, at + Long.BYTES);
+        ByteBuffer out = withRoom(given, from, at + Long.BYTES);
         out.putLong(at, bits(value));
         return head(out, from, kind, 1);
     }
 
-    private static long writeTexts(int from, int kind, String... texts) {
+    private static long writeTexts(ByteBuffer given, int from, int kind, String... texts) {
         int at = from + 2 * Integer.BYTES;
         long needed = at;
         for (String text : texts) needed += mostBytes(text);
-        ByteBuffer out = bufferOf(from, needed);
+        ByteBuffer out = withRoom(given, from, needed);
         for (String text : texts) at = write(out, at, text);
         return head(out, from, kind, texts.length);
     }
@@ -164,9 +171,11 @@ final class Exchange {
         return ((Number) value).longValue();
     }
 
-    /** The thread's buffer, with room for so many bytes; what stands before `from` is kept. */
-    private static ByteBuffer bufferOf(int from, long needed) {
-        ByteBuffer buffer = BUFFERS.get();
+    /**
+     * The thread's buffer, or another one in its place, with room for so many bytes; what stands
+     * before `from` is kept.
+     */
+    private static ByteBuffer withRoom(ByteBuffer buffer, int from, long needed) {
         if (needed > buffer.capacity() || buffer.capacity() > USUAL_SIZE && needed <= USUAL_SIZE) {
             // A buffer for something large is not kept for longer than it is needed.
             ByteBuffer other = newBuffer(Math.max(Math.toIntExact(needed), USUAL_SIZE));
