@@ -2,19 +2,13 @@
 // about 43 bytes of text per key.
 #pragma once
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <fstream>
-#include <stdexcept>
 #include <string>
 
+#include "bench/names.h"
+#include "bench/temporary_directory.h"
+
 namespace bench {
-
-inline constexpr int kKeysPerNode = 100;
-
-inline std::string nodeName(int node) { return "node" + std::to_string(node); }
-inline std::string keyName(int key) { return "k" + std::to_string(key); }
 
 inline std::string generatedSettings(int keys) {
   std::string text = "<settings version=\"1\">\n";
@@ -43,19 +37,14 @@ inline std::string generatedSettings(int keys) {
 class SettingsOnDisk {
  public:
   explicit SettingsOnDisk(int keys) {
-    const int file = mkstemp(&path_[0]);
-    if (file < 0) throw std::runtime_error("cannot make " + path_);
-    close(file);
     std::ofstream(path_, std::ios::binary) << generatedSettings(keys);
   }
-  ~SettingsOnDisk() { unlink(path_.c_str()); }
-  SettingsOnDisk(const SettingsOnDisk&) = delete;
-  SettingsOnDisk& operator=(const SettingsOnDisk&) = delete;
 
   const std::string& path() const { return path_; }
 
  private:
-  std::string path_ = "/tmp/settings-bench.XXXXXX";
+  const TemporaryDirectory directory_;
+  const std::string path_ = directory_.path() + "/generated.xml";
 };
 
 }  // namespace bench

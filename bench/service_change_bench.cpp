@@ -4,64 +4,42 @@
 
 #include <array>
 
-#include "service/events.h"
-#include "service/settings.h"
-#include "service/z_settings.h"
+#include "bench/tree.h"
 
 namespace {
 
-using zlutil::settings::Settings;
+using bench::DeepTree;
+using bench::SettingsPtr;
 using zlutil::settings::SettingsValueChangeEvent;
-using zlutil::settings::ZSettings;
-using SettingsPtr = boost::shared_ptr<Settings>;
+using zlutil::settings::SettingsValues;
 
-SettingsPtr add(const SettingsPtr& parent, const std::string& name, bool isKey) {
-  const SettingsPtr entry = ZSettings::createSettingsNode(name, isKey, true, {});
-  entry->attachTo(parent);
-  return entry;
+const std::string kLevel = "user";
+
+void setRepeatedly(benchmark::State& state, const DeepTree& tree) {
+  const std::string key = bench::keyName(0);
+  int value = 0;
+  for (auto _ : state) tree.node->setAny(key, ++value, kLevel);
 }
 
-// A tree with a node five deep that holds `keys` keys.
-struct DeepTree {
-  explicit DeepTree(int keys) : root(ZSettings::createSettingsNode("r", false, true, {})) {
-    node = root;
-    for (int depth = 1; depth < 5; ++depth) node = add(node, "n", false);
-    for (int key = 0; key < keys; ++key) {
-      values.emplace_back(add(node, "k" + std::to_string(key), true), 0);
-    }
-  }
-
-  SettingsPtr root, node;
-  zlutil::settings::SettingsValues values;
-};
-
 void setInt(benchmark::State& state) {
-  const DeepTree tree(1);
-  const DeepTree other(1);
-  zlutil::eventmgr::ScopedConnection elsewhere(
-      other.root->addListener<SettingsValueChangeEvent>([](const SettingsValueChangeEvent&) {}));
-  const std::string key = "k0", level = "user";
-  int value = 0;
-  for (auto _ : state) tree.node->setAny(key, ++value, level);
+  const bench::ListenerElsewhere elsewhere;
+  setRepeatedly(state, DeepTree(1));
 }
 BENCHMARK(setInt);
 
 void setIntWithOneListener(benchmark::State& state) {
   const DeepTree tree(1);
   int heard = 0;
-  zlutil::eventmgr::ScopedConnection connection(tree.root->addListener<SettingsValueChangeEvent>(
-      [&heard](const SettingsValueChangeEvent&) { ++heard; }));
-  const std::string key = "k0", level = "user";
-  int value = 0;
-  for (auto _ : state) tree.node->setAny(key, ++value, level);
+  const zlutil::eventmgr::ScopedConnection connection(
+      tree.root->addListener<SettingsValueChangeEvent>(
+          [&heard](const SettingsValueChangeEvent&) { ++heard; }));
+  setRepeatedly(state, tree);
 }
 BENCHMARK(setIntWithOneListener);
 
 void askWhoListens(benchmark::State& state) {
+  const bench::ListenerElsewhere elsewhere;
   const DeepTree tree(1);
-  const DeepTree other(1);
-  zlutil::eventmgr::ScopedConnection elsewhere(
-      other.root->addListener<SettingsValueChangeEvent>([](const SettingsValueChangeEvent&) {}));
   const auto& events = zlutil::eventmgr::EventMgr::instance();
   const auto id = tree.node->getID();
   for (auto _ : state) benchmark::DoNotOptimize(events.mayHaveSubscribers(id));
@@ -69,65 +47,63 @@ void askWhoListens(benchmark::State& state) {
 BENCHMARK(askWhoListens);
 
 // Every commit changes every value: two lists take turns.
-void commitOfN(benchmark::State& state) {
-  const DeepTree tree(static_cast<int>(state.range(0)));
-  std::array<zlutil::settings::SettingsValues, 2> lists{tree.values, tree.values};
-  for (auto& change : lists[1]) change.second = 1;
+template <class Changes, class Commit>
+void commitInTurn(benchmark::State& state, const std::array<Changes, 2>& lists,
+                  const Commit& commit) {
   int turn = 0;
   for (auto _ : state) {
     turn = 1 - turn;
-    tree.root->setMultiple(boost::make_iterator_range(lists[turn].cbegin(), lists[turn].cend()),
-                           "user", 0);
+    commit(lists[turn]);
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void commitOfN(benchmark::State& state) {
+  const DeepTree tree(static_cast<int>(state.range(0)));
+  std::array<SettingsValues, 2> lists{tree.keys, tree.keys};
+  for (auto& change : lists[1]) change.second = 1;
+  commitInTurn(state, lists, [&tree](const SettingsValues& changes) {
+    tree.root->setMultiple(boost::make_iterator_range(changes.cbegin(), changes.cend()), kLevel, 0);
+  });
 }
 BENCHMARK(commitOfN)->RangeMultiplier(10)->Range(1, 100000);
-
-void singleSetsOfN(benchmark::State& state) {
-  DeepTree tree(static_cast<int>(state.range(0)));
-  std::vector<std::string> names;
-  for (const auto& value : tree.values) names.push_back(value.first->getName());
-  const std::string level = "user";
-  int value = 0;
-  for (auto _ : state) {
-    ++value;
-    for (const std::string& name : names) tree.node->setAny(name, value, level);
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-BENCHMARK(singleSetsOfN)->RangeMultiplier(10)->Range(1, 100000);
 
 // The same with paths, as transactions have them.
 void commitOfNPaths(benchmark::State& state) {
   const DeepTree tree(static_cast<int>(state.range(0)));
   using Changes = std::vector<std::pair<std::string, boost::any>>;
   std::array<Changes, 2> lists;
-  for (const auto& value : tree.values) {
-    for (int turn : {0, 1}) lists[turn].emplace_back(value.first->getPath(), turn);
+  for (const auto& key : tree.keys) {
+    for (int turn : {0, 1}) lists[turn].emplace_back(key.first->getPath(), turn);
   }
-  int turn = 0;
-  for (auto _ : state) {
-    turn = 1 - turn;
-    tree.root->multipleSet(lists[turn].cbegin(), lists[turn].cend(), "user");
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  commitInTurn(state, lists, [&tree](const Changes& changes) {
+    tree.root->multipleSet(changes.cbegin(), changes.cend(), kLevel);
+  });
 }
 BENCHMARK(commitOfNPaths)->RangeMultiplier(10)->Range(100, 100000);
 
-void singleSetsOfNPaths(benchmark::State& state) {
+// Sets every key of the tree by its name at the node that `nodeOf` gives each time.
+template <class NodeOf>
+void setOneByOne(benchmark::State& state, const NodeOf& nodeOf) {
   const DeepTree tree(static_cast<int>(state.range(0)));
-  const std::vector<std::string> path(4, "n");
   std::vector<std::string> names;
-  for (const auto& value : tree.values) names.push_back(value.first->getName());
-  const std::string level = "user";
+  for (const auto& key : tree.keys) names.push_back(key.first->getName());
   int value = 0;
   for (auto _ : state) {
     ++value;
-    for (const std::string& name : names) {
-      tree.root->findDescendant(path)->setAny(name, value, level);
-    }
+    for (const std::string& name : names) nodeOf(tree)->setAny(name, value, kLevel);
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void singleSetsOfN(benchmark::State& state) {
+  setOneByOne(state, [](const DeepTree& tree) -> const SettingsPtr& { return tree.node; });
+}
+BENCHMARK(singleSetsOfN)->RangeMultiplier(10)->Range(1, 100000);
+
+void singleSetsOfNPaths(benchmark::State& state) {
+  const std::vector<std::string> path(4, "n");
+  setOneByOne(state, [&path](const DeepTree& tree) { return tree.root->findDescendant(path); });
 }
 BENCHMARK(singleSetsOfNPaths)->RangeMultiplier(10)->Range(100, 100000);
 

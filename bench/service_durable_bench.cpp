@@ -13,22 +13,20 @@
 #include <thread>
 
 #include "bench/temporary_directory.h"
-#include "service/settings.h"
-#include "service/z_settings.h"
+#include "bench/tree.h"
 
 namespace {
 
+using bench::keyName;
+using bench::SettingsPtr;
 using zlutil::contextmgr::ZcrID;
 using zlutil::settings::Settings;
 using zlutil::settings::SettingsValues;
 using zlutil::settings::ZSettings;
-using SettingsPtr = boost::shared_ptr<Settings>;
 
 constexpr int kStored = 10000;
 constexpr int kCommit = 1000;
 constexpr auto kSlice = std::chrono::milliseconds(100);
-
-std::string keyName(int key) { return "k" + std::to_string(key); }
 
 // SQLite with a table of the store's shape and kStored rows.
 class Bare {
@@ -104,7 +102,7 @@ SettingsPtr makeStored() {
   const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
   const SettingsPtr node = ZSettings::createSettingsNode("n", false, true, {});
   for (int key = 0; key < kStored; ++key) {
-    ZSettings::createSettingsNode(keyName(key), true, true, {})->attachTo(node);
+    bench::add(node, keyName(key), true);
     node->setAny(keyName(key), 0, "user");
   }
   node->attachTo(root);
@@ -197,40 +195,37 @@ void opening(const Bare& bare, const std::string& directory) {
               "open a tree with 10,000 stored keys", opened, read, (opened - read) / 1000);
 }
 
-// Reads of one thread in slices of time: alone, while another thread sets durably, and while it
-// writes to the bare database, which shows what the machine itself takes from the reader.
-void readingBesideWriting(Bare& bare, const SettingsPtr& node) {
-  enum Writing { kNothing, kSettings, kBare, kDone };
-  std::atomic<Writing> writing{kNothing};
-  std::thread writer([&] {
-    for (int value = 1; writing != kDone; ++value) {
-      if (writing == kSettings) {
-        node->setAny("k1", value, "user");
-      } else if (writing == kBare) {
-        bare.putAll(1, value);
-      } else {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-      }
-    }
+// How often one thread reads in a microsecond of a slice of time, while another does the work again
+// and again.
+template <class Work>
+double readsBeside(const SettingsPtr& node, const Work& work) {
+  std::atomic<bool> done{false};
+  std::thread other([&] {
+    while (!done) work();
   });
-  const std::string key = "k7000";
-  const auto reads = [&](Writing beside) {
-    writing = beside;
-    const auto end = std::chrono::steady_clock::now() + kSlice;
-    double count = 0;
-    while (std::chrono::steady_clock::now() < end) {
-      for (int read = 0; read < 100; ++read, ++count) node->getValue(key, "");
-    }
-    return count / std::chrono::duration<double, std::micro>(kSlice).count();
-  };
+  const std::string key = keyName(7000), inEffect;
+  const auto end = std::chrono::steady_clock::now() + kSlice;
+  double count = 0;
+  while (std::chrono::steady_clock::now() < end) {
+    for (int read = 0; read < 100; ++read, ++count) node->getValue(key, inEffect);
+  }
+  done = true;
+  other.join();
+  return count / std::chrono::duration<double, std::micro>(kSlice).count();
+}
+
+// Alone, beside durable sets, and beside writes to the bare database, which show what the machine
+// itself takes from the reader.
+void readingBesideWriting(Bare& bare, const SettingsPtr& node) {
+  const std::string key = keyName(1), level = "user";
+  int value = 0;
   std::vector<double> alone, beside, besideBare;
   for (int slice = 0; slice < 31; ++slice) {
-    alone.push_back(reads(kNothing));
-    beside.push_back(reads(kSettings));
-    besideBare.push_back(reads(kBare));
+    alone.push_back(
+        readsBeside(node, [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }));
+    beside.push_back(readsBeside(node, [&] { node->setAny(key, ++value, level); }));
+    besideBare.push_back(readsBeside(node, [&] { bare.putAll(1, ++value); }));
   }
-  writing = kDone;
-  writer.join();
   std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it (limit 0.9)\n",
               "reads while another thread sets durably", median(beside), median(alone),
               median(beside) / median(alone));

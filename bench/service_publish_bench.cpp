@@ -2,66 +2,40 @@
 // only, and with one on the root.
 #include <benchmark/benchmark.h>
 
-#include <boost/make_shared.hpp>
-
+#include "bench/tree.h"
 #include "host/settings/publication.h"
-#include "service/events.h"
 
 namespace {
 
-using namespace zlutil::settings;
-using zlutil::eventmgr::ScopedConnection;
+namespace host = zlutil::settings::host;
+using bench::DeepTree;
+using zlutil::settings::SettingsValueChangeEvent;
 
-struct DeepKey {
-  DeepKey() : root(makeNode("r")) {
-    host::NodePtr node = root;
-    for (int depth = 1; depth < 5; ++depth) {
-      const host::NodePtr below = makeNode("n");
-      below->attachTo(node);
-      node = below;
-    }
-    key = boost::make_shared<host::Key>(node->treePtr(), "k", 0, true, host::ValidatorPtr());
-    key->attachTo(node);
-  }
-
-  static host::NodePtr makeNode(const std::string& name) {
-    return boost::make_shared<host::Node>(host::Tree::makeStandalone(), name, true,
-                                          host::ValidatorPtr());
-  }
-
-  host::NodePtr root;
-  host::KeyPtr key;
-};
-
-void publishRepeatedly(benchmark::State& state, const DeepKey& deep) {
+void publishRepeatedly(benchmark::State& state, const DeepTree& tree) {
+  auto& key = dynamic_cast<host::Key&>(*tree.keys[0].first);
   for (auto _ : state) {
     host::ChangedKeys changed;
-    changed.add(*deep.key);
+    changed.add(key);
     changed.publish();
   }
 }
 
-void publishUnheard(benchmark::State& state) {
-  const DeepKey deep;
-  publishRepeatedly(state, deep);
-}
+void publishUnheard(benchmark::State& state) { publishRepeatedly(state, DeepTree(1)); }
 BENCHMARK(publishUnheard);
 
 void publishHeardElsewhere(benchmark::State& state) {
-  const DeepKey deep;
-  const DeepKey other;
-  const ScopedConnection elsewhere(
-      other.root->addListener<SettingsValueChangeEvent>([](const SettingsValueChangeEvent&) {}));
-  publishRepeatedly(state, deep);
+  const bench::ListenerElsewhere elsewhere;
+  publishRepeatedly(state, DeepTree(1));
 }
 BENCHMARK(publishHeardElsewhere);
 
 void publishHeardAtTheRoot(benchmark::State& state) {
-  const DeepKey deep;
+  const DeepTree tree(1);
   int heard = 0;
-  const ScopedConnection connection(deep.root->addListener<SettingsValueChangeEvent>(
-      [&heard](const SettingsValueChangeEvent&) { ++heard; }));
-  publishRepeatedly(state, deep);
+  const zlutil::eventmgr::ScopedConnection connection(
+      tree.root->addListener<SettingsValueChangeEvent>(
+          [&heard](const SettingsValueChangeEvent&) { ++heard; }));
+  publishRepeatedly(state, tree);
 }
 BENCHMARK(publishHeardAtTheRoot);
 

@@ -1,5 +1,5 @@
 // Reading a value by path, as the bridge does: findDescendant for the node, then getValue. Real
-// time, so that two threads that do not disturb each other take as long per read as one.
+// time divided by the reads of all threads: two that do not disturb each other take half of one's.
 #include <benchmark/benchmark.h>
 
 #include <map>

@@ -1,5 +1,5 @@
-// A directory for the databases of one run of a benchmark, in SETTINGS_BENCH_DIR, else in /var/tmp:
-// in a directory that is in memory, flushing would cost nothing.
+// A directory for the files of one run of a benchmark, in SETTINGS_BENCH_DIR, else in /var/tmp: in
+// a directory that is in memory, flushing would cost nothing.
 #pragma once
 
 #include <stdlib.h>

@@ -8,22 +8,17 @@
 #include <gio/gsettingsbackend.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <unordered_map>
 
-#include "bench/generated_settings.h"
-#include "service/events.h"
-#include "service/settings.h"
-#include "service/z_settings.h"
+#include "bench/temporary_directory.h"
+#include "bench/tree.h"
 
 namespace {
 
-using zlutil::settings::Settings;
+using bench::SettingsPtr;
 using zlutil::settings::SettingsValueChangeEvent;
-using zlutil::settings::ZSettings;
-using SettingsPtr = boost::shared_ptr<Settings>;
 
 constexpr int kNodes = 1000;
 constexpr int kListedKeys = 1000;
@@ -90,34 +85,24 @@ class GTree {
   }
 
   static GSettingsSchemaSource* compile() {
-    const std::filesystem::path directory =
-        std::filesystem::temp_directory_path() / ("gsettings-bench." + std::to_string(getpid()));
-    std::filesystem::create_directory(directory);
-    std::ofstream(directory / "bench.gschema.xml") << schemas();
-    if (std::system((SCHEMA_COMPILER " " + directory.string()).c_str()) != 0) std::abort();
-    auto* const compiled =
-        g_settings_schema_source_new_from_directory(directory.c_str(), nullptr, TRUE, nullptr);
-    std::filesystem::remove_all(directory);
-    return compiled;
+    const bench::TemporaryDirectory directory;
+    std::ofstream(directory.path() + "/bench.gschema.xml") << schemas();
+    if (std::system((SCHEMA_COMPILER " " + directory.path()).c_str()) != 0) std::abort();
+    return g_settings_schema_source_new_from_directory(directory.path().c_str(), nullptr, TRUE,
+                                                       nullptr);
   }
 
   GSettingsBackend* backend_;
   std::unordered_map<std::string, GSettings*> nodes_;
 };
 
-SettingsPtr add(const SettingsPtr& parent, const std::string& name, bool isKey) {
-  const SettingsPtr entry = ZSettings::createSettingsNode(name, isKey, true, {});
-  entry->attachTo(parent);
-  return entry;
-}
-
 struct OurTree {
-  OurTree() : root(ZSettings::createSettingsNode("r", false, true, {})) {
+  OurTree() : root(bench::makeRoot()) {
     for (int number = 0; number < kNodes; ++number) {
-      const SettingsPtr node = add(root, bench::nodeName(number), false);
+      const SettingsPtr node = bench::add(root, bench::nodeName(number), false);
       for (int key = 0; key < bench::kKeysPerNode; ++key) {
         const std::string name = bench::keyName(key);
-        add(node, name, true);
+        bench::add(node, name, true);
         node->setAny(name,
                      name == kText      ? boost::any(std::string("a text of 20 letters"))
                      : name == kDoubles ? boost::any(doubles())
@@ -125,9 +110,9 @@ struct OurTree {
                      "factory");
       }
     }
-    listed = add(root, "listed", false);
+    listed = bench::add(root, "listed", false);
     for (int key = 0; key < kListedKeys; ++key) {
-      add(listed, bench::keyName(key), true);
+      bench::add(listed, bench::keyName(key), true);
       listed->setAny(bench::keyName(key), key, "factory");
     }
   }
