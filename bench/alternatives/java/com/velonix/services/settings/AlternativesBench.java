@@ -4,6 +4,7 @@ import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.Comparator;
 import java.util.LinkedHashMap;
 import java.util.List;
@@ -22,7 +23,9 @@ public final class AlternativesBench {
     }
 
     private static final int SMALL = 1000, LARGE = 100_000;
-    private static final int HANDLES = 10_000, LISTENERS = 5000;
+    private static final int ROOTS = 10_000, LISTENERS = 5000;
+    /** Far more than the 1,024 that a tree remembers by their paths. */
+    private static final int SETTINGS = 50_000;
 
     private final Rounds rounds;
     private final Path directory;
@@ -73,8 +76,8 @@ public final class AlternativesBench {
             Map<String, Alternative> all = filled(places, LARGE);
             reading(all, LARGE);
             TwoThreads.measure(rounds, "two threads", loops(all, each -> each.read(Places.INT)));
-            TwoThreads.measure(rounds, "two threads held", loops(all, Alternative::readHeld));
             measure("read held", all, Alternative::readHeld);
+            TwoThreads.measure(rounds, "two threads held", loops(all, Alternative::readHeld));
             measure("set", all, Alternative::set);
             measure("change 1000", all, each -> each.change(SMALL));
             measure("change 100000", all, each -> each.change(LARGE));
@@ -108,18 +111,17 @@ public final class AlternativesBench {
                 .of("Commons", () -> filled(new CommonsConfiguration(LARGE)))
                 .of("map", () -> filled(new PlainMap(LARGE)))
                 .record();
-        new Memory(rounds, "memory root", HANDLES)
-                .of("ours", Memory.many(HANDLES, SettingPath::processRoot))
+        new Memory(rounds, "memory root", ROOTS)
+                .of("ours", Memory.many(ROOTS, SettingPath::processRoot))
                 .record();
-        try (Places places = Places.ofKeys(SMALL)) {
-            new Memory(rounds, "memory setting", HANDLES)
-                    .of("ours",
-                            Memory.many(HANDLES,
-                                    ()
-                                            -> places.root.path(Places.nodePath(0))
-                                                       .setting(Places.INT, Integer.class)))
-                    .record();
-        }
+        // What a program calls its settings is there anyway.
+        String[][] nodes = new String[Alternative.changedNode(SETTINGS) + 1][];
+        Arrays.setAll(nodes, Places::nodePath);
+        String[] keys = new String[SETTINGS];
+        Arrays.setAll(keys, Alternative::changedKey);
+        new Memory(rounds, "memory setting", SETTINGS)
+                .of("ours", () -> SettingPath.load(file), root -> settings(root, nodes, keys))
+                .record();
         new Memory(rounds, "memory listener", LISTENERS)
                 .of("ours",
                         ()
@@ -131,6 +133,18 @@ public final class AlternativesBench {
                 .of("Commons",
                         () -> listed(new CommonsConfiguration(SMALL)), AlternativesBench::heard)
                 .record();
+    }
+
+    /** Settings that have been read, with paths of their own. */
+    private static Object settings(SettingPath root, String[][] nodes, String[] keys)
+            throws Exception {
+        Setting<?>[] settings = new Setting<?>[ keys.length ];
+        for (int i = 0; i < keys.length; ++i) {
+            settings[i] =
+                    root.path(nodes[Alternative.changedNode(i)]).setting(keys[i], Integer.class);
+            settings[i].get();
+        }
+        return settings;
     }
 
     private static Alternative filled(Alternative alternative) throws Exception {

@@ -63,32 +63,28 @@ final class CommonsConfiguration extends Alternative {
     Rounds.Loop read(String key) {
         String[] paths = paths(key);
         if (key.equals(Places.DOUBLES)) {
-            return times -> {
+            return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink = combined.get(double[].class, paths[i & Places.PLACES - 1]);
+                    sink.last = combined.get(double[].class, paths[i & Places.PLACES - 1]);
             };
         }
         if (key.equals(Places.TEXT)) {
-            return times -> {
+            return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink = combined.getString(paths[i & Places.PLACES - 1]);
+                    sink.last = combined.getString(paths[i & Places.PLACES - 1]);
             };
         }
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = combined.getInt(paths[i & Places.PLACES - 1]);
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i)
+                sink.last = combined.getInt(paths[i & Places.PLACES - 1]);
         };
-    }
-
-    @Override
-    Rounds.Loop readHeld() {
-        return null;
     }
 
     @Override
     Rounds.Loop set() {
         XMLConfiguration alone = locked(new XMLConfiguration());
         String[] paths = paths(Places.INT);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 alone.setProperty(paths[i >> 1 & Places.PLACES - 1], i & 1);
         };
@@ -99,7 +95,7 @@ final class CommonsConfiguration extends Alternative {
         XMLConfiguration one = new XMLConfiguration();
         FileHandler file = new FileHandler(one);
         file.setFile(directory.resolve("durable.xml").toFile());
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 one.setProperty("key", ++fresh);
                 file.save();
@@ -117,11 +113,10 @@ final class CommonsConfiguration extends Alternative {
                     heard.incrementAndGet();
             });
         }
-        return times -> {
+        return (times, sink) -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i) one.setProperty("node.key", ++fresh);
-            if (heard.get() - before != (long) listeners * times)
-                throw new AssertionError("not all was heard");
+            checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
 
@@ -132,7 +127,7 @@ final class CommonsConfiguration extends Alternative {
         XMLConfiguration alone = locked(new XMLConfiguration());
         String[] paths = new String[count];
         Arrays.setAll(paths, i -> "top.n" + changedNode(i) + '.' + changedKey(i));
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 Integer value = ++fresh;
                 for (String path : paths) alone.setProperty(path, value);
@@ -142,7 +137,7 @@ final class CommonsConfiguration extends Alternative {
 
     @Override
     Rounds.Loop load(Path directory) {
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 FileHandler file = new FileHandler(new XMLConfiguration());
                 file.setFile(directory.resolve("commons.xml").toFile());
@@ -155,18 +150,18 @@ final class CommonsConfiguration extends Alternative {
     Rounds.Loop write(Path directory) {
         FileHandler file = new FileHandler(levels[LEVELS.length - 1]);
         file.setFile(directory.resolve("commons.xml").toFile());
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) file.save();
         };
     }
 
     @Override
     Rounds.Loop list() {
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 List<String> names = new ArrayList<>(LISTED_KEYS);
                 levels[LEVELS.length - 1].getKeys(LISTED).forEachRemaining(names::add);
-                sink = names;
+                sink.last = names;
             }
         };
     }

@@ -42,21 +42,21 @@ final class EquinoxPreferences extends Alternative {
         String[] paths = placesOf("top/");
         for (int i = 0; i < paths.length; ++i) paths[i] += '/' + key;
         if (key.equals(Places.DOUBLES)) {
-            return times -> {
+            return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink = Doubles.fromBytes(
+                    sink.last = Doubles.fromBytes(
                             service.getByteArray(top, paths[i & Places.PLACES - 1], null, null));
             };
         }
         if (key.equals(Places.TEXT)) {
-            return times -> {
+            return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink = service.getString(top, paths[i & Places.PLACES - 1], null, null);
+                    sink.last = service.getString(top, paths[i & Places.PLACES - 1], null, null);
             };
         }
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink = service.getInt(top, paths[i & Places.PLACES - 1], 0, null);
+                sink.last = service.getInt(top, paths[i & Places.PLACES - 1], 0, null);
         };
     }
 
@@ -68,16 +68,17 @@ final class EquinoxPreferences extends Alternative {
             for (int level = 0; level < levels.length; ++level)
                 held[i][level] = (IEclipsePreferences) levels[level].node(places[i]);
         }
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink = Integer.parseInt(service.get(Places.INT, null, held[i & Places.PLACES - 1]));
+                sink.last = Integer.parseInt(
+                        service.get(Places.INT, null, held[i & Places.PLACES - 1]));
         };
     }
 
     @Override
     Rounds.Loop set() {
         String[] places = placesOf("top/");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 levels[0].node(places[i >> 1 & Places.PLACES - 1]).putInt(Places.INT, i & 1);
         };
@@ -86,7 +87,7 @@ final class EquinoxPreferences extends Alternative {
     @Override
     Rounds.Loop setDurably(Path directory) {
         FileNode node = new FileNode(directory.resolve("durable.prefs"));
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 node.putInt("key", ++fresh);
                 node.flush();
@@ -100,11 +101,10 @@ final class EquinoxPreferences extends Alternative {
         AtomicLong heard = new AtomicLong();
         for (int i = 0; i < listeners; ++i)
             node.addPreferenceChangeListener(event -> heard.incrementAndGet());
-        return times -> {
+        return (times, sink) -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i) node.putInt("key", ++fresh);
-            if (heard.get() - before != (long) listeners * times)
-                throw new AssertionError("not all was heard");
+            checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
 
@@ -114,7 +114,7 @@ final class EquinoxPreferences extends Alternative {
         Arrays.setAll(held, i -> (IEclipsePreferences) levels[0].node("top/n" + i));
         String[] keys = new String[count];
         Arrays.setAll(keys, Alternative::changedKey);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 int value = ++fresh;
                 for (int k = 0; k < count; ++k) held[changedNode(k)].putInt(keys[k], value);
@@ -125,7 +125,7 @@ final class EquinoxPreferences extends Alternative {
     @Override
     Rounds.Loop load(Path directory) throws BackingStoreException {
         Path file = directory.resolve("equinox.prefs");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) new FileNode(file).load();
         };
     }
@@ -140,7 +140,7 @@ final class EquinoxPreferences extends Alternative {
                         "k" + key, levels[LEVELS.length - 1].node(path).get("k" + key, ""));
             }
         }
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) node.save();
         };
     }
@@ -148,8 +148,8 @@ final class EquinoxPreferences extends Alternative {
     @Override
     Rounds.Loop list() {
         var node = levels[LEVELS.length - 1].node(LISTED);
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = node.keys();
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = node.keys();
         };
     }
 

@@ -4,6 +4,7 @@ import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.util.concurrent.atomic.AtomicLong;
 
 /**
  * The least that a native implementation needs, written by hand: {@link Best} on a bare tree, and
@@ -20,6 +21,7 @@ final class Floor extends Alternative {
         this.places = places;
     }
 
+    /** The bare tree of the places is full. */
     @Override
     void fill() {}
 
@@ -30,21 +32,16 @@ final class Floor extends Alternative {
 
     @Override
     Rounds.Loop read(String key) {
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink = Best.get(places.bare, places.place(i), key, null);
+                sink.last = Best.get(places.bare, places.place(i), key, null);
         };
-    }
-
-    @Override
-    Rounds.Loop readHeld() {
-        return null;
     }
 
     @Override
     Rounds.Loop set() {
         SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 Best.set(places.bare, places.place(i >> 1), Places.INT, values[i & 1], LEVELS[0]);
         };
@@ -55,7 +52,7 @@ final class Floor extends Alternative {
         FileChannel file = FileChannel.open(
                 directory.resolve("floor"), StandardOpenOption.CREATE, StandardOpenOption.APPEND);
         ByteBuffer record = ByteBuffer.allocateDirect(64);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 file.write(record.clear());
                 file.force(false);
@@ -67,18 +64,21 @@ final class Floor extends Alternative {
     Rounds.Loop deliver(int listeners) {
         String[] path = Places.nodePath(0);
         long tree = Places.bareTree(1);
+        AtomicLong heard = new AtomicLong();
         SettingListener listener = new SettingListener() {
             @Override
             public void settingChanged(SettingChangeEvent event) {
-                sink = event;
+                heard.incrementAndGet();
             }
         };
         for (int i = 0; i < listeners; ++i)
             Literal.addListener(tree, path, Places.INT, this, listener);
         SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
-        return times -> {
+        return (times, sink) -> {
+            long before = heard.get();
             for (int i = 0; i < times; ++i)
                 Best.set(tree, path, Places.INT, values[i & 1], LEVELS[0]);
+            checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
 
@@ -91,7 +91,7 @@ final class Floor extends Alternative {
             paths[i] = Places.nodePath(changedNode(i));
             keys[i] = changedKey(i);
         }
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 SettingInfo value = new SettingInfo(++fresh);
                 long context = Literal.createContext();
@@ -104,22 +104,9 @@ final class Floor extends Alternative {
     }
 
     @Override
-    Rounds.Loop load(Path directory) {
-        return null;
-    }
-
-    @Override
-    Rounds.Loop write(Path directory) {
-        return null;
-    }
-
-    @Override
     Rounds.Loop list() {
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = Best.children(listed, LISTED_PATH);
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = Best.children(listed, LISTED_PATH);
         };
     }
-
-    @Override
-    void listen(int number) {}
 }

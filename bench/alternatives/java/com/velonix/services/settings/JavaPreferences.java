@@ -38,26 +38,27 @@ final class JavaPreferences extends Alternative {
     Rounds.Loop read(String key) {
         String[] places = placesOf("top/");
         if (key.equals(Places.DOUBLES)) {
-            return times -> {
+            return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink = Doubles.fromBytes(bytes(places[i & Places.PLACES - 1], key));
+                    sink.last = Doubles.fromBytes(bytes(places[i & Places.PLACES - 1], key));
             };
         }
         if (key.equals(Places.TEXT)) {
-            return times -> {
-                for (int i = 0; i < times; ++i) sink = text(places[i & Places.PLACES - 1], key);
+            return (times, sink) -> {
+                for (int i = 0; i < times; ++i)
+                    sink.last = text(places[i & Places.PLACES - 1], key);
             };
         }
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink = Integer.parseInt(text(places[i & Places.PLACES - 1], key));
+                sink.last = Integer.parseInt(text(places[i & Places.PLACES - 1], key));
         };
     }
 
     @Override
     Rounds.Loop readHeld() {
         Preferences[][] held = held();
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 String value = null;
                 for (Preferences node : held[i & Places.PLACES - 1]) {
@@ -65,7 +66,7 @@ final class JavaPreferences extends Alternative {
                     if (value != null)
                         break;
                 }
-                sink = Integer.parseInt(value);
+                sink.last = Integer.parseInt(value);
             }
         };
     }
@@ -73,7 +74,7 @@ final class JavaPreferences extends Alternative {
     @Override
     Rounds.Loop set() {
         String[] places = placesOf("top/");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 levels[0].node(places[i >> 1 & Places.PLACES - 1]).putInt(Places.INT, i & 1);
         };
@@ -82,7 +83,7 @@ final class JavaPreferences extends Alternative {
     @Override
     Rounds.Loop setDurably(Path directory) {
         Preferences node = root.node("durable");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 node.putInt("key", ++fresh);
                 node.flush();
@@ -96,7 +97,7 @@ final class JavaPreferences extends Alternative {
         AtomicLong heard = new AtomicLong();
         for (int i = 0; i < listeners; ++i)
             node.addPreferenceChangeListener(event -> heard.incrementAndGet());
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 long all = heard.get() + listeners;
                 node.putInt("key", ++fresh);
@@ -111,7 +112,7 @@ final class JavaPreferences extends Alternative {
         Arrays.setAll(held, i -> levels[0].node("top/n" + i));
         String[] keys = new String[count];
         Arrays.setAll(keys, Alternative::changedKey);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 int value = ++fresh;
                 for (int k = 0; k < count; ++k) held[changedNode(k)].putInt(keys[k], value);
@@ -122,7 +123,7 @@ final class JavaPreferences extends Alternative {
     @Override
     Rounds.Loop load(Path directory) {
         Path file = directory.resolve("prefs.xml");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 try (InputStream in = Files.newInputStream(file)) {
                     Preferences.importPreferences(in);
@@ -134,7 +135,7 @@ final class JavaPreferences extends Alternative {
     @Override
     Rounds.Loop write(Path directory) {
         Path file = directory.resolve("prefs.xml");
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 try (OutputStream out = Files.newOutputStream(file)) {
                     levels[LEVELS.length - 1].exportSubtree(out);
@@ -146,8 +147,8 @@ final class JavaPreferences extends Alternative {
     @Override
     Rounds.Loop list() {
         Preferences node = levels[LEVELS.length - 1].node(LISTED);
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = node.keys();
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = node.keys();
         };
     }
 

@@ -17,6 +17,7 @@ final class OurSettings extends Alternative {
         this.root = places.root;
     }
 
+    /** The tree of the places is full. */
     @Override
     void fill() {}
 
@@ -32,23 +33,25 @@ final class OurSettings extends Alternative {
         Class<?> type = key.equals(Places.DOUBLES) ? double[].class
                 : key.equals(Places.TEXT)          ? String.class
                                                    : Integer.class;
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink = root.path(places.place(i)).setting(key, type).get();
+                sink.last = root.path(places.place(i)).setting(key, type).get();
         };
     }
 
     @Override
     Rounds.Loop readHeld() {
-        Setting<Integer>[] held = held(Places.PLACES);
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = held[i & Places.PLACES - 1].get();
+        @SuppressWarnings({"unchecked", "rawtypes"})
+        Setting<Integer>[] held = new Setting[Places.PLACES];
+        Arrays.setAll(held, i -> root.path(places.place(i)).setting(Places.INT, Integer.class));
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = held[i & Places.PLACES - 1].get();
         };
     }
 
     @Override
     Rounds.Loop set() {
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 root.path(places.place(i >> 1))
                         .setting(Places.INT, Integer.class)
@@ -60,7 +63,7 @@ final class OurSettings extends Alternative {
     Rounds.Loop setDurably(Path directory) {
         SettingPath process = SettingPath.processRoot();
         Setting<Integer> key = process.path("top", "n0").setting(Places.INT, Integer.class);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.USER);
         };
     }
@@ -71,11 +74,10 @@ final class OurSettings extends Alternative {
         Setting<Integer> key = heardTree.addKey("key", 0);
         AtomicLong heard = new AtomicLong();
         for (int i = 0; i < listeners; ++i) key.onChanged(event -> heard.incrementAndGet());
-        return times -> {
+        return (times, sink) -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.SESSION);
-            if (heard.get() - before != (long) listeners * times)
-                throw new AssertionError("not all was heard");
+            checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
 
@@ -87,7 +89,7 @@ final class OurSettings extends Alternative {
         Arrays.setAll(keys,
                 i
                 -> process.path("top", "n" + changedNode(i)).setting(changedKey(i), Integer.class));
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 Integer value = ++fresh;
                 try (SettingTransaction transaction = new SettingTransaction()) {
@@ -103,32 +105,21 @@ final class OurSettings extends Alternative {
     Rounds.Loop load(Path directory) throws Exception {
         Path file = directory.resolve("ours.xml");
         Files.writeString(file, Places.xml(nodes));
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) SettingPath.load(file).close();
         };
     }
 
     @Override
-    Rounds.Loop write(Path directory) {
-        return null;
-    }
-
-    @Override
     Rounds.Loop list() {
         SettingPath node = root.path(LISTED);
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = node.keys();
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = node.keys();
         };
     }
 
     @Override
     void listen(int number) throws Exception {
         root.path(LISTED).setting("key0", Integer.class).onChanged(event -> fresh = number);
-    }
-
-    Setting<Integer>[] held(int count) {
-        @SuppressWarnings({"unchecked", "rawtypes"}) Setting<Integer>[] held = new Setting[count];
-        Arrays.setAll(held, i -> root.path(places.place(i)).setting(Places.INT, Integer.class));
-        return held;
     }
 }

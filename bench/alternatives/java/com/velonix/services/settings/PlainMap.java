@@ -1,6 +1,5 @@
 package com.velonix.services.settings;
 
-import java.nio.file.Path;
 import java.util.concurrent.ConcurrentHashMap;
 
 /** The ceiling: a map from path to value. No types, levels, events or files. */
@@ -19,8 +18,8 @@ final class PlainMap extends Alternative {
     @Override
     Rounds.Loop read(String key) {
         String[] paths = paths(key);
-        return times -> {
-            for (int i = 0; i < times; ++i) sink = map.get(paths[i & Places.PLACES - 1]);
+        return (times, sink) -> {
+            for (int i = 0; i < times; ++i) sink.last = map.get(paths[i & Places.PLACES - 1]);
         };
     }
 
@@ -33,51 +32,23 @@ final class PlainMap extends Alternative {
     Rounds.Loop set() {
         String[] paths = paths(Places.INT);
         Object[] values = {1, 2};
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 map.put(paths[i >> 1 & Places.PLACES - 1], values[i & 1]);
         };
     }
 
     @Override
-    Rounds.Loop setDurably(Path directory) {
-        return null;
-    }
-
-    @Override
-    Rounds.Loop deliver(int listeners) {
-        return null;
-    }
-
-    @Override
     Rounds.Loop change(int count) {
         String[] paths = new String[count];
         for (int i = 0; i < count; ++i) paths[i] = "top/n" + changedNode(i) + '/' + changedKey(i);
-        return times -> {
+        return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 Integer value = ++fresh;
                 for (String path : paths) map.put(path, value);
             }
         };
     }
-
-    @Override
-    Rounds.Loop load(Path directory) {
-        return null;
-    }
-
-    @Override
-    Rounds.Loop write(Path directory) {
-        return null;
-    }
-
-    @Override
-    Rounds.Loop list() {
-        return null;
-    }
-
-    @Override
-    void listen(int number) {}
 
     private String[] paths(String key) {
         String[] paths = placesOf("top/");

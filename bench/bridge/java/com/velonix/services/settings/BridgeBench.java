@@ -13,8 +13,6 @@ public final class BridgeBench {
     private static final String SESSION = "session";
     private static final int CHANGES = 1000;
 
-    private static Object sink;
-
     private final Rounds rounds;
 
     private BridgeBench(int rounds) {
@@ -59,11 +57,11 @@ public final class BridgeBench {
 
     private void call() throws Throwable {
         rounds.measure("calling an empty native: by handle, directly",
-                times
-                -> {
+                (times, sink)
+                        -> {
                     for (int i = 0; i < times; ++i) Natives.empty();
                 },
-                times -> {
+                (times, sink) -> {
                     for (int i = 0; i < times; ++i) Literal.empty();
                 });
     }
@@ -74,19 +72,19 @@ public final class BridgeBench {
         for (String[] work : works) {
             String key = work[1];
             rounds.measure(String.format("nativeGet %s, %,d keys", work[0], keys),
-                    times
-                    -> {
+                    (times, sink)
+                            -> {
                         for (int i = 0; i < times; ++i)
-                            sink = Natives.get(places.handle, places.place(i), key, null);
+                            sink.last = Natives.get(places.handle, places.place(i), key, null);
                     },
-                    times
-                    -> {
+                    (times, sink)
+                            -> {
                         for (int i = 0; i < times; ++i)
-                            sink = Literal.get(places.bare, places.place(i), key, null);
+                            sink.last = Literal.get(places.bare, places.place(i), key, null);
                     },
-                    times -> {
+                    (times, sink) -> {
                         for (int i = 0; i < times; ++i)
-                            sink = Best.get(places.bare, places.place(i), key, null);
+                            sink.last = Best.get(places.bare, places.place(i), key, null);
                     });
         }
     }
@@ -100,19 +98,19 @@ public final class BridgeBench {
             throws Throwable {
         SettingInfo[] values = {new SettingInfo(first), new SettingInfo(second)};
         rounds.measure(work,
-                times
-                -> {
+                (times, sink)
+                        -> {
                     for (int i = 0; i < times; ++i)
                         Natives.set(0, places.handle, places.place(i >> 1), key, values[i & 1],
                                 SESSION);
                 },
-                times
-                -> {
+                (times, sink)
+                        -> {
                     for (int i = 0; i < times; ++i)
                         Literal.set(
                                 0, places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
                 },
-                times -> {
+                (times, sink) -> {
                     for (int i = 0; i < times; ++i)
                         Best.set(places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
                 });
@@ -133,19 +131,19 @@ public final class BridgeBench {
             SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
             String[][] paths = {Places.nodePath(0), Places.nodePath(1)};
             rounds.measure("set + event to " + listeners,
-                    times
-                    -> {
+                    (times, sink)
+                            -> {
                         for (int i = 0; i < times; ++i)
                             Natives.set(0, places.handle, paths[i >> 1 & 1], Places.INT,
                                     values[i & 1], SESSION);
                     },
-                    times
-                    -> {
+                    (times, sink)
+                            -> {
                         for (int i = 0; i < times; ++i)
                             Literal.set(0, places.bare, paths[i >> 1 & 1], Places.INT,
                                     values[i & 1], SESSION);
                     },
-                    times -> {
+                    (times, sink) -> {
                         for (int i = 0; i < times; ++i)
                             Best.set(places.bare, paths[i >> 1 & 1], Places.INT, values[i & 1],
                                     SESSION);
@@ -167,16 +165,16 @@ public final class BridgeBench {
                 Literal.put(bare, path, "key" + i, new SettingInfo(i), 0);
             }
             rounds.measure("list 1,000 children",
-                    times
-                    -> {
-                        for (int i = 0; i < times; ++i) sink = Natives.children(handle, path);
+                    (times, sink)
+                            -> {
+                        for (int i = 0; i < times; ++i) sink.last = Natives.children(handle, path);
                     },
-                    times
-                    -> {
-                        for (int i = 0; i < times; ++i) sink = Literal.children(bare, path);
+                    (times, sink)
+                            -> {
+                        for (int i = 0; i < times; ++i) sink.last = Literal.children(bare, path);
                     },
-                    times -> {
-                        for (int i = 0; i < times; ++i) sink = Best.children(bare, path);
+                    (times, sink) -> {
+                        for (int i = 0; i < times; ++i) sink.last = Best.children(bare, path);
                     });
             root.tree().exit();
         }
@@ -199,8 +197,8 @@ public final class BridgeBench {
             SettingInfo[] values = new SettingInfo[CHANGES + 1];
             for (int i = 0; i < values.length; ++i) values[i] = new SettingInfo(-i);
             rounds.measure("1,000 sets recorded, one commit",
-                    times
-                    -> {
+                    (times, sink)
+                            -> {
                         for (int i = 0; i < times; ++i) {
                             long context = Natives.createContext();
                             for (int k = 0; k < CHANGES; ++k)
@@ -211,7 +209,7 @@ public final class BridgeBench {
                             Natives.deleteContext(context);
                         }
                     },
-                    times -> {
+                    (times, sink) -> {
                         for (int i = 0; i < times; ++i) {
                             long context = Literal.createContext();
                             for (int k = 0; k < CHANGES; ++k)
@@ -227,22 +225,23 @@ public final class BridgeBench {
 
     private void failure(Places places) throws Throwable {
         rounds.measure("failure raised and caught in Java",
-                times
-                -> {
+                (times, sink)
+                        -> {
                     for (int i = 0; i < times; ++i) {
                         try {
-                            sink = Natives.get(places.handle, places.place(i), "missing", null);
+                            sink.last =
+                                    Natives.get(places.handle, places.place(i), "missing", null);
                         } catch (SettingNotFoundException expected) {
-                            sink = expected;
+                            sink.last = expected;
                         }
                     }
                 },
-                times -> {
+                (times, sink) -> {
                     for (int i = 0; i < times; ++i) {
                         try {
-                            sink = Literal.get(places.bare, places.place(i), "missing", null);
+                            sink.last = Literal.get(places.bare, places.place(i), "missing", null);
                         } catch (SettingNotFoundException expected) {
-                            sink = expected;
+                            sink.last = expected;
                         }
                     }
                 });
@@ -250,21 +249,15 @@ public final class BridgeBench {
 
     /** How many times one thread's rate two threads reach. */
     private void threads(Places places) throws Throwable {
-        Rounds.Loop ours = times -> {
-            Object last = null;
-            for (int i = 0; i < times; ++i)
-                last = Natives.get(places.handle, places.place(i), Places.INT, null);
-            sink = last;
-        };
-        Rounds.Loop literal = times -> {
-            Object last = null;
-            for (int i = 0; i < times; ++i)
-                last = Literal.get(places.bare, places.place(i), Places.INT, null);
-            sink = last;
-        };
         Map<String, Rounds.Loop> ways = new LinkedHashMap<>();
-        ways.put("ours", ours);
-        ways.put("literal", literal);
+        ways.put("ours", (times, sink) -> {
+            for (int i = 0; i < times; ++i)
+                sink.last = Natives.get(places.handle, places.place(i), Places.INT, null);
+        });
+        ways.put("literal", (times, sink) -> {
+            for (int i = 0; i < times; ++i)
+                sink.last = Literal.get(places.bare, places.place(i), Places.INT, null);
+        });
         TwoThreads.measure(rounds, "two threads, natives", ways);
     }
 

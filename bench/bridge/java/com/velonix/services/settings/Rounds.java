@@ -18,9 +18,9 @@ import java.util.Map;
  * tabs between them.
  */
 final class Rounds {
-    /** A loop over the work. */
+    /** A loop over the work, which gives what it reads to the sink. */
     interface Loop {
-        void run(int times) throws Throwable;
+        void run(int times, Sink sink) throws Throwable;
     }
 
     private static final int WARM_UPS = 6;
@@ -100,9 +100,10 @@ final class Rounds {
         return sorted[(int) Math.round(part * (sorted.length - 1))];
     }
 
-    private static long nanos(Loop loop, int times) throws Throwable {
+    static long nanos(Loop loop, int times) throws Throwable {
+        Sink sink = new Sink();
         long start = System.nanoTime();
-        loop.run(times);
+        loop.run(times, sink);
         return System.nanoTime() - start;
     }
 }

@@ -5,17 +5,22 @@ import java.util.concurrent.CountDownLatch;
 
 /** How many times one thread's rate two threads reach that do the same work at once. */
 final class TwoThreads {
-    private static final int ROUNDS = 21, WARM_UPS = 3, TIMES = 50_000;
+    private static final int ROUNDS = 21, WARM_UPS = 3;
+    /** Of one thread's part: much longer than two threads take to start. */
+    private static final long PART_NANOS = 20_000_000;
 
     private TwoThreads() {}
 
     static void measure(Rounds rounds, String work, Map<String, Rounds.Loop> ways)
-            throws InterruptedException {
+            throws Throwable {
         double[][] gains = new double[ways.size()][ROUNDS];
+        int way = 0;
+        int[] times = new int[ways.size()];
+        for (Rounds.Loop loop : ways.values()) times[way++] = timesOf(loop);
         for (int round = -WARM_UPS; round < ROUNDS; ++round) {
-            int way = 0;
+            way = 0;
             for (Rounds.Loop loop : ways.values()) {
-                double one = rate(loop, 1), gain = rate(loop, 2) / one;
+                double one = rate(loop, times[way], 1), gain = rate(loop, times[way], 2) / one;
                 if (round >= 0)
                     gains[way][round] = gain;
                 ++way;
@@ -24,7 +29,15 @@ final class TwoThreads {
         rounds.record(work, ways.keySet(), "times", gains);
     }
 
-    private static double rate(Rounds.Loop loop, int threads) throws InterruptedException {
+    private static int timesOf(Rounds.Loop loop) throws Throwable {
+        int times = 1000;
+        while (Rounds.nanos(loop, times) < PART_NANOS) times *= 2;
+        return times;
+    }
+
+    /** How often in a nanosecond all threads together do the work. */
+    private static double rate(Rounds.Loop loop, int times, int threads)
+            throws InterruptedException {
         CountDownLatch ready = new CountDownLatch(threads), go = new CountDownLatch(1);
         long[] nanos = new long[threads];
         Thread[] workers = new Thread[threads];
@@ -34,9 +47,7 @@ final class TwoThreads {
                 try {
                     ready.countDown();
                     go.await();
-                    long start = System.nanoTime();
-                    loop.run(TIMES);
-                    nanos[mine] = System.nanoTime() - start;
+                    nanos[mine] = Rounds.nanos(loop, times);
                 } catch (Throwable failed) {
                     throw new IllegalStateException(failed);
                 }
@@ -48,7 +59,7 @@ final class TwoThreads {
         double rate = 0;
         for (int i = 0; i < threads; ++i) {
             workers[i].join();
-            rate += TIMES / (double) nanos[i];
+            rate += times / (double) nanos[i];
         }
         return rate;
     }
