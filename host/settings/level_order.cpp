@@ -9,19 +9,16 @@
 namespace zlutil::settings::host {
 namespace {
 
-const std::array<std::string, kLevelCount>& names() {
-  static const auto& list =
-      *new std::array<std::string, kLevelCount>{"session", "user", "workgroup", "factory"};
-  return list;
-}
+constexpr std::array<std::string_view, kLevelCount> kNames{"session", "user", "workgroup",
+                                                           "factory"};
 
 }  // namespace
 
-const std::string& levelName(int level) { return names()[level]; }
+std::string levelName(int level) { return std::string(kNames[level]); }
 
 std::optional<int> findLevel(std::string_view name) {
   for (int level = 0; level < kLevelCount; ++level) {
-    if (names()[level] == name) return level;
+    if (kNames[level] == name) return level;
   }
   return std::nullopt;
 }
@@ -43,7 +40,7 @@ boost::shared_ptr<SettingsLevelManager> SettingsLevelManager::getSettingsLevelMa
 }
 
 std::vector<std::string> SettingsLevelManager::getAllLevelNames() const {
-  return {host::names().begin(), host::names().end()};
+  return std::vector<std::string>(host::kNames.begin(), host::kNames.end());
 }
 
 }  // namespace zlutil::settings

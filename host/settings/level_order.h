@@ -13,7 +13,7 @@ enum Level : int { kSession, kUser, kWorkgroup, kFactory };
 inline constexpr int kLevelCount = 4;
 
 // The name of a level in [0, kLevelCount).
-const std::string& levelName(int level);
+std::string levelName(int level);
 
 // The level of that name, or nothing.
 std::optional<int> findLevel(std::string_view name);

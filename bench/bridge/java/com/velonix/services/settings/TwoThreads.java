@@ -59,6 +59,8 @@ final class TwoThreads {
         double rate = 0;
         for (int i = 0; i < threads; ++i) {
             workers[i].join();
+            if (nanos[i] == 0)
+                throw new IllegalStateException("a thread has failed");
             rate += times / (double) nanos[i];
         }
         return rate;
