@@ -67,13 +67,12 @@ class CAPABILITY("mutex") TreeLock {
 
   std::atomic<int>& enterAsReader() {
     std::atomic<int>& readers = stripes_[base::threadStripe()].readers;
-    int spins = kSpins;
-    do {
+    for (int spins = kSpins; spins > 0; --spins) {
       readers.fetch_add(1, std::memory_order_seq_cst);
       if (!writing_.load(std::memory_order_seq_cst)) return readers;
       readers.fetch_sub(1, std::memory_order_release);
       while (writing_.load(std::memory_order_relaxed) && --spins > 0) relax();
-    } while (spins > 0);
+    }
     // No writer is inside while the gate is held here, and the next one sees the counter.
     base::MutexLock lock(gate_);
     readers.fetch_add(1, std::memory_order_seq_cst);
