@@ -22,7 +22,7 @@ thread_local long openOnThisThread = 0;
 
 long openOnOtherThreads() {
   long sum = -openOnThisThread;
-  for (const OpenGuards& stripe : openGuards) sum += stripe.count.load(std::memory_order_acquire);
+  for (const OpenGuards& stripe : openGuards) sum += stripe.count.load(std::memory_order_seq_cst);
   return sum;
 }
 

@@ -46,7 +46,7 @@ void installShutdownHook(JNIEnv* env) {
 JavaVM* currentVm() noexcept { return vm.load(std::memory_order_acquire); }
 
 bool isRunning() noexcept {
-  return stopped.load(std::memory_order_relaxed) == 0 && currentVm() != nullptr;
+  return stopped.load(std::memory_order_seq_cst) == 0 && currentVm() != nullptr;
 }
 
 JNIEnv* currentEnv() noexcept {
@@ -69,7 +69,7 @@ JNIEnv* attachedEnv() noexcept {
   return static_cast<JNIEnv*>(env);
 }
 
-void markStopped() noexcept { stopped.store(1, std::memory_order_relaxed); }
+void markStopped() noexcept { stopped.store(1, std::memory_order_seq_cst); }
 
 }  // namespace javalayer
 
