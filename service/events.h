@@ -16,42 +16,55 @@
 namespace zlutil {
 namespace settings {
 
-// A key's value changed, at any level: it was set or unset.
-class SETTINGS_HOST_API SettingsValueChangeEvent : public eventmgr::BaseEvent {
+// What the three have in common.
+class SETTINGS_HOST_API SettingsEvent : public eventmgr::BaseEvent {
  public:
-  explicit SettingsValueChangeEvent(boost::shared_ptr<Settings> key) : key_(std::move(key)) {}
+  // The entry.
+  boost::shared_ptr<Settings> getObj() const override { return entry_; }
+  // Where the entry stood in its tree when the change was made, or stands that has been added: the
+  // names from just below the root, the entry's own last, joined with ".".
+  const std::string& getPlace() const { return place_; }
+
+ protected:
+  SettingsEvent(boost::shared_ptr<Settings> entry, std::string place)
+      : entry_(std::move(entry)), place_(std::move(place)) {}
+
+ private:
+  const boost::shared_ptr<Settings> entry_;
+  const std::string place_;
+};
+
+// A key's value changed, at any level: it was set or unset.
+class SETTINGS_HOST_API SettingsValueChangeEvent : public SettingsEvent {
+ public:
+  SettingsValueChangeEvent(boost::shared_ptr<Settings> key, std::string place)
+      : SettingsEvent(std::move(key), std::move(place)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;
-
-  // The key.
-  boost::shared_ptr<Settings> getObj() const override { return key_; }
-
- private:
-  const boost::shared_ptr<Settings> key_;
 };
 
 // An entry came into the tree or left it. One event is published for a subtree, about its top.
-class SETTINGS_HOST_API SettingsStructureEvent : public eventmgr::BaseEvent {
+class SETTINGS_HOST_API SettingsStructureEvent : public SettingsEvent {
  public:
-  // The entry, and the node that it was added to or removed from.
-  boost::shared_ptr<Settings> getObj() const override { return entry_; }
+  // The node that it was added to or removed from.
   const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
 
  protected:
-  SettingsStructureEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
-      : parent_(std::move(parent)), entry_(std::move(entry)) {}
+  SettingsStructureEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
+                         std::string place)
+      : SettingsEvent(std::move(entry), std::move(place)), parent_(std::move(parent)) {}
 
  private:
   const boost::shared_ptr<Settings> parent_;
-  const boost::shared_ptr<Settings> entry_;
 };
 
 // A node or key was added.
 class SETTINGS_HOST_API SettingsAddNodeEvent : public SettingsStructureEvent {
  public:
-  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
-      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
+  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
+                       std::string place)
+      : SettingsStructureEvent(std::move(parent), std::move(entry), std::move(place)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;
@@ -60,8 +73,9 @@ class SETTINGS_HOST_API SettingsAddNodeEvent : public SettingsStructureEvent {
 // A node or key was removed; the entry no longer has a parent.
 class SETTINGS_HOST_API SettingsRemoveNodeEvent : public SettingsStructureEvent {
  public:
-  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
-      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
+  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
+                          std::string place)
+      : SettingsStructureEvent(std::move(parent), std::move(entry), std::move(place)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;

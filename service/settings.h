@@ -49,7 +49,8 @@ class SETTINGS_HOST_API Settings {
   virtual std::string getName() const = 0;
 
   // The names below the root joined with "."; below a standalone root they begin with that root's
-  // name, so that they do not resolve in another tree.
+  // name, so that they do not resolve in another tree, and below an entry that has been removed
+  // with "(removed)" and its name, so that they resolve nowhere.
   virtual std::string getPath() const = 0;
 
   // The entry at that path below this node (this entry itself for no names); null when there is

@@ -66,28 +66,31 @@ bool Entry::isAttached() const {
   return !entry->isRemoved();
 }
 
-std::string Entry::path() const {
-  const Entry* chain[kMaxDepth + 1];
+std::string Entry::place() const {
+  const Entry* chain[kMaxDepth];
   int length = 0;
   std::size_t size = 0;
-  const Entry* entry = this;
-  for (; entry->parent_; entry = entry->parent_) {
+  for (const Entry* entry = this; entry->parent_; entry = entry->parent_) {
     chain[length++] = entry;
     size += entry->name_.size() + 1;
   }
-  // The root of a context's tree is not named in its paths; every other top is, so that its paths
-  // do not resolve there.
-  if (tree_->isStandalone() || entry->isRemoved()) {
-    chain[length++] = entry;
-    size += entry->name_.size() + 1;
-  }
-  std::string path;
-  path.reserve(size);
+  std::string place;
+  place.reserve(size);
   while (length > 0) {
-    path += chain[--length]->name_;
-    if (length > 0) path += '.';
+    place += chain[--length]->name_;
+    if (length > 0) place += '.';
   }
-  return path;
+  return place;
+}
+
+std::string Entry::path() const {
+  const Entry* top = this;
+  while (top->parent_) top = top->parent_;
+  // Every other top is named, so that its paths do not resolve in this tree, and one that has been
+  // removed so that they resolve nowhere.
+  if (!tree_->isStandalone() && !top->isRemoved()) return place();
+  const std::string name = top->isRemoved() ? "(removed)." + top->name_ : top->name_;
+  return top == this ? name : name + '.' + place();
 }
 
 int Entry::depth() const {

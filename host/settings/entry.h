@@ -58,6 +58,8 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   bool isRemoved() const { return standing_ & kRemoved; }
   // False when this entry or one above it has been removed.
   bool isAttached() const;
+  // The names from just below the topmost entry, this one's last, joined with ".".
+  std::string place() const;
   // The path in the service's notation.
   std::string path() const;
   // How many entries stand above this one.

@@ -3,19 +3,25 @@
 // after it is visible and with no lock held. Any thread.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "host/settings/node.h"
 
 namespace zlutil::settings::host {
 
-// The identities, among an entry's and its ancestors', that somebody may have subscribed to.
-using Audience = std::vector<exchange::IDType>;
+// Who may hear of something that happens to an entry, and where they hear that it stands.
+struct Audience {
+  // Those of the entry and its ancestors that somebody may have subscribed to.
+  std::vector<exchange::IDType> ids;
+  // As SettingsEvent::getPlace() gives it; empty when nobody may hear.
+  std::string place;
 
-// Reads what the tree guards.
-Audience audienceOf(const Entry& entry);
+  bool empty() const { return ids.empty(); }
+};
 
-// The same for an entry that is to be removed: with the identities of all that goes with it.
+// Of an entry that is to be removed: with those of all that goes with it. Reads what the tree
+// guards.
 Audience audienceOfRemoval(const Entry& entry);
 
 // The keys whose values one operation has changed. Belongs to one thread.
@@ -30,9 +36,10 @@ class ChangedKeys {
  private:
   // The keys that somebody may hear of; of the others nothing is kept.
   std::vector<std::pair<KeyPtr, Audience>> heard_;
-  // The parent of the last key, which most often is that of the next one too, and its audience.
+  // The parent of the last key, which most often is that of the next one too, and who may hear of
+  // it and of all that is below it.
   const Node* parent_ = nullptr;
-  Audience above_;
+  std::vector<exchange::IDType> above_;
 };
 
 // The entry was added below `parent`.

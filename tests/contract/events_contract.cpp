@@ -31,6 +31,32 @@ TEST_P(ServiceContract, RemovingASubtreeIsOneEventWhichIsHeardAboveAndBelow) {
   EXPECT_EQ(atKey.heard, removed);
 }
 
+TEST_P(ServiceContract, AnEventTellsWhereItsEntryStoodWhateverHasHappenedSince) {
+  using zlutil::settings::SettingsRemoveNodeEvent;
+  const SettingsPtr above = addNode(root, "a"), node = addNode(above, "b"), key = addKey(node, "k");
+  ScopedConnection removesMore(
+      above->addListener<SettingsRemoveNodeEvent>([&](const SettingsRemoveNodeEvent& event) {
+        if (event.getObj() == node) root->removeNode("a");
+      }));
+  Names places;
+  ScopedConnection changes(root->addListener<SettingsValueChangeEvent>(
+      [&](const SettingsValueChangeEvent& event) { places.push_back(event.getPlace()); }));
+  ScopedConnection removals(root->addListener<SettingsRemoveNodeEvent>(
+      [&](const SettingsRemoveNodeEvent& event) { places.push_back(event.getPlace()); }));
+  node->setAny("k", 1, "user");
+  above->removeNode("b");
+  EXPECT_EQ(places, (Names{"a.b.k", "a", "a.b"}));
+}
+
+TEST_P(ServiceContract, ThePathOfARemovedEntryLeadsNowhere) {
+  const SettingsPtr node = addNode(addNode(root, "a"), "b"), key = addKey(node, "k");
+  root->getChild("a")->removeNode("b");
+  const SettingsPtr other = addKey(addNode(root, "b"), "k");
+  const std::vector<std::pair<std::string, boost::any>> changes = {{key->getPath(), 7}};
+  EXPECT_EQ(root->multipleSet(changes.begin(), changes.end(), "user").size(), 1u) << key->getPath();
+  EXPECT_FALSE(root->getChild("b")->isSet("k", "user"));
+}
+
 TEST_P(ServiceContract, TheChangeIsVisibleWhenItsEventArrives) {
   addKey(root, "k");
   int seen = 0;

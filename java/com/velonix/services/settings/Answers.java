@@ -114,32 +114,32 @@ final class Answers {
         String[] names = new String[count];
         int begin = 0;
         for (int i = 0; i < count; ++i) {
-            int dot = joined.indexOf('.', begin);
-            int end = dot < 0 ? joined.length() :
-                dot;
-                names[i] = joined.substring(begin, end);
-                begin = end + 1;
+            int end = joined.indexOf('.', begin);
+            if (end < 0)
+                end = joined.length();
+            names[i] = joined.substring(begin, end);
+            begin = end + 1;
         }
         return names;
     }
 
     /**
-     * Has a listener make its event and hear of it. What the listener throws leaves this method.
+     * Describes an event and has a listener hear of it. What the listener throws leaves this
+     * method.
      *
-     * @param path the names of the entry's place, joined with dots; its own is the last
-     * @param names how many there are
-     * @return the event, for the listeners after the first
+     * @param place the entry's: names joined with dots, its own the last
+     * @param above how many of them are above it
+     * @return the description, for listeners of the same event that follow
      */
-    static DeliveredEvent deliver(SettingListener listener, Object source, int kind, String path,
-            int names, boolean isNode) {
-        String[] above = names(path, names - 1);
-        String name = path.substring(path.lastIndexOf('.') + 1);
-        DeliveredEvent event = new DeliveredEvent(kind, above, name, isNode);
+    static DeliveredEvent deliver(SettingListener listener, Object source, int kind, String place,
+            int above, boolean isNode) {
+        String name = place.substring(place.lastIndexOf('.') + 1);
+        DeliveredEvent event = new DeliveredEvent(kind, names(place, above), name, isNode);
         event.deliver(listener, source);
         return event;
     }
 
-    /** The same for a listener after the first. */
+    /** The same for a listener that follows. */
     static void deliverAgain(SettingListener listener, Object source, DeliveredEvent event) {
         event.deliver(listener, source);
     }

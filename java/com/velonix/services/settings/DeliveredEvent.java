@@ -1,7 +1,7 @@
 package com.velonix.services.settings;
 
 /**
- * One event on its way to its listeners: what native code tells of it, once for all of them.
+ * One event on its way to a listener, or to several: what native code tells of it.
  *
  * @param kind one of the numbers below
  * @param path the names of the node's place

@@ -1,0 +1,28 @@
+// The frame of a call into Java that Java did not ask for, of a listener or a validator: an
+// environment for the thread, a local-reference frame, and nothing of Java's failures left pending,
+// whichever way the call ends.
+#pragma once
+
+#include <jni.h>
+
+#include "bridge/java_layer.h"
+
+namespace nativesettings {
+
+class JavaCallback {
+ public:
+  JavaCallback() = default;
+  ~JavaCallback() {
+    if (env()) env()->ExceptionClear();
+  }
+  JavaCallback(const JavaCallback&) = delete;
+  JavaCallback& operator=(const JavaCallback&) = delete;
+
+  // Null when the JVM is not running.
+  JNIEnv* env() const { return guard_.env(); }
+
+ private:
+  const jzi::JavaGuard guard_;
+};
+
+}  // namespace nativesettings
