@@ -4,6 +4,7 @@
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
+#include "nativesettings/java_callback.h"
 #include "nativesettings/paths.h"
 #include "service/failures.h"
 #include "service/settings.h"
@@ -23,16 +24,22 @@ constexpr const char* kValidateSignature =
     "(Ljava/lang/String;Ljava/lang/String;J[Ljava/lang/String;Ljava/lang/String;Ljava/lang/Object;)"
     "Ljava/lang/String;";
 
-// The Java method that runs validators; null when its class does not have it. A class that is
-// missing altogether means that this validator cannot be run.
-jmethodID findValidate(JNIEnv* env, const std::string& first, const std::string& second) {
+// The class that runs validators, borrowed. One that is missing altogether means that this
+// validator cannot be run.
+jclass findValidator(JNIEnv* env, const std::string& first, const std::string& second) {
   try {
-    return jzi::safeGetMethodID(env, globalConsInfos, settingValidatorCons,
-                                settingValidator_validateID, "validate", kValidateSignature, true);
+    return jzi::safeFindClass(env, globalConsInfos, settingValidatorCons);
   } catch (const std::runtime_error& e) {
-    env->ExceptionClear();
     throw Failure<FailedToRunJavaValidator>(first, second, std::string(e.what()));
   }
+}
+
+// Makes a pending Java exception the reason why the validator has failed.
+void refuseWhenPending(JNIEnv* env, const std::string& first, const std::string& second) {
+  if (!env->ExceptionCheck()) return;
+  const std::string message = jzi::extractExceptionMessage(env);
+  env->ExceptionClear();
+  throw Failure<FailedToRunJavaValidator>(first, second, message);
 }
 
 }  // namespace
@@ -40,29 +47,30 @@ jmethodID findValidate(JNIEnv* env, const std::string& first, const std::string&
 void javaValidator(const std::string& first, const std::string& second,
                    const boost::shared_ptr<const Settings>& node, const std::string& keyName,
                    const boost::any& value) {
-  const jzi::JavaGuard guard;
-  JNIEnv* env = guard.env();
+  const JavaCallback callback;
+  JNIEnv* env = callback.env();
   if (!env) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   // What an earlier call left pending is not the validator's failure.
   env->ExceptionClear();
+  // With this reference the class, and all that was resolved on it, stays until the call is over.
+  jobject cls = env->NewLocalRef(findValidator(env, first, second));
+  if (!cls) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   jstring key = javaString(env, keyName);
-  jobject object = getJavaValueFromKey(env, value);
-  jmethodID validate = findValidate(env, first, second);
+  jobject object = key ? getJavaValueFromKey(env, value) : nullptr;
+  refuseWhenPending(env, first, second);
+  jmethodID validate =
+      jzi::safeGetMethodID(env, globalConsInfos, settingValidatorCons, settingValidator_validateID,
+                           "validate", kValidateSignature, true);
   jobjectArray path = validate ? getSettingPathAsJArray(env, node) : nullptr;
   env->ExceptionClear();
   // Deliberate: where Java has nobody to ask, the value counts as valid.
   if (!validate || !path) return;
   const auto context = static_cast<jlong>(node->getZcrID().value());
-  jclass cls = jzi::safeFindClass(env, globalConsInfos, settingValidatorCons);
   jstring secondText = javaString(env, second);
   jstring firstText = javaString(env, first);
   auto reason = static_cast<jstring>(env->CallStaticObjectMethod(
-      cls, validate, firstText, secondText, context, path, key, object));
-  if (env->ExceptionCheck()) {
-    const std::string message = jzi::extractExceptionMessage(env);
-    env->ExceptionClear();
-    throw Failure<FailedToRunJavaValidator>(first, second, message);
-  }
+      static_cast<jclass>(cls), validate, firstText, secondText, context, path, key, object));
+  refuseWhenPending(env, first, second);
   if (reason) throw Failure<ValidationFailure>(zljGetStdString(env, reason));
 }
 

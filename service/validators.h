@@ -75,7 +75,8 @@ class SETTINGS_HOST_API JValidator {
   // Installs the process's proxy in place of an earlier one; the service copies it.
   static void setJValProxy(const Proxy& proxy);
 
-  // Drops the proxy. When it returns, no new call of the proxy begins.
+  // Drops the proxy, and waits for the calls of it that have begun: when it returns, none runs. Not
+  // to be called within one.
   static void clearFunctions();
 
  private:

@@ -3,6 +3,9 @@
 #include <boost/variant/apply_visitor.hpp>
 #include <boost/variant/get.hpp>
 #include <boost/variant/static_visitor.hpp>
+#include <chrono>
+#include <memory>
+#include <thread>
 
 #include "base/mutex.h"
 #include "service/failures.h"
@@ -17,21 +20,25 @@ using KORVEN::settings::core::ValidationFailure;
 template <class Function>
 class InstalledFunction {
  public:
-  void install(const Function& function) EXCLUDES(mutex_) {
-    Function previous = function;
+  using Pointer = std::shared_ptr<const Function>;
+
+  // Gives the one that was there: whoever is in a call of it shares it.
+  Pointer install(const Function& function) EXCLUDES(mutex_) {
+    Pointer next = function ? std::make_shared<const Function>(function) : Pointer();
     base::MutexLock lock(mutex_);
-    function_.swap(previous);
+    function_.swap(next);
+    return next;
   }
 
-  // A copy to call with no lock held.
-  Function get() const EXCLUDES(mutex_) {
+  // To call with no lock held; null when there is none.
+  Pointer get() const EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
     return function_;
   }
 
  private:
   mutable base::Mutex mutex_;
-  Function function_ GUARDED_BY(mutex_);
+  Pointer function_ GUARDED_BY(mutex_);
 };
 
 InstalledFunction<ZValidator::Evaluator>& evaluator() {
@@ -53,12 +60,12 @@ class Run : public boost::static_visitor<void> {
   void operator()(const void_&) const {}
 
   void operator()(const ZValidator& validator) const {
-    const ZValidator::Evaluator evaluate = evaluator().get();
+    const auto evaluate = evaluator().get();
     if (!evaluate) {
       throw Failure<ValidationFailure>(std::string("No evaluator is installed for the script \"") +
                                        validator.text() + "\" that guards \"" + key_ + "\".");
     }
-    if (const auto reason = evaluate(validator.text(), node_, key_, value_)) {
+    if (const auto reason = (*evaluate)(validator.text(), node_, key_, value_)) {
       throw Failure<ValidationFailure>(*reason);
     }
   }
@@ -74,8 +81,8 @@ class Run : public boost::static_visitor<void> {
   }
 
   void operator()(const JValidator& validator) const {
-    if (const JValidator::Proxy proxy = javaProxy().get()) {
-      proxy(validator.first(), validator.second(), node_, key_, value_);
+    if (const auto proxy = javaProxy().get()) {
+      (*proxy)(validator.first(), validator.second(), node_, key_, value_);
     }
   }
 
@@ -89,7 +96,11 @@ class Run : public boost::static_visitor<void> {
 
 void ZValidator::setEvaluator(const Evaluator& evaluate) { evaluator().install(evaluate); }
 void JValidator::setJValProxy(const Proxy& proxy) { javaProxy().install(proxy); }
-void JValidator::clearFunctions() { javaProxy().install(Proxy()); }
+
+void JValidator::clearFunctions() {
+  const std::weak_ptr<const Proxy> dropped = javaProxy().install(Proxy());
+  while (!dropped.expired()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
 
 namespace host {
 
