@@ -85,7 +85,8 @@ class CallJavaMethod
   Result operator()(JNIEnv* env, jobject receiver, Arguments... arguments) {
     const jmethodID id = resolve(env, receiver);
     const auto result = static_cast<Result>((env->*this->call_)(receiver, id, arguments...));
-    // Asked for the JVM's sake, which wants it asked before its next call; the answer is the caller's.
+    // Asked for the JVM's sake, which wants it asked before its next call; the answer is the
+    // caller's.
     static_cast<void>(env->ExceptionCheck());
     return result;
   }

@@ -83,10 +83,10 @@ void JavaHelper::run(JNIEnv* env, ...) {
 }
 
 void forgetJavaHelpers() {
-  for (JavaHelper* helper :
-       {&exchange::buffer, &exchange::arguments, &exchange::change, &exchange::value, &exchange::write, &answers::box,
-        &answers::boxAll, &answers::info, &answers::infoOf, &answers::infoOfAll, &answers::names,
-        &answers::deliver, &answers::deliverAgain, &changeCounts::give}) {
+  for (JavaHelper* helper : {&exchange::buffer, &exchange::arguments, &exchange::change,
+                             &exchange::value, &exchange::write, &answers::box, &answers::boxAll,
+                             &answers::info, &answers::infoOf, &answers::infoOfAll, &answers::names,
+                             &answers::deliver, &answers::deliverAgain, &changeCounts::give}) {
     helper->forget();
   }
 }

@@ -24,7 +24,8 @@ public class RecordingListener implements SettingListener {
         }
         note("create " + source + " " + String.join(".", path) + " " + name + " " + unused + " "
                 + isNode);
-        return noEvent ? null : SettingListener.super.createEvent(source, path, name, unused, isNode);
+        return noEvent ? null
+                       : SettingListener.super.createEvent(source, path, name, unused, isNode);
     }
 
     @Override

@@ -6,8 +6,8 @@ import com.velonix.services.settings.SettingPath;
 import java.util.concurrent.CountDownLatch;
 
 /**
- * A program that ends while settings are in use; the argument names the way. It must end by itself, with
- * exit code 0 and without a word of the JVM.
+ * A program that ends while settings are in use; the argument names the way. It must end by itself,
+ * with exit code 0 and without a word of the JVM.
  */
 public final class ExitScenario implements SettingListener {
     private static final int EVENTS_BEFORE_THE_END = 20;

@@ -4,7 +4,9 @@ public final class NativePublisher {
         System.loadLibrary("native_publisher");
     }
 
-    /** Sets the key at the given path, at the session level, on a native thread, and waits for it. */
+    /**
+     * Sets the key at the given path, at the session level, on a native thread, and waits for it.
+     */
     public static native void setOnce(String path, int value);
 
     /** Sets the key again and again on a native thread that nobody waits for. */

@@ -6,9 +6,9 @@ import java.nio.file.Path;
 import java.util.concurrent.Callable;
 
 /**
- * Uses the settings through a class loader that then goes away, several times. Each time the bridge must
- * be unloaded, with its statics, and the next class loader must be able to load it anew. Arguments: the
- * class path of the inner loader, and the number of rounds.
+ * Uses the settings through a class loader that then goes away, several times. Each time the bridge
+ * must be unloaded, with its statics, and the next class loader must be able to load it anew.
+ * Arguments: the class path of the inner loader, and the number of rounds.
  */
 public final class ReloadScenario {
     private static final long PATIENCE_MILLIS = 20_000;
@@ -31,8 +31,9 @@ public final class ReloadScenario {
         }
         ClassLoader above = ClassLoader.getPlatformClassLoader();
         try (URLClassLoader loader = new URLClassLoader(urls, above)) {
-            Callable<?> user = (Callable<?>)
-                    loader.loadClass("ReloadUser").getDeclaredConstructor().newInstance();
+            Callable<?> user = (Callable<?>) loader.loadClass("ReloadUser")
+                                       .getDeclaredConstructor()
+                                       .newInstance();
             return (String) user.call();
         }
     }

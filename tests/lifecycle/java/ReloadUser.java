@@ -1,8 +1,8 @@
 import com.velonix.services.settings.Registration;
 import com.velonix.services.settings.Setting;
-import com.velonix.services.settings.SettingListener;
 import com.velonix.services.settings.SettingChangeEvent;
 import com.velonix.services.settings.SettingLevel;
+import com.velonix.services.settings.SettingListener;
 import com.velonix.services.settings.SettingPath;
 import com.velonix.services.settings.SettingValidationException;
 import com.velonix.services.settings.validators.Range;
