@@ -16,8 +16,22 @@ TEST_P(ServiceContract, ChildrenAreFoundByNameAndListedInNameOrder) {
   EXPECT_EQ(root->getChild("x"), nullptr);
   EXPECT_EQ(root->findDescendant({"n", "b", "x"}), nullptr);
   EXPECT_EQ(root->findDescendant({"n", "", "x"}), nullptr);
-  EXPECT_EQ(node->getChild("b")->getChildren().size(), 0u);
-  EXPECT_EQ(node->getChild("b")->getChild("x"), nullptr);
+}
+
+TEST_P(ServiceContract, AKeyHasNothingBelowIt) {
+  const SettingsPtr key = addKey(root, "k"), node = addNode(root, "n");
+  EXPECT_EQ(key->getChildren(), std::vector<SettingsPtr>());
+  EXPECT_EQ(key->getChild("x"), nullptr);
+  EXPECT_EQ(key->findDescendant({"x"}), nullptr);
+  EXPECT_EQ(key->findDescendant({}), key);
+  messageOf<NoSuchKey>([&] { key->getValue("x", ""); });
+  messageOf<NoSuchKey>([&] { key->isSet("x", ""); });
+  messageOf<NoSuchKey>([&] { key->getKeyType("x"); });
+  messageOf<NoSuchKey>([&] { key->setAny("x", 1, "user"); });
+  messageOf<NoSuchKey>([&] { key->unset("x", "user"); });
+  messageOf<NoSuchKey>([&] { key->removeKey("x"); });
+  messageOf<NoSuchNode>([&] { key->removeNode("x"); });
+  messageOf<ErrorAddingChildNodeOrKey>([&] { key->copySubtree(node, "x"); });
 }
 
 TEST_P(ServiceContract, AnEntryKnowsWhatItIsAndWhereItStands) {

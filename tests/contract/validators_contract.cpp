@@ -21,6 +21,11 @@ Reason throwing(const Node&, const std::string&, const boost::any&) {
   throw std::runtime_error("broken");
 }
 
+// A message for the user that is no std::exception.
+struct OnlyForTheUser : IUserException {
+  std::string GetMessageTxt() const override { return "for the user"; }
+};
+
 Reason lessThanFive(const std::string& text, const Node&, const std::string&,
                     const boost::any& value) {
   EXPECT_EQ(text, "k < 5");
@@ -76,7 +81,20 @@ TEST_P(ServiceContract, AValidatorMayReadAndChangeSettingsAndIsToldWhereTheKeyIs
 TEST_P(ServiceContract, AValidatorThatThrowsRefusesTheValue) {
   addKey(root, "k", CValidator(&throwing));
   EXPECT_EQ(messageOf<CValidationError>([&] { root->setAny("k", 1, "user"); }), "broken");
-  EXPECT_EQ(setAll(root, {{root->getChild("k"), 1}}, "user").at(0).second, "broken");
+  const SettingsPtr strange = addKey(
+      root, "strange", CValidator([](const Node&, const std::string&, const boost::any& value) {
+        if (boost::any_cast<int>(value) == 1) throw OnlyForTheUser();
+        if (boost::any_cast<int>(value) == 2) throw 2;
+        return Reason();
+      }));
+  const std::pair<int, std::string> refused[] = {{1, "for the user"}, {2, "unknown failure"}};
+  for (const auto& [value, reason] : refused) {
+    // Each of the others has its say.
+    EXPECT_EQ(setAll(root, {{root->getChild("k"), 1}, {strange, value}}, "user"),
+              (SettingsProblems{{root->getChild("k")->getPath(), "broken"},
+                                {strange->getPath(), reason}}));
+  }
+  EXPECT_FALSE(root->isSet("strange", ""));
 }
 
 TEST_P(ServiceContract, AScriptIsRunByTheEvaluatorAndRefusesWithoutOne) {

@@ -69,6 +69,18 @@ int main() {
   });
   while (heardEvents(env) < 100) std::this_thread::yield();
 
+  // Work that is under way is waited for, but not for longer than is allowed.
+  std::atomic<bool> isHeld{false}, letGo{false};
+  std::thread holder([&] {
+    const jzi::JavaGuard guard;
+    isHeld = true;
+    while (!letGo) std::this_thread::yield();
+  });
+  while (!isHeld) std::this_thread::yield();
+  const bool hasWaited = !jzi::stopJava(std::chrono::milliseconds(1));
+  letGo = true;
+  holder.join();
+  if (!hasWaited) return fail(env, "native work was not waited for");
   if (!jzi::stopJava(kBound)) return fail(env, "native work did not come to an end");
   vm->DestroyJavaVM();
   goOn = false;

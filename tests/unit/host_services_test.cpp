@@ -67,6 +67,9 @@ TEST(Text, IsNarrowInsideAndUtf8AtTheBorders) {
   for (const char* bad : {"\xFF", "\xC3", "\xC0\x80", "\xED\xA0\xBD", "\xF4\x90\x80\x80", "\x80"}) {
     EXPECT_EQ(base::narrowFromUtf8(bad), std::nullopt);
   }
+  // What comes from outside may be standard UTF-8, or no text at all.
+  EXPECT_EQ(base::to_ustring("a\xF0\x9F\x98\x80"), (std::u16string{'a', 0xD83D, 0xDE00}));
+  EXPECT_EQ(base::to_ustring("a\xFF\xC3"), u"a\xFFFD\xFFFD");
   EXPECT_EQ(base::displayFromNarrow("a\xED\xA0\xBD"), "a\xEF\xBF\xBD");
   EXPECT_THROW(base::codecvt_ustring_to_string(u"a", "latin1"), std::invalid_argument);
 }

@@ -94,6 +94,14 @@ TEST_F(LevelDirectories, DirectoriesThatDoNotExistAreEmptyLevels) {
   EXPECT_TRUE(root->getChildren().empty());
 }
 
+TEST_F(LevelDirectories, ADirectoryThatCannotBeReadIsReported) {
+  testing::internal::CaptureStderr();
+  const SettingsPtr root =
+      host::makeContextTree(zlutil::contextmgr::BlessedZcrID, {"", "", factory_.write("file", "")});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), factory_.file("file") + ": Not a directory\n");
+  EXPECT_TRUE(root->getChildren().empty());
+}
+
 TEST_F(LevelDirectories, AContextsTreeIsMadeOnceFromTheEnvironmentOfThatMoment) {
   using zlutil::contextmgr::ZcrID;
   const ZcrID context(77);

@@ -153,6 +153,8 @@ TEST_F(SettingsFileTest, AFileThatCannotBeReadIsNamedWithTheReason) {
   failure(name("a.xml") + base::ustring(1, char16_t{0xD800}));
   ASSERT_EQ(mkfifo(directory_.file("pipe").c_str(), 0600), 0);
   failure(name("pipe"));
+  // It opens as a file, and nothing is mapped where it begins.
+  EXPECT_EQ(failure(u"/proc/self/mem"), "/proc/self/mem: Input/output error");
 }
 
 // Values of a kind that are likely to come back changed.

@@ -112,6 +112,7 @@ TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
                                                        {"string[]", "[\"a]"},
                                                        {"string[]", "[\"\\u00e9\"]"},
                                                        {"string[]", "[{\"bytes\":\"0\"}]"},
+                                                       {"int[]", "[{\"bytes\":\"31\"}]"},
                                                        {"double", "NaN:0"},
                                                        {"double", "NaN:zz"},
                                                        {"string", "\xFF"},
@@ -120,6 +121,10 @@ TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
   for (const auto& [kind, text] : cases) {
     EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), text, false).empty())
         << kind << ' ' << text;
+  }
+  // Bytes that are no UTF-8 can be a string, or an element that is one, and nothing else.
+  for (const char* kind : {"int", "boolean", "int[]", "string[]"}) {
+    EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), "1", true).empty()) << kind;
   }
 }
 
@@ -231,10 +236,59 @@ TEST_F(UserStoreTest, TwoTreesHearOfEachOthersChanges) {
   ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
   there->getChild("n")->setAny("k", 2, "user");
   ASSERT_TRUE(eventually([&] { return intAt(node, "k") == 2; }));
+  node->unset("k", "user");
+  ASSERT_TRUE(eventually([&] { return intAt(there->getChild("n"), "k") == -1; }));
+  node->setAny("k", 2, "user");
   here->copySubtree(node, "copy");
   here->removeNode("n");
   ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
   EXPECT_EQ(contentsOf(open()), "copy node\ncopy.k key\ncopy.k = int 2\n");
+}
+
+TEST_F(UserStoreTest, WhatAnotherProgramStoresAndNobodyUnderstandsIsLeftOutAndReported) {
+  testing::internal::CaptureStderr();
+  NodePtr root = open();
+  addKey(root, "k");
+  addKey(root, "last");
+  root->setAny("k", 1, "user");
+  shell()->execute(
+      "BEGIN; INSERT INTO definitions VALUES('odd', 'key', NULL, 'perl', 'x', 'y');"
+      "INSERT INTO definitions VALUES('thing', 'thing', NULL, NULL, NULL, NULL);"
+      "UPDATE settings SET value = 'seven';"
+      "INSERT INTO settings VALUES('last', 'int', '7');"
+      "INSERT INTO journal(changes) VALUES('+odd' || char(10) || '+thing' || char(10) || '=k'"
+      " || char(10) || '=last' || char(10)); COMMIT");
+  EXPECT_TRUE(eventually([&] { return intAt(root, "last") == 7; }));
+  EXPECT_EQ(contentsOf(root), "k key\nk = int 1\nlast key\nlast = int 7\n");
+  const std::string heard = testing::internal::GetCapturedStderr();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(contentsOf(open()), "k key\nlast key\nlast = int 7\n");
+  const std::string read = testing::internal::GetCapturedStderr();
+  for (const char* path : {"odd", "thing", "k"}) {
+    const std::string line = database() + ": \"" + path + "\" is left out: ";
+    EXPECT_NE(heard.find(line), std::string::npos) << heard;
+    EXPECT_NE(read.find(line), std::string::npos) << read;
+  }
+}
+
+TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
+  const NodePtr root = open();
+  addKey(root, "k");
+  root->setAny("k", 1, "user");
+  testing::internal::CaptureStderr();
+  shell()->execute(
+      "BEGIN; ALTER TABLE settings RENAME TO away;"
+      "INSERT INTO journal(changes) VALUES('=k'); COMMIT");
+  // The tree goes on with what it has.
+  messageOf<StoreFailure>([&] { root->setAny("k", 3, "user"); });
+  EXPECT_EQ(intAt(root, "k"), 1);
+  shell()->execute(
+      "BEGIN; ALTER TABLE away RENAME TO settings; UPDATE settings SET value = '2';"
+      "INSERT INTO journal(changes) VALUES('=k'); COMMIT");
+  EXPECT_TRUE(eventually([&] { return intAt(root, "k") == 2; }));
+  root->setAny("k", 3, "user");
+  testing::internal::GetCapturedStderr();  // says what could not be read, if it was tried
+  EXPECT_EQ(contentsOf(open()), "k key\nk = int 3\n");
 }
 
 TEST_F(UserStoreTest, AChangeThatAnotherProcessHasMadeImpossibleIsRefused) {
@@ -261,6 +315,12 @@ TEST_F(UserStoreTest, AChangeThatAnotherProcessHasMadeImpossibleIsRefused) {
   behind.apply({PutValue{"untyped", std::string("other")}, RemoveSubtree{"n"}});
   EXPECT_TRUE(eventually(
       [&] { return boost::any_cast<std::string>(root->getValue("untyped", "")) == "other"; }));
+  // When the journal no longer says what the others have done, it might be anything.
+  shell()->execute("DELETE FROM journal WHERE revision < (SELECT max(revision) FROM journal)");
+  EXPECT_NE(messageOf<StoreFailure>([&] {
+              behind.apply({PutValue{"untyped", std::string("x")}});
+            }).find("being read again"),
+            std::string::npos);
 }
 
 TEST_F(UserStoreTest, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
@@ -309,18 +369,31 @@ TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBac
 
 TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
   const NodePtr root = open();
-  for (const char* name : {"gone", "kept", "unset"}) {
-    addKey(root, name);
-    root->setAny(name, 1, "user");
+  const SettingsPtr node = addNode(root, "node");
+  for (const SettingsPtr& parent : {SettingsPtr(root), node}) {
+    for (const char* name : {"becomesNode", "becomesText", "gone", "kept", "unset"}) {
+      addKey(parent, name);
+      parent->setAny(name, 1, "user");
+    }
+    addKey(addNode(parent, "becomesKey"), "k");
   }
   // Another program changes the database and leaves no word of it but the number of a transaction.
   shell()->execute(
-      "BEGIN; DELETE FROM definitions WHERE path = 'gone'; DELETE FROM settings WHERE path <> "
-      "'kept';"
-      "UPDATE settings SET value = '2'; DELETE FROM journal; INSERT INTO journal VALUES(900, '');"
-      "COMMIT");
+      "BEGIN; DELETE FROM definitions WHERE path LIKE '%gone' OR path LIKE '%becomesKey.k';"
+      "UPDATE definitions SET entry = 'key' WHERE path LIKE '%becomesKey';"
+      "UPDATE definitions SET entry = 'node', type = NULL WHERE path LIKE '%becomesNode';"
+      "UPDATE definitions SET type = 'string' WHERE path LIKE '%becomesText';"
+      "DELETE FROM settings WHERE path NOT LIKE '%kept' AND path NOT LIKE '%becomesText';"
+      "UPDATE settings SET value = '2';"
+      "UPDATE settings SET type = 'string' WHERE path LIKE '%becomesText';"
+      "DELETE FROM journal; INSERT INTO journal VALUES(900, ''); COMMIT");
   EXPECT_TRUE(eventually([&] { return intAt(root, "kept") == 2; }));
-  EXPECT_EQ(contentsOf(root), "kept key\nkept = int 2\nunset key\n");
+  const std::string contents = contentsOf(root);
+  EXPECT_EQ(contents, contentsOf(open()));
+  const std::string below =
+      "node.becomesKey key\nnode.becomesNode node\nnode.becomesText key\n"
+      "node.becomesText = string 2\nnode.kept key\nnode.kept = int 2\nnode.unset key\n";
+  EXPECT_NE(contents.find(below), std::string::npos) << contents;
 }
 
 TEST_F(UserStoreTest, TheJournalIsKeptShort) {
