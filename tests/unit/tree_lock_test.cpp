@@ -18,21 +18,27 @@ using zlutil::settings::host::WriteLock;
 
 class TreeLockTest : public testing::Test {
  protected:
-  // Has writers change the numbers while so many readers, who leave hardly a moment without one of
-  // them inside, read them until the last change.
-  void readWhileWriting(std::size_t readers) {
+  // Has writers change the numbers while readers, who leave hardly a moment without one of them
+  // inside, read them until the last change. The readers' threads are so many numbers apart.
+  void readWhileWriting(std::size_t distance) {
     std::atomic<int> writing{kWriters};
-    std::atomic<int> halves{0};
+    std::atomic<int> numbered{0}, halves{0};
     std::vector<std::thread> threads;
+    for (int reader = 0; reader < kReaders; ++reader) {
+      threads.emplace_back([&] {
+        base::threadStripe();
+        ++numbered;
+        while (writing > 0) halves += isHalfChanged();
+      });
+      while (numbered <= reader) std::this_thread::yield();
+      for (std::size_t between = 1; between < distance; ++between) {
+        std::thread([] { base::threadStripe(); }).join();
+      }
+    }
     for (int writer = 0; writer < kWriters; ++writer) {
       threads.emplace_back([&] {
         for (int round = 0; round < kRounds; ++round) change(round % 4 == 0);
         --writing;
-      });
-    }
-    for (std::size_t reader = 0; reader < readers; ++reader) {
-      threads.emplace_back([&] {
-        while (writing > 0) halves += isHalfChanged();
       });
     }
     for (std::thread& thread : threads) thread.join();
@@ -45,6 +51,7 @@ class TreeLockTest : public testing::Test {
   TreeLock lock_;
 
  private:
+  static constexpr int kReaders = 5;
   static constexpr int kWriters = 3;
   static constexpr int kRounds = 1000;
 
@@ -68,9 +75,9 @@ class TreeLockTest : public testing::Test {
   int right_ GUARDED_BY(lock_) = 0;
 };
 
-TEST_F(TreeLockTest, ReadersSeeChangesWholeAndWritersOneAnothers) { readWhileWriting(3); }
+TEST_F(TreeLockTest, ReadersSeeChangesWholeAndWritersOneAnothers) { readWhileWriting(1); }
 
-TEST_F(TreeLockTest, SoDoReadersWhoShareAStripe) { readWhileWriting(base::kThreadStripes + 3); }
+TEST_F(TreeLockTest, SoDoReadersWhoShareAStripe) { readWhileWriting(base::kThreadStripes); }
 
 TEST_F(TreeLockTest, AReaderDoesNotKeepAnotherOut) {
   const ReadLock lock(lock_);
