@@ -67,7 +67,8 @@ void javaValidator(const std::string& first, const std::string& second,
   if (!validate || !path) return;
   const auto context = static_cast<jlong>(node->getZcrID().value());
   jstring secondText = javaString(env, second);
-  jstring firstText = javaString(env, first);
+  jstring firstText = secondText ? javaString(env, first) : nullptr;
+  refuseWhenPending(env, first, second);
   auto reason = static_cast<jstring>(env->CallStaticObjectMethod(
       static_cast<jclass>(cls), validate, firstText, secondText, context, path, key, object));
   refuseWhenPending(env, first, second);

@@ -42,6 +42,8 @@ jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot, const char* classNa
   jclass local = javalayer::findClass(env, className);
   auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
   env->DeleteLocalRef(local);
+  // Without memory for the reference the class is as good as missing.
+  if (!weak) throw std::runtime_error(std::string("java class not found: ") + className);
   jclass expected = nullptr;
   // Of two threads that resolve at once one wins; the other's reference is released.
   if (slot.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
