@@ -176,6 +176,21 @@ TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
   EXPECT_EQ(lookups, counted.counts().classLookups) << "the Java layer remembers the class";
 }
 
+TEST_F(BridgeHelpers, AMethodIsLookedUpOnceForAllWhoAskForIt) {
+  std::set<ConsInfo*> records;
+  ConsInfo record("java/lang/Integer", nullptr);
+  std::atomic<jmethodID> first{nullptr}, second{nullptr}, other{nullptr};
+  const jmethodID found =
+      safeGetMethodID(env_, records, record, first, "toString", "()Ljava/lang/String;", false);
+  const CountReferences counted(env_);
+  EXPECT_EQ(found, safeGetMethodID(env_, records, record, second, "toString",
+                                   "()Ljava/lang/String;", false));
+  EXPECT_EQ(0, counted.counts().classLookups);
+  EXPECT_NE(found, safeGetMethodID(env_, records, record, other, "toString",
+                                   "(I)Ljava/lang/String;", true));
+  clearConstructors(records);
+}
+
 TEST_F(BridgeHelpers, ALookupOutsideASetIsNotRemembered) {
   ConsInfo record("java/lang/Long", "(J)V");
   jclass found = getClass(env_, record);
@@ -231,6 +246,9 @@ TEST_F(BridgeHelpers, AMessageIsTakenFromThePendingException) {
   env_->Throw(static_cast<jthrowable>(make("java/lang/ArithmeticException", "()V")));
   EXPECT_EQ("java.lang.ArithmeticException", extractExceptionMessage(env_));
   takeException(env_);
+  env_->Throw(static_cast<jthrowable>(make("SpeechlessException", "()V")));
+  EXPECT_EQ("", extractExceptionMessage(env_)) << "both of its accounts throw";
+  EXPECT_EQ("?", takeException(env_)) << "it stays pending";
 }
 
 TEST_F(BridgeHelpers, AGuardAttachesItsThreadOnceAndNests) {
