@@ -56,7 +56,7 @@ final class SettingValidator {
             // The reason that the constructor gave, not the wrapper, is what the user has to read.
             if (failed.getCause() instanceof RuntimeException reason)
                 throw reason;
-            throw failed;
+            throw new InvocationTargetException(failed.getCause(), failed.getCause().toString());
         }
     }
 

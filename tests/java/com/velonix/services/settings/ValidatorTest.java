@@ -10,6 +10,10 @@ import com.velonix.services.settings.validators.Length;
 import com.velonix.services.settings.validators.Pattern;
 import com.velonix.services.settings.validators.Range;
 import com.velonix.util.types.UnsignedLong;
+import java.io.IOException;
+import java.io.InputStream;
+import java.lang.reflect.Field;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.util.List;
 import java.util.Optional;
@@ -26,9 +30,11 @@ class ValidatorTest {
     public static final class Scripted implements ValueValidator {
         static volatile Function<ValidationContext, Optional<String>> script;
 
-        public Scripted(String argument) {
+        public Scripted(String argument) throws Exception {
             if (argument.equals("bad"))
                 throw new IllegalArgumentException("bad argument");
+            if (argument.equals("worse"))
+                throw new Exception("worse argument");
         }
 
         @Override
@@ -154,7 +160,58 @@ class ValidatorTest {
         Exception refused = assertThrows(
                 IllegalArgumentException.class, () -> root.addNode("n", Scripted.class, "bad"));
         assertTrue(refused.getMessage().endsWith("bad argument"), refused.getMessage());
+        refused = assertThrows(
+                IllegalArgumentException.class, () -> root.addNode("n", Scripted.class, "worse"));
+        assertTrue(refused.getMessage().endsWith("worse argument"), refused.getMessage());
         assertFalse(root.path("n").exists());
+    }
+
+    /** A class of an application that only its own loader knows: another name for Scripted. */
+    private static final class Application extends ClassLoader {
+        static final String NAME = Scripted.class.getName().replace("Scripted", "Deployed");
+
+        Application() {
+            super(Scripted.class.getClassLoader());
+        }
+
+        @Override
+        protected Class<?> findClass(String name) throws ClassNotFoundException {
+            if (!name.equals(NAME))
+                throw new ClassNotFoundException(name);
+            String file = Scripted.class.getName().replace('.', '/') + ".class";
+            try (InputStream in = getResourceAsStream(file)) {
+                String bytes = new String(in.readAllBytes(), StandardCharsets.ISO_8859_1);
+                byte[] renamed =
+                        bytes.replace("Scripted", "Deployed").getBytes(StandardCharsets.ISO_8859_1);
+                return defineClass(name, renamed, 0, renamed.length);
+            } catch (IOException failed) {
+                throw new ClassNotFoundException(name, failed);
+            }
+        }
+    }
+
+    @Test
+    void aValidatorIsFoundByTheLoaderOfTheThreadThatSets() throws Exception {
+        Application application = new Application();
+        Class<?> deployed = application.loadClass(Application.NAME);
+        Function<ValidationContext, Optional<String>> script = candidate -> Optional.of("deployed");
+        Field field = deployed.getDeclaredField("script");
+        field.setAccessible(true);
+        field.set(null, script);
+        Setting<Integer> key = root.addNode("node", deployed.asSubclass(ValueValidator.class), "")
+                                       .setting("key", Integer.class);
+        Thread thread = Thread.currentThread();
+        ClassLoader usual = thread.getContextClassLoader();
+        Exception refused =
+                assertThrows(SettingValidationException.class, () -> key.parent().addKey("key", 1));
+        assertTrue(refused.getMessage().contains("there is no class"), refused.getMessage());
+        thread.setContextClassLoader(application);
+        try {
+            refused = assertThrows(SettingValidationException.class, () -> key.set(2));
+            assertEquals("deployed", refused.getMessage());
+        } finally {
+            thread.setContextClassLoader(usual);
+        }
     }
 
     /** Its class cannot be initialised. */
