@@ -1,5 +1,6 @@
 package com.velonix.services.settings;
 
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
@@ -7,6 +8,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.velonix.services.settings.validators.Range;
 import java.nio.file.Path;
+import java.util.Arrays;
 import java.util.Date;
 import java.util.List;
 import java.util.concurrent.CountDownLatch;
@@ -111,6 +113,17 @@ class RefusalTest {
         assertEquals("element 1 of the value of texts", refused.getMessage());
         refused = assertThrows(NullPointerException.class, () -> root.path("a", null, "b"));
         assertEquals("names[1]", refused.getMessage());
+    }
+
+    @Test
+    void aValueThatIsTooLargeToBeHandedOver() throws Exception {
+        Setting<String[]> texts = root.addKey("texts", new String[] {"a"});
+        String[] huge = new String[64];
+        Arrays.fill(huge, "x".repeat(1 << 24));
+        assertThrows(RuntimeException.class, () -> texts.set(huge));
+        assertArrayEquals(new String[] {"a"}, texts.get());
+        texts.set(new String[] {"b"});
+        assertArrayEquals(new String[] {"b"}, texts.get());
     }
 
     @Test

@@ -81,6 +81,27 @@ class ValueRoundTripTest {
         return array;
     }
 
+    /** The path travels in front of the value, in the same memory. */
+    @Test
+    void aDeepPathLeavesRoomForTheValue() throws Exception {
+        try (SettingPath root = SettingPath.standalone()) {
+            SettingPath node = root;
+            for (int depth = 1; depth <= 100; ++depth) {
+                node = node.addNode("n".repeat(63));
+                Setting<Object> key = node.addKey("key", depth);
+                for (Object value : List.of(-depth, depth)) {
+                    key.set(value);
+                    assertEquals(value, key.get());
+                }
+                Setting<String> text = node.addKey("text", "");
+                for (int length = 4096; length > 0; length /= 4) {
+                    text.set("t".repeat(length));
+                    assertEquals(length, text.get().length());
+                }
+            }
+        }
+    }
+
     @Test
     void primitiveArraysStandForArraysOfTheBoxedClass() throws Exception {
         try (SettingPath root = SettingPath.standalone()) {

@@ -38,6 +38,7 @@ class UnsignedTypesTest {
             assertEquals(number.toString(), parsed.toString());
             assertEquals(ofBits.apply(number.longValue()), parsed);
             assertEquals(number.longValue(), parsed.longValue());
+            assertEquals(number.intValue(), parsed.intValue());
             assertEquals(number.doubleValue(), parsed.doubleValue());
             assertEquals(number.floatValue(), parsed.floatValue());
         }
@@ -72,8 +73,11 @@ class UnsignedTypesTest {
         BigInteger max = BigInteger.ONE.shiftLeft(64).subtract(BigInteger.ONE);
         assertEquals(UnsignedLong.MAX_VALUE, UnsignedLong.valueOf(max));
         assertEquals(max, UnsignedLong.MAX_VALUE.bigIntegerValue());
+        assertEquals(new UnsignedLong(Long.MAX_VALUE), UnsignedLong.valueOf(Long.MAX_VALUE));
+        assertEquals(BigInteger.TEN, UnsignedLong.valueOf(10).bigIntegerValue());
         assertThrows(IllegalArgumentException.class, () -> UnsignedLong.valueOf(-1));
-        assertThrows(IllegalArgumentException.class,
-                () -> UnsignedLong.valueOf(max.add(BigInteger.ONE)));
+        for (BigInteger outside :
+                new BigInteger[] {max.add(BigInteger.ONE), BigInteger.TEN.negate()})
+            assertThrows(IllegalArgumentException.class, () -> UnsignedLong.valueOf(outside));
     }
 }
