@@ -133,6 +133,27 @@ TEST_F(DamageTest, ACutDatabaseWithoutABackupIsReported) {
   }
 }
 
+TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
+  const struct {
+    const char* damage;
+    const char* said;
+    bool keepsValues;
+  } cases[] = {{"PRAGMA user_version=0", "nothing is lost", true},
+               {"DROP TABLE journal", "There is no backup", true},
+               {"DROP TABLE settings", "There is no backup", false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.damage);
+    const TemporaryDirectory directory;
+    const std::string file = directory.write(kDatabase, checkpointed_);
+    SqliteDatabase(file, SQLITE_OPEN_READWRITE, 0)
+        .execute((std::string(c.damage) + "; PRAGMA journal_mode=DELETE").c_str());
+    const auto [found, said] = open(directory.read(kDatabase), "");
+    EXPECT_NE(said.find(c.said), std::string::npos) << said;
+    // Of 200 keys and 10 nodes.
+    EXPECT_EQ(lines(found), c.keepsValues ? lines(contents_) : 210u);
+  }
+}
+
 TEST_F(DamageTest, ADamagedLogGivesAStateThatOnceWasAndWhatItLacksIsSaid) {
   ASSERT_GT(log_.size(), 1000u);
   expectLogOpens(log_);

@@ -148,6 +148,28 @@ TEST_P(FaultTest, ALogThatLostItsEndIsReportedWhateverFailsBesides) {
   }
 }
 
+TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
+  int failed = 0;
+  for (int n = 1;; ++n) {
+    const TemporaryDirectory directory;
+    testing::internal::CaptureStderr();
+    failOn(n, GetParam());
+    const auto store = std::make_shared<UserStore>(storeIn(directory.file("a/user"), 50));
+    const TreePtr tree = Tree::makeStandalone();
+    store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
+    const bool over = !hasFailed();
+    failOn(0, 0);
+    failed += !testing::internal::GetCapturedStderr().empty();
+    testing::internal::CaptureStderr();
+    const NodePtr root = openTree(storeIn(directory.file("a/user")));
+    addKey(root, "k");
+    EXPECT_EQ(contentsOf(openTree(storeIn(directory.file("a/user")))), "k key\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "call " << n;
+    if (over) break;
+  }
+  EXPECT_GT(failed, 4);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Errors, FaultTest, testing::Values(ENOSPC, EIO, EACCES), [](const auto& info) {
       return std::string(info.param == ENOSPC ? "ENOSPC" : info.param == EIO ? "EIO" : "EACCES");
