@@ -85,7 +85,7 @@ UserStoreLock::UserStoreLock(const UserStoreFiles& files, int timeout)
 }
 
 void moveFile(const std::string& from, const std::string& to) {
-  if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) fail(errno);
+  if (rename(from.c_str(), to.c_str()) != 0) fail(errno);
 }
 
 void backUpDaily(const UserStoreFiles& files) {
@@ -107,7 +107,8 @@ void backUpDaily(const UserStoreFiles& files) {
   }
   if (chmod(unfinished.c_str(), kFileMode) != 0) fail(errno);
   for (int generation = kBackupGenerations; generation > 0; --generation) {
-    moveFile(files.backup(generation - 1), files.backup(generation));
+    const std::string newer = files.backup(generation - 1);
+    if (access(newer.c_str(), F_OK) == 0) moveFile(newer, files.backup(generation));
   }
   files.flushDirectory();
 }

@@ -6,6 +6,7 @@
 //   settings-<context>.lock            locked by the process that is opening, restoring, backing up
 //   settings-<context>.db.backup-1     the last good state but one day or more old; -2 and -3 older
 //   settings-<context>.db.damaged-...  a database that was set aside, with the time
+//   settings-<context>.db.restored     a complete database that is to take the damaged one's place
 //
 // Functions throw SqliteError. Any thread.
 #pragma once
@@ -31,6 +32,7 @@ class UserStoreFiles {
   std::string lock() const { return base_ + ".lock"; }
   // 1 is the newest.
   std::string backup(int generation) const;
+  std::string restored() const { return database_ + ".restored"; }
   // A name for the damaged database that no file has yet.
   std::string damaged() const;
 
@@ -55,7 +57,7 @@ class UserStoreLock {
   const FileDescriptor descriptor_;
 };
 
-// Renames a file, if there is one.
+// Puts a file in another's place.
 void moveFile(const std::string& from, const std::string& to);
 
 // Copies the database to a new first generation, and lets go of the oldest, unless the first one is

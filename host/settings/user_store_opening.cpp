@@ -98,12 +98,20 @@ class ScratchDirectory {
   std::string path_;
 };
 
+// The numbers in the stamp are those of the database that was.
+void takeRestored(const UserStoreFiles& files, UserStoreStamp& stamp) {
+  if (!exists(files.restored())) return;
+  stamp.clear();
+  putRestoredInPlace(files);
+}
+
 }  // namespace
 
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
                                                const UserStoreOptions& options) {
   const UserStoreLock lock(files, options.busyTimeout);
   UserStoreStamp stamp(files.stamp());
+  takeRestored(files, stamp);
   // Asked before the database, to which other processes may be adding.
   const std::int64_t noted = stamp.last();
   std::unique_ptr<UserDatabase> database;
@@ -112,7 +120,7 @@ std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
   } catch (const SqliteError& error) {
     if (!error.isDamage()) throw;
     restoreUserStore(files, error.what(), noted);
-    stamp.clear();
+    takeRestored(files, stamp);
     return openAndCheck(files, options);
   }
   const std::int64_t last = database->lastRevision();

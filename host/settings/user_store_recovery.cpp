@@ -35,6 +35,37 @@ void copyAside(const std::string& from, const std::string& to) {
   }
 }
 
+// A copy of the damaged files, with their log. Those who fail may try again and again, so it goes
+// unless it is kept.
+class CopyAside {
+ public:
+  explicit CopyAside(const UserStoreFiles& files) : name_(files.damaged()) {}
+  ~CopyAside() {
+    if (isKept_) return;
+    unlink(name_.c_str());
+    unlink((name_ + "-wal").c_str());
+  }
+  CopyAside(const CopyAside&) = delete;
+  CopyAside& operator=(const CopyAside&) = delete;
+
+  const std::string& name() const { return name_; }
+  void make(const UserStoreFiles& files) const {
+    copyAside(files.database(), name_);
+    copyAside(files.wal(), name_ + "-wal");
+  }
+  void keep() { isKept_ = true; }
+
+ private:
+  const std::string name_;
+  bool isKept_ = false;
+};
+
+void removeFile(const std::string& file) {
+  if (unlink(file.c_str()) != 0 && errno != ENOENT) {
+    throw SqliteError(SQLITE_CANTOPEN, systemText(errno));
+  }
+}
+
 // What can be read of a database that is damaged.
 struct Salvage {
   Changes definitions, values;
@@ -47,7 +78,9 @@ struct Salvage {
       isComplete = isInOrder(database, noted);
       read(database, &UserDatabase::readDefinitions, definitions);
       read(database, &UserDatabase::readValues, values);
-    } catch (const SqliteError&) {
+    } catch (const SqliteError& error) {
+      // Of this nothing has been found out; it may be open to the next who tries.
+      if (error.code() == SQLITE_CANTOPEN) throw;
       isComplete = false;
     }
     unlink((file + "-shm").c_str());
@@ -93,8 +126,10 @@ std::optional<std::string> bestBackup(const UserStoreFiles& files) {
           backup.text("PRAGMA quick_check(1)") == "ok") {
         return files.backup(generation);
       }
-    } catch (const SqliteError&) {
-      // An older one may be better.
+    } catch (const SqliteError& error) {
+      // An older one may be better. One that only cannot be read now is waited for.
+      const bool exists = access(files.backup(generation).c_str(), F_OK) == 0;
+      if (exists && !error.isDamage()) throw;
     }
   }
   return std::nullopt;
@@ -134,22 +169,19 @@ std::string dateOf(const std::string& file) {
 }  // namespace
 
 void restoreUserStore(const UserStoreFiles& files, const std::string& reason, std::int64_t noted) {
-  const std::string aside = files.damaged();
-  moveFile(files.wal(), aside + "-wal");
-  moveFile(files.database(), aside);
-  unlink(files.sharedMemory().c_str());
-  files.flushDirectory();
+  // The damaged files stay where they are until another database is complete: whatever interrupts
+  // this finds them again.
+  CopyAside aside(files);
+  aside.make(files);
 
-  const Salvage salvage(aside, noted);
+  const Salvage salvage(aside.name(), noted);
   std::optional<std::string> backup;
   if (!salvage.isComplete) backup = bestBackup(files);
-  const std::string restored = files.database() + ".restored";
-  build(restored, backup, salvage);
-  moveFile(restored, files.database());
-  files.flushDirectory();
+  const std::string unfinished = files.database() + ".unfinished";
+  build(unfinished, backup, salvage);
 
   std::string message = "the settings were damaged (" + reason + "). The damaged file is now " +
-                        shownFileName(aside) + ". ";
+                        shownFileName(aside.name()) + ". ";
   const std::string counts = std::to_string(salvage.definitions.size()) + " entries and " +
                              std::to_string(salvage.values.size()) + " values";
   if (salvage.isComplete) {
@@ -161,7 +193,19 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason, st
     message += "There is no backup. Restored: " + counts +
                " that could be read. Lost: everything that could not be read.";
   }
+  // Said before it counts, so that it is said.
   say(files, message);
+  moveFile(unfinished, files.restored());
+  aside.keep();
+  files.flushDirectory();
+}
+
+void putRestoredInPlace(const UserStoreFiles& files) {
+  // The log belongs to the damaged one.
+  removeFile(files.wal());
+  removeFile(files.sharedMemory());
+  moveFile(files.restored(), files.database());
+  files.flushDirectory();
 }
 
 void keepCopyOfShortened(const UserStoreFiles& files, std::int64_t missing) {

@@ -170,6 +170,52 @@ TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
   EXPECT_GT(failed, 4);
 }
 
+TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
+  const TemporaryDirectory files;
+  {
+    const NodePtr root = openTree(storeIn(files.path()));
+    addKey(root, "k");
+    root->setAny("k", 1, "user");
+  }
+  const std::string whole = files.read("settings-1.db");
+  SqliteDatabase(files.file("settings-1.db"), SQLITE_OPEN_READWRITE, 0)
+      .execute("PRAGMA user_version=0; PRAGMA journal_mode=DELETE");
+  const struct {
+    std::string database, backup;
+    const char* said;
+  } cases[] = {{whole.substr(0, whole.size() / 2), whole, "Restored: the state of"},
+               {files.read("settings-1.db"), "", "nothing is lost"}};
+  for (const auto& c : cases) {
+    for (int n = 1;; ++n) {
+      SCOPED_TRACE(c.said + (" call " + std::to_string(n)));
+      const TemporaryDirectory directory;
+      directory.write("settings-1.db", c.database);
+      if (!c.backup.empty()) directory.write("settings-1.db.backup-1", c.backup);
+      testing::internal::CaptureStderr();
+      failOn(n, GetParam());
+      const auto store = std::make_shared<UserStore>(storeIn(directory.path(), 50));
+      const TreePtr tree = Tree::makeStandalone();
+      store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
+      const bool over = !hasFailed();
+      failOn(0, 0);
+      // If not at once, then when nothing fails any more.
+      EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\nk = int 1\n");
+      const std::string said = testing::internal::GetCapturedStderr();
+      EXPECT_NE(said.find(c.said), std::string::npos) << said;
+      // What was found damaged is there once, however often it had to be tried.
+      int kept = 0;
+      for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
+        const std::string name = file.path().filename();
+        // A log and its memory may stand beside it.
+        const bool isBeside = name.find("-wal") != name.npos || name.find("-shm") != name.npos;
+        kept += name.find(".damaged-") != name.npos && !isBeside;
+      }
+      EXPECT_EQ(kept, 1);
+      if (over) break;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Errors, FaultTest, testing::Values(ENOSPC, EIO, EACCES), [](const auto& info) {
       return std::string(info.param == ENOSPC ? "ENOSPC" : info.param == EIO ? "EIO" : "EACCES");
