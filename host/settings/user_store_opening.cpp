@@ -105,6 +105,19 @@ void takeRestored(const UserStoreFiles& files, UserStoreStamp& stamp) {
   putRestoredInPlace(files);
 }
 
+// A transaction during which nobody else commits to the database that is to be replaced; null when
+// it is too damaged to have one.
+std::unique_ptr<SqliteDatabase> keepWritersOut(const UserStoreFiles& files, int timeout) {
+  try {
+    auto database =
+        std::make_unique<SqliteDatabase>(files.database(), SQLITE_OPEN_READWRITE, timeout);
+    database->execute("BEGIN IMMEDIATE");
+    return database;
+  } catch (const SqliteError&) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
@@ -119,8 +132,12 @@ std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
     database = openAndCheck(files, options);
   } catch (const SqliteError& error) {
     if (!error.isDamage()) throw;
-    restoreUserStore(files, error.what(), noted);
-    takeRestored(files, stamp);
+    {
+      // Who waits meanwhile finds the database replaced, and commits to the other one.
+      const auto writersAreOut = keepWritersOut(files, options.busyTimeout);
+      restoreUserStore(files, error.what(), noted);
+      takeRestored(files, stamp);
+    }
     return openAndCheck(files, options);
   }
   const std::int64_t last = database->lastRevision();
