@@ -2,11 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <cstdio>
 #include <unordered_set>
 
 #include "host/settings/file_name.h"
 #include "host/settings/foreign_changes.h"
+#include "host/settings/report.h"
 #include "host/settings/stored_difference.h"
 #include "host/settings/stored_value.h"
 #include "service/failures.h"
@@ -16,10 +16,6 @@ namespace zlutil::settings::host {
 namespace {
 
 using KORVEN::settings::core::StoreFailure;
-
-void report(const std::string& problem) {
-  std::fprintf(stderr, "%s\n", base::displayFromNarrow(problem).c_str());
-}
 
 // Reports entries and values of the database that are left out.
 UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <ctime>
 #include <filesystem>
 
 #include "host/settings/file_name.h"
+#include "host/settings/report.h"
 #include "host/settings/user_database.h"
 
 namespace zlutil::settings::host {
@@ -17,8 +17,7 @@ namespace {
 constexpr int kNoWait = 0;
 
 void say(const UserStoreFiles& files, const std::string& message) {
-  const std::string line = shownFileName(files.database()) + ": " + message;
-  std::fprintf(stderr, "%s\n", base::displayFromNarrow(line).c_str());
+  report(shownFileName(files.database()) + ": " + message);
 }
 
 std::string transactions(std::int64_t count) {

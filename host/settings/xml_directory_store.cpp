@@ -1,20 +1,16 @@
 #include "host/settings/xml_directory_store.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 #include "host/settings/file_name.h"
+#include "host/settings/report.h"
 #include "host/settings/settings_reader.h"
 #include "host/settings/subtree.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {
 namespace {
-
-void report(const std::string& problem) {
-  std::fprintf(stderr, "%s\n", base::displayFromNarrow(problem).c_str());
-}
 
 // The settings files in the directory, in name order.
 std::vector<std::string> filesIn(const std::string& directory) {

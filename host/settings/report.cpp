@@ -1,0 +1,13 @@
+#include "host/settings/report.h"
+
+#include <cstdio>
+
+#include "base/text.h"
+
+namespace zlutil::settings::host {
+
+void report(const std::string& problem) {
+  std::fprintf(stderr, "%s\n", base::displayFromNarrow(problem).c_str());
+}
+
+}  // namespace zlutil::settings::host
