@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "host/settings/file_descriptor.h"
 #include "host/settings/file_name.h"
+#include "host/settings/flush_directory.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {
@@ -83,14 +83,6 @@ class NewFile {
   bool renamed_ = false;
 };
 
-// The renaming is on the disk once the directory is.
-void flushDirectoryOf(const std::string& target) {
-  const std::string parent = std::filesystem::path(target).parent_path().string();
-  const FileDescriptor directory(
-      open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!directory || fsync(directory.get()) != 0) fail(target, errno);
-}
-
 }  // namespace
 
 void replaceFile(const std::string& fileName, std::string_view content) {
@@ -99,7 +91,7 @@ void replaceFile(const std::string& fileName, std::string_view content) {
   if (const std::optional<mode_t> mode = modeOf(target)) file.setMode(*mode);
   file.write(content);
   file.moveToTarget();
-  flushDirectoryOf(target);
+  if (!flushDirectory(std::filesystem::path(target).parent_path().string())) fail(target, errno);
 }
 
 }  // namespace zlutil::settings::host

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "host/settings/file_name.h"
+#include "host/settings/flush_directory.h"
 #include "host/settings/sqlite_database.h"
 
 namespace zlutil::settings::host {
@@ -25,8 +26,7 @@ constexpr auto kLockPoll = std::chrono::milliseconds(10);
 [[noreturn]] void fail(int error) { throw SqliteError(SQLITE_CANTOPEN, systemText(error)); }
 
 void flush(const std::string& directory) {
-  const FileDescriptor descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!descriptor || fsync(descriptor.get()) != 0) fail(errno);
+  if (!flushDirectory(directory)) fail(errno);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ void UserStoreFiles::makeDirectory() const {
     const std::filesystem::path above = made;
     made /= part;
     if (mkdir(made.c_str(), kDirectoryMode) == 0) {
-      flush(above.empty() ? "." : above.string());
+      flush(above.string());
       continue;
     }
     const int error = errno;
