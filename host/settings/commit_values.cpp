@@ -10,7 +10,7 @@ namespace {
 using Candidate = Candidates::Candidate;
 
 // A changed key with its new value, and after the exchange with its old one.
-struct Exchange {
+struct KeyChange {
   Key* key;
   boost::any value;
 };
@@ -33,11 +33,11 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
   return last;
 }
 
-// The exchanges that remain when values that are stored already are left out; none is where others
+// The changes that remain when values that are stored already are left out; none is where others
 // may have stored another one meanwhile (`isCurrent` is false). The caller holds the writer.
-std::vector<Exchange> changesOf(const std::vector<Candidate>& candidates, int level,
-                                bool isCurrent) {
-  std::vector<Exchange> changes;
+std::vector<KeyChange> changesOf(const std::vector<Candidate>& candidates, int level,
+                                 bool isCurrent) {
+  std::vector<KeyChange> changes;
   changes.reserve(candidates.size());
   for (const Candidate* candidate : lastOfEachKey(candidates)) {
     if (isCurrent && sameValue(candidate->key->value(level), *candidate->value)) continue;
@@ -46,14 +46,14 @@ std::vector<Exchange> changesOf(const std::vector<Candidate>& candidates, int le
   return changes;
 }
 
-void applyToStore(Tree& tree, int level, const std::vector<Exchange>& changes) {
+void applyToStore(Tree& tree, int level, const std::vector<KeyChange>& changes) {
   Store& store = tree.store(level);
   if (!store.keepsChanges() || changes.empty()) return;
   Changes batch;
   batch.reserve(changes.size());
   {
     ReadLock lock(tree.lock());
-    for (const Exchange& change : changes) {
+    for (const KeyChange& change : changes) {
       batch.push_back(PutValue{change.key->path(), change.value});
     }
   }
@@ -63,14 +63,14 @@ void applyToStore(Tree& tree, int level, const std::vector<Exchange>& changes) {
 // Stores the candidates and makes them visible. False, and nothing done, when one of them cannot go
 // into its key, or when validators have to be asked and have not been.
 bool commit(Tree& tree, Candidates& candidates, int level, bool validated, ChangedKeys& changed) {
-  std::vector<Exchange> changes;  // the old values are let go of after the locks
+  std::vector<KeyChange> changes;  // the old values are let go of after the locks
   WriterLock writer(tree.writer());
   if (!candidates.fit() || (candidates.hasValidators() && !validated)) return false;
   const bool isCurrent = tree.store(level).isCurrent();
   changes = changesOf(candidates.list(), level, isCurrent);
   applyToStore(tree, level, changes);
   WriteLock lock(tree.lock());
-  for (Exchange& change : changes) {
+  for (KeyChange& change : changes) {
     change.key->swapValue(level, change.value);
     if (isCurrent || !sameValue(change.key->value(level), change.value)) changed.add(*change.key);
   }
