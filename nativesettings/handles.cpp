@@ -11,6 +11,7 @@
 
 namespace nativesettings {
 
+using zlutil::settings::kStandaloneRootName;
 using zlutil::settings::Settings;
 using zlutil::settings::ZSettings;
 

@@ -1,6 +1,6 @@
-// The static records of the bridge: the Java exception classes that failures are translated to, the
-// name of a standalone root, and the list of level names. Built when the library is loaded; the
-// list is only read afterwards, the records are filled as bridge/cons_info.h says.
+// The static records of the bridge: the Java exception classes that failures are translated to, and
+// the list of level names. Built when the library is loaded; the list is only read afterwards, the
+// records are filled as bridge/cons_info.h says.
 #pragma once
 
 #include <string>
@@ -21,9 +21,6 @@ extern NATIVESETTINGS_API jzi::ConsInfo settingUnsupportedTypeRuntimeException;
 extern NATIVESETTINGS_API jzi::ConsInfo settingLevelRuntimeException;
 extern NATIVESETTINGS_API jzi::ConsInfo illegalStateException;
 extern NATIVESETTINGS_API jzi::ConsInfo unsupportedOperationException;
-
-// The name of the root of a standalone tree.
-inline constexpr const char* kStandaloneRootName = "__STANDALONE_ROOT__";
 
 // All level names in the service's order, highest priority first.
 const std::vector<std::string>& allLevelNames();

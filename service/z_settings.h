@@ -13,6 +13,10 @@
 namespace zlutil {
 namespace settings {
 
+// The name of the root of a standalone tree. It is no identifier, so a path that begins with it
+// resolves in no other tree.
+inline constexpr char kStandaloneRootName[] = "__STANDALONE_ROOT__";
+
 class SETTINGS_HOST_API ZSettings {
  public:
   // A new detached entry. A node may be used as the root of a standalone tree; an entry is inserted

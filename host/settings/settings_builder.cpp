@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "host/settings/value_text.h"
 #include "service/identifier.h"
+#include "service/z_settings.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

@@ -5,6 +5,7 @@
 #include "host/settings/settings_reader.h"
 #include "host/settings/settings_writer.h"
 #include "service/failures.h"
+#include "service/z_settings.h"
 
 namespace zlutil::settings {
 namespace {
@@ -48,7 +49,7 @@ class Matching {
   }
 
   // Below the root of a file, paths begin with its name and a dot.
-  static constexpr std::size_t kRootLength = sizeof host::kStandaloneRootName;
+  static constexpr std::size_t kRootLength = sizeof kStandaloneRootName;
 
   SettingsValues values_;
   SettingsProblems problems_;

@@ -10,10 +10,6 @@
 
 namespace zlutil::settings::host {
 
-// The name of the root of a tree that was made from a file. It is no identifier, so a path that
-// begins with it resolves in no other tree.
-inline constexpr char kStandaloneRootName[] = "__STANDALONE_ROOT__";
-
 struct ParseRules {
   TreePtr tree;                     // that the entries are made for
   int level = kFactory;             // of values that name no level
