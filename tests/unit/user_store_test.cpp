@@ -357,10 +357,11 @@ TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBac
   const NodePtr root = openTree(storeIn(user));
   addKey(root, "k");
   std::filesystem::rename(user, away);
-  messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // the watching thread has looked
-  EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("No such file"),
-            std::string::npos);
+  // The system's reason is known once the watching thread has tried to open the database.
+  EXPECT_TRUE(eventually([&] {
+    return messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("No such file") !=
+           std::string::npos;
+  }));
   EXPECT_FALSE(std::filesystem::exists(user));
   std::filesystem::rename(away, user);
   EXPECT_TRUE(canEventuallySetK(root));
