@@ -7,9 +7,12 @@
 #include <sys/inotify.h>
 
 #include <atomic>
+#include <system_error>
 #include <thread>
 
 #include "host/settings/file_descriptor.h"
+#include "host/settings/file_name.h"
+#include "host/settings/report.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -23,6 +26,23 @@ void drain(int descriptor) {
   while (read(descriptor, events, sizeof events) > 0) {
   }
 }
+
+// Blocks all signals on this thread, which a thread that it starts inherits. The thread itself gets
+// its own back whatever happens: it may be one of a JVM's, which cannot do without SIGSEGV.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &previous_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t previous_;
+};
 
 }  // namespace
 
@@ -65,11 +85,12 @@ struct StampWatch::Shared {
 
 StampWatch::StampWatch(const std::string& file, std::function<void()> wake)
     : shared_(std::make_shared<Shared>(file, std::move(wake))) {
-  sigset_t all, previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
-  shared_->thread = std::thread([shared = shared_] { shared->run(); });
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  try {
+    const SignalsBlocked blocked;
+    shared_->thread = std::thread([shared = shared_] { shared->run(); });
+  } catch (const std::system_error& failure) {
+    report(shownFileName(file) + " is not watched: " + failure.what());
+  }
 }
 
 StampWatch::~StampWatch() {
@@ -77,7 +98,7 @@ StampWatch::~StampWatch() {
   eventfd_write(shared_->stop.get(), 1);
   if (shared_->thread.get_id() == std::this_thread::get_id()) {
     shared_->thread.detach();
-  } else {
+  } else if (shared_->thread.joinable()) {
     shared_->thread.join();
   }
 }

@@ -4,7 +4,8 @@
 // A thread of the store's notices what other processes have committed, by a stamp file that every
 // commit writes to and, as the net under it, by asking the database once a second. It also opens
 // the database when that was not possible before, or when the file has been replaced, and makes the
-// daily backup. A process that forks must not use its settings in the child.
+// daily backup. Where the process can have no further thread, nothing of that is done, and the rest
+// works. A process that forks must not use its settings in the child.
 //
 // Where the database cannot be opened, readAll() still gives what can be read, and apply() throws
 // StoreFailure with the path and the system's reason. It also refuses a change which another

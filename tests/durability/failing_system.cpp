@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -56,6 +57,16 @@ FAILING_CALL(int, ftruncate64, (int file, off64_t size), (file, size))
 FAILING_CALL(int, rename, (const char* from, const char* to), (from, to))
 FAILING_CALL(int, unlink, (const char* name), (name))
 FAILING_CALL(int, mkdir, (const char* name, mode_t mode), (name, mode))
+
+// It gives the error instead of setting it.
+extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
+                                                                     const pthread_attr_t* with,
+                                                                     void* (*run)(void*),
+                                                                     void* argument) {
+  static auto* const call =
+      test::real<int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
+  return test::failsNow() ? errno : call(thread, with, run, argument);
+}
 
 #define FAILING_OPEN(name)                                                                       \
   extern "C" __attribute__((visibility("default"))) int name(const char* file, int flags, ...) { \

@@ -1,6 +1,6 @@
 // System calls that fail on demand, for every caller in the process: those that open, write, cut,
-// flush, rename and remove files. The calls are counted from failOn() on; only those by the thread
-// that called it.
+// flush, rename and remove files, and the one that starts a thread. The calls are counted from
+// failOn() on; only those by the thread that called it.
 #pragma once
 
 namespace test {

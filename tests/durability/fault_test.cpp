@@ -1,6 +1,8 @@
 // Every system call of an operation that can fail, failing: the operation succeeds or says why not,
 // and the tree is what a tree opened afterwards reads, both beside the running store and after its
 // process has died.
+#include <signal.h>
+
 #include <cerrno>
 
 #include "tests/durability/failing_system.h"
@@ -214,6 +216,28 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
       if (over) break;
     }
   }
+}
+
+TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
+  const TemporaryDirectory directory;
+  const auto store = std::make_shared<UserStore>(storeIn(directory.path()));
+  const TreePtr tree = Tree::makeStandalone();
+  store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
+  sigset_t before, after;
+  pthread_sigmask(SIG_SETMASK, nullptr, &before);
+  testing::internal::CaptureStderr();
+  failOn(1, EAGAIN);
+  store->watch([](const Store::Source&) { ADD_FAILURE() << "nothing can call"; });
+  EXPECT_TRUE(hasFailed());
+  failOn(0, 0);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("settings-1.stamp is not watched: "),
+            std::string::npos);
+  pthread_sigmask(SIG_SETMASK, nullptr, &after);
+  for (int signal = 1; signal < NSIG; ++signal) {
+    EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal)) << signal;
+  }
+  store->apply({DefineEntry{"k", true, 0, {}}});
+  EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(
