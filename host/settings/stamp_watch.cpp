@@ -7,8 +7,11 @@
 #include <sys/inotify.h>
 
 #include <atomic>
+#include <cstdio>
+#include <exception>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "host/settings/file_descriptor.h"
 #include "host/settings/file_name.h"
@@ -57,10 +60,22 @@ struct StampWatch::Shared {
     while (!stopped) {
       watchFile();
       drain(notify.get());
-      wake();
+      callWake();
       if (stopped) return;
       wait(-1, kPause);
       wait(notify.get(), kLongestWait);
+    }
+  }
+
+  // What fails, for want of memory say, may work at the next look, so the thread goes on.
+  void callWake() {
+    try {
+      wake();
+    } catch (const std::exception& failure) {
+      // Said without taking memory, and once: it may fail every second.
+      if (!std::exchange(hasFailed, true)) {
+        std::fprintf(stderr, "%s: a look at it failed: %s\n", file.c_str(), failure.what());
+      }
     }
   }
 
@@ -80,6 +95,7 @@ struct StampWatch::Shared {
   const FileDescriptor notify;
   const FileDescriptor stop;
   std::atomic<bool> stopped{false};
+  bool hasFailed = false;  // the thread's own
   std::thread thread;
 };
 

@@ -10,8 +10,9 @@ namespace zlutil::settings::host {
 
 class StampWatch {
  public:
-  // Calls `wake` once at first. The file need not exist yet. Where the process can have no further
-  // thread, it says so on standard error and never calls.
+  // Calls `wake` once at first. The file need not exist yet. What `wake` throws is reported on
+  // standard error, the first time, and it is called again as if it had thrown nothing. Where the
+  // process can have no further thread, it says so on standard error and never calls.
   StampWatch(const std::string& file, std::function<void()> wake);
   // No call is running or begins once this has returned; except that `wake` itself may end the
   // watch, and is then not called again.

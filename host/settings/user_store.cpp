@@ -90,11 +90,13 @@ UserStore::UserStore(const UserStoreOptions& options)
 UserStore::~UserStore() { watch_.reset(); }
 
 void UserStore::open() {
-  database_ = openUserDatabase(files_, options_);
-  stamp_ = std::make_unique<UserStoreStamp>(files_.stamp());
+  auto database = openUserDatabase(files_, options_);
+  auto stamp = std::make_unique<UserStoreStamp>(files_.stamp());
+  dataVersion_ = database->dataVersion();
   struct stat status;
   inode_ = stat(files_.database().c_str(), &status) == 0 ? status.st_ino : 0;
-  dataVersion_ = database_->dataVersion();
+  database_ = std::move(database);
+  stamp_ = std::move(stamp);
   reason_.clear();
 }
 
@@ -221,8 +223,8 @@ void UserStore::checkForReplacement() {
 void UserStore::watch(const Watcher& watcher) {
   // Copies, because the watcher may let go of the last reference to this store.
   const auto source = [this](const Node& root) { return changesByOthers(root); };
-  bool isFirst = true;
-  watch_ = std::make_unique<StampWatch>(files_.stamp(), [this, watcher, source, isFirst]() mutable {
+  bool isFirst = true, wasCutShort = false;
+  watch_ = std::make_unique<StampWatch>(files_.stamp(), [=]() mutable {
     if (std::exchange(isFirst, false)) {
       try {
         backUpDaily(files_);
@@ -233,11 +235,15 @@ void UserStore::watch(const Watcher& watcher) {
         }
       }
     }
-    if (needsLook()) watcher(source);
+    if (!needsLook(wasCutShort)) return;
+    // A watcher that throws may have brought in a part of the changes only.
+    wasCutShort = true;
+    watcher(source);
+    wasCutShort = false;
   });
 }
 
-bool UserStore::needsLook() {
+bool UserStore::needsLook(bool afterCutShort) {
   base::MutexLock lock(mutex_);
   checkForReplacement();
   try {
@@ -251,6 +257,7 @@ bool UserStore::needsLook() {
     if (commitFailed_) overwriteFailedCommit();
     return hasForeignChanges();
   } catch (const SqliteError& failure) {
+  if (afterCutShort) mustCompare_ = true;
     if (!database_) reason_ = failure.what();
     return false;
   }

@@ -44,7 +44,7 @@ class UserStore final : public Store {
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
   void overwriteFailedCommit() REQUIRES(mutex_);
   bool hasForeignChanges() REQUIRES(mutex_);
-  bool needsLook();
+  bool needsLook(bool afterCutShort);
   Changes changesByOthers(const Node& root);
 
   const UserStoreOptions options_;

@@ -1,10 +1,14 @@
-// The thread that watches a file for a user store.
+// The thread that watches a stamp file, without a store.
 #include "host/settings/stamp_watch.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 
 #include "tests/support/temporary_directory.h"
 
@@ -12,6 +16,27 @@ namespace test {
 namespace {
 
 using zlutil::settings::host::StampWatch;
+
+TEST(StampWatch, GoesOnAfterEveryCallThatFailsAndSaysSoOnce) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.write("stamp", "");
+  std::atomic<int> calls{0};
+  testing::internal::CaptureStderr();
+  {
+    const StampWatch watch(file, [&] {
+      ++calls;
+      throw std::bad_alloc();
+    });
+    for (int wait = 0; wait < 10000 && calls < 3; ++wait) {
+      directory.write("stamp", std::to_string(wait));
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+  EXPECT_GE(calls, 3);
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_EQ(said.find(file + ": a look at it failed: "), 0u) << said;
+}
 
 TEST(StampWatch, MayBeEndedByItsOwnThread) {
   const TemporaryDirectory directory;

@@ -4,11 +4,13 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <boost/variant/get.hpp>
 #include <chrono>
 #include <limits>
 #include <thread>
 
+#include "host/settings/foreign_changes.h"
 #include "host/settings/sqlite_value.h"
 #include "host/settings/stored_value.h"
 #include "tests/support/temporary_directory.h"
@@ -366,6 +368,28 @@ TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBac
   std::filesystem::rename(away, user);
   EXPECT_TRUE(canEventuallySetK(root));
   EXPECT_EQ(contentsOf(openTree(storeIn(user))), "k key\nk = int 1\n");
+}
+
+TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
+  const NodePtr root = open();
+  const auto behind =
+      boost::make_shared<Node>(Tree::makeStandalone(), "settings", true, ValidatorPtr());
+  UserStore store(storeIn(directory.path()));
+  store.readAll(*behind, kUser);
+  std::atomic<int> looks{0};
+  testing::internal::CaptureStderr();
+  store.watch([&](const Store::Source& source) {
+    applyForeignChanges(*behind, kUser, [&](const Node& node) {
+      Changes changes = source(node);
+      if (++looks == 1) throw std::bad_alloc();
+      return changes;
+    });
+  });
+  addKey(root, "k");
+  EXPECT_TRUE(eventually([&] { return contentsOf(behind) == "k key\n"; }));
+  EXPECT_GT(looks, 1);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("settings-1.stamp: a look at it failed: "),
+            std::string::npos);
 }
 
 TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
