@@ -29,6 +29,14 @@ class ChildTable {
     return found == index_.end() ? nullptr : const_cast<Entry*>(&*found);
   }
 
+  // Makes room for one more child: the next insert() or append() takes no memory and cannot fail.
+  void makeRoom() {
+    if (byName_.size() == byName_.capacity()) {
+      byName_.reserve(std::max<std::size_t>(1, 2 * byName_.size()));
+    }
+    if (byName_.size() == index_.bucket_count()) grow();
+  }
+
   // Adds a child in its place; false, and nothing added, when the name is taken.
   bool insert(const EntryPtr& child) {
     if (!enter(child)) return false;
@@ -90,7 +98,8 @@ class ChildTable {
   }
 
   bool enter(const EntryPtr& child) {
-    if (byName_.size() == index_.bucket_count()) grow();
+    // First of all: the index only borrows the child, so there must be no way back from here.
+    makeRoom();
     return index_.insert(*child).second;
   }
 

@@ -38,6 +38,8 @@ class Node final : public Entry {
 
   // The following change what the tree guards.
 
+  // Makes room for one more child, so that adding it cannot fail for want of memory.
+  void makeRoomForChild() { children_.makeRoom(); }
   // Adds a child; false, and nothing added, when the name is taken.
   bool insertChild(const EntryPtr& child);
   // The same for a node that is being built: the children are in order once sortChildren() is done.

@@ -61,6 +61,11 @@ void insert(Node& parent, const EntryPtr& entry) {
       checkWritable(parent, kUser);
       changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
     }
+    {
+      // Nothing that follows the store may fail: what it has kept has to be in the tree.
+      WriteLock lock(tree.lock());
+      parent.makeRoomForChild();
+    }
     for (int level = 0; level < kLevelCount; ++level) {
       if (!changes[level].empty()) tree.store(level).apply(changes[level]);
     }
