@@ -54,11 +54,12 @@ class Application {
       if (entry->isDefinedAt(level) && entry->tree().isReadOnly(level)) return;
     }
     Node& parent = *entry->parent();
-    Removal removal{
-        boost::static_pointer_cast<Node>(parent.shared_from_this()), {}, audienceOfRemoval(*entry)};
+    removed_.push_back({boost::static_pointer_cast<Node>(parent.shared_from_this()),
+                        EntryPtr(),
+                        audienceOfRemoval(*entry)});
+    Removal& removal = removed_.back();
     removal.entry = parent.takeChild(entry->name());
     removal.entry->setRemoved();
-    removed_.push_back(std::move(removal));
   }
 
   // With no lock held.

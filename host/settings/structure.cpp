@@ -1,5 +1,7 @@
 #include "host/settings/structure.h"
 
+#include <boost/make_shared.hpp>
+
 #include "host/settings/publication.h"
 #include "host/settings/subtree.h"
 #include "host/settings/value_checks.h"
@@ -114,10 +116,12 @@ void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const 
       throw Failure<CannotMergeWithNodeContainsChildren>(parent.name(), name);
     }
   }
-  NodePtr copy;
+  // Made before the lock is taken: what there is of a copy that fails half-way dies after it.
+  const auto copy = boost::make_shared<Node>(parent.treePtr(), name, from->canHaveListeners(),
+                                             from->validator());
   {
     ReadLock lock(from->tree().lock());
-    copy = copyOf(static_cast<const Node&>(*from), name, parent.treePtr());
+    copyChildren(static_cast<const Node&>(*from), *copy);
   }
   moveToWritableLevels(*copy, parent.tree());
   insert(parent, copy);

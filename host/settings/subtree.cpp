@@ -9,28 +9,6 @@
 namespace zlutil::settings::host {
 namespace {
 
-void copyChildren(const Node& source, Node& copy) {
-  for (const EntryPtr& child : source.childrenByName()) {
-    EntryPtr twin;
-    if (child->isKey()) {
-      const Key& key = static_cast<const Key&>(*child);
-      const auto keyTwin = boost::make_shared<Key>(copy.treePtr(), key.name(), key.kind(),
-                                                   key.canHaveListeners(), key.validator());
-      for (int level = 0; level < kLevelCount; ++level) {
-        boost::any value = key.value(level);
-        if (!value.empty()) keyTwin->swapValue(level, value);
-      }
-      twin = keyTwin;
-    } else {
-      const auto nodeTwin = boost::make_shared<Node>(copy.treePtr(), child->name(),
-                                                     child->canHaveListeners(), child->validator());
-      copyChildren(static_cast<const Node&>(*child), *nodeTwin);
-      twin = nodeTwin;
-    }
-    copy.insertChild(twin);
-  }
-}
-
 void mergeEntry(Entry& from, Entry& into, int level) {
   if (from.isDefinedAt(level)) into.setDefinedAt(level);
   if (!into.validator()) into.setValidator(from.validator());
@@ -57,10 +35,25 @@ int heightOf(const Entry& entry) {
   return height;
 }
 
-NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree) {
-  auto copy = boost::make_shared<Node>(tree, name, source.canHaveListeners(), source.validator());
-  copyChildren(source, *copy);
-  return copy;
+void copyChildren(const Node& source, Node& copy) {
+  for (const EntryPtr& child : source.childrenByName()) {
+    if (child->isKey()) {
+      const Key& key = static_cast<const Key&>(*child);
+      const auto twin = boost::make_shared<Key>(copy.treePtr(), key.name(), key.kind(),
+                                                key.canHaveListeners(), key.validator());
+      for (int level = 0; level < kLevelCount; ++level) {
+        boost::any value = key.value(level);
+        if (!value.empty()) twin->swapValue(level, value);
+      }
+      copy.insertChild(twin);
+    } else {
+      const auto twin = boost::make_shared<Node>(copy.treePtr(), child->name(),
+                                                 child->canHaveListeners(), child->validator());
+      // First of all, so that no node with children dies here, under the lock, should this throw.
+      copy.insertChild(twin);
+      copyChildren(static_cast<const Node&>(*child), *twin);
+    }
+  }
 }
 
 void moveToWritableLevels(Entry& entry, const Tree& tree) {

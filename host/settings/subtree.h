@@ -9,10 +9,11 @@ namespace zlutil::settings::host {
 // the tree guards.
 int heightOf(const Entry& entry);
 
-// A copy of the tree below `source` as a node called `name` for another place, with new identities.
-// It holds the values of every level as they are. Reads what the source's tree guards; nobody else
-// knows the copy.
-NodePtr copyOf(const Node& source, const std::string& name, const TreePtr& tree);
+// Copies all that stands below `source` into `copy`, a new node that nobody else knows, with new
+// identities. The copy holds the values of every level as they are. Reads what the source's tree
+// guards; when it throws, what it has made so far belongs to `copy`, which the caller must not let
+// go of under that lock.
+void copyChildren(const Node& source, Node& copy);
 
 // Moves values from the levels that are read-only in `tree` to the user level, where the key has
 // none yet, so that every key has the same value in effect as before. Nobody else knows the entry.
