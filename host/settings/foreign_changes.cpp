@@ -60,14 +60,11 @@ class Application {
     Removal& removal = removed_.back();
     removal.entry = parent.takeChild(entry->name());
     removal.entry->setRemoved();
+    countLeaving(*removal.entry, parent);
   }
 
   // With no lock held.
   void publish() const {
-    for (const Removal& removal : removed_) {
-      ReadLock lock(root_.tree().lock());
-      countLeaving(*removal.entry, *removal.parent);
-    }
     for (const auto& [parent, entry] : added_) publishAdded(parent, entry);
     for (const Removal& removal : removed_) {
       publishRemoved(removal.parent, removal.entry, removal.audience);

@@ -155,11 +155,12 @@ void removeEntry(Node& parent, const std::string& name, bool isKey) {
       Store& store = tree.store(level);
       if (!tree.isReadOnly(level) && store.keepsChanges()) store.apply({RemoveSubtree{path}});
     }
-    WriteLock lock(tree.lock());
-    removed = parent.takeChild(name);
-    removed->setRemoved();
-  }
-  {
+    {
+      WriteLock lock(tree.lock());
+      removed = parent.takeChild(name);
+      removed->setRemoved();
+    }
+    // Before another writer can add an entry of that name, which would not be counted.
     ReadLock lock(tree.lock());
     countLeaving(*removed, parent);
   }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "service/change_counts.h"
 #include "tests/support/settings_verbs.h"
 
 namespace test {
@@ -102,6 +103,26 @@ TEST_F(SettingsStress, EntriesComeAndGoWhileOthersReadThem) {
         }
       });
   EXPECT_TRUE(root_->getChild("busy")->getChildren().empty());
+}
+
+TEST_F(SettingsStress, AnEntryInThePlaceOfARemovedOneIsNotFoundUnderTheCountOfThat) {
+  using zlutil::settings::ChangeCounts;
+  const auto& count = ChangeCounts::table()[ChangeCounts::place("n", "last")];
+  const SettingsPtr large = addNode(root_, "large"), small = addNode(root_, "small");
+  for (int i = 0; i < 10 * kRounds; ++i) addKey(large, "k" + std::to_string(i));
+  addKey(large, "last");
+  addKey(small, "last");
+  for (int round = 0; round < kRounds / 100; ++round) {
+    root_->copySubtree(large, "n");
+    const std::uint64_t before = count;
+    std::thread remover([&] { root_->removeNode("n"); });
+    while (root_->getChild("n")) {
+    }
+    root_->copySubtree(small, "n");
+    EXPECT_NE(count, before) << round;
+    remover.join();
+    root_->removeNode("n");
+  }
 }
 
 TEST_F(SettingsStress, SubscriptionsComeAndGoDuringDelivery) {
