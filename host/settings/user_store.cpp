@@ -17,6 +17,8 @@ namespace {
 
 using KORVEN::settings::core::StoreFailure;
 
+constexpr char kReplaced[] = "the file has been replaced and is being read again";
+
 // Reports entries and values of the database that are left out.
 UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {
   return
@@ -139,7 +141,15 @@ void UserStore::apply(const Changes& changes) {
   try {
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
-    const std::int64_t revision = store(changes);
+    std::int64_t revision = store(changes, true);
+    // Another process that took the database for damaged may have set it aside and read it before
+    // this commit. What it has restored gets the changes again; a second time they do no harm. Who
+    // sets it aside after this look finds the commit in it.
+    while (isReplaced()) {
+      close(kReplaced);
+      open();
+      revision = store(changes, false);
+    }
     noteOwn(revision);
     stamp_->note(revision);
   } catch (const SqliteError& failure) {
@@ -147,10 +157,10 @@ void UserStore::apply(const Changes& changes) {
   }
 }
 
-std::int64_t UserStore::store(const Changes& changes) {
+std::int64_t UserStore::store(const Changes& changes, bool mayConflict) {
   database_->beginWriting();
   Transaction transaction(*database_);
-  if (database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size())) {
+  if (mayConflict && database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size())) {
     refuseConflicts(changes);
   }
   for (const Change& change : changes) database_->put(change);
@@ -213,11 +223,13 @@ bool UserStore::hasForeignChanges() {
   return mustCompare_ || database_->dataVersion() != dataVersion_;
 }
 
-void UserStore::checkForReplacement() {
+bool UserStore::isReplaced() const {
   struct stat status;
-  if (!database_) return;
-  if (stat(files_.database().c_str(), &status) == 0 && status.st_ino == inode_) return;
-  close("the file has been replaced and is being read again");
+  return stat(files_.database().c_str(), &status) != 0 || status.st_ino != inode_;
+}
+
+void UserStore::checkForReplacement() {
+  if (database_ && isReplaced()) close(kReplaced);
 }
 
 void UserStore::watch(const Watcher& watcher) {
@@ -245,6 +257,7 @@ void UserStore::watch(const Watcher& watcher) {
 
 bool UserStore::needsLook(bool afterCutShort) {
   base::MutexLock lock(mutex_);
+  if (afterCutShort) mustCompare_ = true;
   checkForReplacement();
   try {
     if (!database_) {
@@ -257,7 +270,6 @@ bool UserStore::needsLook(bool afterCutShort) {
     if (commitFailed_) overwriteFailedCommit();
     return hasForeignChanges();
   } catch (const SqliteError& failure) {
-  if (afterCutShort) mustCompare_ = true;
     if (!database_) reason_ = failure.what();
     return false;
   }

@@ -38,8 +38,9 @@ class UserStore final : public Store {
  private:
   void open() REQUIRES(mutex_);
   void close(const std::string& reason) REQUIRES(mutex_);
+  bool isReplaced() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
-  std::int64_t store(const Changes& changes) REQUIRES(mutex_);
+  std::int64_t store(const Changes& changes, bool mayConflict) REQUIRES(mutex_);
   void refuseConflicts(const Changes& changes) REQUIRES(mutex_);
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
   void overwriteFailedCommit() REQUIRES(mutex_);

@@ -12,10 +12,15 @@
 namespace test {
 namespace {
 
-thread_local int calls = 0, failing = 0, failure = 0;
+thread_local int calls = 0, chosen = 0, failure = 0;
+thread_local const std::function<void()>* interruption = nullptr;
 
 bool failsNow() {
-  if (++calls != failing) return false;
+  if (++calls != chosen) return false;
+  if (interruption) {
+    (*interruption)();
+    return false;
+  }
   errno = failure;
   return true;
 }
@@ -29,12 +34,18 @@ Function* real(const char* name) {
 
 void failOn(int n, int error) {
   calls = 0;
-  failing = n;
+  chosen = n;
   failure = error;
+  interruption = nullptr;
+}
+
+void interruptOn(int n, const std::function<void()>& function) {
+  failOn(n, 0);
+  interruption = &function;
 }
 
 int callsSince() { return calls; }
-bool hasFailed() { return failing > 0 && calls >= failing; }
+bool hasCome() { return chosen > 0 && calls >= chosen; }
 
 }  // namespace test
 

@@ -3,13 +3,18 @@
 // failOn() on; only those by the thread that called it.
 #pragma once
 
+#include <functional>
+
 namespace test {
 
 // The n-th call from now on fails with `error`; 1 is the next one, 0 none.
 void failOn(int n, int error);
 
-// How many calls there have been since failOn(), and whether one has failed.
+// Before the n-th call from now on, which does not fail, `interruption` runs; it is borrowed.
+void interruptOn(int n, const std::function<void()>& interruption);
+
+// How many calls there have been since then, and whether the n-th has come.
 int callsSince();
-bool hasFailed();
+bool hasCome();
 
 }  // namespace test

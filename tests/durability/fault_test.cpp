@@ -1,10 +1,11 @@
 // Every system call of an operation that can fail, failing: the operation succeeds or says why not,
 // and the tree is what a tree opened afterwards reads, both beside the running store and after its
-// process has died.
+// process has died. Likewise another process that restores the store, at every such call.
 #include <signal.h>
 
 #include <cerrno>
 
+#include "host/settings/user_store_recovery.h"
 #include "tests/durability/failing_system.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
@@ -66,7 +67,7 @@ TEST_P(FaultTest, AChangeSucceedsOrChangesNothing) {
       } catch (const std::exception&) {
         refused = true;
       }
-      const bool over = !hasFailed();
+      const bool over = !hasCome();
       failOn(0, 0);
       failed += refused;
       const std::string now = contentsOf(root);
@@ -103,7 +104,7 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
     const TreePtr tree = Tree::makeStandalone();
     const auto root = boost::make_shared<Node>(tree, "r", true, ValidatorPtr());
     store->readAll(*root, kUser);
-    const bool over = !hasFailed();
+    const bool over = !hasCome();
     failOn(0, 0);
     const std::string said = testing::internal::GetCapturedStderr();
     ASSERT_EQ(contentsOf(root), "k key\nk = int 1\n") << "call " << n << ": " << said;
@@ -139,7 +140,7 @@ TEST_P(FaultTest, ALogThatLostItsEndIsReportedWhateverFailsBesides) {
     const auto store = std::make_shared<UserStore>(storeIn(directory.path(), 50));
     const TreePtr tree = Tree::makeStandalone();
     store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
-    const bool over = !hasFailed();
+    const bool over = !hasCome();
     failOn(0, 0);
     // If not at once, then when nothing fails any more.
     EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
@@ -228,7 +229,7 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   testing::internal::CaptureStderr();
   failOn(1, EAGAIN);
   store->watch([](const Store::Source&) { ADD_FAILURE() << "nothing can call"; });
-  EXPECT_TRUE(hasFailed());
+  EXPECT_TRUE(hasCome());
   failOn(0, 0);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("settings-1.stamp is not watched: "),
             std::string::npos);
@@ -238,6 +239,31 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   }
   store->apply({DefineEntry{"k", true, 0, {}}});
   EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
+}
+
+TEST(RestoringTest, AChangeIsKeptDuringWhichAnotherProcessRestoresTheStore) {
+  for (int n = 1;; ++n) {
+    const TemporaryDirectory directory;
+    const UserStoreOptions options = storeIn(directory.path());
+    UserStore store(options);
+    store.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
+                  kUser);
+    store.apply({DefineEntry{"k", true, 0, {}}});
+    const std::function<void()> restore = [&] {
+      const UserStoreFiles files(options.directory, options.context);
+      const UserStoreLock lock(files, 0);
+      restoreUserStore(files, "it was found so", 0);
+    };
+    testing::internal::CaptureStderr();
+    interruptOn(n, restore);
+    store.apply({PutValue{"k", 1}});
+    const bool over = !hasCome();
+    failOn(0, 0);
+    const std::string found = contentsOf(openTree(options));
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(found, "k key\nk = int 1\n") << "call " << n;
+    if (over) break;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
