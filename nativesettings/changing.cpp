@@ -55,40 +55,43 @@ bool addEntry(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jstrin
       Failed(env, path, name, false));
 }
 
+// Sets or, with a context, records the value, within somebody's guard.
+void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstring key,
+              jobject settingInfo, jstring level) {
+  translating(Failed(env, path, key, false, kAttemptingToSet), [&] {
+    const GivenArguments given(env, path, key, level, settingInfo);
+    const SettingsPtr node = getEntry(handle, given.path, false);
+    if (!node) return throwNotFound(env, path, key);
+    boost::optional<SettingValueVariant> value;
+    switch (getValueFromInfo(env, settingInfo, given.rest, value)) {
+      case InfoOutcome::kGetValueThrew:
+        // Described, cleared, and as good as done: deliberate.
+        env->ExceptionDescribe();
+        return env->ExceptionClear();
+      case InfoOutcome::kFailed:
+        return throwJavaExceptionHelper(env, runtimeException, kAttemptingToSet);
+      case InfoOutcome::kRead:
+        break;
+    }
+    if (!value) {
+      return throwJavaExceptionHelper(env, settingUnsupportedTypeRuntimeException,
+                                      "Unsupported type");
+    }
+    boost::any any = zlutil::boostany::convertVariantToAny(std::move(*value));
+    if (context == 0) {
+      node->setAny(given.key, any, given.level);
+    } else {
+      recordChange(*reinterpret_cast<SettingContext*>(context), *node, given.key, std::move(any));
+    }
+  });
+}
+
 }  // namespace
 
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,
                jobject settingInfo, jstring level) {
-  guardedVoid(
-      env,
-      [&] {
-        const GivenArguments given(env, path, key, level, settingInfo);
-        const SettingsPtr node = getEntry(handle, given.path, false);
-        if (!node) return throwNotFound(env, path, key);
-        boost::optional<SettingValueVariant> value;
-        switch (getValueFromInfo(env, settingInfo, given.rest, value)) {
-          case InfoOutcome::kGetValueThrew:
-            // Described, cleared, and as good as done: deliberate.
-            env->ExceptionDescribe();
-            return env->ExceptionClear();
-          case InfoOutcome::kFailed:
-            return throwJavaExceptionHelper(env, runtimeException, kAttemptingToSet);
-          case InfoOutcome::kRead:
-            break;
-        }
-        if (!value) {
-          return throwJavaExceptionHelper(env, settingUnsupportedTypeRuntimeException,
-                                          "Unsupported type");
-        }
-        boost::any any = zlutil::boostany::convertVariantToAny(std::move(*value));
-        if (context == 0) {
-          node->setAny(given.key, any, given.level);
-        } else {
-          recordChange(*reinterpret_cast<SettingContext*>(context), *node, given.key,
-                       std::move(any));
-        }
-      },
-      Failed(env, path, key, false, kAttemptingToSet));
+  const jzi::NativeShutdownGuard guard(env);
+  if (guard.JVMRunning()) setValue(env, context, handle, path, key, settingInfo, level);
 }
 
 void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key, jstring level) {
@@ -106,8 +109,11 @@ void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring k
 void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
                   jobject settingInfo, jstring level, jstring validatorFirst,
                   jstring validatorSecond) {
+  // Open to the end; but it is the guard within the first half that decides, and for both halves: a
+  // key must not come without its value because the JVM goes down between them.
+  const jzi::NativeShutdownGuard guard(env);
   if (!addEntry(env, handle, path, name, validatorFirst, validatorSecond, true)) return;
-  nativeSet(env, nullptr, 0, handle, path, name, settingInfo, level);
+  setValue(env, 0, handle, path, name, settingInfo, level);
 }
 
 void nativeAddNode(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,

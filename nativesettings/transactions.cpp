@@ -1,11 +1,15 @@
 #include "nativesettings/transactions.h"
 
+#include <boost/optional.hpp>
+#include <stdexcept>
+
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
 #include "bridge/java_method.h"
 #include "nativesettings/failures.h"
 #include "nativesettings/records.h"
 #include "service/settings.h"
+#include "values/exchange.h"
 
 namespace nativesettings {
 
@@ -43,12 +47,23 @@ jobject listOf(JNIEnv* env, const SettingsProblems& problems) {
   return list;
 }
 
+// The level's name, by asking Java for it as for every argument: it sees by that that the call was
+// let in (Exchange.java). None, with a Java exception pending, when Java cannot hand it over.
+boost::optional<std::string> levelFromJava(JNIEnv* env, jstring level) {
+  try {
+    return GivenArguments(env, nullptr, nullptr, level).level;
+  } catch (const std::runtime_error&) {
+    return boost::none;
+  }
+}
+
 SettingContext& contextOf(jlong context) { return *reinterpret_cast<SettingContext*>(context); }
 
 jobject commitOrValidate(JNIEnv* env, jlong context, bool commit, jstring level) {
   const jzi::NativeShutdownGuard guard(env);
   if (!guard.JVMRunning()) return nullptr;
-  return contextOf(context).commitOrValidate(env, commit, zljGetStdString(env, level));
+  const boost::optional<std::string> levelName = levelFromJava(env, level);
+  return levelName ? contextOf(context).commitOrValidate(env, commit, *levelName) : nullptr;
 }
 
 }  // namespace

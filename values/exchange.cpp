@@ -10,6 +10,9 @@ namespace {
 
 constexpr const char* kNotHandedOver = "java failed to hand over";
 
+// What stands in a buffer before what is handed over: its address, and a number of Java's own.
+constexpr std::size_t kHeader = 2 * sizeof(jlong);
+
 // The address of the thread's buffer, noted in its first bytes, where Java looks for it.
 jlong noteAddress(JNIEnv* env) {
   jobject buffer = exchange::buffer.object(env);
@@ -26,7 +29,7 @@ jlong noteAddress(JNIEnv* env) {
 ExchangeReader::ExchangeReader(JNIEnv* env, jlong address) {
   if (env->ExceptionCheck()) throw std::runtime_error(kNotHandedOver);
   if (address == 0) address = noteAddress(env);
-  at_ = reinterpret_cast<const char*>(address) + sizeof(address);
+  at_ = reinterpret_cast<const char*>(address) + kHeader;
 }
 
 template <class Number>

@@ -9,10 +9,12 @@ import java.nio.ByteOrder;
  * which reads what is written here).
  *
  * <p>Each thread has a buffer of its own, whose first eight bytes hold its address once native code
- * has noted it there. A text is its length in bytes and then those bytes, in modified UTF-8.
+ * has noted it there; the next eight count for {@link #asked}. A text is its length in bytes and
+ * then those bytes, in modified UTF-8.
  */
 final class Exchange {
-    private static final int START = Long.BYTES;
+    private static final int ASKED = Long.BYTES;
+    private static final int START = 2 * Long.BYTES;
     private static final int USUAL_SIZE = 4096;
 
     /**
@@ -33,6 +35,18 @@ final class Exchange {
     /** The calling thread's buffer, for native code to note its address. */
     static ByteBuffer buffer() {
         return BUFFERS.get();
+    }
+
+    /**
+     * How often native code has asked this thread for the arguments of a call. A native method of
+     * which it depends whether the machine is going down decides that first; when it then does
+     * anything, it asks, and when it refuses it does nothing else either. So a call during which
+     * this number has grown was let in, whenever the machine began to go down, and one during
+     * which it has stayed the same was refused. Calls that listeners make meanwhile add to it only
+     * in one that was let in.
+     */
+    static long asked() {
+        return BUFFERS.get().getLong(ASKED);
     }
 
     /**
@@ -70,7 +84,9 @@ final class Exchange {
         int names = path == null ? 0 : path.length;
         long needed = START + Integer.BYTES + mostBytes(key) + mostBytes(level);
         for (int i = 0; i < names; ++i) needed += mostBytes(path[i]);
-        return withRoom(BUFFERS.get(), START, needed);
+        ByteBuffer out = withRoom(BUFFERS.get(), START, needed);
+        out.putLong(ASKED, out.getLong(ASKED) + 1);
+        return out;
     }
 
     /** Gives the place behind what was written. */
@@ -173,13 +189,13 @@ final class Exchange {
 
     /**
      * The thread's buffer, or another one in its place, with room for so many bytes; what stands
-     * before `from` is kept.
+     * before `from` is kept, but for the address.
      */
     private static ByteBuffer withRoom(ByteBuffer buffer, int from, long needed) {
         if (needed > buffer.capacity() || buffer.capacity() > USUAL_SIZE && needed <= USUAL_SIZE) {
             // A buffer for something large is not kept for longer than it is needed.
             ByteBuffer other = newBuffer(Math.max(Math.toIntExact(needed), USUAL_SIZE));
-            other.put(START, buffer, START, from - START);
+            other.put(ASKED, buffer, ASKED, from - ASKED);
             BUFFERS.set(other);
             return other;
         }

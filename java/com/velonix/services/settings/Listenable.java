@@ -19,7 +19,8 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return ends the registration
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed
+     * @throws IllegalStateException if the tree has been closed, or the Java machine is shutting
+     *     down
      */
     Registration addListener(SettingListener listener) throws SettingException;
 
@@ -31,7 +32,8 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return ends the registration
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed
+     * @throws IllegalStateException if the tree has been closed, or the Java machine is shutting
+     *     down
      */
     default Registration onChanged(Consumer<? super SettingChangeEvent> action)
             throws SettingException {
@@ -46,7 +48,8 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return ends the registration
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed
+     * @throws IllegalStateException if the tree has been closed, or the Java machine is shutting
+     *     down
      */
     default Registration onAdded(Consumer<? super SettingChangeEvent> action)
             throws SettingException {
@@ -61,7 +64,8 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return ends the registration, as the removal of the key or node itself does
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed
+     * @throws IllegalStateException if the tree has been closed, or the Java machine is shutting
+     *     down
      */
     default Registration onRemoved(Consumer<? super SettingChangeEvent> action)
             throws SettingException {

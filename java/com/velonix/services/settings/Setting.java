@@ -10,7 +10,8 @@ import java.util.Optional;
  *
  * <p>Obtained from {@link SettingPath#setting}; it ends with the path that it was obtained from.
  * May be used by any number of threads. Every operation may fail with {@link IllegalStateException}
- * once the tree has been closed. Failures of the service other than those named here are {@link
+ * once the tree has been closed, or the Java machine has begun to shut down; a change that failed
+ * so has not been made. Failures of the service other than those named here are {@link
  * SettingException}s too.
  *
  * @param <T> the class of the values
@@ -112,12 +113,10 @@ public final class Setting<T> implements Listenable {
      * @throws SettingException if the settings service fails otherwise
      */
     public Optional<SettingLevel> level() throws SettingException {
-        long address = tree.enter();
-        try {
-            return Optional.ofNullable(nativeGetLevel(address, path(), name))
-                    .map(SettingLevel::ofName);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            String level = nativeGetLevel(call.address, path(), name);
+            call.check(this);
+            return level == null ? Optional.empty() : Optional.of(SettingLevel.ofName(level));
         }
     }
 
@@ -208,11 +207,9 @@ public final class Setting<T> implements Listenable {
      */
     public void unset(SettingLevel level) throws SettingException {
         String levelName = SettingLevel.nameOf(level);
-        long address = tree.enter();
-        try {
-            nativeUnset(address, path(), name, levelName);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            nativeUnset(call.address, path(), name, levelName);
+            call.check(this);
         }
     }
 
@@ -268,39 +265,35 @@ public final class Setting<T> implements Listenable {
     /** Records the value in a transaction context, or sets it when the context is 0. */
     void store(long context, T value, String level) throws SettingException {
         SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
-        long address = tree.enter();
-        try {
-            nativeSet(context, address, path(), name, info, level);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            nativeSet(context, call.address, path(), name, info, level);
+            call.check(this);
         }
     }
 
     static boolean exists(TreeHandle tree, String[] path, String key) {
-        long address = tree.enter();
-        try {
-            return nativeExists(address, path, key);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            boolean there = nativeExists(call.address, path, key);
+            call.check(tree);
+            return there;
         }
     }
 
     static String factoryDir(TreeHandle tree) {
-        long address = tree.enter();
-        try {
-            String directory = nativeGetFactoryDir(address);
+        try (NativeCall call = new NativeCall(tree)) {
+            String directory = nativeGetFactoryDir(call.address);
             if (directory == null)
                 throw Unanswered.failure(tree.toString());
             return directory;
-        } finally {
-            tree.exit();
         }
     }
 
     /** Adds with a source, removes without one. The caller holds the handle. */
     static void addRemoveListener(Object source, long address, String[] path, String key,
             SettingListener listener) throws SettingException {
+        long before = Exchange.asked();
         nativeAddRemoveListener(source, address, path, key, listener);
+        Unanswered.check(before, "a listener");
     }
 
     /** The value in effect, or null when there is none. */
@@ -318,11 +311,8 @@ public final class Setting<T> implements Listenable {
 
     private SettingInfo read(String level) throws SettingException {
         SettingInfo info;
-        long address = tree.enter();
-        try {
-            info = nativeGet(address, path(), name, level);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            info = nativeGet(call.address, path(), name, level);
         }
         if (info == null)
             throw Unanswered.failure(dotted());
@@ -341,11 +331,10 @@ public final class Setting<T> implements Listenable {
     }
 
     private boolean isSet(String level) {
-        long address = tree.enter();
-        try {
-            return nativeIsSet(address, path(), name, level);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            boolean set = nativeIsSet(call.address, path(), name, level);
+            call.check(this);
+            return set;
         }
     }
 

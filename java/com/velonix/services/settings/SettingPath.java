@@ -13,7 +13,8 @@ import java.util.Objects;
  * <p>{@link #processRoot()}, {@link #sessionRoot(long)}, {@link #load(Path)} and {@link
  * #standalone()} open a tree and give its root, which owns the tree's native handle. Everything
  * reached from a root shares its handle, and ends with {@link IllegalStateException} once the root
- * has been closed. May be used by any number of threads.
+ * has been closed. The same exception ends everything once the Java machine has begun to shut down:
+ * a change that failed so has not been made. May be used by any number of threads.
  *
  * <p>Where an operation needs a node and there is none, or needs an entry of it that is missing, it
  * fails with {@link SettingNotFoundException}; where a name is taken, with {@link
@@ -149,11 +150,10 @@ public final class SettingPath implements AutoCloseable, Listenable {
      */
     public boolean isNode(String child) throws SettingException {
         Objects.requireNonNull(child, "child");
-        long address = tree.enter();
-        try {
-            return nativeIsChildNode(address, names, child);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            boolean node = nativeIsChildNode(call.address, names, child);
+            call.check(this);
+            return node;
         }
     }
 
@@ -224,11 +224,9 @@ public final class SettingPath implements AutoCloseable, Listenable {
      */
     public void delete(String child) throws SettingException {
         Objects.requireNonNull(child, "child");
-        long address = tree.enter();
-        try {
-            nativeDelete(address, names, child);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            nativeDelete(call.address, names, child);
+            call.check(this);
         }
     }
 
@@ -247,16 +245,10 @@ public final class SettingPath implements AutoCloseable, Listenable {
         // The native call reports a missing source by the name of the destination.
         if (!exists())
             throw new SettingNotFoundException(dotted(null));
-        long destination = Objects.requireNonNull(parent, "parent").tree.enter();
-        try {
-            long source = tree.enter();
-            try {
-                nativeCopySubtree(destination, parent.names, source, names, name);
-            } finally {
-                tree.exit();
-            }
-        } finally {
-            parent.tree.exit();
+        Objects.requireNonNull(parent, "parent");
+        try (NativeCall to = new NativeCall(parent.tree); NativeCall from = new NativeCall(tree)) {
+            nativeCopySubtree(to.address, parent.names, from.address, names, name);
+            from.check(this);
         }
         return parent.path(name);
     }
@@ -328,11 +320,9 @@ public final class SettingPath implements AutoCloseable, Listenable {
 
     private SettingPath addNode(String name, ValidatorName validator) throws SettingException {
         Names.checkNew(name);
-        long address = tree.enter();
-        try {
-            nativeAddNode(address, names, name, validator.className(), validator.argument());
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            nativeAddNode(call.address, names, name, validator.className(), validator.argument());
+            call.check(this);
         }
         return path(name);
     }
@@ -342,23 +332,18 @@ public final class SettingPath implements AutoCloseable, Listenable {
         Names.checkNew(name);
         Object stored = ValueTypes.toStored(value, this, name);
         @SuppressWarnings("unchecked") Setting<T> key = setting(name, (Class<T>) value.getClass());
-        long address = tree.enter();
-        try {
-            nativeAddKey(address, names, name, new SettingInfo(stored), SettingLevel.nameOf(level),
-                    validator.className(), validator.argument());
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            nativeAddKey(call.address, names, name, new SettingInfo(stored),
+                    SettingLevel.nameOf(level), validator.className(), validator.argument());
+            call.check(key);
         }
         return key;
     }
 
     private List<String> list(int selector) throws SettingException {
-        long address = tree.enter();
         String[] children;
-        try {
-            children = nativeGetChildren(address, names, selector);
-        } finally {
-            tree.exit();
+        try (NativeCall call = new NativeCall(tree)) {
+            children = nativeGetChildren(call.address, names, selector);
         }
         if (children == null)
             throw Unanswered.failure(toString());

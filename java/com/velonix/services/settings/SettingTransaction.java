@@ -10,7 +10,8 @@ import java.util.concurrent.atomic.AtomicReference;
  * <p>Recorded changes stay after {@link #commit} and {@link #validate}: committing again applies
  * them again. Several changes of one key are applied in order. For one thread at a time; a second
  * one, or a listener that is called while the transaction commits, is refused with {@link
- * IllegalStateException}. After {@link #close()} every use is refused.
+ * IllegalStateException}. After {@link #close()} every use is refused, and so it is once the Java
+ * machine has begun to shut down: nothing is recorded or applied then.
  */
 public final class SettingTransaction implements AutoCloseable {
     private enum State {
@@ -62,12 +63,15 @@ public final class SettingTransaction implements AutoCloseable {
      *
      * @param level the level to change
      * @return the problems that were found; empty when the changes have been applied
+     * @throws IllegalStateException if the Java machine is shutting down: nothing has been applied
      */
     public List<SettingValidity> commit(SettingLevel level) {
         String levelName = SettingLevel.nameOf(level);
         begin();
         try {
-            return problems(nativeCommitTransaction(context, levelName));
+            long before = Exchange.asked();
+            List<SettingValidity> found = nativeCommitTransaction(context, levelName);
+            return problems(before, found);
         } finally {
             end();
         }
@@ -81,7 +85,9 @@ public final class SettingTransaction implements AutoCloseable {
     public List<SettingValidity> validate() {
         begin();
         try {
-            return problems(nativeValidateTransaction(context, ""));
+            long before = Exchange.asked();
+            List<SettingValidity> found = nativeValidateTransaction(context, "");
+            return problems(before, found);
         } finally {
             end();
         }
@@ -112,7 +118,8 @@ public final class SettingTransaction implements AutoCloseable {
         nativeDeleteTransactionContext(context);
     }
 
-    private static List<SettingValidity> problems(List<SettingValidity> found) {
+    private static List<SettingValidity> problems(long askedBefore, List<SettingValidity> found) {
+        Unanswered.check(askedBefore, "a transaction");
         return found == null ? List.of() : List.copyOf(found);
     }
 

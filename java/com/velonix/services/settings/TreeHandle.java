@@ -8,10 +8,10 @@ import java.util.concurrent.atomic.AtomicLongArray;
  * Owns one native handle on the root of a settings tree. Paths, settings and registrations share
  * it.
  *
- * <p>Every native call is enclosed in {@link #enter()} and {@link #exit()}. Closing forbids new
- * calls at once, and the handle is released when the last call that is under way has left, by that
- * call's own thread; so closing waits for nobody and may happen anywhere, inside a listener too. A
- * handle that was forgotten is closed by a cleaner.
+ * <p>Every native call is enclosed in {@link #enter()} and {@link #exit()}, by a {@link
+ * NativeCall}. Closing forbids new calls at once, and the handle is released when the last call
+ * that is under way has left, by that call's own thread; so closing waits for nobody and may happen
+ * anywhere, inside a listener too. A handle that was forgotten is closed by a cleaner.
  */
 final class TreeHandle {
     private static final Cleaner CLEANER = Cleaner.create();

@@ -69,28 +69,6 @@ class LoadingTest {
 
     private static final String BUNDLE = System.getProperty("test.bundle");
 
-    private static String run(Class<?> program, Path folder, String jar, String... options)
-            throws Exception {
-        List<String> command = new ArrayList<>();
-        command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
-        command.add("-Xcheck:jni");
-        command.add("-Djava.io.tmpdir=" + folder);
-        command.addAll(List.of(options));
-        String tests =
-                Path.of(Child.class.getProtectionDomain().getCodeSource().getLocation().toURI())
-                        .toString();
-        command.addAll(List.of("-cp", jar + ":" + tests, program.getName()));
-        Path output = folder.resolve("output");
-        Process process = new ProcessBuilder(command)
-                                  .redirectErrorStream(true)
-                                  .redirectOutput(output.toFile())
-                                  .start();
-        process.waitFor();
-        String text = Files.readString(output);
-        Files.delete(output);
-        return text;
-    }
-
     private static List<Path> filesIn(Path folder) throws IOException {
         try (Stream<Path> files = Files.list(folder)) {
             return files.filter(file -> !file.getFileName().toString().startsWith("hsperf"))
@@ -100,8 +78,8 @@ class LoadingTest {
 
     @Test
     void theBundleBringsItsLibrariesAndLeavesNothingBehind(@TempDir Path folder) throws Exception {
-        assertEquals(
-                "value 42\n", run(Child.class, folder, BUNDLE, "-Djava.library.path=/nowhere"));
+        assertEquals("value 42\n",
+                ChildJvm.run(Child.class, folder, BUNDLE, "-Djava.library.path=/nowhere"));
         assertEquals(List.of(), filesIn(folder));
     }
 
@@ -109,13 +87,15 @@ class LoadingTest {
     void aDirectoryCanBeNamed(@TempDir Path folder) throws Exception {
         String directory = System.getProperty("java.library.path");
         assertEquals("value 42\n",
-                run(Child.class, folder, apiClasses(), "-Djava.library.path=/nowhere",
+                ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
+                        "-Djava.library.path=/nowhere",
                         "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=" + directory));
     }
 
     @Test
     void aFailureTellsEveryAttempt(@TempDir Path folder) throws Exception {
-        String text = run(Child.class, folder, apiClasses(), "-Djava.library.path=/nowhere",
+        String text = ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
+                "-Djava.library.path=/nowhere",
                 "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=/not/there");
         for (String part : List.of("/not/there/libsettingshost.so", "java.library.path=/nowhere",
                      "no entry /native/linux-")) {
@@ -126,14 +106,10 @@ class LoadingTest {
 
     @Test
     void theLibraryGoesWithItsClassLoader(@TempDir Path folder) throws Exception {
-        String text = run(Unloading.class, folder, apiClasses(), "-Dtest.bundle=" + BUNDLE);
+        String text = ChildJvm.run(
+                Unloading.class, folder, ChildJvm.apiClasses(), "-Dtest.bundle=" + BUNDLE);
         // A leak checker adds lines about the few objects that the library never destroys.
         assertTrue(text.startsWith("loader gone true, mapped false\n"), text);
-    }
-
-    private static String apiClasses() throws Exception {
-        return Path.of(Setting.class.getProtectionDomain().getCodeSource().getLocation().toURI())
-                .toString();
     }
 
     @Test
@@ -147,7 +123,7 @@ class LoadingTest {
     }
 
     private static WeakReference<ClassLoader> installInLoaderOfItsOwn() throws Exception {
-        URL classes = Path.of(apiClasses()).toUri().toURL();
+        URL classes = Path.of(ChildJvm.apiClasses()).toUri().toURL();
         ClassLoader own = Thread.currentThread().getContextClassLoader();
         try (URLClassLoader loader = new URLClassLoader(new URL[] {classes}, null)) {
             Thread.currentThread().setContextClassLoader(loader);

@@ -1,0 +1,51 @@
+package com.velonix.services.settings;
+
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+
+/** Programs that run in a Java machine of their own. */
+final class ChildJvm {
+    private ChildJvm() {}
+
+    /**
+     * Runs a program of the tests to its end.
+     *
+     * @param folder for its temporary files
+     * @param jar what it has the Java API from
+     * @return what it has printed
+     */
+    static String run(Class<?> program, Path folder, String jar, String... options)
+            throws Exception {
+        List<String> command = new ArrayList<>();
+        command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
+        command.add("-Xcheck:jni");
+        command.add("-Djava.io.tmpdir=" + folder);
+        command.addAll(List.of(options));
+        command.addAll(List.of("-cp", jar + ":" + sourceOf(program), program.getName()));
+        Path output = folder.resolve("output");
+        Process process = new ProcessBuilder(command)
+                                  .redirectErrorStream(true)
+                                  .redirectOutput(output.toFile())
+                                  .start();
+        process.waitFor();
+        String text = Files.readString(output);
+        Files.delete(output);
+        return text;
+    }
+
+    /** Runs a program with the classes and the libraries that this process has. */
+    static String run(Class<?> program, Path folder) throws Exception {
+        return run(program, folder, apiClasses(),
+                "-Djava.library.path=" + System.getProperty("java.library.path"));
+    }
+
+    static String apiClasses() throws Exception {
+        return sourceOf(Setting.class);
+    }
+
+    private static String sourceOf(Class<?> type) throws Exception {
+        return Path.of(type.getProtectionDomain().getCodeSource().getLocation().toURI()).toString();
+    }
+}
