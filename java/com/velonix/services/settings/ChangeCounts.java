@@ -52,8 +52,8 @@ final class ChangeCounts {
         return word;
     }
 
-    /** Constants, once the first value is read. */
-    private static final class Table {
+    /** Constants, from when the first tree has been opened. */
+    static final class Table {
         static final ByteBuffer MEMORY = given;
         static final VarHandle LONGS =
                 MethodHandles.byteBufferViewVarHandle(long[].class, ByteOrder.nativeOrder());

@@ -26,9 +26,18 @@ final class Exchange {
     /** In place of an address: the value could not be read. */
     private static final long FAILED = -1;
 
-    /** Holds nothing of this class's own, which could otherwise not be unloaded. */
-    private static final ThreadLocal<ByteBuffer> BUFFERS =
-            ThreadLocal.withInitial(() -> newBuffer(USUAL_SIZE));
+    private static final Buffers BUFFERS = new Buffers();
+
+    /**
+     * What threads refer to are the values, which are of no class of ours: a thread would keep it
+     * from being unloaded.
+     */
+    private static final class Buffers extends ThreadLocal<ByteBuffer> {
+        @Override
+        protected ByteBuffer initialValue() {
+            return newBuffer(USUAL_SIZE);
+        }
+    }
 
     private Exchange() {}
 

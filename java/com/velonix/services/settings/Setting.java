@@ -74,10 +74,12 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get(SettingLevel level) throws SettingException {
-        return find(level).orElseThrow(
-                ()
-                        -> new SettingNotFoundException(
-                                dotted() + " has no value at the level " + level.levelName()));
+        T value = typed(read(SettingLevel.nameOf(level)));
+        if (value == null) {
+            throw new SettingNotFoundException(
+                    dotted() + " has no value at the level " + level.levelName());
+        }
+        return value;
     }
 
     /**

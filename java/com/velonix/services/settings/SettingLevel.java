@@ -1,7 +1,6 @@
 package com.velonix.services.settings;
 
 import java.util.Objects;
-import java.util.function.Supplier;
 
 /**
  * The levels at which a setting may have a value, highest first: the value in effect is that of the
@@ -9,22 +8,22 @@ import java.util.function.Supplier;
  */
 public enum SettingLevel {
     /** For this process, kept in memory. */
-    SESSION(Helper.name(Helper::nativeGetSessionLevel)),
+    SESSION,
     /** The user's own; the level that is written when none is named. */
-    USER(Helper.name(Helper::nativeGetUserLevel)),
+    USER,
     /** What an administrator gives to a group of users; read-only. */
-    WORKGROUP(Helper.name(Helper::nativeGetWorkgroupLevel)),
+    WORKGROUP,
     /** What the product was delivered with; read-only. */
-    FACTORY(Helper.name(Helper::nativeGetFactoryLevel));
+    FACTORY;
 
     private static final SettingLevel[] LEVELS = values();
-    private static final SettingLevel DEFAULT = ofName(Helper.nativeGetDefaultLevel());
 
-    private final String levelName;
-
-    SettingLevel(String levelName) {
-        this.levelName = levelName;
-    }
+    /**
+     * Both asked for when they are needed: loading the libraries initialises this class, so it must
+     * not wait for them itself. Two threads that ask are told the same.
+     */
+    private static SettingLevel byDefault;
+    private String levelName;
 
     /**
      * The level that is written when none is named.
@@ -32,7 +31,10 @@ public enum SettingLevel {
      * @return the default level
      */
     public static SettingLevel defaultLevel() {
-        return DEFAULT;
+        SettingLevel known = byDefault;
+        if (known == null)
+            byDefault = known = ofName(Helper.nameOfDefault());
+        return known;
     }
 
     /**
@@ -43,7 +45,7 @@ public enum SettingLevel {
      */
     public boolean overrides(SettingLevel other) {
         return Helper.nativeCompareLevels(
-                       levelName, Objects.requireNonNull(other, "other").levelName)
+                       levelName(), nameOf(Objects.requireNonNull(other, "other")))
                 > 0;
     }
 
@@ -53,28 +55,40 @@ public enum SettingLevel {
      * @return the name, such as "user"
      */
     public String levelName() {
-        return levelName;
+        String known = levelName;
+        if (known == null)
+            levelName = known = Helper.nameOf(this);
+        return known;
     }
 
     static SettingLevel ofName(String name) {
         for (SettingLevel level : LEVELS) {
-            if (level.levelName.equals(name))
+            if (level.levelName().equals(name))
                 return level;
         }
         throw new SettingLevelRuntimeException("the level \"" + name + "\" is not known");
     }
 
     static String nameOf(SettingLevel level) {
-        return Objects.requireNonNull(level, "level").levelName;
+        return Objects.requireNonNull(level, "level").levelName();
     }
 
     /** The native half of the levels. */
     static final class Helper {
         private Helper() {}
 
-        private static String name(Supplier<String> query) {
+        private static String nameOf(SettingLevel level) {
             NativeLibrary.load();
-            return query.get();
+            if (level == SESSION)
+                return nativeGetSessionLevel();
+            if (level == USER)
+                return nativeGetUserLevel();
+            return level == WORKGROUP ? nativeGetWorkgroupLevel() : nativeGetFactoryLevel();
+        }
+
+        private static String nameOfDefault() {
+            NativeLibrary.load();
+            return nativeGetDefaultLevel();
         }
 
         private static native String nativeGetSessionLevel();

@@ -310,6 +310,10 @@ public final class SettingPath implements AutoCloseable, Listenable {
         nativeReleasePtr(address);
     }
 
+    static void makeAndReleaseHandle() throws IOException, SettingException {
+        nativeReleasePtr(nativeLoadSettings(null));
+    }
+
     private static SettingPath open(long address, boolean ofProcess, String description) {
         if (address == 0)
             throw Unanswered.failure(description);

@@ -14,7 +14,7 @@ import java.util.concurrent.atomic.AtomicReference;
  * machine has begun to shut down: nothing is recorded or applied then.
  */
 public final class SettingTransaction implements AutoCloseable {
-    private enum State {
+    enum State {
         IDLE,
         IN_USE,
         /** Closed by somebody while in use; who uses it frees it. */

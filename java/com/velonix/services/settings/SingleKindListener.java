@@ -5,7 +5,7 @@ import java.util.function.Consumer;
 
 /** A listener that is an action for one kind of event. */
 final class SingleKindListener implements SettingListener {
-    private enum Kind { CHANGED, ADDED, REMOVED }
+    enum Kind { CHANGED, ADDED, REMOVED }
 
     private final Kind kind;
     private final Consumer<? super SettingChangeEvent> action;

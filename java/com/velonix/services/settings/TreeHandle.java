@@ -35,7 +35,7 @@ final class TreeHandle {
      */
     TreeHandle(long address, long target, boolean ofProcess, String description) {
         this.calls = new Calls(address);
-        this.closing = CLEANER.register(this, calls::close);
+        this.closing = CLEANER.register(this, calls);
         this.target = target;
         this.ofProcess = ofProcess;
         this.description = description;
@@ -113,7 +113,7 @@ final class TreeHandle {
      * Counts the calls that are under way. Each thread counts in a slot of its own as far as there
      * are slots, and slots lie in different cache lines, so that threads do not slow each other.
      */
-    private static final class Calls {
+    private static final class Calls implements Runnable {
         private static final int SLOTS = 16;
         private static final int SLOT_WIDTH = 16; // 128 bytes: two cache lines, fetched as a pair
         private static final int HELD_SLOT = 0;
@@ -146,7 +146,9 @@ final class TreeHandle {
                 releaseIfIdle();
         }
 
-        void close() {
+        /** Closes. */
+        @Override
+        public void run() {
             closed = true;
             releaseIfIdle();
         }

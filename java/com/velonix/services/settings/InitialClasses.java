@@ -1,0 +1,33 @@
+package com.velonix.services.settings;
+
+import com.velonix.util.types.UnsignedByte;
+import com.velonix.util.types.UnsignedInteger;
+import com.velonix.util.types.UnsignedLong;
+import com.velonix.util.types.UnsignedShort;
+import java.util.List;
+
+/**
+ * The classes with a static initialiser that opening, reading and changing a tree come to. They are
+ * initialised all at once when the libraries are loaded, which {@link NativeLibrary} says why.
+ */
+final class InitialClasses {
+    private InitialClasses() {}
+
+    static void initialise() throws Exception {
+        for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, ValueTypes.class,
+                     ValueKinds.class, Exchange.class, Answers.class, DeliveredEvent.class,
+                     ValidatorName.class, SettingValidator.class, SettingTransaction.State.class,
+                     SingleKindListener.Kind.class, UnsignedByte.class, UnsignedShort.class,
+                     UnsignedInteger.class, UnsignedLong.class)) {
+            initialise(type);
+        }
+        // Native code hands over the counters with the first handle, and only then can their table
+        // be initialised.
+        SettingPath.makeAndReleaseHandle();
+        initialise(ChangeCounts.Table.class);
+    }
+
+    private static void initialise(Class<?> type) throws ClassNotFoundException {
+        Class.forName(type.getName(), true, type.getClassLoader());
+    }
+}

@@ -1,0 +1,90 @@
+package com.velonix.services.settings;
+
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.velonix.util.types.UnsignedLong;
+import java.nio.file.Path;
+import java.util.Arrays;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+
+/** Whoever comes first may come with a stack that is nearly full; it must cost nobody else. */
+class FullStackTest {
+    private interface Use {
+        void run() throws Exception;
+    }
+
+    /** Tries its uses of the settings with every length of stack; then all of them must work. */
+    public static final class Child {
+        private static final long STACK = 512 << 10;
+
+        private SettingPath root;
+        private final Use[] uses = {
+                ()
+                        -> root = SettingPath.standalone(),
+                ()
+                        -> check(SettingLevel.USER, SettingLevel.defaultLevel()),
+                ()
+                        -> keep("number", 1, 2),
+                ()
+                        -> keep("text", "one", "two"),
+                ()
+                        -> keep("unsigned", new UnsignedLong(1), new UnsignedLong(2)),
+                () -> keep("texts", new String[] {"one"}, new String[] {"two", "three"}),
+        };
+
+        public static void main(String[] arguments) throws Exception {
+            // The machine's own classes have the same weakness; these here are for the tests.
+            System.out.println("starts " + arguments.length);
+            Child child = new Child();
+            Thread deep = new Thread(null, child::dive, "deep", STACK);
+            deep.start();
+            deep.join();
+            for (Use use : child.uses) use.run();
+            System.out.println("all works");
+        }
+
+        private void dive() {
+            try {
+                dive();
+            } catch (StackOverflowError bottom) {
+                // From here on upwards there is a little more stack at every step.
+            }
+            for (Use use : uses) {
+                try {
+                    use.run();
+                } catch (Exception | Error noRoom) {
+                    // What matters is what it leaves behind.
+                }
+            }
+        }
+
+        private <T> void keep(String name, T first, T second) throws SettingException {
+            SettingPath place = root.path();
+            Setting<T> key = place.setting(name, typeOf(first));
+            if (!key.exists())
+                place.addKey(name, first);
+            key.set(first);
+            check(first, key.get(SettingLevel.USER));
+            key.set(second);
+            check(second, key.get());
+            check(second, key.get());
+        }
+
+        @SuppressWarnings("unchecked")
+        private static <T> Class<T> typeOf(T value) {
+            return (Class<T>) value.getClass();
+        }
+
+        private static void check(Object expected, Object found) {
+            if (!Arrays.deepEquals(new Object[] {expected}, new Object[] {found}))
+                throw new AssertionError(expected + " expected, found " + found);
+        }
+    }
+
+    @Test
+    void firstUsesThatTheStackWasTooShortForSpoilNothing(@TempDir Path folder) throws Exception {
+        String text = ChildJvm.run(Child.class, folder);
+        assertTrue(text.startsWith("starts 0\nall works\n"), text);
+    }
+}
