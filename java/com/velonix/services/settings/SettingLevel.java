@@ -11,9 +11,12 @@ public enum SettingLevel {
     SESSION,
     /** The user's own; the level that is written when none is named. */
     USER,
-    /** What an administrator gives to a group of users; read-only. */
+    /**
+     * What an administrator gives to a group of users. Read-only in the settings of the process and
+     * of sessions; a tree that lives in memory can be changed at every level.
+     */
     WORKGROUP,
-    /** What the product was delivered with; read-only. */
+    /** What the product was delivered with. Read-only where {@link #WORKGROUP} is. */
     FACTORY;
 
     private static final SettingLevel[] LEVELS = values();
