@@ -98,33 +98,13 @@ class ScratchDirectory {
   std::string path_;
 };
 
-// The numbers in the stamp are those of the database that was.
-void takeRestored(const UserStoreFiles& files, UserStoreStamp& stamp) {
-  if (!exists(files.restored())) return;
-  stamp.clear();
-  putRestoredInPlace(files);
-}
-
-// A transaction during which nobody else commits to the database that is to be replaced; null when
-// it is too damaged to have one.
-std::unique_ptr<SqliteDatabase> keepWritersOut(const UserStoreFiles& files, int timeout) {
-  try {
-    auto database =
-        std::make_unique<SqliteDatabase>(files.database(), SQLITE_OPEN_READWRITE, timeout);
-    database->execute("BEGIN IMMEDIATE");
-    return database;
-  } catch (const SqliteError&) {
-    return nullptr;
-  }
-}
-
 }  // namespace
 
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
                                                const UserStoreOptions& options) {
   const UserStoreLock lock(files, options.busyTimeout);
   UserStoreStamp stamp(files.stamp());
-  takeRestored(files, stamp);
+  putRestoredInPlace(files, stamp);
   // Asked before the database, to which other processes may be adding.
   const std::int64_t noted = stamp.last();
   std::unique_ptr<UserDatabase> database;
@@ -132,12 +112,7 @@ std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files,
     database = openAndCheck(files, options);
   } catch (const SqliteError& error) {
     if (!error.isDamage()) throw;
-    {
-      // Who waits meanwhile finds the database replaced, and commits to the other one.
-      const auto writersAreOut = keepWritersOut(files, options.busyTimeout);
-      restoreUserStore(files, error.what(), noted);
-      takeRestored(files, stamp);
-    }
+    restoreUserStore(files, stamp, error.what(), options.busyTimeout);
     return openAndCheck(files, options);
   }
   const std::int64_t last = database->lastRevision();

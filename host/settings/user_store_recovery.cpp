@@ -155,6 +155,20 @@ void build(const std::string& file, const std::optional<std::string>& backup,
   if (chmod(file.c_str(), 0600) != 0) throw SqliteError(SQLITE_CANTOPEN, systemText(errno));
 }
 
+// A transaction during which nobody else commits to the database that is to be replaced; null when
+// it is too damaged to have one.
+std::unique_ptr<SqliteDatabase> keepWritersOut(const UserStoreFiles& files, int busyTimeout) {
+  try {
+    auto database =
+        std::make_unique<SqliteDatabase>(files.database(), SQLITE_OPEN_READWRITE, busyTimeout);
+    database->execute("BEGIN IMMEDIATE");
+    return database;
+  } catch (const SqliteError& error) {
+    if (!error.isDamage()) throw;
+    return nullptr;
+  }
+}
+
 std::string dateOf(const std::string& file) {
   struct stat status;
   struct tm local;
@@ -167,13 +181,16 @@ std::string dateOf(const std::string& file) {
 
 }  // namespace
 
-void restoreUserStore(const UserStoreFiles& files, const std::string& reason, std::int64_t noted) {
+void restoreUserStore(const UserStoreFiles& files, UserStoreStamp& stamp, const std::string& reason,
+                      int busyTimeout) {
+  // Who waits meanwhile finds the database replaced, and commits to the other one.
+  const auto writersAreOut = keepWritersOut(files, busyTimeout);
   // The damaged files stay where they are until another database is complete: whatever interrupts
   // this finds them again.
   CopyAside aside(files);
   aside.make(files);
 
-  const Salvage salvage(aside.name(), noted);
+  const Salvage salvage(aside.name(), stamp.last());
   std::optional<std::string> backup;
   if (!salvage.isComplete) backup = bestBackup(files);
   const std::string unfinished = files.database() + ".unfinished";
@@ -197,10 +214,13 @@ void restoreUserStore(const UserStoreFiles& files, const std::string& reason, st
   moveFile(unfinished, files.restored());
   aside.keep();
   files.flushDirectory();
+  putRestoredInPlace(files, stamp);
 }
 
-void putRestoredInPlace(const UserStoreFiles& files) {
-  // The log belongs to the damaged one.
+void putRestoredInPlace(const UserStoreFiles& files, UserStoreStamp& stamp) {
+  if (access(files.restored().c_str(), F_OK) != 0) return;
+  // These, and the log, belong to the damaged one.
+  stamp.clear();
   removeFile(files.wal());
   removeFile(files.sharedMemory());
   moveFile(files.restored(), files.database());

@@ -160,7 +160,7 @@ TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
     const auto store = std::make_shared<UserStore>(storeIn(directory.file("a/user"), 50));
     const TreePtr tree = Tree::makeStandalone();
     store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
-    const bool over = !hasFailed();
+    const bool over = !hasCome();
     failOn(0, 0);
     failed += !testing::internal::GetCapturedStderr().empty();
     testing::internal::CaptureStderr();
@@ -199,7 +199,7 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
       const auto store = std::make_shared<UserStore>(storeIn(directory.path(), 50));
       const TreePtr tree = Tree::makeStandalone();
       store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
-      const bool over = !hasFailed();
+      const bool over = !hasCome();
       failOn(0, 0);
       // If not at once, then when nothing fails any more.
       EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\nk = int 1\n");
@@ -241,28 +241,66 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
 }
 
-TEST(RestoringTest, AChangeIsKeptDuringWhichAnotherProcessRestoresTheStore) {
-  for (int n = 1;; ++n) {
-    const TemporaryDirectory directory;
-    const UserStoreOptions options = storeIn(directory.path());
-    UserStore store(options);
-    store.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
-                  kUser);
-    store.apply({DefineEntry{"k", true, 0, {}}});
-    const std::function<void()> restore = [&] {
-      const UserStoreFiles files(options.directory, options.context);
+// A process changes a key while another one restores the store: the one comes at the n-th call of
+// the system that the other makes, for every n.
+class ChangeAndRestoration {
+ public:
+  ChangeAndRestoration() : store_(options_) {
+    store_.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
+                   kUser);
+    store_.apply({DefineEntry{"k", true, 0, {}}});
+  }
+
+  void change() {
+    try {
+      store_.apply({PutValue{"k", 1}});
+      acknowledged_ = "k = int 1\n";
+    } catch (const Failure<KORVEN::settings::core::StoreFailure>&) {
+    }
+  }
+  void restore() {
+    try {
+      const UserStoreFiles files(options_.directory, options_.context);
       const UserStoreLock lock(files, 0);
-      restoreUserStore(files, "it was found so", 0);
-    };
+      UserStoreStamp stamp(files.stamp());
+      restoreUserStore(files, stamp, "it was found so", 0);
+    } catch (const SqliteError&) {
+    }
+  }
+
+  // False when the first made fewer calls.
+  using Step = void (ChangeAndRestoration::*)();
+  bool interrupt(int n, Step first, Step second) {
+    const std::function<void()> interruption = [&] { (this->*second)(); };
     testing::internal::CaptureStderr();
-    interruptOn(n, restore);
-    store.apply({PutValue{"k", 1}});
-    const bool over = !hasCome();
+    interruptOn(n, interruption);
+    (this->*first)();
+    const bool hasBeen = hasCome();
     failOn(0, 0);
-    const std::string found = contentsOf(openTree(options));
+    const std::string found = contentsOf(openTree(options_));
     testing::internal::GetCapturedStderr();
-    ASSERT_EQ(found, "k key\nk = int 1\n") << "call " << n;
-    if (over) break;
+    EXPECT_EQ(found, "k key\n" + acknowledged_) << "call " << n;
+    return hasBeen;
+  }
+
+ private:
+  const TemporaryDirectory directory_;
+  const UserStoreOptions options_ = storeIn(directory_.path(), 0);
+  UserStore store_;
+  std::string acknowledged_;
+};
+
+TEST(Restoring, KeepsAChangeThatIsBeingMade) {
+  for (int n = 1;; ++n) {
+    ChangeAndRestoration both;
+    if (!both.interrupt(n, &ChangeAndRestoration::change, &ChangeAndRestoration::restore)) break;
+  }
+}
+
+TEST(Restoring, KeepsAChangeThatIsMadeMeanwhile) {
+  for (int n = 1;; ++n) {
+    ChangeAndRestoration both;
+    if (!both.interrupt(n, &ChangeAndRestoration::restore, &ChangeAndRestoration::change)) break;
   }
 }
 
