@@ -3,7 +3,9 @@
 // process has died. Likewise another process that restores the store, at every such call.
 #include <signal.h>
 
+#include <atomic>
 #include <cerrno>
+#include <thread>
 
 #include "host/settings/user_store_recovery.h"
 #include "tests/durability/failing_system.h"
@@ -241,21 +243,22 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
 }
 
-// A process changes a key while another one restores the store: the one comes at the n-th call of
-// the system that the other makes, for every n.
-class ChangeAndRestoration {
- public:
-  ChangeAndRestoration() : store_(options_) {
+// One process changes a key while another one restores the store.
+class RestoringTest : public testing::Test {
+ protected:
+  RestoringTest() : store_(options_) {
     store_.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
                    kUser);
     store_.apply({DefineEntry{"k", true, 0, {}}});
+    testing::internal::CaptureStderr();
   }
+  ~RestoringTest() override { testing::internal::GetCapturedStderr(); }
 
-  void change() {
+  void change(int value) {
     try {
-      store_.apply({PutValue{"k", 1}});
-      acknowledged_ = "k = int 1\n";
-    } catch (const Failure<KORVEN::settings::core::StoreFailure>&) {
+      store_.apply({PutValue{"k", value}});
+      acknowledged_ = "k = int " + std::to_string(value) + "\n";
+    } catch (const Failure<StoreFailure>&) {
     }
   }
   void restore() {
@@ -263,45 +266,43 @@ class ChangeAndRestoration {
       const UserStoreFiles files(options_.directory, options_.context);
       const UserStoreLock lock(files, 0);
       UserStoreStamp stamp(files.stamp());
-      restoreUserStore(files, stamp, "it was found so", 0);
+      restoreUserStore(files, stamp, "it was found so", options_.busyTimeout);
     } catch (const SqliteError&) {
     }
   }
-
-  // False when the first made fewer calls.
-  using Step = void (ChangeAndRestoration::*)();
-  bool interrupt(int n, Step first, Step second) {
-    const std::function<void()> interruption = [&] { (this->*second)(); };
-    testing::internal::CaptureStderr();
-    interruptOn(n, interruption);
-    (this->*first)();
-    const bool hasBeen = hasCome();
-    failOn(0, 0);
-    const std::string found = contentsOf(openTree(options_));
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(found, "k key\n" + acknowledged_) << "call " << n;
-    return hasBeen;
+  void expectWhatIsAcknowledged() const {
+    EXPECT_EQ(contentsOf(openTree(options_)), "k key\n" + acknowledged_);
   }
 
  private:
   const TemporaryDirectory directory_;
-  const UserStoreOptions options_ = storeIn(directory_.path(), 0);
+  const UserStoreOptions options_ = storeIn(directory_.path(), 50);
   UserStore store_;
   std::string acknowledged_;
 };
 
-TEST(Restoring, KeepsAChangeThatIsBeingMade) {
+TEST_F(RestoringTest, KeepsAChangeThatItComesBetween) {
+  const std::function<void()> interruption = [this] { restore(); };
   for (int n = 1;; ++n) {
-    ChangeAndRestoration both;
-    if (!both.interrupt(n, &ChangeAndRestoration::change, &ChangeAndRestoration::restore)) break;
+    SCOPED_TRACE(n);
+    interruptOn(n, interruption);
+    change(n);
+    const bool over = !hasCome();
+    failOn(0, 0);
+    expectWhatIsAcknowledged();
+    if (over) break;
   }
 }
 
-TEST(Restoring, KeepsAChangeThatIsMadeMeanwhile) {
-  for (int n = 1;; ++n) {
-    ChangeAndRestoration both;
-    if (!both.interrupt(n, &ChangeAndRestoration::restore, &ChangeAndRestoration::change)) break;
-  }
+TEST_F(RestoringTest, KeepsWhatIsChangedMeanwhile) {
+  std::atomic<bool> over{false};
+  std::thread changing([&] {
+    for (int value = 1; !over; ++value) change(value);
+  });
+  for (int times = 0; times < 20; ++times) restore();
+  over = true;
+  changing.join();
+  expectWhatIsAcknowledged();
 }
 
 INSTANTIATE_TEST_SUITE_P(
