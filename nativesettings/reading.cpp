@@ -45,7 +45,7 @@ jobjectArray namesOf(JNIEnv* env, std::vector<SettingsPtr>::const_iterator first
 
 SettingsPtr getChildFromJava(JNIEnv* env, const SettingsPtr& parent, jstring name, bool wantKey) {
   const std::string childName = zljGetStdString(env, name);
-  const SettingsPtr child = parent->getChild(childName);
+  SettingsPtr child = parent->getChild(childName);
   if (child && wantKey && !child->isKey()) {
     throw Failure<NotAKeyName>(parent->getName(), childName);
   }
