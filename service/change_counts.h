@@ -10,7 +10,8 @@
 // The service adds to both counters of a key whenever the key's value changes at any level, and
 // when the key leaves the tree, by itself or with a node above it: not before a reader finds the
 // change, and before the call that made it returns or an event tells of it. Each value that is read
-// later belongs to the new count.
+// later belongs to the new count. Additions are not counted, so what leaves is before anything can
+// be added in its place.
 //
 // The counters are one table for all trees and stay where they are until the process ends, so a
 // reader may look at any time, whatever has become of the tree. Any thread.

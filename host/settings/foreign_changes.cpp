@@ -54,8 +54,7 @@ class Application {
       if (entry->isDefinedAt(level) && entry->tree().isReadOnly(level)) return;
     }
     Node& parent = *entry->parent();
-    removed_.push_back({boost::static_pointer_cast<Node>(parent.shared_from_this()),
-                        EntryPtr(),
+    removed_.push_back({boost::static_pointer_cast<Node>(parent.shared_from_this()), EntryPtr(),
                         audienceOfRemoval(*entry)});
     Removal& removal = removed_.back();
     removal.entry = parent.takeChild(entry->name());

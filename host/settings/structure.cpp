@@ -117,8 +117,8 @@ void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const 
     }
   }
   // Made before the lock is taken: what there is of a copy that fails half-way dies after it.
-  const auto copy = boost::make_shared<Node>(parent.treePtr(), name, from->canHaveListeners(),
-                                             from->validator());
+  const auto copy =
+      boost::make_shared<Node>(parent.treePtr(), name, from->canHaveListeners(), from->validator());
   {
     ReadLock lock(from->tree().lock());
     copyChildren(static_cast<const Node&>(*from), *copy);

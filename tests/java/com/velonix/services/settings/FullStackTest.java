@@ -34,8 +34,9 @@ class FullStackTest {
         };
 
         public static void main(String[] arguments) throws Exception {
-            // The machine's own classes have the same weakness; these here are for the tests.
-            System.out.println("starts " + arguments.length);
+            // The machine's own classes have the same weakness: what it needs to load from this jar
+            // and to make a message is not for the deep thread to initialise.
+            System.out.println("starts with " + new SettingInfo(arguments.length));
             Child child = new Child();
             Thread deep = new Thread(null, child::dive, "deep", STACK);
             deep.start();
@@ -85,6 +86,6 @@ class FullStackTest {
     @Test
     void firstUsesThatTheStackWasTooShortForSpoilNothing(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(Child.class, folder);
-        assertTrue(text.startsWith("starts 0\nall works\n"), text);
+        assertTrue(text.startsWith("starts with 0\nall works\n"), text);
     }
 }
