@@ -1,172 +1,19 @@
-// The user store on its own: what it keeps, exactly; how it says what it cannot do; and two trees
-// on one store, as two processes have them.
+// How the user store says what it cannot do, and two trees on one store, as two processes have
+// them.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
 #include <atomic>
-#include <boost/variant/get.hpp>
-#include <chrono>
-#include <limits>
-#include <thread>
 
 #include "host/settings/foreign_changes.h"
-#include "host/settings/sqlite_value.h"
-#include "host/settings/stored_value.h"
-#include "tests/support/temporary_directory.h"
-#include "tests/support/user_tree.h"
-#include "values/value_kinds.h"
+#include "tests/support/user_store_fixture.h"
 
 namespace test {
 namespace {
 
 using namespace KORVEN::settings::core;
 using namespace zlutil::settings::host;
-using zlutil::boostany::kindOfType;
-
-template <class Type>
-void addLimits(std::vector<boost::any>& values) {
-  using Limits = std::numeric_limits<Type>;
-  std::vector<Type> all = {Type(), Limits::lowest(), Limits::max()};
-  if constexpr (std::is_floating_point_v<Type>) {
-    for (const Type value :
-         {-Type(), Limits::min(), Limits::denorm_min(), Limits::infinity(), -Limits::infinity(),
-          Limits::quiet_NaN(), -Limits::quiet_NaN(), static_cast<Type>(0.1)}) {
-      all.push_back(value);
-    }
-  }
-  for (const Type value : all) values.push_back(value);
-  values.push_back(all);
-  values.push_back(std::vector<Type>());
-}
-
-std::vector<boost::any> valuesOfEveryKind() {
-  std::vector<boost::any> values;
-  zlutil::boostany::forEachKind([&](auto tag) {
-    using Type = typename decltype(tag)::type;
-    if constexpr (std::is_arithmetic_v<Type>) addLimits<Type>(values);
-  });
-  // The last four: U+0000, a lone surrogate, a pair of them in the narrow form, no text at all.
-  const std::vector<std::string> strings = {
-      "",         "plain",          "a\"b\\c\n\t\x01",          "\xC3\xA9", "{\"bytes\":\"00\"}",
-      "\xC0\x80", "x\xED\xA0\x80y", "\xED\xA0\xBD\xED\xB8\x80", "\xFF\xFE"};
-  for (const std::string& string : strings) values.push_back(string);
-  values.push_back(strings);
-  values.push_back(std::vector<std::string>());
-  return values;
-}
-
-class UserStoreTest : public testing::Test {
- protected:
-  NodePtr open() { return openTree(storeIn(directory.path())); }
-  std::unique_ptr<SqliteDatabase> shell() {
-    return std::make_unique<SqliteDatabase>(database(), SQLITE_OPEN_READWRITE, 1000);
-  }
-  std::string database() { return directory.file("settings-1.db"); }
-
-  // Waits until `holds`, for as long as the poll of the other tree may take and more.
-  template <class Condition>
-  static bool eventually(const Condition& holds) {
-    for (int wait = 0; wait < 5000 && !holds(); ++wait) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return holds();
-  }
-  static bool canEventuallySetK(const NodePtr& root) {
-    return eventually([&] {
-      try {
-        root->setAny("k", 1, "user");
-        return true;
-      } catch (const Failure<StoreFailure>&) {
-        return false;
-      }
-    });
-  }
-
-  const TemporaryDirectory directory;
-};
-
-TEST_F(UserStoreTest, EveryValueOfEveryKindComesBackExactly) {
-  const std::vector<boost::any> values = valuesOfEveryKind();
-  {
-    const NodePtr root = open();
-    for (std::size_t at = 0; at < values.size(); ++at) {
-      const std::string name = "k" + std::to_string(at);
-      addKey(root, name);
-      root->setAny(name, values[at], "user");
-    }
-  }
-  const NodePtr root = open();
-  for (std::size_t at = 0; at < values.size(); ++at) {
-    EXPECT_TRUE(sameValue(root->getValue("k" + std::to_string(at), "user"), values[at])) << at;
-  }
-}
-
-TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
-  const std::pair<std::string, std::string> cases[] = {{"int", "x"},
-                                                       {"int", ""},
-                                                       {"byte", "128"},
-                                                       {"boolean", "1"},
-                                                       {"int[]", "[1,]"},
-                                                       {"int[]", "[1"},
-                                                       {"int[]", "1"},
-                                                       {"int[]", "[1]x"},
-                                                       {"string[]", "[\"a]"},
-                                                       {"string[]", "[\"\\u00e9\"]"},
-                                                       {"string[]", "[{\"bytes\":\"0\"}]"},
-                                                       {"int[]", "[{\"bytes\":\"31\"}]"},
-                                                       {"double", "NaN:0"},
-                                                       {"double", "NaN:zz"},
-                                                       {"string", "\xFF"},
-                                                       {"string", std::string("a\0", 2)},
-                                                       {"string[]", "[\"\\x\"]"}};
-  for (const auto& [kind, text] : cases) {
-    EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), text, false).empty())
-        << kind << ' ' << text;
-  }
-  // Bytes that are no UTF-8 can be a string, or an element that is one, and nothing else.
-  for (const char* kind : {"int", "boolean", "int[]", "string[]"}) {
-    EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), "1", true).empty()) << kind;
-  }
-}
-
-TEST_F(UserStoreTest, DefinitionsKeepKindAndValidator) {
-  const std::string odd = "x\xED\xA0\x80y";
-  {
-    const NodePtr root = open();
-    addKey(root, "java", zlutil::settings::JValidator("class", odd));
-    addNode(root, "script", zlutil::settings::ZValidator("text"));
-    addKey(root, "typed");
-    root->setAny("typed", 1, "user");
-    root->unset("typed", "user");
-  }
-  const NodePtr root = open();
-  const auto choice = [&](const char* name) {
-    return choiceOf(boost::static_pointer_cast<Entry>(root->getChild(name))->validator());
-  };
-  EXPECT_EQ(boost::get<zlutil::settings::JValidator>(choice("java")).second(), odd);
-  EXPECT_EQ(boost::get<zlutil::settings::ZValidator>(choice("script")).text(), "text");
-  EXPECT_EQ(root->getKeyType("typed"), kindOfType(typeid(int)));
-}
-
-TEST_F(UserStoreTest, TheDatabaseReadsWellInItsShell) {
-  const NodePtr root = open();
-  const SettingsPtr node = addNode(root, "editor");
-  addKey(node, "title");
-  addKey(node, "stops");
-  node->setAny("title", std::string("caf\xC3\xA9 \xED\xA0\xBD\xED\xB8\x80"), "user");
-  node->setAny("stops", std::vector<int>{2, 4}, "user");
-  EXPECT_EQ(shell()->text("SELECT value FROM settings WHERE path = 'editor.title'"),
-            "caf\xC3\xA9 \xF0\x9F\x98\x80");
-  EXPECT_EQ(shell()->number("SELECT json_extract(value, '$[1]') FROM settings"
-                            " WHERE path = 'editor.stops'"),
-            4);
-  root->removeNode("editor");
-  EXPECT_EQ(shell()->number("SELECT (SELECT count(*) FROM settings) +"
-                            " (SELECT count(*) FROM definitions)"),
-            0);
-  EXPECT_EQ(shell()->text("PRAGMA journal_mode"), "wal");
-}
 
 TEST_F(UserStoreTest, WhatIsMadeBelongsToTheUserAlone) {
   const NodePtr root = openTree(storeIn(directory.file("a/b")));
