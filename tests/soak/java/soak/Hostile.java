@@ -21,6 +21,7 @@ import java.util.Date;
 import java.util.List;
 import java.util.Optional;
 import java.util.Random;
+import java.util.concurrent.atomic.AtomicInteger;
 import java.util.function.Consumer;
 
 /**
@@ -178,10 +179,26 @@ final class Hostile {
         }
     }
 
-    /** Sets what it hears of, which calls it again, without end. */
-    private record Meddling(SettingPath root, int number) implements SettingListener {
+    /**
+     * Sets what it hears of, which calls it again, until the stack is full. Only so often: two of
+     * them that hear of each other would double with every call that fits on the stack.
+     */
+    private static final class Meddling implements SettingListener {
+        private static final int CALLS = 1000;
+
+        private final SettingPath root;
+        private final int number;
+        private final AtomicInteger calls = new AtomicInteger();
+
+        Meddling(SettingPath root, int number) {
+            this.root = root;
+            this.number = number;
+        }
+
         @Override
         public void settingChanged(SettingChangeEvent event) {
+            if (calls.incrementAndGet() > CALLS)
+                return;
             try {
                 root.path(event.path().toArray(new String[0]))
                         .setting(event.name(), Object.class)
