@@ -7,6 +7,8 @@ cd "$(dirname "$0")/.."
 preset=$1
 log=build/$preset.log
 mkdir -p build
+# The results of the compiler serve every clone of the project: paths count from its root.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 echo "== $preset: building (log in $log)"
 if ! { cmake --preset "$preset" && cmake --build "build/$preset" "${@:2}"; } >"$log" 2>&1; then
   tail -n 60 "$log"
