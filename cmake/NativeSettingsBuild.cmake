@@ -21,3 +21,15 @@ if(NATIVESETTINGS_SANITIZE)
 else()
   target_link_options(build_settings INTERFACE -Wl,--no-undefined)
 endif()
+
+# Hardening: tables that are read-only after loading, and checks of the stack, of its pages and of where
+# calls and returns go. The checks of buffers in the C library need an optimising compiler, and would
+# hide from a sanitizer what it looks for.
+target_compile_options(build_settings INTERFACE
+  -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+target_link_options(build_settings INTERFACE -Wl,-z,relro,-z,now)
+string(TOUPPER "${CMAKE_BUILD_TYPE}" build_type)
+if(NOT NATIVESETTINGS_SANITIZE
+   AND "${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${build_type}}" MATCHES "-O[1-3s]")
+  target_compile_options(build_settings INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+endif()
