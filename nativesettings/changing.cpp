@@ -1,5 +1,7 @@
 #include "nativesettings/changing.h"
 
+#include <stdexcept>
+
 #include "bridge/java_layer.h"
 #include "nativesettings/frame.h"
 #include "nativesettings/paths.h"
@@ -9,12 +11,11 @@
 #include "service/identifier.h"
 #include "service/settings.h"
 #include "service/z_settings.h"
-#include "values/exchange.h"
+#include "values/class_records.h"
 #include "values/java_values.h"
 
 namespace nativesettings {
 
-using zlutil::boostany::SettingValueVariant;
 using zlutil::settings::JValidator;
 using zlutil::settings::Settings;
 using zlutil::settings::ValidatorChoice;
@@ -23,7 +24,41 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-constexpr const char* kAttemptingToSet = "Attempting to set";
+// The content of a SettingInfo.
+struct GivenValue {
+  jobject value;
+  jclass cls;
+};
+
+// Calls a getter of SettingInfo. The identifier is looked up on that class itself, so that the
+// cached one is right for objects of every subclass.
+jobject callInfoGetter(JNIEnv* env, jobject settingInfo, std::atomic<jmethodID>& slot,
+                       const char* name, const char* signature) {
+  jmethodID id =
+      jzi::safeGetMethodID(env, globalConsInfos, settingInfoObjCons, slot, name, signature, false);
+  if (!id) throw std::runtime_error(std::string("java method not found: ") + name);
+  return env->CallObjectMethod(settingInfo, id);
+}
+
+// Reads a SettingInfo. Returns nothing when its getValue() threw: the exception is described and
+// cleared, and the caller returns as if it had done its work. This is deliberate.
+boost::optional<GivenValue> readInfo(JNIEnv* env, jobject settingInfo) {
+  if (!settingInfo) throw std::invalid_argument("null value");
+  GivenValue given{};
+  given.value =
+      callInfoGetter(env, settingInfo, settingInfo_getValueID, "getValue", "()Ljava/lang/Object;");
+  if (env->ExceptionCheck()) {
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    return boost::none;
+  }
+  given.cls = given.value
+                  ? env->GetObjectClass(given.value)
+                  : static_cast<jclass>(callInfoGetter(env, settingInfo, settingInfo_getTypeID,
+                                                       "getType", "()Ljava/lang/Class;"));
+  if (env->ExceptionCheck()) throw std::runtime_error("getType() of the value threw");
+  return given;
+}
 
 void recordChange(SettingContext& context, const Settings& node, const std::string& key,
                   boost::any value) {
@@ -31,77 +66,68 @@ void recordChange(SettingContext& context, const Settings& node, const std::stri
   if (child) context.record(child->getPath(), std::move(value));
 }
 
-// Inserts a new entry under the place that handle and path name; false, with an exception pending,
-// when that fails.
-bool addEntry(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jstring validatorFirst,
-              jstring validatorSecond, bool isKey) {
-  return guarded(
-      env, false,
-      [&] {
-        const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
-        if (!parent) {
-          throwNotFound(env, path, nullptr);
-          return false;
-        }
-        ValidatorChoice validator;
-        if (validatorFirst && validatorSecond) {
-          validator = JValidator(zljGetStdString(env, validatorFirst),
-                                 zljGetStdString(env, validatorSecond));
-        }
-        ZSettings::createSettingsNode(zljGetStdString(env, name), isKey, true, validator)
-            ->attachTo(parent);
-        return true;
-      },
-      Failed(env, path, name, false));
-}
-
-// Sets or, with a context, records the value, within somebody's guard.
+// Sets or, with a context, records the value. The caller has opened the guard.
 void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstring key,
               jobject settingInfo, jstring level) {
-  translating(Failed(env, path, key, false, kAttemptingToSet), [&] {
-    const GivenArguments given(env, path, key, level, settingInfo);
-    const SettingsPtr node = getEntry(handle, given.path, false);
+  translating(Failed(env, path, key, false, "Attempting to set"), [&] {
+    const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, key);
-    boost::optional<SettingValueVariant> value;
-    switch (getValueFromInfo(env, settingInfo, given.rest, value)) {
-      case InfoOutcome::kGetValueThrew:
-        // Described, cleared, and as good as done: deliberate.
-        env->ExceptionDescribe();
-        return env->ExceptionClear();
-      case InfoOutcome::kFailed:
-        return throwJavaExceptionHelper(env, runtimeException, kAttemptingToSet);
-      case InfoOutcome::kRead:
-        break;
-    }
+    const boost::optional<GivenValue> given = readInfo(env, settingInfo);
+    if (!given) return;
+    const std::string keyName = zljGetStdString(env, key);
+    const std::string levelName = zljGetStdString(env, level);
+    const auto value = getValueFromJava(env, given->value, given->cls);
     if (!value) {
       return throwJavaExceptionHelper(env, settingUnsupportedTypeRuntimeException,
                                       "Unsupported type");
     }
-    boost::any any = zlutil::boostany::convertVariantToAny(std::move(*value));
+    boost::any any = zlutil::boostany::convertVariantToAny(*value);
     if (context == 0) {
-      node->setAny(given.key, any, given.level);
+      node->setAny(keyName, any, levelName);
     } else {
-      recordChange(*reinterpret_cast<SettingContext*>(context), *node, given.key, std::move(any));
+      recordChange(*reinterpret_cast<SettingContext*>(context), *node, keyName, std::move(any));
     }
   });
 }
 
 }  // namespace
 
+void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jobject settingInfo,
+                   jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey) {
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return;
+  bool added = false;
+  translating(Failed(env, path, name, false), [&] {
+    const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
+    if (!parent) return throwNotFound(env, path, nullptr);
+    const std::string entryName = zljGetStdString(env, name);
+    ValidatorChoice validator;
+    if (validatorFirst && validatorSecond) {
+      const std::string second = zljGetStdString(env, validatorSecond);
+      validator = JValidator(zljGetStdString(env, validatorFirst), second);
+    }
+    ZSettings::createSettingsNode(entryName, isKey, true, validator)->attachTo(parent);
+    added = true;
+  });
+  // Within the same guard: a key must not come without its value because the JVM goes down between
+  // the two steps.
+  if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
+}
+
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,
                jobject settingInfo, jstring level) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (guard.JVMRunning()) setValue(env, context, handle, path, key, settingInfo, level);
+  const NativeFrame frame(env);
+  if (frame.isOpen()) setValue(env, context, handle, path, key, settingInfo, level);
 }
 
 void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key, jstring level) {
   guardedVoid(
       env,
       [&] {
-        const GivenArguments given(env, path, key, level);
-        const SettingsPtr node = getEntry(handle, given.path, false);
+        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
         if (!node) return throwNotFound(env, path, key);
-        node->unset(given.key, given.level);
+        const std::string keyName = zljGetStdString(env, key);
+        node->unset(keyName, zljGetStdString(env, level));
       },
       Failed(env, path, key, false, "Attempting to unset"));
 }
@@ -109,16 +135,12 @@ void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring k
 void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
                   jobject settingInfo, jstring level, jstring validatorFirst,
                   jstring validatorSecond) {
-  // Open to the end; but it is the guard within the first half that decides, and for both halves: a
-  // key must not come without its value because the JVM goes down between them.
-  const jzi::NativeShutdownGuard guard(env);
-  if (!addEntry(env, handle, path, name, validatorFirst, validatorSecond, true)) return;
-  setValue(env, 0, handle, path, name, settingInfo, level);
+  addNodeHelper(env, handle, path, name, settingInfo, level, validatorFirst, validatorSecond, true);
 }
 
 void nativeAddNode(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
                    jstring validatorFirst, jstring validatorSecond) {
-  addEntry(env, handle, path, name, validatorFirst, validatorSecond, false);
+  addNodeHelper(env, handle, path, name, nullptr, nullptr, validatorFirst, validatorSecond, false);
 }
 
 void nativeDelete(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name) {
@@ -127,11 +149,11 @@ void nativeDelete(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring 
       [&] {
         const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
         if (!parent) return throwNotFound(env, path, nullptr);
-        const SettingsPtr child = getChildFromJava(env, parent, name, false);
-        if (child->isKey()) {
-          parent->removeKey(child->getName());
+        const std::string childName = zljGetStdString(env, name);
+        if (getChildFromJava(env, parent, name, false)->isKey()) {
+          parent->removeKey(childName);
         } else {
-          parent->removeNode(child->getName());
+          parent->removeNode(childName);
         }
       },
       Failed(env, path, name, false));
@@ -144,8 +166,9 @@ void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firs
       [&] {
         const SettingsPtr first = getNodeFromJava(env, firstHandle, firstPath, false);
         const SettingsPtr second = getNodeFromJava(env, secondHandle, secondPath, false);
+        const std::string newName = zljGetStdString(env, name);
         if (!first) return throwNotFound(env, firstPath, nullptr);
-        first->copySubtree(second, zljGetStdString(env, name));
+        first->copySubtree(second, newName);
       },
       Failed(env, firstPath, nullptr, false));
 }

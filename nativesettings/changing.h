@@ -7,6 +7,10 @@
 
 namespace nativesettings {
 
+// Adds a key with its first value, or (`isKey` false) a node; nativeAddKey and nativeAddNode say how.
+void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jobject settingInfo,
+                   jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey);
+
 // Sets the key's value at the level, or records the change in the (borrowed) transaction context
 // when it is not 0; the level then has no effect, and a key that does not exist is not recorded. A
 // SettingInfo whose getValue() throws leaves everything unchanged and raises nothing.

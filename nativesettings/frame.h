@@ -11,12 +11,33 @@
 
 namespace nativesettings {
 
-// Runs `body()`; a C++ exception becomes a Java exception as `failed` says. The result is that of
+// The shutdown guard of one native call. A call that finds it closed does nothing and returns its
+// default value; wasRefused() tells afterwards.
+class NativeFrame {
+ public:
+  explicit NativeFrame(JNIEnv* env) : guard_(env) {}
+  ~NativeFrame() { lastWasRefused_ = !isOpen(); }
+  NativeFrame(const NativeFrame&) = delete;
+  NativeFrame& operator=(const NativeFrame&) = delete;
+
+  // False while the JVM is going down.
+  bool isOpen() const { return guard_.JVMRunning(); }
+
+  // Whether the last native call that ended on the calling thread was refused because the JVM was
+  // going down. Calls that a listener or a validator made meanwhile have ended before it.
+  static bool wasRefused() { return lastWasRefused_; }
+
+ private:
+  static thread_local bool lastWasRefused_;
+  const jzi::NativeShutdownGuard guard_;
+};
+
+// Runs `body()`; a C++ exception becomes a Java exception as `failed` says. Returns the result of
 // the body, or `failure` when it threw or when the JVM is going down.
 template <class Result, class Body>
 Result guarded(JNIEnv* env, Result failure, Body&& body, const Failed& failed) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (!guard.JVMRunning()) return failure;
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return failure;
   Result result = failure;
   translating(failed, [&] { result = body(); });
   return result;
@@ -25,8 +46,8 @@ Result guarded(JNIEnv* env, Result failure, Body&& body, const Failed& failed) {
 // The same for a method without a result.
 template <class Body>
 void guardedVoid(JNIEnv* env, Body&& body, const Failed& failed) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (guard.JVMRunning()) translating(failed, std::forward<Body>(body));
+  const NativeFrame frame(env);
+  if (frame.isOpen()) translating(failed, std::forward<Body>(body));
 }
 
 }  // namespace nativesettings

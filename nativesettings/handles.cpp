@@ -2,7 +2,6 @@
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
-#include "nativesettings/change_counts.h"
 #include "nativesettings/frame.h"
 #include "nativesettings/records.h"
 #include "nativesettings/zvm_context.h"
@@ -41,9 +40,8 @@ jlong nativeGetPtrTarget(JNIEnv*, jclass, jlong handle) {
 void nativeReleasePtr(JNIEnv*, jclass, jlong handle) { delete reinterpret_cast<Holder*>(handle); }
 
 jlong nativeGetZvmRoot(JNIEnv* env, jclass, jlong zvmHandle) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (!guard.JVMRunning()) return 0;
-  shareChangeCounts(env);
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return 0;
   const Holder root = Settings::getSettingsRoot(nativezvm::getZcrForHandle(zvmHandle));
   if (root) return newHandle(root);
   throwJavaExceptionHelper(env, runtimeException, "cannot find root");
@@ -54,7 +52,6 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
   return guarded(
       env, jlong{0},
       [&]() -> jlong {
-        shareChangeCounts(env);
         const base::ustring path =
             fileName ? zljGetUstring(env, fileName) : base::to_ustring(kStandaloneRootName);
         if (const Holder root = loadRoot(fileName ? &path : nullptr)) return newHandle(root);
@@ -67,8 +64,8 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
 }
 
 jstring nativeGetFactoryDir(JNIEnv* env, jclass, jlong handle) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (!guard.JVMRunning()) return nullptr;
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return nullptr;
   return jzi::ToJava::javaString(env,
                                  ZSettings::getFactoryDir(getRootFromJava(handle)->getZcrID()));
 }

@@ -24,13 +24,13 @@ constexpr const char* kValidateSignature =
     "(Ljava/lang/String;Ljava/lang/String;J[Ljava/lang/String;Ljava/lang/String;Ljava/lang/Object;)"
     "Ljava/lang/String;";
 
-// The class that runs validators, borrowed. One that is missing altogether means that this
-// validator cannot be run.
-jclass findValidator(JNIEnv* env, const std::string& first, const std::string& second) {
+// Returns the method that runs validators; null when Java has no such class or method.
+jmethodID findValidate(JNIEnv* env) {
   try {
-    return jzi::safeFindClass(env, globalConsInfos, settingValidatorCons);
-  } catch (const std::runtime_error& e) {
-    throw Failure<FailedToRunJavaValidator>(first, second, std::string(e.what()));
+    return jzi::safeGetMethodID(env, globalConsInfos, settingValidatorCons,
+                                settingValidator_validateID, "validate", kValidateSignature, true);
+  } catch (const std::runtime_error&) {
+    return nullptr;
   }
 }
 
@@ -50,22 +50,22 @@ void javaValidator(const std::string& first, const std::string& second,
   const JavaCallback callback;
   JNIEnv* env = callback.env();
   if (!env) throw Failure<JVMNotReadyForProcessingJavaFunction>();
-  // What an earlier call left pending is not the validator's failure.
+  // A Java exception that an earlier call left pending is not the validator's failure.
   env->ExceptionClear();
-  // With this reference the class, and all that was resolved on it, stays until the call is over.
-  jobject cls = env->NewLocalRef(findValidator(env, first, second));
-  if (!cls) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   jstring key = javaString(env, keyName);
   jobject object = key ? getJavaValueFromKey(env, value) : nullptr;
-  refuseWhenPending(env, first, second);
-  jmethodID validate =
-      jzi::safeGetMethodID(env, globalConsInfos, settingValidatorCons, settingValidator_validateID,
-                           "validate", kValidateSignature, true);
+  env->ExceptionClear();
+  jmethodID validate = findValidate(env);
   jobjectArray path = validate ? getSettingPathAsJArray(env, node) : nullptr;
+  // A value or key that Java has no memory for reaches the validator as null, which refuses it.
   env->ExceptionClear();
   // Deliberate: where Java has nobody to ask, the value counts as valid.
   if (!validate || !path) return;
   const auto context = static_cast<jlong>(node->getZcrID().value());
+  // With this reference the class, and all that was resolved on it, stays until the call is over.
+  jobject cls =
+      env->NewLocalRef(jzi::safeFindClass(env, globalConsInfos, settingValidatorCons));
+  if (!cls) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   jstring secondText = javaString(env, second);
   jstring firstText = secondText ? javaString(env, first) : nullptr;
   refuseWhenPending(env, first, second);

@@ -1,10 +1,12 @@
 #include "nativesettings/levels.h"
 
 #include <algorithm>
+#include <optional>
 #include <cstdlib>
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
+#include "nativesettings/failures.h"
 #include "nativesettings/records.h"
 #include "service/console.h"
 
@@ -14,10 +16,17 @@ namespace {
 constexpr const char* kFactoryDir = "SETTINGS_FACTORYDIR";
 constexpr const char* kUserDir = "SETTINGS_USERDIR";
 
-// The environment holds standard UTF-8; what it cannot say arrives there as a replacement
-// character.
-void setVariable(const char* name, const std::string& value) {
-  setenv(name, base::displayFromNarrow(value).c_str(), 1);
+// Returns the value as the environment holds it, in standard UTF-8. Null, with a Java exception
+// pending, for one that it cannot hold.
+std::optional<std::string> forEnvironment(JNIEnv* env, const char* name,
+                                            const std::string& value) {
+  const std::optional<std::string> utf8 = base::utf8FromNarrow(value);
+  if (utf8 && utf8->find('\0') == std::string::npos) return *utf8;
+  const std::string message = std::string("Cannot set ") + name + " to \"" + value +
+                              "\": the environment holds neither U+0000 nor half a surrogate pair. "
+                              "Nothing was set.";
+  throwJavaExceptionHelper(env, runtimeException, message.c_str());
+  return std::nullopt;
 }
 
 }  // namespace
@@ -52,8 +61,12 @@ jstring nativeSetEnv(JNIEnv* env, jclass, jstring factoryDir, jstring userDir) {
   const jzi::JVMShutdownGuard guard;
   const std::string factory = zljGetStdString(env, factoryDir);
   const std::string user = zljGetStdString(env, userDir);
-  setVariable(kFactoryDir, factory);
-  setVariable(kUserDir, user);
+  const auto factoryVariable = forEnvironment(env, kFactoryDir, factory);
+  if (!factoryVariable) return nullptr;
+  const auto userVariable = forEnvironment(env, kUserDir, user);
+  if (!userVariable) return nullptr;
+  setenv(kFactoryDir, factoryVariable->c_str(), 1);
+  setenv(kUserDir, userVariable->c_str(), 1);
   utPrintf("setenv Command %s.\n", factory.c_str());
   utPrintf("setenv Command %s.\n", user.c_str());
   const char* now = std::getenv(kFactoryDir);

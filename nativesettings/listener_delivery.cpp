@@ -1,65 +1,60 @@
 #include "nativesettings/listener_delivery.h"
 
-#include <algorithm>
+#include <atomic>
 
 #include "bridge/converters.h"
-#include "bridge/shared_object.h"
 #include "nativesettings/java_callback.h"
+#include "nativesettings/paths.h"
 #include "service/events.h"
 #include "service/settings.h"
-#include "values/java_helpers.h"
 
 namespace nativesettings {
 
-using jzi::ToJava::javaString;
 using zlutil::settings::Settings;
-using zlutil::settings::SettingsEvent;
 using JavaReference = boost::shared_ptr<jobject>;
 
 namespace {
 
-// The events as Java numbers them (DeliveredEvent.java).
-enum class EventNumber : jint { kChanged = 0, kAdded = 1, kRemoved = 2 };
+std::atomic<jclass> listenerClass{nullptr};
+std::atomic<jmethodID> createEventID{nullptr};
+std::atomic<jmethodID> settingChangedID{nullptr};
+std::atomic<jmethodID> settingAddedID{nullptr};
+std::atomic<jmethodID> settingRemovedID{nullptr};
 
-// Says that an event's companion is this library's: a reference to its DeliveredEvent.
-const char kOwner = 0;
+constexpr const char* kCreateEventSignature =
+    "(Ljava/lang/Object;[Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Z)"
+    "Lcom/velonix/services/settings/SettingChangeEvent;";
+constexpr const char* kListenerSignature = "(Lcom/velonix/services/settings/SettingChangeEvent;)V";
 
-// Describes the event to Java and has the listener make an event object of it and hear of it. Gives
-// the description, a local reference; null when the listener has thrown.
-jobject describeAndDeliver(JNIEnv* env, EventNumber number, const SettingsEvent& event,
-                           jobject listener, jobject source) {
-  const std::string& place = event.getPlace();
-  jstring javaPlace = javaString(env, place);
-  if (!javaPlace) return nullptr;
-  const auto above = static_cast<jint>(std::count(place.begin(), place.end(), '.'));
-  return answers::deliver.object(env, listener, source, static_cast<jint>(number), javaPlace, above,
-                                 static_cast<jboolean>(!event.getObj()->isKey()));
+// Returns the event object that the listener makes of an event; null when it makes none, or throws.
+jobject createEvent(JNIEnv* env, jclass cls, jobject listener, jobject source,
+                    const boost::shared_ptr<Settings>& parent, const Settings& subject) {
+  jmethodID id =
+      jzi::safeGetMethodID(env, cls, createEventID, "createEvent", kCreateEventSignature);
+  jobjectArray path = id ? getSettingPathAsJArray(env, parent) : nullptr;
+  jstring name = path ? jzi::ToJava::javaString(env, subject.getName()) : nullptr;
+  if (!name) return nullptr;
+  const auto isNode = static_cast<jboolean>(!subject.isKey());
+  constexpr jobject kReserved = nullptr;
+  jobject event = env->CallObjectMethod(listener, id, source, path, name, kReserved, isNode);
+  return env->ExceptionCheck() ? nullptr : event;
 }
 
-// The second listener leaves the description with the event for those after it; most events have
-// one listener, which is spared the global reference. A listener's exception is nobody's but its
-// own.
-void deliverSettingEvent(EventNumber number, const boost::shared_ptr<Settings>& parent,
-                         const JavaReference& listener, const SettingsEvent& event,
-                         const JavaReference& sourceRef) {
+// Hands one event to one method of the listener. An event without a parent is not delivered.
+void deliverSettingEvent(const char* method, std::atomic<jmethodID>& methodID,
+                         const boost::shared_ptr<Settings>& parent, const JavaReference& listener,
+                         const zlutil::eventmgr::BaseEvent& event, const JavaReference& source) {
   const JavaCallback callback;
   JNIEnv* env = callback.env();
   if (!env || !parent) return;
-  jobject source = sourceRef ? *sourceRef : nullptr;
-  auto& companion = event.companion();
-  const bool isFirst = companion.owner != &kOwner;
-  if (!isFirst && companion.object) {
-    answers::deliverAgain.run(env, *listener, source,
-                              *static_cast<const jobject*>(companion.object.get()));
-    return;
-  }
-  jobject described = describeAndDeliver(env, number, event, *listener, source);
-  if (isFirst) {
-    companion = {&kOwner, {}};
-  } else {
-    companion.object = jzi::detail::makeSharedObject(env, described, &JNIEnv::NewGlobalRef,
-                                                     &JNIEnv::DeleteGlobalRef);
-  }
+  jclass cls =
+      jzi::safeFindClass(env, listenerClass, "com/velonix/services/settings/SettingListener");
+  jobject object =
+      createEvent(env, cls, *listener, source ? *source : nullptr, parent, *event.getObj());
+  jmethodID id =
+      object ? jzi::safeGetMethodID(env, cls, methodID, method, kListenerSignature) : nullptr;
+  // What the listener throws is cleared when the callback ends.
+  if (id) env->CallVoidMethod(*listener, id, object);
 }
 
 }  // namespace
@@ -67,19 +62,30 @@ void deliverSettingEvent(EventNumber number, const boost::shared_ptr<Settings>& 
 void onSettingChanged(const JavaReference& listener,
                       const zlutil::settings::SettingsValueChangeEvent& event,
                       const JavaReference& source) {
-  deliverSettingEvent(EventNumber::kChanged, event.getObj()->getParent(), listener, event, source);
+  deliverSettingEvent("settingChanged", settingChangedID, event.getObj()->getParent(), listener,
+                      event, source);
 }
 
 void onSettingAdded(const JavaReference& listener,
                     const zlutil::settings::SettingsAddNodeEvent& event,
                     const JavaReference& source) {
-  deliverSettingEvent(EventNumber::kAdded, event.getParentObj(), listener, event, source);
+  deliverSettingEvent("settingAdded", settingAddedID, event.getParentObj(), listener, event,
+                      source);
 }
 
 void onSettingRemoved(const JavaReference& listener,
                       const zlutil::settings::SettingsRemoveNodeEvent& event,
                       const JavaReference& source) {
-  deliverSettingEvent(EventNumber::kRemoved, event.getParentObj(), listener, event, source);
+  deliverSettingEvent("settingRemoved", settingRemovedID, event.getParentObj(), listener, event,
+                      source);
+}
+
+void forgetDeliveryIdentifiers() {
+  jzi::releaseClass(GetJNIEnvR(), listenerClass);
+  createEventID = nullptr;
+  settingChangedID = nullptr;
+  settingAddedID = nullptr;
+  settingRemovedID = nullptr;
 }
 
 }  // namespace nativesettings

@@ -16,8 +16,8 @@ class SettingsValueChangeEvent;
 
 namespace nativesettings {
 
-// Arguments: the listener, the event, the source given at registration. A value change of a key
-// that has no parent any more is not delivered.
+// Each hands the event to the listener, with the source given at registration. Path and name are
+// those that the entry has now. A change of a key that has no parent any more is not delivered.
 void onSettingChanged(const boost::shared_ptr<jobject>& listener,
                       const zlutil::settings::SettingsValueChangeEvent& event,
                       const boost::shared_ptr<jobject>& source);
@@ -27,5 +27,8 @@ void onSettingAdded(const boost::shared_ptr<jobject>& listener,
 void onSettingRemoved(const boost::shared_ptr<jobject>& listener,
                       const zlutil::settings::SettingsRemoveNodeEvent& event,
                       const boost::shared_ptr<jobject>& source);
+
+// Releases the listener class and forgets the identifiers of its methods; part of unloading.
+void forgetDeliveryIdentifiers();
 
 }  // namespace nativesettings

@@ -4,7 +4,7 @@
 
 #include "bridge/java_layer.h"
 #include "bridge/shared_object.h"
-#include "nativesettings/failures.h"
+#include "nativesettings/frame.h"
 #include "nativesettings/listener_delivery.h"
 #include "nativesettings/listener_registry.h"
 #include "nativesettings/paths.h"
@@ -59,8 +59,8 @@ void removeListener(JNIEnv* env, jobject listener, const SettingsPtr& node) {
 
 void nativeAddRemoveListener(JNIEnv* env, jclass, jobject source, jlong handle, jobjectArray path,
                              jstring keyName, jobject listener) {
-  const jzi::JVMShutdownGuard guard;
-  if (!guard.JVMRunning()) return;
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return;
   translating(Failed(env, path, keyName, false), [&] {
     const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, nullptr);

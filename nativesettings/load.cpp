@@ -3,8 +3,9 @@
 
 #include "base/export.h"
 #include "bridge/java_layer.h"
-#include "nativesettings/change_counts.h"
 #include "nativesettings/java_validator.h"
+#include "nativesettings/lane.h"
+#include "nativesettings/listener_delivery.h"
 #include "nativesettings/listener_registry.h"
 #include "nativesettings/registration.h"
 #include "service/validators.h"
@@ -23,6 +24,7 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
       // unlinked when they are called.
       static_cast<void>(jzi::registerNativesImpl(jni, natives));
     }
+    nativesettings::registerLane(jni);
   }
   JValidator::setJValProxy(&nativesettings::javaValidator);
   return JNI_VERSION_1_4;
@@ -31,6 +33,6 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
 extern "C" NATIVESETTINGS_API void JNICALL JNI_OnUnload(JavaVM*, void*) {
   JValidator::clearFunctions();
   nativesettings::forgetIdentityHash();
-  nativesettings::forgetChangeCounts();
+  nativesettings::forgetDeliveryIdentifiers();
   nativesettings::nativesettings_utilsUnload();
 }

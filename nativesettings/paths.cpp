@@ -4,31 +4,49 @@
 #include <boost/numeric/conversion/cast.hpp>
 
 #include "bridge/converters.h"
+#include "bridge/java_layer.h"
 #include "nativesettings/handles.h"
 #include "service/settings.h"
-#include "values/exchange.h"
-#include "values/java_helpers.h"
+#include "values/class_records.h"
+#include "values/local_frames.h"
+#include "values/object_array.h"
 
 namespace nativesettings {
 
 using zlutil::settings::Settings;
 
-std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring key) {
-  GivenArguments given(env, path, key, nullptr);
-  if (key) given.path.push_back(std::move(given.key));
-  return std::move(given.path);
-}
+namespace {
 
-boost::shared_ptr<Settings> getEntry(jlong handle, const std::vector<std::string>& path,
-                                     bool wantKey) {
-  boost::shared_ptr<Settings> entry = getRootFromJava(handle)->findDescendant(path);
-  if (entry && entry->isKey() != wantKey) entry.reset();
-  return entry;
+// A native method starts with room for some 30 local references; a path up to this long leaves
+// enough of it.
+constexpr jsize kShortPath = 8;
+
+}  // namespace
+
+std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring key) {
+  const jsize length = path ? env->GetArrayLength(path) : 0;
+  std::vector<std::string> names;
+  names.reserve(boost::numeric_cast<std::size_t>(length) + (key ? 1 : 0) + 1);
+  LocalFrames frames(env);
+  for (jsize i = 0; i < length; ++i) {
+    if (length > kShortPath) frames.step();
+    names.emplace_back();
+    zljGetStdString(names.back(), env, static_cast<jstring>(env->GetObjectArrayElement(path, i)));
+  }
+  if (key) {
+    names.emplace_back();
+    zljGetStdString(names.back(), env, key);
+  }
+  return names;
 }
 
 boost::shared_ptr<Settings> getNodeFromJava(JNIEnv* env, jlong handle, jobjectArray path,
                                             bool wantKey) {
-  return getEntry(handle, getPathFromJava(env, path, nullptr), wantKey);
+  boost::shared_ptr<Settings> entry = getRootFromJava(handle);
+  const std::vector<std::string> names = getPathFromJava(env, path, nullptr);
+  if (!names.empty()) entry = entry->findDescendant(names);
+  if (entry && entry->isKey() != wantKey) entry.reset();
+  return entry;
 }
 
 std::string& getDotPath(std::string& accumulated, const std::string& name) {
@@ -38,7 +56,7 @@ std::string& getDotPath(std::string& accumulated, const std::string& name) {
   return accumulated += name;
 }
 
-std::string getDotPath(const std::vector<std::string>& names) {
+std::string getDotPath(std::vector<std::string> names) {
   std::string dotted;
   for (const std::string& name : names) {
     if (&name != &names.front()) dotted += '.';
@@ -51,29 +69,17 @@ std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key) {
   return getDotPath(getPathFromJava(env, path, key));
 }
 
-std::vector<std::string> getSettingPath(const Settings& node) {
+jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const Settings>& node) {
   std::vector<std::string> names;
-  boost::shared_ptr<const Settings> held;
-  const Settings* current = &node;
+  boost::shared_ptr<const Settings> current = node;
   while (boost::shared_ptr<const Settings> parent = current->getParent()) {
     names.push_back(current->getName());
-    held = std::move(parent);
-    current = held.get();
+    current = parent;
   }
   std::reverse(names.begin(), names.end());
-  return names;
-}
-
-jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const Settings>& node) {
-  const std::vector<std::string> names = getSettingPath(*node);
-  return getNamesAsJArray(env, getDotPath(names), names.size());
-}
-
-jobjectArray getNamesAsJArray(JNIEnv* env, const std::string& dotted, std::size_t count) {
-  const jint names = boost::numeric_cast<jint>(count);
-  jstring joined = jzi::ToJava::javaString(env, dotted);
-  if (!joined) return nullptr;
-  return static_cast<jobjectArray>(answers::names.object(env, joined, names));
+  return newObjectArray(env, names.size(), getStringClass(env), [&](std::size_t i) {
+    return jzi::ToJava::javaString(env, names[i]);
+  });
 }
 
 }  // namespace nativesettings

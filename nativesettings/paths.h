@@ -13,16 +13,13 @@
 
 namespace nativesettings {
 
-// The node names in order, followed by the key name unless it is null. A null element counts as "".
+// Returns the node names in order, followed by the key name unless it is null. A null element
+// counts as "".
 std::vector<std::string> getPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
 
-// The entry at the path below the handle's node (borrowed handle), if it is a key or a node as
-// wanted; null otherwise.
-boost::shared_ptr<zlutil::settings::Settings> getEntry(jlong handle,
-                                                       const std::vector<std::string>& path,
-                                                       bool wantKey);
-
-// The same for a path that Java gives.
+// Returns the entry at the path below the handle's node (borrowed handle) if it is a key or a node
+// as wanted, null otherwise. No names mean the handle's own node, which is then not asked. Throws
+// what the service's lookup throws.
 boost::shared_ptr<zlutil::settings::Settings> getNodeFromJava(JNIEnv* env, jlong handle,
                                                               jobjectArray path, bool wantKey);
 
@@ -30,19 +27,14 @@ boost::shared_ptr<zlutil::settings::Settings> getNodeFromJava(JNIEnv* env, jlong
 std::string& getDotPath(std::string& accumulated, const std::string& name);
 
 // The names joined with "."; empty names are kept.
-std::string getDotPath(const std::vector<std::string>& names);
+std::string getDotPath(std::vector<std::string> names);
 
 // The names of a call's path and key joined with ".", the text of every not-found message.
 std::string getDotPathFromJava(JNIEnv* env, jobjectArray path, jstring key);
 
-// So many names, between which the text has dots, as a new String[] (a local reference); null with
-// an exception pending when the JVM cannot make it.
-jobjectArray getNamesAsJArray(JNIEnv* env, const std::string& dotted, std::size_t count);
-
-// The names from just below the root down to the node; none for a root.
-std::vector<std::string> getSettingPath(const zlutil::settings::Settings& node);
-
-// The same as a new String[], as getNamesAsJArray gives it. `node` must not be null.
+// Returns the names from just below the root down to the node as a new String[] (a local
+// reference), which is empty for a root; null with an exception pending when the JVM cannot make
+// it. `node` must not be null.
 jobjectArray getSettingPathAsJArray(
     JNIEnv* env, const boost::shared_ptr<const zlutil::settings::Settings>& node);
 

@@ -11,8 +11,8 @@
 #include "service/failures.h"
 #include "service/settings.h"
 #include "values/class_records.h"
-#include "values/exchange.h"
 #include "values/java_values.h"
+#include "values/object_array.h"
 
 namespace nativesettings {
 
@@ -23,22 +23,11 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-// A SettingInfo that says which class the key's values have, if the service knows.
-jobject typeOnly(JNIEnv* env, const Settings& node, const std::string& key) {
-  const boost::optional<int> kind = node.getKeyType(key);
+// Returns a SettingInfo that says which class the key's values have, if the service knows.
+jobject typeOnly(JNIEnv* env, const SettingsPtr& node, jstring key) {
+  const boost::optional<int> kind = node->getKeyType(zljGetStdString(env, key));
   jclass cls = kind ? getJavaClassOfKind(env, *kind) : nullptr;
   return jzi::construct(env, globalConsInfos, &settingInfoClassCons, cls);
-}
-
-jobjectArray namesOf(JNIEnv* env, std::vector<SettingsPtr>::const_iterator first,
-                     std::vector<SettingsPtr>::const_iterator last) {
-  const std::size_t count = last - first;
-  std::string dotted;
-  for (; first != last; ++first) {
-    dotted += (*first)->getName();
-    dotted += '.';
-  }
-  return getNamesAsJArray(env, dotted, count);
 }
 
 }  // namespace
@@ -54,20 +43,24 @@ SettingsPtr getChildFromJava(JNIEnv* env, const SettingsPtr& parent, jstring nam
   throw Failure<NoSuchNode>(parent->getName(), childName);
 }
 
+boost::any getKeyValueFromJava(JNIEnv* env, const SettingsPtr& node, jstring key, jstring level) {
+  const std::string keyName = zljGetStdString(env, key);
+  return node->getValue(keyName, level ? zljGetStdString(env, level) : std::string());
+}
+
 jobject nativeGet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key,
                   jstring level) {
   return guarded(
       env, jobject{},
       [&]() -> jobject {
-        const GivenArguments given(env, path, key, level);
-        const SettingsPtr node = getEntry(handle, given.path, false);
+        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
         if (!node) {
           throwNotFound(env, path, key);
           return nullptr;
         }
-        jobject info = getInfoFromKey(env, node->getValue(given.key, given.level));
-        if (info) return info;
-        return env->ExceptionCheck() ? nullptr : typeOnly(env, *node, given.key);
+        jobject value = getJavaValueFromKey(env, getKeyValueFromJava(env, node, key, level));
+        if (value) return jzi::construct(env, globalConsInfos, &settingInfoObjCons, value);
+        return env->ExceptionCheck() ? nullptr : typeOnly(env, node, key);
       },
       Failed(env, path, key, false));
 }
@@ -76,16 +69,16 @@ jstring nativeGetLevel(JNIEnv* env, jclass, jlong handle, jobjectArray path, jst
   return guarded(
       env, jstring{},
       [&]() -> jstring {
-        const GivenArguments given(env, path, key, nullptr);
-        const SettingsPtr node = getEntry(handle, given.path, false);
+        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
         if (!node) {
           throwNotFound(env, path, key);
           return nullptr;
         }
+        const std::string name = zljGetStdString(env, key);
         const std::vector<std::string>& levels = allLevelNames();
         const auto found =
             std::find_if(levels.begin(), levels.end(),
-                         [&](const std::string& level) { return node->isSet(given.key, level); });
+                         [&](const std::string& level) { return node->isSet(name, level); });
         return found == levels.end() ? nullptr : jzi::ToJava::javaString(env, *found);
       },
       Failed(env, path, key, false));
@@ -96,11 +89,9 @@ jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstri
   return guarded(
       env, jboolean{JNI_FALSE},
       [&]() -> jboolean {
-        const GivenArguments given(env, path, key, level);
-        const SettingsPtr node = getEntry(handle, given.path, false);
-        if (!node) return JNI_FALSE;
         try {
-          return node->isSet(given.key, given.level);
+          const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+          return node && node->isSet(zljGetStdString(env, key), zljGetStdString(env, level));
         } catch (const Failure<NoSuchKey>&) {
         } catch (const Failure<NoSuchNode>&) {
         } catch (const Failure<NotANodeName>&) {
@@ -115,11 +106,10 @@ jboolean nativeExists(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstr
   return guarded(
       env, jboolean{JNI_FALSE},
       [&]() -> jboolean {
-        const SettingsPtr node = getNodeFromJava(env, handle, path, false);
-        if (!node) return JNI_FALSE;
-        if (!key) return JNI_TRUE;
         try {
-          return getChildFromJava(env, node, key, false)->isKey();
+          const SettingsPtr node = getNodeFromJava(env, handle, path, false);
+          if (!node || node->isKey()) return JNI_FALSE;
+          return !key || getChildFromJava(env, node, key, false)->isKey();
         } catch (const Failure<NoSuchKey>&) {
         } catch (const Failure<NoSuchNode>&) {
         }
@@ -159,7 +149,9 @@ jobjectArray nativeGetChildren(JNIEnv* env, jclass, jlong handle, jobjectArray p
               std::partition(first, last, [](const SettingsPtr& child) { return child->isKey(); });
           (selector > 0 ? last : first) = nodes;
         }
-        return namesOf(env, first, last);
+        return newObjectArray(env, last - first, getStringClass(env), [&](std::size_t i) {
+          return jzi::ToJava::javaString(env, first[i]->getName());
+        });
       },
       Failed(env, path, nullptr, true));
 }

@@ -5,6 +5,7 @@
 
 #include <jni.h>
 
+#include <boost/any.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include "service/settings_fwd.h"
@@ -17,6 +18,12 @@ namespace nativesettings {
 boost::shared_ptr<zlutil::settings::Settings> getChildFromJava(
     JNIEnv* env, const boost::shared_ptr<zlutil::settings::Settings>& parent, jstring name,
     bool wantKey);
+
+// Returns the value of the node's key at the level; a null level means the value in effect. Throws
+// what the service's getValue throws.
+boost::any getKeyValueFromJava(JNIEnv* env,
+                               const boost::shared_ptr<zlutil::settings::Settings>& node,
+                               jstring key, jstring level);
 
 // A SettingInfo with the key's value at the level (null: in effect), or with its declared class
 // when it has no value there; null on failure.

@@ -1,15 +1,11 @@
 #include "nativesettings/transactions.h"
 
-#include <boost/optional.hpp>
-#include <stdexcept>
-
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
 #include "bridge/java_method.h"
-#include "nativesettings/failures.h"
+#include "nativesettings/frame.h"
 #include "nativesettings/records.h"
 #include "service/settings.h"
-#include "values/exchange.h"
 
 namespace nativesettings {
 
@@ -26,14 +22,15 @@ jobject newArrayList(JNIEnv* env) {
   return constructor ? env->NewObject(cls, constructor) : nullptr;
 }
 
-// A list of one SettingValidity per problem; a problem whose object cannot be made is left out.
+// Returns a list of one SettingValidity per problem. A problem whose object cannot be made is left
+// out. Null, with the JVM's exception pending, when there can be no list.
 jobject listOf(JNIEnv* env, const SettingsProblems& problems) {
   jobject list = newArrayList(env);
   if (!list) return nullptr;
   jclass cls = env->FindClass("com/velonix/services/settings/SettingValidity");
   jmethodID constructor =
       cls ? env->GetMethodID(cls, "<init>", "(Ljava/lang/String;Ljava/lang/String;)V") : nullptr;
-  if (!constructor) return list;
+  if (!constructor) return nullptr;
   jzi::CallJavaMethod<jboolean> add("add", "(Ljava/lang/Object;)Z", &JNIEnv::CallBooleanMethod);
   add.resolve(env, list);
   for (const auto& problem : problems) {
@@ -41,29 +38,18 @@ jobject listOf(JNIEnv* env, const SettingsProblems& problems) {
     jstring second = jzi::ToJava::javaString(env, problem.second);
     jstring first = second ? jzi::ToJava::javaString(env, problem.first) : nullptr;
     jobject validity = first ? env->NewObject(cls, constructor, first, second) : nullptr;
-    if (env->ExceptionCheck()) return list;
     if (validity) static_cast<void>(add(env, list, validity));  // an ArrayList always answers true
+    if (env->ExceptionCheck()) env->ExceptionClear();
   }
   return list;
-}
-
-// The level's name, by asking Java for it as for every argument: it sees by that that the call was
-// let in (Exchange.java). None, with a Java exception pending, when Java cannot hand it over.
-boost::optional<std::string> levelFromJava(JNIEnv* env, jstring level) {
-  try {
-    return GivenArguments(env, nullptr, nullptr, level).level;
-  } catch (const std::runtime_error&) {
-    return boost::none;
-  }
 }
 
 SettingContext& contextOf(jlong context) { return *reinterpret_cast<SettingContext*>(context); }
 
 jobject commitOrValidate(JNIEnv* env, jlong context, bool commit, jstring level) {
-  const jzi::NativeShutdownGuard guard(env);
-  if (!guard.JVMRunning()) return nullptr;
-  const boost::optional<std::string> levelName = levelFromJava(env, level);
-  return levelName ? contextOf(context).commitOrValidate(env, commit, *levelName) : nullptr;
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return nullptr;
+  return contextOf(context).commitOrValidate(env, commit, zljGetStdString(env, level));
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ class SETTINGS_HOST_API ChangeCounts {
   static constexpr std::size_t kCounters = 4096;
   using Table = std::array<Counter, kCounters>;
 
-  static Table& table();
+  SETTINGS_HOST_OPTION static Table& table();
 
   // Where the counter of a key of a node stands; an empty name is no node's. A reader in another
   // language has to come to the same place (ChangeCounts.java).

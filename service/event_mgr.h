@@ -31,24 +31,12 @@ class SETTINGS_HOST_API BaseEvent {
   // The entry that the event is about; never null.
   virtual boost::shared_ptr<settings::Settings> getObj() const = 0;
 
-  // What a subscriber has worked out about the event, left for itself and its like to find when
-  // they are called next. Only the one whose address `owner` is knows what the object is; any other
-  // may put its own there. Touched only inside callbacks, on the publishing thread.
-  struct Companion {
-    const void* owner = nullptr;
-    boost::shared_ptr<void> object;
-  };
-  Companion& companion() const { return companion_; }
-
   // The event as an `Event`; throws std::bad_cast when it is not of that kind.
   template <class Event>
   static const Event& safeDownCast(const BaseEvent& event) {
     if (!event.isKindOf(Event::EventType())) throw std::bad_cast();
     return static_cast<const Event&>(event);
   }
-
- private:
-  mutable Companion companion_;
 };
 
 // One subscription; destroying it or disconnect() ends it. Owned by the subscriber.

@@ -21,24 +21,19 @@ class SETTINGS_HOST_API SettingsEvent : public eventmgr::BaseEvent {
  public:
   // The entry.
   boost::shared_ptr<Settings> getObj() const override { return entry_; }
-  // Where the entry stood in its tree when the change was made, or stands that has been added: the
-  // names from just below the root, the entry's own last, joined with ".".
-  const std::string& getPlace() const { return place_; }
 
  protected:
-  SettingsEvent(boost::shared_ptr<Settings> entry, std::string place)
-      : entry_(std::move(entry)), place_(std::move(place)) {}
+  explicit SettingsEvent(boost::shared_ptr<Settings> entry) : entry_(std::move(entry)) {}
 
  private:
   const boost::shared_ptr<Settings> entry_;
-  const std::string place_;
 };
 
 // A key's value changed, at any level: it was set or unset.
 class SETTINGS_HOST_API SettingsValueChangeEvent : public SettingsEvent {
  public:
-  SettingsValueChangeEvent(boost::shared_ptr<Settings> key, std::string place)
-      : SettingsEvent(std::move(key), std::move(place)) {}
+  explicit SettingsValueChangeEvent(boost::shared_ptr<Settings> key)
+      : SettingsEvent(std::move(key)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;
@@ -51,9 +46,8 @@ class SETTINGS_HOST_API SettingsStructureEvent : public SettingsEvent {
   const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
 
  protected:
-  SettingsStructureEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
-                         std::string place)
-      : SettingsEvent(std::move(entry), std::move(place)), parent_(std::move(parent)) {}
+  SettingsStructureEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : SettingsEvent(std::move(entry)), parent_(std::move(parent)) {}
 
  private:
   const boost::shared_ptr<Settings> parent_;
@@ -62,9 +56,8 @@ class SETTINGS_HOST_API SettingsStructureEvent : public SettingsEvent {
 // A node or key was added.
 class SETTINGS_HOST_API SettingsAddNodeEvent : public SettingsStructureEvent {
  public:
-  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
-                       std::string place)
-      : SettingsStructureEvent(std::move(parent), std::move(entry), std::move(place)) {}
+  SettingsAddNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;
@@ -73,9 +66,8 @@ class SETTINGS_HOST_API SettingsAddNodeEvent : public SettingsStructureEvent {
 // A node or key was removed; the entry no longer has a parent.
 class SETTINGS_HOST_API SettingsRemoveNodeEvent : public SettingsStructureEvent {
  public:
-  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry,
-                          std::string place)
-      : SettingsStructureEvent(std::move(parent), std::move(entry), std::move(place)) {}
+  SettingsRemoveNodeEvent(boost::shared_ptr<Settings> parent, boost::shared_ptr<Settings> entry)
+      : SettingsStructureEvent(std::move(parent), std::move(entry)) {}
 
   static const std::string& EventType();
   bool isKindOf(const std::string& eventType) const override;

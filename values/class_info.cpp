@@ -11,6 +11,7 @@ ClassInfo::~ClassInfo() { ClassInfo::reset(); }
 void ClassInfo::reset() {
   ConsInfo::reset();
   arrayClass_.store(nullptr, std::memory_order_release);
+  getter_.store(nullptr, std::memory_order_release);
 }
 
 jclass ClassInfo::getArrayClass(JNIEnv* env) {
@@ -24,8 +25,10 @@ jclass ClassInfo::getArrayClass(JNIEnv* env) {
   return cached ? static_cast<jclass>(env->NewLocalRef(cached)) : nullptr;
 }
 
+void ClassInfo::releaseArrayClass(JNIEnv* env) { jzi::releaseClass(env, arrayClass_); }
+
 void ClassInfo::rearm(JNIEnv* env) {
-  jzi::releaseClass(env, arrayClass_);
+  releaseArrayClass(env);
   arrayClassResolved_.store(false, std::memory_order_release);
 }
 

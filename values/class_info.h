@@ -1,10 +1,11 @@
-// nativesettings::ClassInfo: the record of one boxed value class, with its array class. See
-// bridge/cons_info.h for how records are filled.
+// nativesettings::ClassInfo: the record of one boxed value class, with its array class and a slot
+// for the getter that reads a value out of it. See bridge/cons_info.h for how records are filled.
 #pragma once
 
 #include <jni.h>
 
 #include <atomic>
+#include <set>
 
 #include "bridge/cons_info.h"
 
@@ -13,11 +14,11 @@ namespace nativesettings {
 class ClassInfo : public jzi::ConsInfo {
  public:
   using jzi::ConsInfo::ConsInfo;
-  // A copy starts without the array class.
+  // A copy starts with an empty getter slot and without the array class.
   ClassInfo(const ClassInfo& other) : ConsInfo(other) {}
   ~ClassInfo() override;
 
-  // Forgets class, constructor and array class. Leaves the flag that the array class was
+  // Forgets class, constructor, array class and getter. Leaves the flag that the array class was
   // resolved, on purpose: from then on getArrayClass() answers null until rearm().
   void reset() override;
 
@@ -25,11 +26,17 @@ class ClassInfo : public jzi::ConsInfo {
   // afterwards a new local reference. Null after a reset.
   jclass getArrayClass(JNIEnv* env);
 
-  // Releases the array class and lets it be resolved again; for a library that is loaded anew.
+  // Releases the array class; part of unloading, which reset() completes.
+  void releaseArrayClass(JNIEnv* env);
+
+  // Lets the array class be resolved again; for a library that is loaded anew.
   void rearm(JNIEnv* env);
+
+  std::atomic<jmethodID>& getterID() { return getter_; }
 
  private:
   std::atomic<jclass> arrayClass_{nullptr};
+  std::atomic<jmethodID> getter_{nullptr};
   std::atomic<bool> arrayClassResolved_{false};
 };
 

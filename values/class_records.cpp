@@ -2,7 +2,6 @@
 
 #include "base/never_destroyed.h"
 #include "bridge/java_layer.h"
-#include "values/java_helpers.h"
 
 namespace nativesettings {
 
@@ -24,6 +23,10 @@ ClassInfo stringClassInfo("java/lang/String", "(Ljava/lang/String;)V");
 
 jzi::ConsInfo settingInfoClassCons("com/velonix/services/settings/SettingInfo",
                                    "(Ljava/lang/Class;)V");
+jzi::ConsInfo settingInfoObjCons("com/velonix/services/settings/SettingInfo",
+                                 "(Ljava/lang/Object;)V");
+std::atomic<jmethodID> settingInfo_getValueID{nullptr};
+std::atomic<jmethodID> settingInfo_getTypeID{nullptr};
 
 namespace {
 
@@ -44,11 +47,13 @@ void rearmClassRecords(JNIEnv* env) {
 }
 
 void nativesettings_utilsUnload() {
-  // The array classes are owned by the records, which forget them when they are reset.
-  rearmClassRecords(GetJNIEnvR());
+  JNIEnv* env = GetJNIEnvR();
+  zlutil::boostany::forEachKind(
+      [env](auto tag) { recordOf<typename decltype(tag)::type>().releaseArrayClass(env); });
   jzi::clearConstructors(globalConsInfos);
   settingValidator_validateID = nullptr;
-  forgetJavaHelpers();
+  settingInfo_getValueID = nullptr;
+  settingInfo_getTypeID = nullptr;
 }
 
 }  // namespace nativesettings

@@ -19,8 +19,11 @@ extern ClassInfo boolClassInfo, byteClassInfo, shortClassInfo, intClassInfo, lon
     ubyteClassInfo, ushortClassInfo, uintClassInfo, ulongClassInfo, floatClassInfo, doubleClassInfo,
     stringClassInfo;
 
-// The SettingInfo that carries only a type.
+// The SettingInfo that carries a value, or only a type, and its two getters.
+extern jzi::ConsInfo settingInfoObjCons;
 extern jzi::ConsInfo settingInfoClassCons;
+extern std::atomic<jmethodID> settingInfo_getValueID;
+extern std::atomic<jmethodID> settingInfo_getTypeID;
 
 // The class whose static method runs Java validators, and that method.
 extern jzi::ConsInfo settingValidatorCons;

@@ -10,7 +10,6 @@
 #include <boost/any.hpp>
 #include <boost/optional.hpp>
 
-#include "values/exchange.h"
 #include "values/value_variant.h"
 
 namespace nativesettings {
@@ -20,25 +19,12 @@ namespace nativesettings {
 // can be.
 jobject getJavaValueFromKey(JNIEnv* env, const boost::any& value);
 
-// The same in a SettingInfo; null for an empty value, too.
-jobject getInfoFromKey(JNIEnv* env, const boost::any& value);
-
-// The native value of a Java object, read as the kind that the Java class `cls` belongs to; nothing
-// when there is no such kind, or when `cls` is null. std::invalid_argument ("null value") for a
-// null object or a null array element. When Java fails to hand the value over, its exception is
-// left pending and std::runtime_error is thrown.
+// The native value of a Java object, read as the first kind whose Java class `cls` is assignable
+// to; nothing when there is no such kind, or when `cls` is null. std::invalid_argument ("null
+// value") for a null object or a null array element. When a getter of the object throws, the Java
+// exception is left pending and std::runtime_error is thrown.
 boost::optional<zlutil::boostany::SettingValueVariant> getValueFromJava(JNIEnv* env, jobject value,
                                                                         jclass cls);
-
-// What came of reading a SettingInfo. Its getValue() throws: the Java exception is left pending.
-// kFailed: the value could not be handed over for another reason, such as a getType() that throws.
-enum class InfoOutcome { kRead, kGetValueThrew, kFailed };
-
-// The native value in a SettingInfo that has been handed over with other arguments: `given` is what
-// is left of them to read. When it is read, `value` is what getValueFromJava gives for getValue()
-// and its class or, for a null value, getType().
-InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo, const ExchangeReader& given,
-                             boost::optional<zlutil::boostany::SettingValueVariant>& value);
 
 // The Java class of a kind in 1 .. 24; null for any other number.
 jclass getJavaClassOfKind(JNIEnv* env, int kind);

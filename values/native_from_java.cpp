@@ -1,81 +1,131 @@
 // Java objects to native values.
-#include <cstring>
 #include <stdexcept>
 
-#include "values/exchange.h"
-#include "values/java_helpers.h"
+#include "bridge/java_layer.h"
+#include "values/class_records.h"
 #include "values/java_values.h"
+#include "values/local_frames.h"
+#include "values/my_wrapper.h"
+#include "values/try_next_type.h"
 
 namespace nativesettings {
 namespace {
 
 using namespace zlutil::boostany;
 
-// In place of a kind, and in place of an address (Exchange.java).
-constexpr jint kNullValue = -1;
-constexpr jint kAskForIt = -2;
-constexpr jlong kFailed = -1;
+// Ends the conversion when the object's own Java code has thrown.
+void throwIfPending(JNIEnv* env) {
+  if (env->ExceptionCheck()) throw std::runtime_error("a getter of the value threw");
+}
 
-// One element out of what Java wrote.
-template <class Element>
-Element readElement(ExchangeReader& from) {
-  if constexpr (std::is_same_v<Element, std::string>) {
-    return from.text();
-  } else {
-    const jlong bits = from.bits();
-    if constexpr (std::is_floating_point_v<Element>) {
-      Element value;
-      std::memcpy(&value, &bits, sizeof(value));  // the low bytes come first
-      return value;
+void refuseNull(jobject object) {
+  if (!object) throw std::invalid_argument("null value");
+}
+
+// Reads one boxed object as a native type, through a record that names its class.
+template <class Type>
+class BoxReader {
+ public:
+  BoxReader(JNIEnv* env, ClassInfo& record) : env_(env) {
+    if constexpr (std::is_same_v<Type, bool>) {
+      getter_ = find(record, "booleanValue", "()Z");
+    } else if constexpr (std::is_floating_point_v<Type>) {
+      getter_ = find(record, "doubleValue", "()D");
     } else {
-      // Truncated without a check: the kind was chosen by the object's own class.
-      return static_cast<Element>(bits);
+      getter_ = find(record, "longValue", "()J");
     }
   }
-}
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
 
-template <class Type>
-Type readValue(ExchangeReader& from, jint count) {
-  if constexpr (kIsVector<Type>) {
-    Type elements;
-    elements.reserve(count);
-    for (jint i = 0; i < count; ++i) elements.push_back(readElement<ElementOf<Type>>(from));
-    return elements;
-  } else {
-    return readElement<Type>(from);
+  Type operator()(jobject object) const {
+    refuseNull(object);
+    Type value;
+    if constexpr (std::is_same_v<Type, bool>) {
+      value = env_->CallBooleanMethod(object, getter_) == JNI_TRUE;
+    } else if constexpr (std::is_floating_point_v<Type>) {
+      value = static_cast<Type>(env_->CallDoubleMethod(object, getter_));
+    } else {
+      // Truncated without a check: the kind was chosen by the object's own class.
+      value = static_cast<Type>(env_->CallLongMethod(object, getter_));
+    }
+    throwIfPending(env_);
+    return value;
   }
-}
 
-boost::optional<SettingValueVariant> readAny(ExchangeReader from) {
-  const jint kind = from.count();
-  const jint count = from.count();
-  if (kind == kNullValue) throw std::invalid_argument("null value");
+ private:
+  jmethodID find(ClassInfo& record, const char* name, const char* signature) {
+    jmethodID id = jzi::safeGetMethodID(env_, globalConsInfos, record, record.getterID(), name,
+                                        signature, false);
+    throwIfPending(env_);
+    return id;
+  }
+
+  JNIEnv* const env_;
+  jmethodID getter_;
+};
+
+template <>
+class BoxReader<std::string> {
+ public:
+  BoxReader(JNIEnv* env, ClassInfo&) : env_(env) {}
+  std::string operator()(jobject object) const {
+    refuseNull(object);
+    return zljGetStdString(env_, static_cast<jstring>(object));
+  }
+
+ private:
+  JNIEnv* const env_;
+};
+
+// Takes the first kind that the class is assignable to. Lookups go through a copy of the static
+// record, which borrows what the Java layer has resolved and leaves the record's own fields alone.
+struct ConvertFromJavaObjectVisitor {
+  JNIEnv* env;
+  jobject value;
+  jclass cls;
   boost::optional<SettingValueVariant> result;
-  withTypeOfKind(kind, [&](auto tag) {
-    result.emplace(readValue<typename decltype(tag)::type>(from, count));
-  });
-  return result;
-}
+
+  template <class Type>
+  void visit() {
+    if (result) return;
+    ClassInfo record(recordOf<Type>());
+    jclass target;
+    if constexpr (kIsVector<Type>) {
+      target = recordOf<Type>().getArrayClass(env);
+    } else {
+      target = jzi::safeFindClass(env, globalConsInfos, record);
+    }
+    if (!target || !env->IsAssignableFrom(cls, target)) return;
+    refuseNull(value);
+    const BoxReader<ElementOf<Type>> read(env, record);
+    if constexpr (kIsVector<Type>) {
+      result.emplace(readArray<Type>(read));
+    } else {
+      result.emplace(read(value));
+    }
+  }
+
+  template <class Vector>
+  Vector readArray(const BoxReader<ElementOf<Vector>>& read) {
+    const auto array = static_cast<jobjectArray>(value);
+    const jsize length = env->GetArrayLength(array);
+    Vector elements;
+    elements.reserve(length);
+    LocalFrames frames(env);
+    for (jsize i = 0; i < length; ++i) {
+      frames.step();
+      elements.push_back(read(env->GetObjectArrayElement(array, i)));
+    }
+    return elements;
+  }
+};
 
 }  // namespace
 
 boost::optional<SettingValueVariant> getValueFromJava(JNIEnv* env, jobject value, jclass cls) {
-  return readAny(ExchangeReader(env, exchange::write.number(env, value, cls)));
-}
-
-InfoOutcome getValueFromInfo(JNIEnv* env, jobject settingInfo, const ExchangeReader& given,
-                             boost::optional<SettingValueVariant>& value) {
-  if (!settingInfo) throw std::invalid_argument("null value");
-  if (ExchangeReader(given).count() != kAskForIt) {
-    value = readAny(given);
-    return InfoOutcome::kRead;
-  }
-  const jlong address = exchange::value.number(env, settingInfo);
-  if (env->ExceptionCheck()) return InfoOutcome::kGetValueThrew;
-  if (address == kFailed) return InfoOutcome::kFailed;
-  value = readAny(ExchangeReader(env, address));
-  return InfoOutcome::kRead;
+  if (!cls) return boost::none;
+  ConvertFromJavaObjectVisitor visitor{env, value, cls, boost::none};
+  TryNextType<kFirstKind>::runFunctor<MyWrapper>(visitor);
+  return std::move(visitor.result);
 }
 
 }  // namespace nativesettings

@@ -15,14 +15,6 @@ struct ToAny : boost::static_visitor<boost::any> {
   }
 };
 
-struct MoveToAny : boost::static_visitor<boost::any> {
-  boost::any operator()(boost::blank&) const { return boost::any(); }
-  template <class Type>
-  boost::any operator()(Type& value) const {
-    return boost::any(std::move(value));
-  }
-};
-
 }  // namespace
 
 SettingValueVariant convertAnyToVariant(const boost::any& value) {
@@ -36,10 +28,6 @@ SettingValueVariant convertAnyToVariant(const boost::any& value) {
 
 boost::any convertVariantToAny(const SettingValueVariant& value) {
   return boost::apply_visitor(ToAny(), value);
-}
-
-boost::any convertVariantToAny(SettingValueVariant&& value) {
-  return boost::apply_visitor(MoveToAny(), value);
 }
 
 }  // namespace boostany

@@ -38,8 +38,5 @@ SETTINGS_HOST_API SettingValueVariant convertAnyToVariant(const boost::any& valu
 // The boost::any that holds the value of `value`; empty for an empty variant.
 SETTINGS_HOST_API boost::any convertVariantToAny(const SettingValueVariant& value);
 
-// The same, taking the value out of the variant.
-SETTINGS_HOST_API boost::any convertVariantToAny(SettingValueVariant&& value);
-
 }  // namespace boostany
 }  // namespace zlutil

@@ -10,15 +10,9 @@
 
 namespace zlutil::settings::host {
 
-// Who may hear of something that happens to an entry, and where they hear that it stands.
-struct Audience {
-  // Those of the entry and its ancestors that somebody may have subscribed to.
-  std::vector<exchange::IDType> ids;
-  // As SettingsEvent::getPlace() gives it; empty when nobody may hear.
-  std::string place;
-
-  bool empty() const { return ids.empty(); }
-};
+// The entries on whose topics an event is published: those of the entry concerned and its ancestors
+// that may have subscribers.
+using Audience = std::vector<exchange::IDType>;
 
 // Of an entry that is to be removed: with those of all that goes with it. Reads what the tree
 // guards.

@@ -31,23 +31,6 @@ TEST_P(ServiceContract, RemovingASubtreeIsOneEventWhichIsHeardAboveAndBelow) {
   EXPECT_EQ(atKey.heard, removed);
 }
 
-TEST_P(ServiceContract, AnEventTellsWhereItsEntryStoodWhateverHasHappenedSince) {
-  using zlutil::settings::SettingsRemoveNodeEvent;
-  const SettingsPtr above = addNode(root, "a"), node = addNode(above, "b"), key = addKey(node, "k");
-  ScopedConnection removesMore(
-      above->addListener<SettingsRemoveNodeEvent>([&](const SettingsRemoveNodeEvent& event) {
-        if (event.getObj() == node) root->removeNode("a");
-      }));
-  Names places;
-  ScopedConnection changes(root->addListener<SettingsValueChangeEvent>(
-      [&](const SettingsValueChangeEvent& event) { places.push_back(event.getPlace()); }));
-  ScopedConnection removals(root->addListener<SettingsRemoveNodeEvent>(
-      [&](const SettingsRemoveNodeEvent& event) { places.push_back(event.getPlace()); }));
-  node->setAny("k", 1, "user");
-  above->removeNode("b");
-  EXPECT_EQ(places, (Names{"a.b.k", "a", "a.b"}));
-}
-
 TEST_P(ServiceContract, ThePathOfARemovedEntryLeadsNowhere) {
   const SettingsPtr node = addNode(addNode(root, "a"), "b"), key = addKey(node, "k");
   root->getChild("a")->removeNode("b");

@@ -31,7 +31,6 @@ FAILING_CALL(jobject, NewGlobalRef, (JNIEnv * env, jobject object), (env, object
 FAILING_CALL(jstring, NewStringUTF, (JNIEnv * env, const char* text), (env, text))
 FAILING_CALL(jobjectArray, NewObjectArray, (JNIEnv * env, jsize length, jclass cls, jobject first),
              (env, length, cls, first))
-FAILING_CALL(jlongArray, NewLongArray, (JNIEnv * env, jsize length), (env, length))
 FAILING_CALL(jobject, NewDirectByteBuffer, (JNIEnv * env, void* memory, jlong size),
              (env, memory, size))
 FAILING_CALL(jobject, NewObjectV, (JNIEnv * env, jclass cls, jmethodID id, va_list rest),
@@ -40,13 +39,13 @@ FAILING_CALL(jobject, CallObjectMethodV, (JNIEnv * env, jobject object, jmethodI
              (env, object, id, rest))
 FAILING_CALL(jboolean, CallBooleanMethodV,
              (JNIEnv * env, jobject object, jmethodID id, va_list rest), (env, object, id, rest))
+FAILING_CALL(jlong, CallLongMethodV, (JNIEnv * env, jobject object, jmethodID id, va_list rest),
+             (env, object, id, rest))
+FAILING_CALL(jdouble, CallDoubleMethodV, (JNIEnv * env, jobject object, jmethodID id, va_list rest),
+             (env, object, id, rest))
 FAILING_CALL(jobject, CallStaticObjectMethodV,
              (JNIEnv * env, jclass cls, jmethodID id, va_list rest), (env, cls, id, rest))
-FAILING_CALL(jlong, CallStaticLongMethodV, (JNIEnv * env, jclass cls, jmethodID id, va_list rest),
-             (env, cls, id, rest))
 FAILING_CALL(jint, CallStaticIntMethodV, (JNIEnv * env, jclass cls, jmethodID id, va_list rest),
-             (env, cls, id, rest))
-FAILING_CALL(void, CallStaticVoidMethodV, (JNIEnv * env, jclass cls, jmethodID id, va_list rest),
              (env, cls, id, rest))
 
 #undef FAILING_CALL
@@ -68,15 +67,14 @@ FailingJava::FailingJava(JNIEnv* env, int n) : env_(env), original_(env->functio
   failing.NewGlobalRef = &NewGlobalRef;
   failing.NewStringUTF = &NewStringUTF;
   failing.NewObjectArray = &NewObjectArray;
-  failing.NewLongArray = &NewLongArray;
   failing.NewDirectByteBuffer = &NewDirectByteBuffer;
   failing.NewObjectV = &NewObjectV;
   failing.CallObjectMethodV = &CallObjectMethodV;
   failing.CallBooleanMethodV = &CallBooleanMethodV;
+  failing.CallLongMethodV = &CallLongMethodV;
+  failing.CallDoubleMethodV = &CallDoubleMethodV;
   failing.CallStaticObjectMethodV = &CallStaticObjectMethodV;
-  failing.CallStaticLongMethodV = &CallStaticLongMethodV;
   failing.CallStaticIntMethodV = &CallStaticIntMethodV;
-  failing.CallStaticVoidMethodV = &CallStaticVoidMethodV;
   failing.PushLocalFrame = &PushLocalFrame;
   env_->functions = &failing;
 }

@@ -11,18 +11,15 @@ import java.nio.ByteOrder;
  * service/change_counts.h} says what the service promises.
  */
 final class ChangeCounts {
-    private static volatile ByteBuffer given;
+    private static final ByteBuffer MEMORY = NativeLane.changeCounters();
+    private static final VarHandle LONGS =
+            MethodHandles.byteBufferViewVarHandle(long[].class, ByteOrder.nativeOrder());
 
     private ChangeCounts() {}
 
-    /** Takes the counters' memory, before the first tree is opened. Called by native code only. */
-    static void give(ByteBuffer memory) {
-        given = memory;
-    }
-
     /** Whether there are counters; without them nothing may be kept. */
     static boolean areThere() {
-        return Table.MEMORY != null;
+        return MEMORY != null;
     }
 
     /** The place of a key's counter, for {@link #of}; a null node is the root. */
@@ -35,7 +32,7 @@ final class ChangeCounts {
      * The count at a place. What is read from the tree after it belongs to it or to a later one.
      */
     static long of(int place) {
-        return (long) Table.LONGS.getAcquire(Table.MEMORY, place);
+        return (long) LONGS.getAcquire(MEMORY, place);
     }
 
     private static int mark(String name) {
@@ -50,12 +47,5 @@ final class ChangeCounts {
         // What is no ASCII is the name of nothing, so it need not be told apart.
         for (int i = begin; i < end; ++i) word = word << 8 | name.charAt(i) & 0xFF;
         return word;
-    }
-
-    /** Constants, from when the first tree has been opened. */
-    static final class Table {
-        static final ByteBuffer MEMORY = given;
-        static final VarHandle LONGS =
-                MethodHandles.byteBufferViewVarHandle(long[].class, ByteOrder.nativeOrder());
     }
 }

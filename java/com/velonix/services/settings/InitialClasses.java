@@ -15,16 +15,12 @@ final class InitialClasses {
 
     static void initialise() throws Exception {
         for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, ValueTypes.class,
-                     ValueKinds.class, Exchange.class, Answers.class, DeliveredEvent.class,
-                     ValidatorName.class, SettingValidator.class, SettingTransaction.State.class,
+                     ValueKinds.class, ChangeCounts.class, NativeLane.class, ValidatorName.class,
+                     SettingValidator.class, SettingTransaction.State.class,
                      SingleKindListener.Kind.class, UnsignedByte.class, UnsignedShort.class,
                      UnsignedInteger.class, UnsignedLong.class)) {
             initialise(type);
         }
-        // Native code hands over the counters with the first handle, and only then can their table
-        // be initialised.
-        SettingPath.makeAndReleaseHandle();
-        initialise(ChangeCounts.Table.class);
     }
 
     private static void initialise(Class<?> type) throws ClassNotFoundException {

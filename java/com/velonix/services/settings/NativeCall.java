@@ -6,27 +6,35 @@ final class NativeCall implements AutoCloseable {
     final long address;
 
     private final TreeHandle tree;
-    private final long askedBefore;
 
     /** @throws IllegalStateException if the tree has been closed */
     NativeCall(TreeHandle tree) {
         this.tree = tree;
-        askedBefore = Exchange.asked();
         address = tree.enter();
-    }
-
-    /**
-     * To be called when the native method has returned, before what it says is believed.
-     *
-     * @param what the call was for
-     * @throws IllegalStateException if the method has done nothing
-     */
-    void check(Object what) {
-        Unanswered.check(askedBefore, what);
     }
 
     @Override
     public void close() {
         tree.exit();
+    }
+
+    /**
+     * Checks that the native method that has just returned was let in. To be called before its
+     * result is believed.
+     *
+     * @param what the subject of the call
+     * @throws IllegalStateException if the method did nothing
+     */
+    static void check(Object what) {
+        if (NativeLane.wasRefused()) {
+            throw new IllegalStateException("the settings service did nothing for " + what
+                    + ": the Java machine is shutting down");
+        }
+    }
+
+    /** The failure of a call that came back without an answer. */
+    static IllegalStateException unanswered(Object what) {
+        return new IllegalStateException("no answer from the settings service for " + what
+                + ": the Java machine is shutting down, or an unknown failure was dropped");
     }
 }

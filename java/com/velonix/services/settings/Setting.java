@@ -117,7 +117,7 @@ public final class Setting<T> implements Listenable {
     public Optional<SettingLevel> level() throws SettingException {
         try (NativeCall call = new NativeCall(tree)) {
             String level = nativeGetLevel(call.address, path(), name);
-            call.check(this);
+            NativeCall.check(this);
             return level == null ? Optional.empty() : Optional.of(SettingLevel.ofName(level));
         }
     }
@@ -211,7 +211,7 @@ public final class Setting<T> implements Listenable {
         String levelName = SettingLevel.nameOf(level);
         try (NativeCall call = new NativeCall(tree)) {
             nativeUnset(call.address, path(), name, levelName);
-            call.check(this);
+            NativeCall.check(this);
         }
     }
 
@@ -269,14 +269,14 @@ public final class Setting<T> implements Listenable {
         SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
         try (NativeCall call = new NativeCall(tree)) {
             nativeSet(context, call.address, path(), name, info, level);
-            call.check(this);
+            NativeCall.check(this);
         }
     }
 
     static boolean exists(TreeHandle tree, String[] path, String key) {
         try (NativeCall call = new NativeCall(tree)) {
             boolean there = nativeExists(call.address, path, key);
-            call.check(tree);
+            NativeCall.check(tree);
             return there;
         }
     }
@@ -285,7 +285,7 @@ public final class Setting<T> implements Listenable {
         try (NativeCall call = new NativeCall(tree)) {
             String directory = nativeGetFactoryDir(call.address);
             if (directory == null)
-                throw Unanswered.failure(tree.toString());
+                throw NativeCall.unanswered(tree.toString());
             return directory;
         }
     }
@@ -293,9 +293,8 @@ public final class Setting<T> implements Listenable {
     /** Adds with a source, removes without one. The caller holds the handle. */
     static void addRemoveListener(Object source, long address, String[] path, String key,
             SettingListener listener) throws SettingException {
-        long before = Exchange.asked();
         nativeAddRemoveListener(source, address, path, key, listener);
-        Unanswered.check(before, "a listener");
+        NativeCall.check("a listener");
     }
 
     /** The value in effect, or null when there is none. */
@@ -317,7 +316,7 @@ public final class Setting<T> implements Listenable {
             info = nativeGet(call.address, path(), name, level);
         }
         if (info == null)
-            throw Unanswered.failure(dotted());
+            throw NativeCall.unanswered(dotted());
         return info;
     }
 
@@ -335,7 +334,7 @@ public final class Setting<T> implements Listenable {
     private boolean isSet(String level) {
         try (NativeCall call = new NativeCall(tree)) {
             boolean set = nativeIsSet(call.address, path(), name, level);
-            call.check(this);
+            NativeCall.check(this);
             return set;
         }
     }

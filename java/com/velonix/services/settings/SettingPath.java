@@ -152,7 +152,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         Objects.requireNonNull(child, "child");
         try (NativeCall call = new NativeCall(tree)) {
             boolean node = nativeIsChildNode(call.address, names, child);
-            call.check(this);
+            NativeCall.check(this);
             return node;
         }
     }
@@ -226,7 +226,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         Objects.requireNonNull(child, "child");
         try (NativeCall call = new NativeCall(tree)) {
             nativeDelete(call.address, names, child);
-            call.check(this);
+            NativeCall.check(this);
         }
     }
 
@@ -248,7 +248,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         Objects.requireNonNull(parent, "parent");
         try (NativeCall to = new NativeCall(parent.tree); NativeCall from = new NativeCall(tree)) {
             nativeCopySubtree(to.address, parent.names, from.address, names, name);
-            from.check(this);
+            NativeCall.check(this);
         }
         return parent.path(name);
     }
@@ -310,13 +310,9 @@ public final class SettingPath implements AutoCloseable, Listenable {
         nativeReleasePtr(address);
     }
 
-    static void makeAndReleaseHandle() throws IOException, SettingException {
-        nativeReleasePtr(nativeLoadSettings(null));
-    }
-
     private static SettingPath open(long address, boolean ofProcess, String description) {
         if (address == 0)
-            throw Unanswered.failure(description);
+            throw NativeCall.unanswered(description);
         long target = nativeGetPtrTarget(address);
         return new SettingPath(
                 new TreeHandle(address, target, ofProcess, description), new String[0]);
@@ -326,7 +322,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         Names.checkNew(name);
         try (NativeCall call = new NativeCall(tree)) {
             nativeAddNode(call.address, names, name, validator.className(), validator.argument());
-            call.check(this);
+            NativeCall.check(this);
         }
         return path(name);
     }
@@ -339,7 +335,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         try (NativeCall call = new NativeCall(tree)) {
             nativeAddKey(call.address, names, name, new SettingInfo(stored),
                     SettingLevel.nameOf(level), validator.className(), validator.argument());
-            call.check(key);
+            NativeCall.check(key);
         }
         return key;
     }
@@ -350,7 +346,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
             children = nativeGetChildren(call.address, names, selector);
         }
         if (children == null)
-            throw Unanswered.failure(toString());
+            throw NativeCall.unanswered(toString());
         // The native call leaves the order of a selection open.
         if (selector != 0)
             Arrays.sort(children);

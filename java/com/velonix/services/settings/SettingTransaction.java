@@ -69,9 +69,8 @@ public final class SettingTransaction implements AutoCloseable {
         String levelName = SettingLevel.nameOf(level);
         begin();
         try {
-            long before = Exchange.asked();
             List<SettingValidity> found = nativeCommitTransaction(context, levelName);
-            return problems(before, found);
+            return problems(found);
         } finally {
             end();
         }
@@ -85,9 +84,8 @@ public final class SettingTransaction implements AutoCloseable {
     public List<SettingValidity> validate() {
         begin();
         try {
-            long before = Exchange.asked();
             List<SettingValidity> found = nativeValidateTransaction(context, "");
-            return problems(before, found);
+            return problems(found);
         } finally {
             end();
         }
@@ -118,8 +116,8 @@ public final class SettingTransaction implements AutoCloseable {
         nativeDeleteTransactionContext(context);
     }
 
-    private static List<SettingValidity> problems(long askedBefore, List<SettingValidity> found) {
-        Unanswered.check(askedBefore, "a transaction");
+    private static List<SettingValidity> problems(List<SettingValidity> found) {
+        NativeCall.check("a transaction");
         return found == null ? List.of() : List.copyOf(found);
     }
 

@@ -116,17 +116,6 @@ class RefusalTest {
     }
 
     @Test
-    void aValueThatIsTooLargeToBeHandedOver() throws Exception {
-        Setting<String[]> texts = root.addKey("texts", new String[] {"a"});
-        String[] huge = new String[64];
-        Arrays.fill(huge, "x".repeat(1 << 24));
-        assertThrows(RuntimeException.class, () -> texts.set(huge));
-        assertArrayEquals(new String[] {"a"}, texts.get());
-        texts.set(new String[] {"b"});
-        assertArrayEquals(new String[] {"b"}, texts.get());
-    }
-
-    @Test
     void classesThatNoSettingHas() {
         for (Class<?> type : List.of(Date.class, Integer[][].class, char.class, Void.class)) {
             assertThrows(

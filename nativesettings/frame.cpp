@@ -1,0 +1,7 @@
+#include "nativesettings/frame.h"
+
+namespace nativesettings {
+
+thread_local bool NativeFrame::lastWasRefused_ = false;
+
+}  // namespace nativesettings

@@ -1,0 +1,23 @@
+// A walk over the kinds N, N+1, ..., 24 in order, at compile time. For each kind the functor's
+// static `call<Type>(visitor)` is run; the visitor decides itself whether an earlier kind has
+// already matched and the step is to be skipped.
+#pragma once
+
+#include "values/value_kinds.h"
+
+namespace zlutil {
+namespace boostany {
+
+template <int N>
+struct TryNextType {
+  template <class Functor, class Visitor>
+  static void runFunctor(Visitor& visitor) {
+    if constexpr (N <= kLastKind) {
+      Functor::template call<TypeOfKind<N>>(visitor);
+      TryNextType<N + 1>::template runFunctor<Functor>(visitor);
+    }
+  }
+};
+
+}  // namespace boostany
+}  // namespace zlutil
