@@ -116,9 +116,10 @@ class SETTINGS_HOST_API Settings {
   virtual void removeKey(const std::string& name) = 0;
 
   // Inserts this freshly created entry under `parent`. NotAKeyName or NotANodeName (this entry's
-  // name is no identifier), NotANodeName (the parent is a key), ErrorAddingChildNodeOrKey (the name
-  // is taken, or this entry is not detached), StoreFailure. Until it is inserted an entry belongs
-  // to one thread.
+  // name is no identifier), NotANodeName (the parent is a key), NoSuchNode (the parent has been
+  // removed), ErrorAddingChildNodeOrKey (the name is taken, or this entry is not detached),
+  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until it is
+  // inserted an entry belongs to one thread.
   virtual void attachTo(const boost::shared_ptr<Settings>& parent) = 0;
 
   // Whether the entry is the root of a tree.

@@ -1,8 +1,11 @@
 // Many values as one operation: setMultiple and validateMultiple. Time is linear in the number of
 // values: each phase passes over them once, and one acquisition of a lock serves a whole pass.
 #include "host/settings/candidates.h"
+#include "host/settings/foreign_changes.h"
+#include "host/settings/foreign_events.h"
 #include "host/settings/publication.h"
 #include "host/settings/stored_value.h"
+#include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -46,33 +49,43 @@ std::vector<KeyChange> changesOf(const std::vector<Candidate>& candidates, int l
   return changes;
 }
 
-void applyToStore(Tree& tree, int level, const std::vector<KeyChange>& changes) {
-  Store& store = tree.store(level);
-  if (!store.keepsChanges() || changes.empty()) return;
+// The caller holds the writer.
+Changes describe(Tree& tree, const std::vector<KeyChange>& changes) {
   Changes batch;
   batch.reserve(changes.size());
-  {
-    ReadLock lock(tree.lock());
-    for (const KeyChange& change : changes) {
-      batch.push_back(PutValue{change.key->path(), change.value});
+  ReadLock lock(tree.lock());
+  for (const KeyChange& change : changes) {
+    const std::string path = change.key->path();
+    if (change.key->kind() == boostany::kNoValue) {
+      batch.push_back(FixKind{path, kindOfValue(change.value)});
     }
+    batch.push_back(PutValue{path, change.value});
   }
-  store.apply(batch);
+  return batch;
 }
 
 // Stores the candidates and makes them visible. False, and nothing done, when one of them cannot go
 // into its key, or when validators have to be asked and have not been.
 bool commit(Tree& tree, Candidates& candidates, int level, bool validated, ChangedKeys& changed) {
   std::vector<KeyChange> changes;  // the old values are let go of after the locks
+  const TellOfOthers telling(tree);
   WriterLock writer(tree.writer());
-  if (!candidates.fit() || (candidates.hasValidators() && !validated)) return false;
-  const bool isCurrent = tree.store(level).isCurrent();
-  changes = changesOf(candidates.list(), level, isCurrent);
-  applyToStore(tree, level, changes);
+  const auto fit = [&] { return candidates.fit() && (validated || !candidates.hasValidators()); };
+  if (!fit()) return false;
+  Store& store = tree.store(level);
+  changes = changesOf(candidates.list(), level, store.isCurrent());
+  if (changes.empty()) return true;
+  if (store.keepsChanges() &&
+      !store.apply(describe(tree, changes), [&](const ForeignChanges& foreign) {
+        bringIn(tree, level, foreign);
+        return fit();
+      })) {
+    return false;
+  }
   WriteLock lock(tree.lock());
   for (KeyChange& change : changes) {
     change.key->swapValue(level, change.value);
-    if (isCurrent || !sameValue(change.key->value(level), change.value)) changed.add(*change.key);
+    if (!sameValue(change.key->value(level), change.value)) changed.add(*change.key);
   }
   return true;
 }
@@ -97,6 +110,7 @@ SettingsProblems withoutThrowing(const ValueRange& values, const Operation& oper
 SettingsProblems commitValues(Tree& tree, const ValueRange& values, const std::string& levelText) {
   return withoutThrowing(values, [&] {
     const int level = requireLevel(levelText);
+    tree.look();
     Candidates candidates(tree, values, level);
     ChangedKeys changed;
     // Another writer may come between the validators and the next attempt; what has become
@@ -113,6 +127,7 @@ SettingsProblems commitValues(Tree& tree, const ValueRange& values, const std::s
 
 SettingsProblems validateValues(Tree& tree, const ValueRange& values) {
   return withoutThrowing(values, [&] {
+    tree.look();
     Candidates candidates(tree, values, std::nullopt);
     candidates.fit();
     return candidates.check();

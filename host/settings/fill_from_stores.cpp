@@ -9,12 +9,12 @@ void fillFromStores(const NodePtr& root) {
   // Lowest level first: what it defines, the higher ones have to agree with.
   for (int level = kLevelCount - 1; level >= 0; --level) tree.store(level).readAll(*root, level);
   const boost::weak_ptr<Entry> watched = root;
+  tree.connect(watched);
   for (int level = 0; level < kLevelCount; ++level) {
-    tree.store(level).watch([watched, level](const Store::Source& source) {
-      if (const auto present = boost::static_pointer_cast<Node>(watched.lock())) {
-        applyForeignChanges(*present, level, source);
-      }
+    const bool isWatched = tree.store(level).watch([watched, level] {
+      if (const EntryPtr present = watched.lock()) catchUp(present->tree(), level);
     });
+    if (!isWatched) tree.setMustLook();
   }
 }
 

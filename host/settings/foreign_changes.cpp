@@ -2,7 +2,9 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/settings/publication.h"
+#include "host/settings/foreign_events.h"
+#include "host/settings/report.h"
+#include "host/settings/stored_difference.h"
 #include "host/settings/stored_value.h"
 #include "host/settings/subtree.h"
 #include "service/identifier.h"
@@ -10,6 +12,10 @@
 
 namespace zlutil::settings::host {
 namespace {
+
+constexpr std::size_t kReportedLines = 10;
+
+std::string valuesOf(int kind) { return std::string(boostany::kindName(kind)) + " values"; }
 
 // Applies one batch. Its methods change what the tree guards; the objects that they replace are
 // kept until the lock is gone.
@@ -20,8 +26,11 @@ class Application {
   void operator()(const PutValue& change) {
     Key* const key = keyAt(change.path);
     const int kind = kindOfValue(change.value);
-    if (!key || kind == boostany::kNoValue) return;
-    if (key->kind() != boostany::kNoValue && key->kind() != kind) return;
+    if (!key) return leaveOut(change.path, "a value is stored for it, and there is no such key");
+    if (key->kind() != boostany::kNoValue && key->kind() != kind) {
+      return leaveOut(change.path, "the stored value is " + std::string(boostany::kindName(kind)) +
+                                       ", and the key holds " + valuesOf(key->kind()));
+    }
     exchange(*key, change.value);
   }
 
@@ -29,22 +38,25 @@ class Application {
     if (Key* const key = keyAt(change.path)) exchange(*key, boost::any());
   }
 
+  void operator()(const FixKind& change) {
+    Key* const key = keyAt(change.path);
+    if (key && key->kind() == boostany::kNoValue) key->setKind(change.kind);
+  }
+
   void operator()(const DefineEntry& change) {
     const std::size_t dot = change.path.rfind('.');
     const bool isTop = dot == std::string::npos;
     Entry* const above = isTop ? &root_ : root_.atPath(change.path.substr(0, dot));
     const std::string name = isTop ? change.path : change.path.substr(dot + 1);
-    if (!above || above->isKey() || !isIdentifierName(name.c_str())) return;
+    if (!above || above->isKey()) return leaveOut(change.path, "there is no node above it");
+    if (!isIdentifierName(name.c_str())) return leaveOut(change.path, "it is not a name");
     Node& parent = static_cast<Node&>(*above);
-    if (Entry* const present = parent.child(name)) {
-      if (present->isKey() == change.isKey) present->setDefinedAt(level_);
-      return;
-    }
-    if (parent.depth() >= kMaxDepth) return;
+    if (Entry* const present = parent.child(name)) return agree(*present, change);
+    if (parent.depth() >= kMaxDepth) return leaveOut(change.path, "it is too deep");
     const EntryPtr entry = make(name, change);
     entry->setDefinedAt(level_);
     parent.insertChild(entry);
-    added_.emplace_back(boost::static_pointer_cast<Node>(parent.shared_from_this()), entry);
+    note(ForeignEvent::kAdded, &parent, entry, audienceOf(*entry));
   }
 
   void operator()(const RemoveSubtree& change) {
@@ -54,33 +66,51 @@ class Application {
       if (entry->isDefinedAt(level) && entry->tree().isReadOnly(level)) return;
     }
     Node& parent = *entry->parent();
-    removed_.push_back({boost::static_pointer_cast<Node>(parent.shared_from_this()), EntryPtr(),
-                        audienceOfRemoval(*entry)});
-    Removal& removal = removed_.back();
-    removal.entry = parent.takeChild(entry->name());
-    removal.entry->setRemoved();
-    countLeaving(*removal.entry, parent);
+    Audience audience = audienceOfRemoval(*entry);
+    const EntryPtr removed = parent.takeChild(entry->name());
+    removed->setRemoved();
+    countLeaving(*removed, parent);
+    note(ForeignEvent::kRemoved, &parent, removed, std::move(audience));
   }
 
-  // With no lock held.
-  void publish() const {
-    for (const auto& [parent, entry] : added_) publishAdded(parent, entry);
-    for (const Removal& removal : removed_) {
-      publishRemoved(removal.parent, removal.entry, removal.audience);
+  // What to tell listeners, in the order of the changes; keeps what has been removed.
+  std::vector<ForeignEvent> takeEvents() { return std::move(events_); }
+
+  // With no lock on the tree's memory held.
+  void reportLeftOut(const std::string& holder) const {
+    for (std::size_t at = 0; at < leftOut_.size() && at < kReportedLines; ++at) {
+      report(holder + ": " + leftOut_[at] + "; it stays stored");
     }
-    changed_.publish();
+    if (leftOut_.size() > kReportedLines) {
+      report(holder + ": " + std::to_string(leftOut_.size() - kReportedLines) +
+             " more are left out for such reasons");
+    }
   }
 
  private:
-  struct Removal {
-    NodePtr parent;
-    EntryPtr entry;
-    Audience audience;
-  };
-
   Key* keyAt(const std::string& path) const {
     Entry* const entry = root_.atPath(path);
     return entry && entry->isKey() ? static_cast<Key*>(entry) : nullptr;
+  }
+
+  void leaveOut(const std::string& path, const std::string& reason) {
+    leftOut_.push_back('"' + path + "\" is left out: " + reason);
+  }
+
+  // What the tree has already stays as it is, and takes over what it has not decided.
+  void agree(Entry& present, const DefineEntry& change) {
+    if (present.isKey() != change.isKey) {
+      return leaveOut(change.path, present.isKey() ? "it is a key here" : "it is a node here");
+    }
+    present.setDefinedAt(level_);
+    if (change.isKey && change.kind != boostany::kNoValue)
+      (*this)(FixKind{change.path, change.kind});
+  }
+
+  void note(ForeignEvent::Kind kind, Node* parent, const EntryPtr& entry, Audience audience) {
+    NodePtr shared;
+    if (parent) shared = boost::static_pointer_cast<Node>(parent->shared_from_this());
+    events_.push_back({kind, std::move(shared), entry, std::move(audience)});
   }
 
   EntryPtr make(const std::string& name, const DefineEntry& change) const {
@@ -92,29 +122,47 @@ class Application {
   void exchange(Key& key, boost::any value) {
     if (sameValue(key.value(level_), value)) return;
     key.swapValue(level_, value);
-    changed_.add(key);
+    note(ForeignEvent::kChanged, nullptr, key.shared_from_this(), audienceOf(key));
     replaced_.push_back(std::move(value));
   }
 
   Node& root_;
   const int level_;
-  std::vector<std::pair<NodePtr, EntryPtr>> added_;
-  std::vector<Removal> removed_;
+  std::vector<ForeignEvent> events_;
   std::vector<boost::any> replaced_;
-  ChangedKeys changed_;
+  std::vector<std::string> leftOut_;
 };
 
 }  // namespace
 
-void applyForeignChanges(Node& root, int level, const Store::Source& source) {
+void bringIn(Node& root, int level, const ForeignChanges& foreign) {
+  if (foreign.changes.empty() && !foreign.isEverything) return;
   Application application(root, level);
+  Changes difference;
+  if (foreign.isEverything) difference = differenceFrom(root, level, foreign.changes);
   {
-    WriterLockAhead writer(root.tree().writer());
-    const Changes changes = source(root);
     WriteLock lock(root.tree().lock());
-    for (const Change& change : changes) std::visit(application, change);
+    for (const Change& change : foreign.isEverything ? difference : foreign.changes) {
+      std::visit(application, change);
+    }
   }
-  application.publish();
+  application.reportLeftOut(foreign.holder);
+  if (ForeignEvents* const events = root.tree().foreignEvents()) {
+    events->note(application.takeEvents());
+  }
+}
+
+void bringIn(Tree& tree, int level, const ForeignChanges& foreign) {
+  if (const EntryPtr root = tree.root()) bringIn(static_cast<Node&>(*root), level, foreign);
+}
+
+void catchUp(Tree& tree, int level) {
+  const TellOfOthers telling(tree);
+  WriterLockAhead writer(tree.writer());
+  tree.store(level).catchUp([&](const ForeignChanges& foreign) {
+    bringIn(tree, level, foreign);
+    return true;
+  });
 }
 
 }  // namespace zlutil::settings::host

@@ -1,14 +1,22 @@
 // Changes that others have made to what a store holds, brought into the tree: made visible in one
-// step and then published like changes of this process. Called on a thread of the store's.
+// step, and then told like changes of this process, by a thread that waits for nobody (see
+// foreign_events.h). Any thread.
 #pragma once
 
 #include "host/settings/node.h"
 
 namespace zlutil::settings::host {
 
-// Applies the changes that `source` gives at the level. They are stored already, so nothing is
-// validated; a change that does not fit the tree (no such key, another kind, an entry that a file
-// defines) is left out.
-void applyForeignChanges(Node& root, int level, const Store::Source& source);
+// Applies the changes at the level. They are stored already, so nothing is validated. One that does
+// not fit the tree (no such key, another kind, an entry that a file defines) is left out; of a
+// value or an entry, standard error says so. What is to be told is noted, and told when somebody
+// says TellOfOthers. The caller holds the tree's writer(), or is the only one who knows the tree.
+void bringIn(Node& root, int level, const ForeignChanges& foreign);
+
+// The same below the tree's root; nothing happens when that is gone.
+void bringIn(Tree& tree, int level, const ForeignChanges& foreign);
+
+// Brings in what the level's store has to give. With no lock held.
+void catchUp(Tree& tree, int level);
 
 }  // namespace zlutil::settings::host

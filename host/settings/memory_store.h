@@ -9,11 +9,13 @@ namespace zlutil::settings::host {
 class MemoryStore final : public Store {
  public:
   void readAll(Node&, int) override {}
-  void apply(const Changes&) override {}
+  bool apply(const Changes&, const Receiver&) override { return true; }
+  void catchUp(const Receiver&) override {}
   bool keepsChanges() const override { return false; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return writable_; }
-  void watch(const Watcher&) override {}
+  bool watch(const Watcher&) override { return true; }
+  void look() override {}
 
  private:
   const std::string writable_;

@@ -2,6 +2,7 @@
 
 #include "host/settings/commit.h"
 #include "host/settings/structure.h"
+#include "service/change_counts.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 
@@ -21,11 +22,15 @@ Node::~Node() {
   if (children_.empty()) return;
   // A child that somebody still holds stays readable, as the top of what is left.
   WriteLock lock(tree().lock());
-  for (const EntryPtr& child : childrenByName()) child->setParent(nullptr);
+  for (const EntryPtr& child : childrenByName()) {
+    child->setParent(nullptr);
+    if (isRemoved()) child->setRemoved();
+  }
 }
 
 template <class Read>
 auto Node::readKey(const std::string& name, const Read& read) const {
+  look(name);
   Entry* found;
   {
     ReadLock lock(tree().lock());
@@ -35,6 +40,13 @@ auto Node::readKey(const std::string& name, const Read& read) const {
   // Thrown without the lock: unwinding through its release would double the price of a failure.
   if (found) throw Failure<NotAKeyName>(this->name(), name);
   throw Failure<NoSuchKey>(this->name(), name);
+}
+
+void Node::look(const std::string& key) const {
+  if (!tree().mustLook()) return;
+  tree().look();
+  // Who keeps values hears of changes by nobody else: nothing that is read now may be kept.
+  ChangeCounts::add(name(), key);
 }
 
 boost::any Node::getValue(const std::string& key, const std::string& level) const {
@@ -51,17 +63,20 @@ boost::optional<int> Node::getKeyType(const std::string& key) const {
 }
 
 boost::shared_ptr<Settings> Node::getChild(const std::string& name) const {
+  tree().look();
   ReadLock lock(tree().lock());
   Entry* const found = child(name);
   return found ? found->shared_from_this() : EntryPtr();
 }
 
 std::vector<boost::shared_ptr<Settings>> Node::getChildren() const {
+  tree().look();
   ReadLock lock(tree().lock());
   return {childrenByName().begin(), childrenByName().end()};
 }
 
 boost::shared_ptr<Settings> Node::findDescendant(const std::vector<std::string>& names) const {
+  tree().look();
   ReadLock lock(tree().lock());
   const Entry* entry = this;
   for (const std::string& name : names) {

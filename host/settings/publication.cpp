@@ -12,16 +12,6 @@ void publish(const Audience& audience, const Event& event) {
   }
 }
 
-// Those of the entry and its ancestors that somebody may have subscribed to.
-Audience subscribedUpFrom(const Entry& entry) {
-  const eventmgr::EventMgr& events = eventmgr::EventMgr::instance();
-  Audience ids;
-  for (const Entry* at = &entry; at; at = at->parent()) {
-    if (events.mayHaveSubscribers(at->getID())) ids.push_back(at->getID());
-  }
-  return ids;
-}
-
 void addAllBelow(const Entry& entry, Audience& ids) {
   if (entry.isKey()) return;
   for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
@@ -32,15 +22,19 @@ void addAllBelow(const Entry& entry, Audience& ids) {
   }
 }
 
-Audience audienceOfAddition(const Entry& entry) {
-  ReadLock lock(entry.tree().lock());
-  return subscribedUpFrom(entry);
-}
-
 }  // namespace
 
+Audience audienceOf(const Entry& entry) {
+  const eventmgr::EventMgr& events = eventmgr::EventMgr::instance();
+  Audience ids;
+  for (const Entry* at = &entry; at; at = at->parent()) {
+    if (events.mayHaveSubscribers(at->getID())) ids.push_back(at->getID());
+  }
+  return ids;
+}
+
 Audience audienceOfRemoval(const Entry& entry) {
-  Audience audience = subscribedUpFrom(entry);
+  Audience audience = audienceOf(entry);
   addAllBelow(entry, audience);
   return audience;
 }
@@ -48,7 +42,7 @@ Audience audienceOfRemoval(const Entry& entry) {
 void ChangedKeys::add(Key& key) {
   if (key.parent() != parent_) {
     parent_ = key.parent();
-    above_ = parent_ ? subscribedUpFrom(*parent_) : Audience();
+    above_ = parent_ ? audienceOf(*parent_) : Audience();
   }
   const bool hasOwn = eventmgr::EventMgr::instance().mayHaveSubscribers(key.getID());
   if (!hasOwn && above_.empty()) return;
@@ -60,14 +54,24 @@ void ChangedKeys::add(Key& key) {
 }
 
 void ChangedKeys::publish() const {
-  for (const auto& [key, audience] : heard_) {
-    host::publish(audience, SettingsValueChangeEvent(key));
-  }
+  for (const auto& [key, audience] : heard_) publishChanged(key, audience);
+}
+
+void publishChanged(const EntryPtr& key, const Audience& audience) {
+  publish(audience, SettingsValueChangeEvent(key));
 }
 
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry) {
-  const Audience audience = audienceOfAddition(*entry);
-  if (audience.empty()) return;
+  Audience audience;
+  {
+    ReadLock lock(entry->tree().lock());
+    audience = audienceOf(*entry);
+  }
+  if (!audience.empty()) publishAdded(parent, entry, audience);
+}
+
+void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry,
+                  const Audience& audience) {
   publish(audience, SettingsAddNodeEvent(parent, entry));
 }
 

@@ -14,6 +14,9 @@ namespace zlutil::settings::host {
 // that may have subscribers.
 using Audience = std::vector<exchange::IDType>;
 
+// Of an entry that has been added or changed. Reads what the tree guards.
+Audience audienceOf(const Entry& entry);
+
 // Of an entry that is to be removed: with those of all that goes with it. Reads what the tree
 // guards.
 Audience audienceOfRemoval(const Entry& entry);
@@ -36,8 +39,13 @@ class ChangedKeys {
   std::vector<exchange::IDType> above_;
 };
 
-// The entry was added below `parent`.
+// The key's value was changed.
+void publishChanged(const EntryPtr& key, const Audience& audience);
+
+// The entry was added below `parent`; without an audience, those who may hear of it now.
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry);
+void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry,
+                  const Audience& audience);
 
 // The entry was removed from `parent`; `audience` is what it was while the entry stood there.
 void publishRemoved(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry,

@@ -1,114 +1,155 @@
 // One value at a time: setAny and unset.
 #include "host/settings/commit.h"
+#include "host/settings/foreign_changes.h"
+#include "host/settings/foreign_events.h"
 #include "host/settings/publication.h"
 #include "host/settings/stored_value.h"
 #include "host/settings/value_checks.h"
 #include "service/failures.h"
+#include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
 namespace {
 
 using namespace KORVEN::settings::core;
 
-// Throws NoSuchKey when the key, or a node above it, has been removed since it was found.
-void checkAttached(const Node& node, const Key& key) {
-  if (!key.isAttached()) throw Failure<NoSuchKey>(node.name(), key.name());
-}
+// The change of one key at one level. An attempt looks the key up, and ends when others have
+// changed what it has found; the next one finds out what that means.
+class ValueChange {
+ public:
+  ValueChange(Node& node, const std::string& name, const std::string& level)
+      : node_(node), tree_(node.tree()), name_(name), level_(requireLevel(level)) {}
 
-// The key's path, if the level's store keeps changes. NoSuchKey when the key is not attached.
-std::string pathToStore(const Node& node, const Key& key, int level) {
-  checkAttached(node, key);
-  return key.tree().store(level).keepsChanges() ? key.path() : std::string();
-}
+  void set(const boost::any& value) {
+    ValidatorPtr validated;
+    while (!trySetting(value, validated)) {
+    }
+    changed_.publish();
+  }
 
-// Puts `value` in the level's place and takes what was there into it. The caller holds the writer.
-void makeVisible(Key& key, int level, boost::any& value, ChangedKeys& changed) {
-  WriteLock lock(key.tree().lock());
-  key.swapValue(level, value);
-  changed.add(key);
-}
+  void unset() {
+    while (!tryUnsetting()) {
+    }
+    changed_.publish();
+  }
 
-// Has the level's store keep `value` at `path`, and puts a copy in its place; what was there goes
-// into `exchanged`, which is let go of when no lock is held. The caller holds the writer.
-void storeValue(Key& key, int level, const std::string& path, const boost::any& value,
-                boost::any& exchanged, ChangedKeys& changed) {
-  Store& store = key.tree().store(level);
-  // Setting the same value again is no change; but others may have stored another one meanwhile.
-  const bool isSame = sameValue(key.value(level), value);
-  if (isSame && store.isCurrent()) return;
-  if (!isSame) exchanged = value;
-  if (store.keepsChanges()) store.apply({PutValue{path, value}});
-  if (!isSame) makeVisible(key, level, exchanged, changed);
-}
+ private:
+  // What has been found, under the tree's lock.
+  struct Found {
+    Key* key;
+    ValidatorPtr guard;
+    std::string path;  // if the level's store keeps changes
+  };
+
+  Found find(const boost::any* value) const {
+    ReadLock lock(tree_.lock());
+    Found found{&node_.requireKey(name_), {}, {}};
+    checkWritable(*found.key, level_);
+    if (value) {
+      checkKind(*found.key, found.key->kind(), *value);
+      found.guard = found.key->guard();
+    }
+    if (!found.key->isAttached()) throw Failure<NoSuchKey>(node_.name(), name_);
+    if (store().keepsChanges()) found.path = found.key->path();
+    return found;
+  }
+
+  // A validator is somebody else's code and runs without a lock. False when it is another one by
+  // the time that the lock is there.
+  bool trySetting(const boost::any& value, ValidatorPtr& validated) {
+    const TellOfOthers telling(tree_);
+    ValidatorPtr guard;
+    {
+      WriterLock writer(tree_.writer());
+      const Found found = find(&value);
+      if (found.guard == validated) return storeAndShow(found, value);
+      guard = found.guard;
+    }
+    if (guard) runValidator(*guard, node_.shared_from_this(), name_, value);
+    validated = guard;
+    return false;
+  }
+
+  // The caller holds the writer, as of all that follows.
+  bool storeAndShow(const Found& found, const boost::any& value) {
+    Key& key = *found.key;
+    // Setting the same value again is no change; but others may have stored another one meanwhile.
+    if (sameValue(key.value(level_), value) && store().isCurrent()) return true;
+    boost::any copy = value;
+    if (store().keepsChanges()) {
+      Changes changes;
+      if (key.kind() == boostany::kNoValue) {
+        changes.push_back(FixKind{found.path, kindOfValue(value)});
+      }
+      changes.push_back(PutValue{found.path, value});
+      if (!apply(changes, found, &value)) return false;
+    }
+    if (!sameValue(key.value(level_), value)) show(key, copy);
+    return true;
+  }
+
+  bool tryUnsetting() {
+    const TellOfOthers telling(tree_);
+    WriterLock writer(tree_.writer());
+    const Found found = find(nullptr);
+    if (found.key->value(level_).empty()) {
+      ReadLock lock(tree_.lock());
+      throw Failure<ValueNotDefinedForGivenLevel>(found.key->path(), levelName(level_));
+    }
+    if (store().keepsChanges() && !apply({EraseValue{found.path}}, found, nullptr)) return false;
+    boost::any nothing;
+    show(*found.key, nothing);
+    return true;
+  }
+
+  // False when what others have changed leaves not all as it was found.
+  bool apply(const Changes& changes, const Found& found, const boost::any* value) {
+    return store().apply(changes, [&](const ForeignChanges& foreign) {
+      bringIn(tree_, level_, foreign);
+      return isStill(found, value);
+    });
+  }
+
+  bool isStill(const Found& found, const boost::any* value) const {
+    ReadLock lock(tree_.lock());
+    // Should another key have taken the place of the one that was found, and its address, then it
+    // is that one which is checked here.
+    if (node_.child(name_) != found.key || !found.key->isAttached()) return false;
+    if (!value) return !found.key->value(level_).empty();
+    const int kind = found.key->kind();
+    return found.key->guard() == found.guard &&
+           (kind == boostany::kNoValue || kind == kindOfValue(*value));
+  }
+
+  // Puts `value` in its place and keeps what was there until the locks are gone.
+  void show(Key& key, boost::any& value) {
+    replaced_.swap(value);
+    WriteLock lock(tree_.lock());
+    key.swapValue(level_, replaced_);
+    changed_.add(key);
+  }
+
+  Store& store() const { return tree_.store(level_); }
+
+  Node& node_;
+  Tree& tree_;
+  const std::string& name_;
+  const int level_;
+  boost::any replaced_;
+  ChangedKeys changed_;
+};
 
 }  // namespace
 
 void setValue(Node& node, const std::string& name, const boost::any& value,
-              const std::string& levelText) {
-  const int level = requireLevel(levelText);
-  Tree& tree = node.tree();
-  KeyPtr guardedKey;
-  ValidatorPtr guard;
-  boost::any exchanged;
-  ChangedKeys changed;
-  {
-    WriterLock writer(tree.writer());
-    Key* key;
-    std::string path;
-    {
-      ReadLock lock(tree.lock());
-      key = &node.requireKey(name);
-      checkWritable(*key, level);
-      checkKind(*key, key->kind(), value);
-      guard = key->guard();
-      if (guard) {
-        guardedKey = boost::static_pointer_cast<Key>(key->shared_from_this());
-      } else {
-        path = pathToStore(node, *key, level);
-      }
-    }
-    if (!guard) storeValue(*key, level, path, value, exchanged, changed);
-  }
-  if (guard) {
-    // A validator is somebody else's code and runs without a lock: meanwhile the key may have been
-    // removed, or have got its first value.
-    runValidator(*guard, node.shared_from_this(), name, value);
-    WriterLock writer(tree.writer());
-    std::string path;
-    {
-      ReadLock lock(tree.lock());
-      checkKind(*guardedKey, guardedKey->kind(), value);
-      path = pathToStore(node, *guardedKey, level);
-    }
-    storeValue(*guardedKey, level, path, value, exchanged, changed);
-  }
-  changed.publish();
+              const std::string& level) {
+  node.tree().look();
+  ValueChange(node, name, level).set(value);
 }
 
-void unsetValue(Node& node, const std::string& name, const std::string& levelText) {
-  const int level = requireLevel(levelText);
-  Tree& tree = node.tree();
-  KeyPtr key;
-  boost::any exchanged;
-  ChangedKeys changed;
-  {
-    WriterLock writer(tree.writer());
-    std::string path;
-    {
-      ReadLock lock(tree.lock());
-      Key& found = node.requireKey(name);
-      key = boost::static_pointer_cast<Key>(found.shared_from_this());
-      checkAttached(node, *key);
-      checkWritable(*key, level);
-      path = key->path();
-    }
-    if (key->value(level).empty()) {
-      throw Failure<ValueNotDefinedForGivenLevel>(path, levelText);
-    }
-    if (tree.store(level).keepsChanges()) tree.store(level).apply({EraseValue{path}});
-    makeVisible(*key, level, exchanged, changed);
-  }
-  changed.publish();
+void unsetValue(Node& node, const std::string& name, const std::string& level) {
+  node.tree().look();
+  ValueChange(node, name, level).unset();
 }
 
 }  // namespace zlutil::settings::host

@@ -1,8 +1,6 @@
 #include "host/settings/stamp_watch.h"
 
 #include <poll.h>
-#include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 
@@ -16,6 +14,7 @@
 #include "host/settings/file_descriptor.h"
 #include "host/settings/file_name.h"
 #include "host/settings/report.h"
+#include "host/settings/signals_blocked.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -29,23 +28,6 @@ void drain(int descriptor) {
   while (read(descriptor, events, sizeof events) > 0) {
   }
 }
-
-// Blocks all signals on this thread, which a thread that it starts inherits. The thread itself gets
-// its own back whatever happens: it may be one of a JVM's, which cannot do without SIGSEGV.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
-  }
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t previous_;
-};
 
 }  // namespace
 
@@ -108,6 +90,8 @@ StampWatch::StampWatch(const std::string& file, std::function<void()> wake)
     report(shownFileName(file) + " is not watched: " + failure.what());
   }
 }
+
+bool StampWatch::isRunning() const { return shared_->thread.joinable(); }
 
 StampWatch::~StampWatch() {
   shared_->stopped = true;

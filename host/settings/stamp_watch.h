@@ -17,6 +17,8 @@ class StampWatch {
   // No call is running or begins once this has returned; except that `wake` itself may end the
   // watch, and is then not called again.
   ~StampWatch();
+  // False where the process can have no further thread.
+  bool isRunning() const;
   StampWatch(const StampWatch&) = delete;
   StampWatch& operator=(const StampWatch&) = delete;
 

@@ -2,6 +2,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include "host/settings/foreign_changes.h"
+#include "host/settings/foreign_events.h"
 #include "host/settings/publication.h"
 #include "host/settings/subtree.h"
 #include "host/settings/value_checks.h"
@@ -26,11 +28,19 @@ void checkName(const Entry& parent, const std::string& name, bool isKey) {
 // Throws when the entry cannot stand below the parent. Reads what the parent's tree guards; the
 // entry belongs to the caller.
 void checkPlace(const Node& parent, const Entry& entry, int height) {
-  if (!parent.isAttached()) refuse(parent, entry, "the node has been removed");
+  if (!parent.isAttached()) throw Failure<NoSuchNode>(std::string("(removed)"), parent.name());
   if (parent.child(entry.name())) refuse(parent, entry, "the name is taken");
   if (parent.depth() + 1 + height > kMaxDepth) {
-    refuse(parent, entry, "the tree would be deeper than " + std::to_string(kMaxDepth));
+    throw Failure<ValidationFailure>("Cannot add \"" + entry.name() + "\" to \"" + parent.name() +
+                                     "\": the tree would be deeper than " +
+                                     std::to_string(kMaxDepth) + " entries.");
   }
+}
+
+bool canStand(const Node& parent, const Entry& entry, int height) {
+  ReadLock lock(parent.tree().lock());
+  return parent.isAttached() && !parent.child(entry.name()) &&
+         parent.depth() + 1 + height <= kMaxDepth;
 }
 
 // What each level's store has to do to hold the new subtree. The caller holds the writer.
@@ -50,31 +60,45 @@ std::string pathBelow(const Node& parent, const std::string& name) {
   return path.empty() ? name : path + '.' + name;
 }
 
-// Inserts a subtree that nobody else knows.
-void insert(Node& parent, const EntryPtr& entry) {
+// Nothing that follows the store may fail: what it has kept has to be in the tree.
+bool makeRoom(Node& parent) {
+  WriteLock lock(parent.tree().lock());
+  parent.makeRoomForChild();
+  return true;
+}
+
+// Inserts a subtree that nobody else knows; false when others have taken its place meanwhile.
+bool tryInserting(Node& parent, const EntryPtr& entry) {
   Tree& tree = parent.tree();
+  const TellOfOthers telling(tree);
   const int height = heightOf(*entry);
+  WriterLock writer(tree.writer());
+  LevelChanges changes;
   {
-    WriterLock writer(tree.writer());
-    LevelChanges changes;
-    {
-      ReadLock lock(tree.lock());
-      checkPlace(parent, *entry, height);
-      checkWritable(parent, kUser);
-      changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
-    }
-    {
-      // Nothing that follows the store may fail: what it has kept has to be in the tree.
-      WriteLock lock(tree.lock());
-      parent.makeRoomForChild();
-    }
-    for (int level = 0; level < kLevelCount; ++level) {
-      if (!changes[level].empty()) tree.store(level).apply(changes[level]);
-    }
-    markDefinedAt(*entry, kUser);
-    if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
-    WriteLock lock(tree.lock());
-    parent.insertChild(entry);
+    ReadLock lock(tree.lock());
+    checkPlace(parent, *entry, height);
+    checkWritable(parent, kUser);
+    changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
+  }
+  makeRoom(parent);
+  for (int level = 0; level < kLevelCount; ++level) {
+    if (changes[level].empty()) continue;
+    const bool isApplied =
+        tree.store(level).apply(changes[level], [&](const ForeignChanges& foreign) {
+          bringIn(tree, level, foreign);
+          return canStand(parent, *entry, height) && makeRoom(parent);
+        });
+    if (!isApplied) return false;
+  }
+  markDefinedAt(*entry, kUser);
+  if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
+  WriteLock lock(tree.lock());
+  parent.insertChild(entry);
+  return true;
+}
+
+void insert(Node& parent, const EntryPtr& entry) {
+  while (!tryInserting(parent, entry)) {
   }
   publishAdded(parent.shared_from_this(), entry);
 }
@@ -92,6 +116,7 @@ void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& paren
     throw Failure<NotANodeName>(above ? above->getName() : std::string(), at->name());
   }
   checkName(*at, entry->name(), entry->isKey());
+  at->tree().look();
   {
     ReadLock lock(entry->tree().lock());
     if (entry->parent()) refuse(*at, *entry, "it stands in a tree already");
@@ -109,6 +134,8 @@ void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const 
   if (!from) throw Failure<NoSuchNode>(parent.name(), name);
   if (from->isKey()) throw Failure<NotANodeName>(parent.name(), from->name());
   checkName(parent, name, false);
+  parent.tree().look();
+  from->tree().look();
   {
     ReadLock lock(parent.tree().lock());
     const Entry* const taken = parent.child(name);
@@ -127,43 +154,69 @@ void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const 
   insert(parent, copy);
 }
 
-void removeEntry(Node& parent, const std::string& name, bool isKey) {
-  Tree& tree = parent.tree();
-  EntryPtr removed;
-  Audience audience;
-  {
-    WriterLock writer(tree.writer());
-    std::string path;
-    {
-      ReadLock lock(tree.lock());
-      const Entry* const found = parent.isAttached() ? parent.child(name) : nullptr;
-      if (!found && isKey) throw Failure<NoSuchKey>(parent.name(), name);
-      if (!found) throw Failure<NoSuchNode>(parent.name(), name);
-      if (isKey && !found->isKey()) throw Failure<NotAKeyName>(parent.name(), name);
-      if (!isKey && found->isKey()) throw Failure<NotANodeName>(parent.name(), name);
-      path = found->path();
-      for (int level = 0; level < kLevelCount; ++level) {
-        if (found->isDefinedAt(level) && tree.isReadOnly(level)) {
-          throw Failure<CantModifyValuesOnReadOnlyLevel>(
-              path, levelName(level), std::string("a file of this level defines the entry"));
-        }
-      }
-      checkWritable(*found, kUser);
-      audience = audienceOfRemoval(*found);
+namespace {
+
+// The child to remove. Reads what the tree guards.
+Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
+  Entry* const found = parent.isAttached() ? parent.child(name) : nullptr;
+  if (!found && isKey) throw Failure<NoSuchKey>(parent.name(), name);
+  if (!found) throw Failure<NoSuchNode>(parent.name(), name);
+  if (isKey && !found->isKey()) throw Failure<NotAKeyName>(parent.name(), name);
+  if (!isKey && found->isKey()) throw Failure<NotANodeName>(parent.name(), name);
+  for (int level = 0; level < kLevelCount; ++level) {
+    if (found->isDefinedAt(level) && parent.tree().isReadOnly(level)) {
+      throw Failure<CantModifyValuesOnReadOnlyLevel>(
+          found->path(), levelName(level), std::string("a file of this level defines the entry"));
     }
-    for (int level = 0; level < kLevelCount; ++level) {
-      Store& store = tree.store(level);
-      if (!tree.isReadOnly(level) && store.keepsChanges()) store.apply({RemoveSubtree{path}});
-    }
-    {
-      WriteLock lock(tree.lock());
-      removed = parent.takeChild(name);
-      removed->setRemoved();
-    }
-    // Before another writer can add an entry of that name, which would not be counted.
-    ReadLock lock(tree.lock());
-    countLeaving(*removed, parent);
   }
+  checkWritable(*found, kUser);
+  return *found;
+}
+
+// Null when others have changed meanwhile what is to be removed.
+EntryPtr tryRemoving(Node& parent, const std::string& name, bool isKey, Audience& audience) {
+  Tree& tree = parent.tree();
+  const TellOfOthers telling(tree);
+  WriterLock writer(tree.writer());
+  std::string path;
+  const Entry* found;
+  {
+    ReadLock lock(tree.lock());
+    found = &requireRemovable(parent, name, isKey);
+    path = found->path();
+    audience = audienceOfRemoval(*found);
+  }
+  for (int level = 0; level < kLevelCount; ++level) {
+    Store& store = tree.store(level);
+    if (tree.isReadOnly(level) || !store.keepsChanges()) continue;
+    const bool isApplied = store.apply({RemoveSubtree{path}}, [&](const ForeignChanges& foreign) {
+      bringIn(tree, level, foreign);
+      ReadLock lock(tree.lock());
+      if (!parent.isAttached() || parent.child(name) != found) return false;
+      audience = audienceOfRemoval(*found);
+      return found->isKey() == isKey;
+    });
+    if (!isApplied) return {};
+  }
+  EntryPtr removed;
+  {
+    WriteLock lock(tree.lock());
+    removed = parent.takeChild(name);
+    removed->setRemoved();
+  }
+  // Before another writer can add an entry of that name, which would not be counted.
+  ReadLock lock(tree.lock());
+  countLeaving(*removed, parent);
+  return removed;
+}
+
+}  // namespace
+
+void removeEntry(Node& parent, const std::string& name, bool isKey) {
+  parent.tree().look();
+  Audience audience;
+  EntryPtr removed;
+  while (!removed) removed = tryRemoving(parent, name, isKey, audience);
   publishRemoved(parent.shared_from_this(), removed, audience);
 }
 

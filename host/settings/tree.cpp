@@ -1,12 +1,30 @@
 #include "host/settings/tree.h"
 
+#include "host/settings/entry.h"
+#include "host/settings/foreign_events.h"
 #include "host/settings/memory_store.h"
 
 namespace zlutil::settings::host {
 
+Tree::Tree(contextmgr::ZcrID context, Stores stores)
+    : context_(context), stores_(std::move(stores)) {}
+
+Tree::~Tree() {
+  if (foreignEvents_) foreignEvents_->stop();
+}
+
 TreePtr Tree::makeStandalone() {
   static const auto& memory = *new std::shared_ptr<Store>(std::make_shared<MemoryStore>());
   return TreePtr(new Tree(contextmgr::AnyZcrID, {memory, memory, memory, memory}));
+}
+
+void Tree::connect(const boost::weak_ptr<Entry>& root) {
+  root_ = root;
+  foreignEvents_ = std::make_shared<ForeignEvents>();
+}
+
+void Tree::lookAtStores() {
+  for (const std::shared_ptr<Store>& store : stores_) store->look();
 }
 
 }  // namespace zlutil::settings::host

@@ -13,6 +13,7 @@
 #include <array>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#include <boost/smart_ptr/weak_ptr.hpp>
 #include <memory>
 #include <string>
 
@@ -24,11 +25,15 @@
 
 namespace zlutil::settings::host {
 
+class Entry;
+class ForeignEvents;
+
 class Tree : public boost::intrusive_ref_counter<Tree> {
  public:
   using Stores = std::array<std::shared_ptr<Store>, kLevelCount>;
 
-  Tree(contextmgr::ZcrID context, Stores stores) : context_(context), stores_(std::move(stores)) {}
+  Tree(contextmgr::ZcrID context, Stores stores);
+  ~Tree();
 
   // A tree in memory only, with every level writable, which belongs to no context.
   static boost::intrusive_ptr<Tree> makeStandalone();
@@ -42,11 +47,34 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   Store& store(int level) const { return *stores_[level]; }
   bool isReadOnly(int level) const { return !store(level).readOnlyReason().empty(); }
 
+  // From now on changes by others come in below `root`. Once at most, before anyone else knows the
+  // tree.
+  void connect(const boost::weak_ptr<Entry>& root);
+  // Nobody will say when there are such changes. Before anyone else but stores knows the tree.
+  void setMustLook() { mustLook_ = true; }
+  // Empty when the tree is not connected, or its root is gone.
+  boost::shared_ptr<Entry> root() const { return root_.lock(); }
+  // What listeners are still to hear of changes by others; null when the tree is not connected.
+  ForeignEvents* foreignEvents() const { return foreignEvents_.get(); }
+
+  // To be called with no lock held before anything is read or changed: catches up with others where
+  // nothing else does it.
+  bool mustLook() const { return mustLook_; }
+  void look() {
+    if (mustLook_) lookAtStores();
+  }
+
  private:
+  void lookAtStores();
+
   const contextmgr::ZcrID context_;
   TreeLock lock_;
   WriterMutex writer_;
   const Stores stores_;
+  boost::weak_ptr<Entry> root_;  // constant after connect()
+  std::shared_ptr<ForeignEvents>
+      foreignEvents_;  // constant after connect(); shared with its thread
+  bool mustLook_ = false;
 };
 using TreePtr = boost::intrusive_ptr<Tree>;
 

@@ -26,7 +26,13 @@ static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
 #define JOURNAL_BYTES "1048576"
 constexpr std::int64_t kPruneEvery = 256;
 
-constexpr std::string_view kNode = "node", kKey = "key", kJava = "java", kScript = "script";
+// Added to the schema's first version, which says nothing against it.
+constexpr char kSetAside[] =
+    "CREATE TABLE IF NOT EXISTS set_aside(path TEXT, type TEXT, value NOT NULL,"
+    " PRIMARY KEY(path, type)) WITHOUT ROWID";
+
+constexpr std::string_view kNode = "node", kKey = "key", kType = "type", kJava = "java",
+                           kScript = "script";
 constexpr char kBadPath[] = "no entry can have this path";
 constexpr char kBadDefinition[] = "its definition is not understood";
 constexpr char kBadValue[] = "its value is not understood";
@@ -41,16 +47,17 @@ void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& co
 
 // Columns from `column` on: entry, type, validator, first, second. Nothing when they say nothing
 // that is known.
-std::optional<DefineEntry> definitionIn(const SqliteStatement& row, const std::string& path,
-                                        int column) {
+std::optional<Change> definitionIn(const SqliteStatement& row, const std::string& path,
+                                   int column) {
   const std::string_view entry = row.bytes(column);
-  if (entry != kNode && entry != kKey) return std::nullopt;
+  if (entry != kNode && entry != kKey && entry != kType) return std::nullopt;
   DefineEntry definition{path, entry == kKey, boostany::kNoValue, {}};
   if (!row.isNull(column + 1)) {
     const std::optional<int> kind = boostany::kindOfName(row.bytes(column + 1));
     if (!kind) return std::nullopt;
     definition.kind = *kind;
   }
+  if (entry == kType) return FixKind{path, definition.kind};
   if (row.isNull(column + 2)) return definition;
   const std::string_view validator = row.bytes(column + 2);
   const auto first = narrowFromColumn(row.bytes(column + 3), row.isBlob(column + 3));
@@ -92,6 +99,7 @@ struct SignOf {
   char operator()(const EraseValue&) const { return JournalEntry::kValue; }
   char operator()(const DefineEntry&) const { return JournalEntry::kDefine; }
   char operator()(const RemoveSubtree&) const { return JournalEntry::kRemove; }
+  char operator()(const FixKind&) const { return JournalEntry::kType; }
 };
 
 std::string lineOf(const JournalEntry& entry) { return static_cast<char>(entry.sign) + entry.path; }
@@ -103,10 +111,11 @@ const std::string& pathOf(const Change& change) {
 }  // namespace
 
 void UserDatabase::makeSchema(SqliteDatabase& database) {
-  if (database.number("PRAGMA user_version") != 0) return;
+  if (database.number("PRAGMA user_version") != 0) return database.execute(kSetAside);
   database.execute("BEGIN IMMEDIATE");
   try {
     database.execute(kSchema);
+    database.execute(kSetAside);
     database.execute("COMMIT");
   } catch (const SqliteError&) {
     sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -120,6 +129,9 @@ UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
       beginReading_(*database_, "BEGIN"),
       commit_(*database_, "COMMIT"),
       rollBack_(*database_, "ROLLBACK"),
+      setAside_(*database_,
+                "REPLACE INTO set_aside SELECT path, type, value FROM settings"
+                " WHERE path = ?1 AND type <> ?2"),
       putValue_(*database_,
                 "INSERT INTO settings(path, type, value) VALUES(?1, ?2, ?3) ON CONFLICT(path)"
                 " DO UPDATE SET type = excluded.type, value = excluded.value"),
@@ -130,6 +142,9 @@ UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
       define_(*database_,
               "REPLACE INTO definitions(path, entry, type, validator, first, second)"
               " VALUES(?1, ?2, ?3, ?4, ?5, ?6)"),
+      fixType_(*database_, "UPDATE definitions SET type = ?2 WHERE path = ?1 AND type IS NULL"),
+      addType_(*database_,
+               "INSERT OR IGNORE INTO definitions(path, entry, type) VALUES(?1, 'type', ?2)"),
       // What is below a path lies between the path with "." and with the next character, "/".
       removeDefinitions_(*database_,
                          "DELETE FROM definitions WHERE path = ?1"
@@ -212,8 +227,12 @@ void UserDatabase::put(const Change& change) {
 
 void UserDatabase::write(const PutValue& change) {
   const ColumnValue column = columnFromValue(change.value);
+  const std::string_view type = boostany::kindName(boostany::kindOfType(change.value.type()));
+  setAside_.bindText(1, change.path);
+  setAside_.bindText(2, type);
+  setAside_.run();
   putValue_.bindText(1, change.path);
-  putValue_.bindText(2, boostany::kindName(boostany::kindOfType(change.value.type())));
+  putValue_.bindText(2, type);
   bindColumn(putValue_, 3, column);
   putValue_.run();
 }
@@ -253,6 +272,15 @@ void UserDatabase::write(const DefineEntry& change) {
 void UserDatabase::write(const RemoveSubtree& change) {
   for (SqliteStatement* statement : {&removeDefinitions_, &removeValues_}) {
     statement->bindText(1, change.path);
+    statement->run();
+  }
+}
+
+void UserDatabase::write(const FixKind& change) {
+  // Only the second one does anything where a file defines the key, and only the first otherwise.
+  for (SqliteStatement* statement : {&fixType_, &addType_}) {
+    statement->bindText(1, change.path);
+    statement->bindText(2, boostany::kindName(change.kind));
     statement->run();
   }
 }
@@ -310,15 +338,18 @@ Changes UserDatabase::changesFor(const std::vector<JournalEntry>& entries, const
     if (last[lineOf(entries[at])] != at) continue;
     if (sign == JournalEntry::kRemove) {
       changes.push_back(RemoveSubtree{path});
-    } else if (sign == JournalEntry::kDefine) {
+    } else if (sign == JournalEntry::kDefine || sign == JournalEntry::kType) {
       findDefinition_.bindText(1, path);
       if (!findDefinition_.step()) continue;
-      std::optional<DefineEntry> definition = definitionIn(findDefinition_, path, 0);
+      std::optional<Change> definition = definitionIn(findDefinition_, path, 0);
       findDefinition_.reset();
-      if (definition) {
-        changes.push_back(std::move(*definition));
-      } else {
+      if (!definition) {
         report(path, kBadDefinition);
+      } else if (const auto* key = std::get_if<DefineEntry>(&*definition);
+                 key && sign == JournalEntry::kType) {
+        changes.push_back(FixKind{path, key->kind});
+      } else {
+        changes.push_back(std::move(*definition));
       }
     } else {
       findValue_.bindText(1, path);
@@ -336,14 +367,6 @@ Changes UserDatabase::changesFor(const std::vector<JournalEntry>& entries, const
     }
   }
   return changes;
-}
-
-int UserDatabase::storedKind(const std::string& path) {
-  findValue_.bindText(1, path);
-  if (!findValue_.step()) return boostany::kNoValue;
-  const int kind = boostany::kindOfName(findValue_.bytes(0)).value_or(boostany::kNoValue);
-  findValue_.reset();
-  return kind;
 }
 
 }  // namespace zlutil::settings::host

@@ -2,8 +2,13 @@
 // by one thread at a time. Every error is a SqliteError.
 //
 //   definitions  one row per entry added at run time: path, 'node' or 'key', the key's type, the
-//                validator: 'java' with its two strings, or 'script' with its text
+//                validator: 'java' with its two strings, or 'script' with its text. A key that a
+//                file defines without a type has a row 'type', which keeps the type of its first
+//                value
 //   settings     one row per value: path, type, value (see sqlite_value.h)
+//   set_aside    values of another type than the one that has replaced them, because a settings
+//   file
+//                has changed the type of the key: nothing reads them but people
 //   journal      one row per transaction: a number that grows by one, and a line per change: a sign
 //                and the path. Other processes learn from it what to read again. Old rows go.
 //
@@ -23,7 +28,7 @@ inline constexpr int kUserSchemaVersion = 1;
 
 // Changes that others have made, in the words of the journal.
 struct JournalEntry {
-  enum Sign : char { kValue = '=', kDefine = '+', kRemove = 'x' };
+  enum Sign : char { kValue = '=', kDefine = '+', kRemove = 'x', kType = ':' };
   Sign sign;
   std::string path;
 };
@@ -71,8 +76,6 @@ class UserDatabase {
                                          const std::vector<std::int64_t>& except);
   // What the tree has to do now because of such entries.
   Changes changesFor(const std::vector<JournalEntry>& entries, const Report& report);
-  // The kind of the value that is stored for the path; kNoValue when there is none.
-  int storedKind(const std::string& path);
 
   // A number that changes when, and only when, another connection has changed the database.
   std::int64_t dataVersion();
@@ -84,11 +87,12 @@ class UserDatabase {
   void write(const EraseValue& change);
   void write(const DefineEntry& change);
   void write(const RemoveSubtree& change);
+  void write(const FixKind& change);
   void prune(std::int64_t revision);
 
   const std::unique_ptr<SqliteDatabase> database_;
   SqliteStatement beginWriting_, beginReading_, commit_, rollBack_;
-  SqliteStatement putValue_, eraseValue_, keepType_, define_;
+  SqliteStatement setAside_, putValue_, eraseValue_, keepType_, define_, fixType_, addType_;
   SqliteStatement removeDefinitions_, removeValues_;
   SqliteStatement record_, prune_, lastRevision_, firstRevision_, journalAfter_;
   SqliteStatement findValue_, findDefinition_, dataVersion_;

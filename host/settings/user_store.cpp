@@ -2,15 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <unordered_set>
-
 #include "host/settings/file_name.h"
 #include "host/settings/foreign_changes.h"
 #include "host/settings/report.h"
-#include "host/settings/stored_difference.h"
-#include "host/settings/stored_value.h"
 #include "service/failures.h"
-#include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -37,50 +32,6 @@ class Transaction {
 
  private:
   UserDatabase& database_;
-};
-
-// Refuses one change after what others have done.
-class Conflict {
- public:
-  Conflict(UserDatabase& database, const std::vector<JournalEntry>& entries) : database_(database) {
-    for (const JournalEntry& entry : entries) {
-      auto& paths = entry.sign == JournalEntry::kRemove   ? removed_
-                    : entry.sign == JournalEntry::kDefine ? defined_
-                                                          : valued_;
-      paths.insert(entry.path);
-    }
-  }
-
-  void operator()(const PutValue& change) const {
-    checkRemoved(change.path);
-    if (!valued_.count(change.path)) return;
-    const int kind = database_.storedKind(change.path);
-    if (kind == boostany::kNoValue || kind == kindOfValue(change.value)) return;
-    refuse(change.path, "has been given another type");
-  }
-  void operator()(const DefineEntry& change) const {
-    checkRemoved(change.path);
-    if (defined_.count(change.path)) refuse(change.path, "has been added");
-  }
-  void operator()(const EraseValue& change) const { checkRemoved(change.path); }
-  void operator()(const RemoveSubtree&) const {}
-
- private:
-  void checkRemoved(const std::string& path) const {
-    if (removed_.empty()) return;
-    for (std::size_t end = path.find('.'); true; end = path.find('.', end + 1)) {
-      if (removed_.count(path.substr(0, end))) refuse(path, "has been removed");
-      if (end == std::string::npos) return;
-    }
-  }
-
-  [[noreturn]] static void refuse(const std::string& path, const char* what) {
-    throw SqliteError(SQLITE_CONSTRAINT,
-                      '"' + path + "\" " + what + " by another process meanwhile");
-  }
-
-  UserDatabase& database_;
-  std::unordered_set<std::string> removed_, defined_, valued_;
 };
 
 }  // namespace
@@ -110,8 +61,7 @@ void UserStore::close(const std::string& reason) {
 }
 
 void UserStore::readAll(Node& root, int level) {
-  level_ = level;
-  Changes contents;
+  ForeignChanges contents{{}, false, shownFileName(files_.database())};
   {
     base::MutexLock lock(mutex_);
     try {
@@ -119,50 +69,60 @@ void UserStore::readAll(Node& root, int level) {
       open();
       database_->beginReading();
       Transaction transaction(*database_);
-      contents = database_->readAll(reportLeftOut(files_));
+      contents.changes = database_->readAll(reportLeftOut(files_));
       seen_ = database_->lastRevision();
     } catch (const SqliteError& failure) {
       close(failure.what());
-      contents.clear();
-      const std::string name = shownFileName(files_.database());
-      report(name + ": settings cannot be stored: " + failure.what());
+      contents.changes.clear();
+      report(contents.holder + ": settings cannot be stored: " + failure.what());
       try {
-        contents = readWithoutWriting(files_, reportLeftOut(files_));
+        contents.changes = readWithoutWriting(files_, reportLeftOut(files_));
       } catch (const SqliteError& unreadable) {
-        report(name + ": stored settings cannot be read: " + unreadable.what());
+        report(contents.holder + ": stored settings cannot be read: " + unreadable.what());
       }
     }
   }
-  applyForeignChanges(root, level, [&contents](const Node&) { return std::move(contents); });
+  bringIn(root, level, contents);
 }
 
-void UserStore::apply(const Changes& changes) {
+bool UserStore::apply(const Changes& changes, const Receiver& receive) {
   base::MutexLock lock(mutex_);
   try {
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
-    std::int64_t revision = store(changes, true);
-    // Another process that took the database for damaged may have set it aside and read it before
-    // this commit. What it has restored gets the changes again; a second time they do no harm. Who
-    // sets it aside after this look finds the commit in it.
-    while (isReplaced()) {
-      close(kReplaced);
-      open();
-      revision = store(changes, false);
-    }
-    noteOwn(revision);
-    stamp_->note(revision);
+    return store(changes, receive);
   } catch (const SqliteError& failure) {
     throw Failure<StoreFailure>(shownFileName(files_.database()), std::string(failure.what()));
   }
 }
 
-std::int64_t UserStore::store(const Changes& changes, bool mayConflict) {
-  database_->beginWriting();
-  Transaction transaction(*database_);
-  if (mayConflict && database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size())) {
-    refuseConflicts(changes);
+bool UserStore::store(const Changes& changes, const Receiver& receive) {
+  std::int64_t revision;
+  {
+    database_->beginWriting();
+    Transaction transaction(*database_);
+    const bool isBehind =
+        mustCompare_ || database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size());
+    if (isBehind && !handOver(receive)) return false;
+    revision = store(changes);
   }
+  // Another process that took the database for damaged may have set it aside and read it before
+  // this commit. What it has restored gets the changes again; a second time they do no harm. Who
+  // sets it aside after this look finds the commit in it.
+  while (isReplaced()) {
+    close(kReplaced);
+    open();
+    database_->beginWriting();
+    Transaction transaction(*database_);
+    revision = store(changes);
+  }
+  noteOwn(revision);
+  stamp_->note(revision);
+  return true;
+}
+
+// Within a write transaction.
+std::int64_t UserStore::store(const Changes& changes) {
   for (const Change& change : changes) database_->put(change);
   const std::int64_t revision = database_->record(changes);
   try {
@@ -177,12 +137,37 @@ std::int64_t UserStore::store(const Changes& changes, bool mayConflict) {
   return revision;
 }
 
-void UserStore::refuseConflicts(const Changes& changes) {
-  if (mustCompare_ || database_->firstRevision() > seen_ + 1) {
-    throw SqliteError(SQLITE_CONSTRAINT, "it has changed and is being read again");
+// Within a transaction.
+bool UserStore::handOver(const Receiver& receive) {
+  const std::int64_t dataVersion = database_->dataVersion();
+  const std::int64_t last = database_->lastRevision();
+  ForeignChanges foreign{{}, false, shownFileName(files_.database())};
+  foreign.isEverything = mustCompare_ || last < seen_ || database_->firstRevision() > seen_ + 1;
+  foreign.changes =
+      foreign.isEverything
+          ? database_->readAll(reportLeftOut(files_))
+          : database_->changesFor(database_->journalAfter(seen_, own_), reportLeftOut(files_));
+  // What throws may have brought in a part of the changes only.
+  mustCompare_ = true;
+  const bool isWelcome = receive(foreign);
+  mustCompare_ = false;
+  dataVersion_ = dataVersion;
+  seen_ = last;
+  own_.clear();
+  return isWelcome;
+}
+
+void UserStore::catchUp(const Receiver& receive) {
+  base::MutexLock lock(mutex_);
+  if (!database_) return;
+  try {
+    database_->beginReading();
+    Transaction transaction(*database_);
+    handOver(receive);
+  } catch (const SqliteError& failure) {
+    report(shownFileName(files_.database()) +
+           ": changes by other processes cannot be read: " + failure.what());
   }
-  const Conflict conflict(*database_, database_->journalAfter(seen_, own_));
-  for (const Change& change : changes) std::visit(conflict, change);
 }
 
 void UserStore::noteOwn(std::int64_t revision) {
@@ -232,11 +217,10 @@ void UserStore::checkForReplacement() {
   if (database_ && isReplaced()) close(kReplaced);
 }
 
-void UserStore::watch(const Watcher& watcher) {
-  // Copies, because the watcher may let go of the last reference to this store.
-  const auto source = [this](const Node& root) { return changesByOthers(root); };
-  bool isFirst = true, wasCutShort = false;
-  watch_ = std::make_unique<StampWatch>(files_.stamp(), [=]() mutable {
+bool UserStore::watch(const Watcher& watcher) {
+  watcher_ = watcher;
+  bool isFirst = true;
+  watch_ = std::make_unique<StampWatch>(files_.stamp(), [this, isFirst]() mutable {
     if (std::exchange(isFirst, false)) {
       try {
         backUpDaily(files_);
@@ -247,20 +231,32 @@ void UserStore::watch(const Watcher& watcher) {
         }
       }
     }
-    if (!needsLook(wasCutShort)) return;
-    // A watcher that throws may have brought in a part of the changes only.
-    wasCutShort = true;
-    watcher(source);
-    wasCutShort = false;
+    look();
   });
+  return watch_->isRunning();
 }
 
-bool UserStore::needsLook(bool afterCutShort) {
+void UserStore::look() {
+  if (!needsCatchingUp()) return;
+  // A copy, because the watcher may let go of the last reference to this store.
+  const Watcher watcher = watcher_;
+  watcher();
+}
+
+// Once a second at most: it takes long where it fails.
+bool UserStore::isTimeToOpen() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - triedToOpen_ < std::chrono::milliseconds(900)) return false;
+  triedToOpen_ = now;
+  return true;
+}
+
+bool UserStore::needsCatchingUp() {
   base::MutexLock lock(mutex_);
-  if (afterCutShort) mustCompare_ = true;
   checkForReplacement();
   try {
     if (!database_) {
+      if (!isTimeToOpen()) return false;
       // A directory that has been there and is gone may be on a file system that is not mounted at
       // the moment: it is waited for, and not made anew in a wrong place.
       if (inode_ == 0) files_.makeDirectory();
@@ -272,32 +268,6 @@ bool UserStore::needsLook(bool afterCutShort) {
   } catch (const SqliteError& failure) {
     if (!database_) reason_ = failure.what();
     return false;
-  }
-}
-
-Changes UserStore::changesByOthers(const Node& root) {
-  base::MutexLock lock(mutex_);
-  if (!database_) return {};
-  try {
-    const std::int64_t dataVersion = database_->dataVersion();
-    database_->beginReading();
-    Transaction transaction(*database_);
-    const std::int64_t last = database_->lastRevision();
-    Changes changes;
-    if (mustCompare_ || last < seen_ || database_->firstRevision() > seen_ + 1) {
-      changes = differenceFrom(root, level_, database_->readAll(reportLeftOut(files_)));
-    } else {
-      changes = database_->changesFor(database_->journalAfter(seen_, own_), reportLeftOut(files_));
-    }
-    dataVersion_ = dataVersion;
-    seen_ = last;
-    own_.clear();
-    mustCompare_ = false;
-    return changes;
-  } catch (const SqliteError& failure) {
-    report(shownFileName(files_.database()) +
-           ": changes by other processes cannot be read: " + failure.what());
-    return {};
   }
 }
 

@@ -4,16 +4,14 @@
 // A thread of the store's notices what other processes have committed, by a stamp file that every
 // commit writes to and, as the net under it, by asking the database once a second. It also opens
 // the database when that was not possible before, or when the file has been replaced, and makes the
-// daily backup. Where the process can have no further thread, nothing of that is done, and the rest
-// works. A process that forks must not use its settings in the child.
+// daily backup. Where the process can have no further thread, look() does all of that but backups.
+// A process that forks must not use its settings in the child.
 //
 // Where the database cannot be opened, readAll() still gives what can be read, and apply() throws
-// StoreFailure with the path and the system's reason. It also refuses a change which another
-// process has made impossible and this one has not heard of yet: of an entry that is removed, or a
-// value of another type than the one that the key has got meanwhile.
+// StoreFailure with the path and the system's reason.
 #pragma once
 
-#include <optional>
+#include <chrono>
 
 #include "base/mutex.h"
 #include "base/thread_annotations.h"
@@ -29,29 +27,32 @@ class UserStore final : public Store {
   ~UserStore() override;
 
   void readAll(Node& root, int level) override;
-  void apply(const Changes& changes) override;
+  bool apply(const Changes& changes, const Receiver& receive) override;
+  void catchUp(const Receiver& receive) override;
   bool keepsChanges() const override { return true; }
   bool isCurrent() override;
   const std::string& readOnlyReason() const override { return writable_; }
-  void watch(const Watcher& watcher) override;
+  bool watch(const Watcher& watcher) override;
+  void look() override;
 
  private:
   void open() REQUIRES(mutex_);
   void close(const std::string& reason) REQUIRES(mutex_);
   bool isReplaced() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
-  std::int64_t store(const Changes& changes, bool mayConflict) REQUIRES(mutex_);
-  void refuseConflicts(const Changes& changes) REQUIRES(mutex_);
+  bool store(const Changes& changes, const Receiver& receive) REQUIRES(mutex_);
+  std::int64_t store(const Changes& changes) REQUIRES(mutex_);
+  bool handOver(const Receiver& receive) REQUIRES(mutex_);
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
   void overwriteFailedCommit() REQUIRES(mutex_);
   bool hasForeignChanges() REQUIRES(mutex_);
-  bool needsLook(bool afterCutShort);
-  Changes changesByOthers(const Node& root);
+  bool isTimeToOpen() REQUIRES(mutex_);
+  bool needsCatchingUp();
 
   const UserStoreOptions options_;
   const UserStoreFiles files_;
   const std::string writable_;
-  int level_ = 0;  // constant after readAll()
+  Watcher watcher_;  // constant after watch()
 
   base::Mutex mutex_;
   std::unique_ptr<UserDatabase> database_ GUARDED_BY(mutex_);  // null while it cannot be opened
@@ -62,7 +63,8 @@ class UserStore final : public Store {
   std::int64_t seen_ GUARDED_BY(mutex_) = 0;
   std::vector<std::int64_t> own_ GUARDED_BY(mutex_);
   std::int64_t dataVersion_ GUARDED_BY(mutex_) = 0;
-  bool mustCompare_ GUARDED_BY(mutex_) = false;   // the tree with everything that is stored
+  bool mustCompare_ GUARDED_BY(mutex_) = false;  // the tree with everything that is stored
+  std::chrono::steady_clock::time_point triedToOpen_ GUARDED_BY(mutex_);
   bool commitFailed_ GUARDED_BY(mutex_) = false;  // and may still be in the log
 
   std::unique_ptr<StampWatch> watch_;  // last: its thread uses the rest

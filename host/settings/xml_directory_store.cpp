@@ -53,7 +53,7 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   }
 }
 
-void XmlDirectoryStore::apply(const Changes&) {
+bool XmlDirectoryStore::apply(const Changes&, const Receiver&) {
   throw Failure<KORVEN::settings::core::StoreFailure>(shownFileName(directory_), readOnlyReason_);
 }
 

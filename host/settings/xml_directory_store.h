@@ -14,12 +14,14 @@ class XmlDirectoryStore final : public Store {
   explicit XmlDirectoryStore(const std::string& directory);
 
   void readAll(Node& root, int level) override;
-  void apply(const Changes& changes) override;
+  bool apply(const Changes& changes, const Receiver& receive) override;
+  void catchUp(const Receiver&) override {}
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
   // The files are read once; they are not watched.
-  void watch(const Watcher&) override {}
+  bool watch(const Watcher&) override { return true; }
+  void look() override {}
 
  private:
   const std::string directory_;

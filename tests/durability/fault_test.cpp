@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <thread>
 
+#include "host/settings/foreign_changes.h"
 #include "host/settings/user_store_recovery.h"
 #include "tests/durability/failing_system.h"
 #include "tests/support/temporary_directory.h"
@@ -111,7 +112,7 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
     const std::string said = testing::internal::GetCapturedStderr();
     ASSERT_EQ(contentsOf(root), "k key\nk = int 1\n") << "call " << n << ": " << said;
     try {
-      store->apply({PutValue{"k", 2}});
+      store->apply({PutValue{"k", 2}}, hearNothing());
     } catch (const Failure<StoreFailure>& failure) {
       ++unopened;
       const std::string prefix = "Cannot write " + user + "/settings-1.db: ";
@@ -230,7 +231,7 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   pthread_sigmask(SIG_SETMASK, nullptr, &before);
   testing::internal::CaptureStderr();
   failOn(1, EAGAIN);
-  store->watch([](const Store::Source&) { ADD_FAILURE() << "nothing can call"; });
+  EXPECT_FALSE(store->watch([] { ADD_FAILURE() << "nothing can call"; }));
   EXPECT_TRUE(hasCome());
   failOn(0, 0);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("settings-1.stamp is not watched: "),
@@ -239,8 +240,27 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   for (int signal = 1; signal < NSIG; ++signal) {
     EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal)) << signal;
   }
-  store->apply({DefineEntry{"k", true, 0, {}}});
+  store->apply({DefineEntry{"k", true, 0, {}}}, hearNothing());
   EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
+}
+
+TEST(ThreadLimitTest, WhereNoThreadCanStartReadingBringsInAndTellsWhatOthersChange) {
+  const TemporaryDirectory directory;
+  const NodePtr other = openTree(storeIn(directory.path()));
+  addKey(other, "k");
+  const NodePtr root = openUnwatched(storeIn(directory.path()));
+  testing::internal::CaptureStderr();
+  failOn(1, EAGAIN);
+  EXPECT_FALSE(root->tree().store(kUser).watch([&] { catchUp(root->tree(), kUser); }));
+  testing::internal::GetCapturedStderr();
+  root->tree().setMustLook();
+  Listener listener(root);
+  other->setAny("k", 1, "user");
+  failOn(1, EAGAIN);
+  EXPECT_EQ(intAt(root, "k"), 1);
+  EXPECT_TRUE(hasCome()) << "nobody tried to start the thread that tells";
+  failOn(0, 0);
+  EXPECT_EQ(listener.heard, Names{"changed k"});
 }
 
 // One process changes a key while another one restores the store.
@@ -249,14 +269,14 @@ class RestoringTest : public testing::Test {
   RestoringTest() : store_(options_) {
     store_.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
                    kUser);
-    store_.apply({DefineEntry{"k", true, 0, {}}});
+    store_.apply({DefineEntry{"k", true, 0, {}}}, hearNothing());
     testing::internal::CaptureStderr();
   }
   ~RestoringTest() override { testing::internal::GetCapturedStderr(); }
 
   void change(int value) {
     try {
-      store_.apply({PutValue{"k", value}});
+      store_.apply({PutValue{"k", value}}, hearNothing());
       acknowledged_ = "k = int " + std::to_string(value) + "\n";
     } catch (const Failure<StoreFailure>&) {
     }

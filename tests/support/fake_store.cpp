@@ -16,6 +16,10 @@ struct ApplyTo {
   void operator()(const DefineEntry& change) const {
     record.entries.insert_or_assign(change.path, change);
   }
+  void operator()(const FixKind& change) const {
+    const auto entry = record.entries.find(change.path);
+    if (entry != record.entries.end()) entry->second.kind = change.kind;
+  }
   void operator()(const RemoveSubtree& change) const {
     erase(record.values, change.path);
     erase(record.entries, change.path);
@@ -33,20 +37,36 @@ struct ApplyTo {
 }  // namespace
 
 void FakeStore::readAll(Node& root, int level) {
-  Changes contents;  // in path order, so parents come before children
-  for (const auto& entry : record_->entries) contents.push_back(entry.second);
-  for (const auto& value : record_->values) contents.push_back(PutValue{value.first, value.second});
-  applyForeignChanges(root, level, [&](const Node&) { return contents; });
+  ForeignChanges contents;  // in path order, so parents come before children
+  for (const auto& entry : record_->entries) contents.changes.push_back(entry.second);
+  for (const auto& value : record_->values)
+    contents.changes.push_back(PutValue{value.first, value.second});
+  bringIn(root, level, contents);
 }
 
-void FakeStore::apply(const Changes& changes) {
+void FakeStore::changeFromOutside(const Changes& changes, bool unnoticed) {
+  foreign_.changes.insert(foreign_.changes.end(), changes.begin(), changes.end());
+  if (!unnoticed) watcher_();
+}
+
+void FakeStore::catchUp(const Receiver& receive) {
+  ForeignChanges foreign{{}, false, foreign_.holder};
+  foreign.changes.swap(foreign_.changes);
+  receive(foreign);
+}
+
+bool FakeStore::apply(const Changes& changes, const Receiver& receive) {
   if (!readOnlyReason_.empty() || --failIn_ == 0) {
     throw zlutil::settings::Failure<KORVEN::settings::core::StoreFailure>(
         std::string("the fake store"),
         readOnlyReason_.empty() ? std::string("the disk is full") : readOnlyReason_);
   }
+  bool isWelcome = true;
+  if (!isCurrent()) catchUp([&](const auto& foreign) { return isWelcome = receive(foreign); });
+  if (!isWelcome) return false;
   ++record_->applied;
   for (const Change& change : changes) std::visit(ApplyTo{*record_}, change);
+  return true;
 }
 
 }  // namespace test

@@ -25,22 +25,32 @@ class FakeStore final : public zlutil::settings::host::Store {
   // The n-th apply() from now on fails; 1 is the next one.
   void failOn(int n) { failIn_ = n; }
 
-  // Tells the tree of changes by others.
-  void changeFromOutside(const zlutil::settings::host::Changes& changes) {
-    watcher_([&](const zlutil::settings::host::Node&) { return changes; });
-  }
+  // Has others change what the store holds. The tree is told at once, as by the store's thread, or,
+  // `unnoticed`, hears of it with the next apply() or look().
+  void changeFromOutside(const zlutil::settings::host::Changes& changes, bool unnoticed = false);
+  // From the next watch() on there is no thread.
+  void goUnwatched() { isWatched_ = false; }
 
   void readAll(zlutil::settings::host::Node& root, int level) override;
-  void apply(const zlutil::settings::host::Changes& changes) override;
+  bool apply(const zlutil::settings::host::Changes& changes, const Receiver& receive) override;
+  void catchUp(const Receiver& receive) override;
   bool keepsChanges() const override { return true; }
-  bool isCurrent() override { return true; }
+  bool isCurrent() override { return foreign_.changes.empty(); }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
-  void watch(const Watcher& watcher) override { watcher_ = watcher; }
+  bool watch(const Watcher& watcher) override {
+    watcher_ = watcher;
+    return isWatched_;
+  }
+  void look() override {
+    if (!isCurrent()) watcher_();
+  }
 
  private:
   const std::shared_ptr<Record> record_;
   const std::string readOnlyReason_;
   int failIn_ = 0;
+  bool isWatched_ = true;
+  zlutil::settings::host::ForeignChanges foreign_{{}, false, "the fake store"};
   Watcher watcher_;
 };
 

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <boost/any.hpp>
 #include <boost/optional/optional_io.hpp>
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "service/events.h"
@@ -75,23 +78,39 @@ class Listener {
  public:
   explicit Listener(const SettingsPtr& entry)
       : changed_(entry->addListener<zlutil::settings::SettingsValueChangeEvent>(
-            [this](const auto& event) {
-              heard.push_back("changed " + event.getObj()->getName());
-            })),
+            [this](const auto& event) { hear("changed " + event.getObj()->getName()); })),
         added_(
             entry->addListener<zlutil::settings::SettingsAddNodeEvent>([this](const auto& event) {
-              heard.push_back("added " + event.getObj()->getName() + " to " +
-                              event.getParentObj()->getName());
+              hear("added " + event.getObj()->getName() + " to " + event.getParentObj()->getName());
             })),
         removed_(entry->addListener<zlutil::settings::SettingsRemoveNodeEvent>(
             [this](const auto& event) {
-              heard.push_back("removed " + event.getObj()->getName() + " from " +
-                              event.getParentObj()->getName());
+              hear("removed " + event.getObj()->getName() + " from " +
+                   event.getParentObj()->getName());
             })) {}
+
+  // What comes from a thread of the service: waits until there is so much of it.
+  const Names& waitFor(std::size_t events) const {
+    for (int wait = 0; wait < 5000 && count_ < events; ++wait) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return heard;
+  }
+
+  void clear() {
+    heard.clear();
+    count_ = 0;
+  }
 
   Names heard;
 
  private:
+  void hear(const std::string& event) {
+    heard.push_back(event);
+    ++count_;
+  }
+
+  std::atomic<std::size_t> count_{0};
   const zlutil::eventmgr::ScopedConnection changed_;
   const zlutil::eventmgr::ScopedConnection added_;
   const zlutil::eventmgr::ScopedConnection removed_;

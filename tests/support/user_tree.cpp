@@ -22,6 +22,7 @@ struct Line {
   }
   std::string operator()(const EraseValue&) const { return {}; }
   std::string operator()(const RemoveSubtree&) const { return {}; }
+  std::string operator()(const FixKind&) const { return {}; }
 };
 
 }  // namespace

@@ -37,6 +37,25 @@ inline zlutil::settings::host::NodePtr openTree(
   return treeOver(std::make_shared<zlutil::settings::host::UserStore>(options), factory);
 }
 
+// The root of a tree that finds what others have changed only when it changes something itself.
+inline zlutil::settings::host::NodePtr openUnwatched(
+    const zlutil::settings::host::UserStoreOptions& options) {
+  using namespace zlutil::settings::host;
+  const auto memory = std::make_shared<MemoryStore>();
+  const auto store = std::make_shared<UserStore>(options);
+  const TreePtr tree(
+      new Tree(zlutil::contextmgr::BlessedZcrID, Tree::Stores{memory, store, memory, memory}));
+  const auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
+  store->readAll(*root, kUser);
+  tree->connect(root);
+  return root;
+}
+
+// For who has a store without a tree.
+inline zlutil::settings::host::Store::Receiver hearNothing() {
+  return [](const auto&) { return true; };
+}
+
 // Everything that the tree has at the user level, one change per line: what a tree opened later
 // must have too.
 std::string contentsOf(const zlutil::settings::host::NodePtr& root);

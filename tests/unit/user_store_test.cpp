@@ -140,67 +140,6 @@ TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
   EXPECT_EQ(contentsOf(open()), "k key\nk = int 3\n");
 }
 
-TEST_F(UserStoreTest, AChangeThatAnotherProcessHasMadeImpossibleIsRefused) {
-  // The other process's tree is one that has heard of nothing since it was opened.
-  const NodePtr root = open();
-  addNode(root, "n");
-  addKey(root->getChild("n"), "k");
-  addKey(root, "untyped");
-  UserStore behind(storeIn(directory.path()));
-  const TreePtr tree = Tree::makeStandalone();
-  behind.readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
-  root->setAny("untyped", std::string("text"), "user");
-  root->removeNode("n");
-  addKey(root, "new");
-  const std::string before = contentsOf(open());
-  const Change impossible[] = {PutValue{"n.k", 1}, DefineEntry{"n.other", true, 0, {}},
-                               EraseValue{"n.k"}, PutValue{"untyped", 1},
-                               DefineEntry{"new", false, 0, {}}};
-  for (const Change& change : impossible) {
-    EXPECT_NE(messageOf<StoreFailure>([&] { behind.apply({change}); }).find("another process"),
-              std::string::npos);
-  }
-  EXPECT_EQ(contentsOf(open()), before);
-  behind.apply({PutValue{"untyped", std::string("other")}, RemoveSubtree{"n"}});
-  EXPECT_TRUE(eventually(
-      [&] { return boost::any_cast<std::string>(root->getValue("untyped", "")) == "other"; }));
-  // When the journal no longer says what the others have done, it might be anything.
-  shell()->execute("DELETE FROM journal WHERE revision < (SELECT max(revision) FROM journal)");
-  EXPECT_NE(messageOf<StoreFailure>([&] {
-              behind.apply({PutValue{"untyped", std::string("x")}});
-            }).find("being read again"),
-            std::string::npos);
-}
-
-TEST_F(UserStoreTest, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
-  const NodePtr root = open();
-  const SettingsPtr one = addKey(root, "one"), two = addKey(root, "two");
-  setAll(root, {{one, 1}, {two, 1}}, "user");
-  // A tree that is told of nothing: it reads the store, and does not watch it.
-  const auto memory = std::make_shared<MemoryStore>();
-  const auto store = std::make_shared<UserStore>(storeIn(directory.path()));
-  const TreePtr tree(
-      new Tree(zlutil::contextmgr::BlessedZcrID, Tree::Stores{memory, store, memory, memory}));
-  const auto behind = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
-  store->readAll(*behind, kUser);
-  const Listener listener(behind);
-  const std::string stored = contentsOf(behind);
-  behind->setAny("one", 1, "user");
-  EXPECT_EQ(shell()->number("SELECT max(revision) FROM journal"), 3) << "nothing had to be stored";
-  for (const bool inCommit : {false, true}) {
-    setAll(root, {{one, 2}, {two, 2}}, "user");
-    behind->setAny("one", 1, "user");
-    if (inCommit) {
-      EXPECT_EQ(setAll(behind, {{behind->getChild("two"), 1}}, "user"), SettingsProblems());
-    } else {
-      behind->setAny("two", 1, "user");
-    }
-    EXPECT_EQ(contentsOf(open()), stored);
-    EXPECT_TRUE(eventually([&] { return contentsOf(root) == stored; }));
-  }
-  EXPECT_EQ(listener.heard, Names()) << "for this tree nothing has changed";
-}
-
 TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBack) {
   const std::string user = directory.file("user"), away = directory.file("away");
   const NodePtr root = openTree(storeIn(user));
@@ -225,11 +164,11 @@ TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
   store.readAll(*behind, kUser);
   std::atomic<int> looks{0};
   testing::internal::CaptureStderr();
-  store.watch([&](const Store::Source& source) {
-    applyForeignChanges(*behind, kUser, [&](const Node& node) {
-      Changes changes = source(node);
+  store.watch([&] {
+    store.catchUp([&](const ForeignChanges& foreign) {
       if (++looks == 1) throw std::bad_alloc();
-      return changes;
+      bringIn(*behind, kUser, foreign);
+      return true;
     });
   });
   addKey(root, "k");

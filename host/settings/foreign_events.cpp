@@ -1,0 +1,139 @@
+#include "host/settings/foreign_events.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <system_error>
+#include <thread>
+
+#include "host/settings/signals_blocked.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+void publish(const ForeignEvent& event) noexcept {
+  try {
+    switch (event.kind) {
+      case ForeignEvent::kAdded:
+        return publishAdded(event.parent, event.entry, event.audience);
+      case ForeignEvent::kRemoved:
+        return publishRemoved(event.parent, event.entry, event.audience);
+      case ForeignEvent::kChanged:
+        return publishChanged(event.entry, event.audience);
+    }
+  } catch (const std::exception& failure) {
+    // Listeners' own exceptions do not come here; what does is that there was no memory.
+    std::fprintf(stderr, "an event of a change by another process is lost: %s\n", failure.what());
+  }
+}
+
+// Calls `visit` for the entry and all below it.
+template <class Visit>
+void forAll(const Entry& entry, const Visit& visit) {
+  visit(entry);
+  if (entry.isKey()) return;
+  for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+    forAll(*child, visit);
+  }
+}
+
+}  // namespace
+
+void ForeignEvents::note(std::vector<ForeignEvent> events) {
+  Events dropped;  // entries may die with it: with no lock held
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (ForeignEvent& event : events) {
+    if (!event.audience.empty()) add(std::move(event), dropped);
+  }
+}
+
+void ForeignEvents::add(ForeignEvent event, Events& dropped) {
+  const Entry* const entry = event.entry.get();
+  if (event.kind == ForeignEvent::kChanged) {
+    const auto earlier = changed_.find(entry);
+    if (earlier != changed_.end()) {
+      earlier->second->audience = std::move(event.audience);
+      return;
+    }
+  } else if (event.kind == ForeignEvent::kRemoved && added_.count(entry) != 0 &&
+             !takeBack(*entry, event.audience, dropped)) {
+    return;
+  }
+  const auto at = events_.insert(events_.end(), std::move(event));
+  if (at->kind == ForeignEvent::kAdded) added_.emplace(entry, at);
+  if (at->kind == ForeignEvent::kChanged) changed_.emplace(entry, at);
+}
+
+// Drops what was to be told of the entry and all below it, and leaves of the audience of its
+// removal who listens there; false when nobody does.
+bool ForeignEvents::takeBack(const Entry& entry, Audience& audience, Events& dropped) {
+  Audience own;
+  forAll(entry, [&](const Entry& at) {
+    for (auto* const places : {&added_, &changed_}) {
+      const auto found = places->find(&at);
+      if (found == places->end()) continue;
+      dropped.splice(dropped.end(), events_, found->second);
+      places->erase(found);
+    }
+    if (std::find(audience.begin(), audience.end(), at.getID()) != audience.end()) {
+      own.push_back(at.getID());
+    }
+  });
+  audience = std::move(own);
+  return !audience.empty();
+}
+
+void ForeignEvents::tell() noexcept {
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (events_.empty() || isPublishing_) return;
+  if (hasThread()) {
+    wake_.notify_one();
+  } else {
+    publishAll(lock);
+  }
+}
+
+// Starts the thread where it does not run yet; false when that is not possible.
+bool ForeignEvents::hasThread() {
+  if (hasThread_) return true;
+  try {
+    const SignalsBlocked blocked;
+    std::thread([self = shared_from_this()] { self->runThread(); }).detach();
+    hasThread_ = true;
+  } catch (const std::system_error&) {
+    // The next events may have one.
+  } catch (const std::bad_alloc&) {
+  }
+  return hasThread_;
+}
+
+void ForeignEvents::runThread() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (true) {
+    wake_.wait(lock, [this] { return isStopped_ || !events_.empty(); });
+    if (isStopped_) return;
+    publishAll(lock);
+  }
+}
+
+void ForeignEvents::publishAll(std::unique_lock<std::mutex>& lock) {
+  isPublishing_ = true;
+  while (!events_.empty()) {
+    Events next;
+    next.splice(next.end(), events_, events_.begin());
+    if (next.front().kind == ForeignEvent::kAdded) added_.erase(next.front().entry.get());
+    if (next.front().kind == ForeignEvent::kChanged) changed_.erase(next.front().entry.get());
+    lock.unlock();
+    publish(next.front());
+    next.clear();
+    lock.lock();
+  }
+  isPublishing_ = false;
+}
+
+void ForeignEvents::stop() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  isStopped_ = true;
+  wake_.notify_one();
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,77 @@
+// What listeners are still to hear of changes that others have made. A thread of its own tells
+// them, in the order of the changes, so that a listener that takes its time keeps neither the tree
+// from what others change nor this process from changing the tree itself. Meanwhile several changes
+// of a key become one event, and what was added and is gone again before anybody was told of it
+// none: so there is never more to tell than the tree has entries.
+//
+// The thread begins with the first event. Where the process can have no further thread, whoever has
+// brought the changes in tells of them. Any thread.
+#pragma once
+
+#include <condition_variable>
+#include <list>
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+#include "host/settings/publication.h"
+
+namespace zlutil::settings::host {
+
+struct ForeignEvent {
+  enum Kind { kAdded, kRemoved, kChanged };
+  Kind kind;
+  NodePtr parent;  // null for a change
+  EntryPtr entry;
+  Audience audience;
+};
+
+class ForeignEvents : public std::enable_shared_from_this<ForeignEvents> {
+ public:
+  // In the order of the changes; what nobody hears is not kept. The caller holds the tree's
+  // writer(), and not its lock().
+  void note(std::vector<ForeignEvent> events);
+
+  // Has the noted events told. With no lock held; does not wait for the listeners, where there is a
+  // thread.
+  void tell() noexcept;
+
+  // Ends the thread. Nothing is noted after that.
+  void stop();
+
+ private:
+  using Events = std::list<ForeignEvent>;
+
+  void add(ForeignEvent event, Events& dropped);
+  bool takeBack(const Entry& entry, Audience& audience, Events& dropped);
+  bool hasThread();
+  void runThread();
+  void publishAll(std::unique_lock<std::mutex>& lock);
+
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  // The rest is guarded by mutex_.
+  Events events_;
+  // Where the additions and the changes stand among them.
+  std::unordered_map<const Entry*, Events::iterator> added_, changed_;
+  bool hasThread_ = false;
+  bool isPublishing_ = false;  // somebody is, and takes what comes meanwhile
+  bool isStopped_ = false;
+};
+
+// Ends with telling of what others have changed. The first object of an operation that may bring
+// such changes in, so that no lock is held any more.
+class TellOfOthers {
+ public:
+  explicit TellOfOthers(const Tree& tree) : events_(tree.foreignEvents()) {}
+  ~TellOfOthers() {
+    if (events_) events_->tell();
+  }
+  TellOfOthers(const TellOfOthers&) = delete;
+  TellOfOthers& operator=(const TellOfOthers&) = delete;
+
+ private:
+  ForeignEvents* const events_;
+};
+
+}  // namespace zlutil::settings::host
