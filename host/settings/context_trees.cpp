@@ -1,15 +1,18 @@
 #include "host/settings/context_trees.h"
 
 #include <boost/make_shared.hpp>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <optional>
 
 #include "base/mutex.h"
 #include "host/settings/file_name.h"
 #include "host/settings/fill_from_stores.h"
 #include "host/settings/memory_store.h"
+#include "host/settings/report.h"
 #include "host/settings/user_store.h"
 #include "host/settings/xml_directory_store.h"
 #include "service/z_settings.h"
@@ -39,12 +42,24 @@ contextmgr::ZcrID contextMeantBy(contextmgr::ZcrID context) {
   return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
 }
 
+// SETTINGS_LOCK_WAIT; nothing when it is not set, or says no number of milliseconds.
+std::optional<int> lockWaitFromEnvironment() {
+  const char* const text = std::getenv("SETTINGS_LOCK_WAIT");
+  if (!text || !*text) return std::nullopt;
+  int milliseconds = -1;
+  const char* const end = text + std::strlen(text);
+  const auto [at, error] = std::from_chars(text, end, milliseconds);
+  if (error == std::errc() && at == end && milliseconds >= 0) return milliseconds;
+  report("SETTINGS_LOCK_WAIT is \"" + shownFileName(text) +
+         "\", which is no number of milliseconds. The usual time is taken.");
+  return std::nullopt;
+}
+
 // Without a directory the user level is in memory only.
 std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
   if (directories.user.empty()) return std::make_shared<MemoryStore>();
-  const char* const durability = std::getenv("SETTINGS_DURABILITY");
   UserStoreOptions options{directories.user, context.value()};
-  options.relaxed = durability && std::strcmp(durability, "relaxed") == 0;
+  if (const std::optional<int> wait = lockWaitFromEnvironment()) options.lockWait = *wait;
   return std::make_shared<UserStore>(options);
 }
 

@@ -10,13 +10,15 @@ namespace {
 
 constexpr auto kLockPoll = std::chrono::microseconds(200);
 
-std::string reasonOf(sqlite3* handle, int code) {
+std::string reasonOf(sqlite3* handle, int code, std::chrono::milliseconds waited) {
   switch (code & 0xFF) {
     case SQLITE_FULL:
       return systemText(ENOSPC);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      return "another process keeps it locked";
+      return lockedText(waited);
+    case SQLITE_TOOBIG:
+      return "a value is larger than the 1,000,000,000 bytes that it can hold";
     case SQLITE_IOERR:
     case SQLITE_CANTOPEN:
     case SQLITE_READONLY:
@@ -30,13 +32,18 @@ std::string reasonOf(sqlite3* handle, int code) {
 
 }  // namespace
 
-SqliteDatabase::SqliteDatabase(const std::string& name, int flags, int busyTimeout)
-    : busyTimeout_(busyTimeout) {
+std::string lockedText(std::chrono::milliseconds waited) {
+  return "another process has kept it locked for " + std::to_string(waited.count()) +
+         " ms (SETTINGS_LOCK_WAIT says how long is waited)";
+}
+
+SqliteDatabase::SqliteDatabase(const std::string& name, int flags, int lockWait)
+    : lockWait_(lockWait) {
   const int code = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   if (code != SQLITE_OK) {
-    const SqliteError error(code, reasonOf(handle_, code));
+    const SqliteError failure = error(code);
     sqlite3_close(handle_);
-    throw error;
+    throw failure;
   }
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_busy_handler(handle_, &SqliteDatabase::waitForLock, this);
@@ -50,12 +57,17 @@ SqliteDatabase::~SqliteDatabase() { sqlite3_close(handle_); }
 // SQLite's own way of waiting sleeps for up to 100 ms at a time, while others take the lock again
 // and again.
 int SqliteDatabase::waitForLock(void* self, int times) {
-  if (times * kLockPoll >= static_cast<SqliteDatabase*>(self)->busyTimeout_) return 0;
+  auto& database = *static_cast<SqliteDatabase*>(self);
+  const auto now = std::chrono::steady_clock::now();
+  if (times == 0) database.waitingUntil_ = now + database.lockWait_;
+  if (now >= database.waitingUntil_) return 0;
   std::this_thread::sleep_for(kLockPoll);
   return 1;
 }
 
-void SqliteDatabase::fail(int code) const { throw SqliteError(code, reasonOf(handle_, code)); }
+SqliteError SqliteDatabase::error(int code) const {
+  return SqliteError(code, reasonOf(handle_, code, lockWait_));
+}
 
 void SqliteDatabase::execute(const char* sql) {
   const int code = sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr);
@@ -69,6 +81,14 @@ std::int64_t SqliteDatabase::number(const char* sql) {
 std::string SqliteDatabase::text(const char* sql) {
   SqliteStatement statement(*this, sql);
   return statement.step() ? std::string(statement.bytes(0)) : std::string();
+}
+
+void SqliteDatabase::useRollbackJournal() {
+  try {
+    execute("PRAGMA journal_mode=PERSIST");
+  } catch (const SqliteError& error) {
+    if (error.code() != SQLITE_BUSY) throw;
+  }
 }
 
 void SqliteDatabase::copyTo(SqliteDatabase& target) {
@@ -90,21 +110,25 @@ SqliteStatement::SqliteStatement(SqliteDatabase& database, const std::string& sq
 SqliteStatement::~SqliteStatement() { sqlite3_finalize(handle_); }
 
 void SqliteStatement::bind(int parameter, std::int64_t number) {
-  sqlite3_bind_int64(handle_, parameter, number);
+  check(sqlite3_bind_int64(handle_, parameter, number));
 }
 
 void SqliteStatement::bindText(int parameter, std::string_view utf8) {
   // A null pointer would bind NULL.
-  sqlite3_bind_text64(handle_, parameter, utf8.data() ? utf8.data() : "", utf8.size(),
-                      SQLITE_STATIC, SQLITE_UTF8);
+  check(sqlite3_bind_text64(handle_, parameter, utf8.data() ? utf8.data() : "", utf8.size(),
+                            SQLITE_STATIC, SQLITE_UTF8));
 }
 
 void SqliteStatement::bindBlob(int parameter, std::string_view bytes) {
-  sqlite3_bind_blob64(handle_, parameter, bytes.data() ? bytes.data() : "", bytes.size(),
-                      SQLITE_STATIC);
+  check(sqlite3_bind_blob64(handle_, parameter, bytes.data() ? bytes.data() : "", bytes.size(),
+                            SQLITE_STATIC));
 }
 
-void SqliteStatement::bindNull(int parameter) { sqlite3_bind_null(handle_, parameter); }
+void SqliteStatement::bindNull(int parameter) { check(sqlite3_bind_null(handle_, parameter)); }
+
+void SqliteStatement::check(int code) const {
+  if (code != SQLITE_OK) database_.fail(code);
+}
 
 bool SqliteStatement::step() {
   const int code = sqlite3_step(handle_);
@@ -113,7 +137,7 @@ bool SqliteStatement::step() {
     reset();
     return false;
   }
-  const SqliteError error(code, reasonOf(database_.handle(), code));
+  const SqliteError error = database_.error(code);
   reset();
   throw error;
 }

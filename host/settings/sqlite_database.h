@@ -26,30 +26,41 @@ class SqliteError : public std::runtime_error {
   const int code_;
 };
 
+// The reason for giving up on a lock after so many milliseconds; narrow text.
+std::string lockedText(std::chrono::milliseconds waited);
+
 class SqliteDatabase {
  public:
   // Opens the file, with the flags of sqlite3_open_v2 (SQLITE_OPEN_READWRITE, ...). `name` is bytes
-  // for the system, or a file: URI when the flags say so. Waiting for a lock takes at most
-  // `busyTimeout` milliseconds.
-  SqliteDatabase(const std::string& name, int flags, int busyTimeout);
+  // for the system. Waits for a lock of somebody else's for at most `lockWait` milliseconds.
+  SqliteDatabase(const std::string& name, int flags, int lockWait);
   ~SqliteDatabase();
   SqliteDatabase(const SqliteDatabase&) = delete;
   SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+
+  // From now on waits for at most so many milliseconds.
+  void setLockWait(int milliseconds) { lockWait_ = std::chrono::milliseconds(milliseconds); }
 
   void execute(const char* sql);
   // The first column of the first row of the result, as a number and as text.
   std::int64_t number(const char* sql);
   std::string text(const char* sql);
+  // Has a rollback journal kept beside the file. Does nothing while another process has the file
+  // open with a write-ahead log, as earlier versions did; the log then goes on.
+  void useRollbackJournal();
   // Copies the whole content to another database.
   void copyTo(SqliteDatabase& target);
 
   sqlite3* handle() const { return handle_; }
-  [[noreturn]] void fail(int code) const;
+  // What a call has failed of that gave this code.
+  SqliteError error(int code) const;
+  [[noreturn]] void fail(int code) const { throw error(code); }
 
  private:
   static int waitForLock(void* self, int times);
 
-  const std::chrono::milliseconds busyTimeout_;
+  std::chrono::milliseconds lockWait_;
+  std::chrono::steady_clock::time_point waitingUntil_;
   sqlite3* handle_ = nullptr;
 };
 
@@ -82,6 +93,8 @@ class SqliteStatement {
   std::string_view bytes(int column) const;
 
  private:
+  void check(int code) const;
+
   SqliteDatabase& database_;
   sqlite3_stmt* handle_ = nullptr;
 };

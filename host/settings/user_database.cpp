@@ -27,9 +27,13 @@ static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
 constexpr std::int64_t kPruneEvery = 256;
 
 // Added to the schema's first version, which says nothing against it.
-constexpr char kSetAside[] =
+constexpr char kAdditions[] =
     "CREATE TABLE IF NOT EXISTS set_aside(path TEXT, type TEXT, value NOT NULL,"
-    " PRIMARY KEY(path, type)) WITHOUT ROWID";
+    " PRIMARY KEY(path, type)) WITHOUT ROWID;"
+    "CREATE TABLE IF NOT EXISTS store(identity TEXT NOT NULL);";
+constexpr char kSetIdentity[] =
+    "INSERT INTO store SELECT coalesce(nullif(?1, ''), lower(hex(randomblob(16))))"
+    " WHERE NOT EXISTS (SELECT 1 FROM store)";
 
 constexpr std::string_view kNode = "node", kKey = "key", kType = "type", kJava = "java",
                            kScript = "script";
@@ -110,12 +114,20 @@ const std::string& pathOf(const Change& change) {
 
 }  // namespace
 
-void UserDatabase::makeSchema(SqliteDatabase& database) {
-  if (database.number("PRAGMA user_version") != 0) return database.execute(kSetAside);
+void UserDatabase::makeSchema(SqliteDatabase& database, const std::string& identity) {
+  const bool isNew = database.number("PRAGMA user_version") == 0;
   database.execute("BEGIN IMMEDIATE");
   try {
-    database.execute(kSchema);
-    database.execute(kSetAside);
+    if (isNew) database.execute(kSchema);
+    database.execute(kAdditions);
+    {
+      SqliteStatement setIdentity(database, kSetIdentity);
+      setIdentity.bindText(1, identity);
+      setIdentity.run();
+    }
+    if (database.number("PRAGMA application_id") != kApplicationId) {
+      database.execute(("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
+    }
     database.execute("COMMIT");
   } catch (const SqliteError&) {
     sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -125,6 +137,7 @@ void UserDatabase::makeSchema(SqliteDatabase& database) {
 
 UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
     : database_(std::move(database)),
+      identity_(database_->text("SELECT identity FROM store")),
       beginWriting_(*database_, "BEGIN IMMEDIATE"),
       beginReading_(*database_, "BEGIN"),
       commit_(*database_, "COMMIT"),
@@ -293,14 +306,23 @@ std::int64_t UserDatabase::record(const Changes& changes) {
     text += pathOf(change);
     text += '\n';
   }
-  record_.bind(1, revision);
-  record_.bindText(2, text);
-  record_.run();
+  note(revision, text);
   if (revision % kPruneEvery == 0) {
     prune_.bind(1, revision);
     prune_.run();
   }
   return revision;
+}
+
+void UserDatabase::note(std::int64_t revision, const std::string& changes) {
+  record_.bind(1, revision);
+  record_.bindText(2, changes);
+  record_.run();
+}
+
+void UserDatabase::skipTo(std::int64_t revision) {
+  database_->execute("DELETE FROM journal");
+  note(revision, {});
 }
 
 std::int64_t UserDatabase::lastRevision() { return lastRevision_.onlyNumber(); }

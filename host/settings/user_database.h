@@ -7,12 +7,12 @@
 //                value
 //   settings     one row per value: path, type, value (see sqlite_value.h)
 //   set_aside    values of another type than the one that has replaced them, because a settings
-//   file
-//                has changed the type of the key: nothing reads them but people
+//                file has changed the type of the key: nothing reads them but people
 //   journal      one row per transaction: a number that grows by one, and a line per change: a sign
 //                and the path. Other processes learn from it what to read again. Old rows go.
+//   store        one row: the identity, by which a running process knows its database again
 //
-// The schema's version is PRAGMA user_version.
+// The schema's version is PRAGMA user_version, and PRAGMA application_id is kApplicationId.
 #pragma once
 
 #include <functional>
@@ -25,6 +25,7 @@
 namespace zlutil::settings::host {
 
 inline constexpr int kUserSchemaVersion = 1;
+inline constexpr std::int32_t kApplicationId = 0x6E736574;  // "nset"
 
 // Changes that others have made, in the words of the journal.
 struct JournalEntry {
@@ -41,8 +42,9 @@ class UserDatabase {
   // A database that has the schema already.
   explicit UserDatabase(std::unique_ptr<SqliteDatabase> database);
 
-  // Makes the schema in an empty database; does nothing where there is one.
-  static void makeSchema(SqliteDatabase& database);
+  // Makes the schema in an empty database, and what it lacks in one of an earlier version. A
+  // database that has no identity gets this one, or a new one when it is empty.
+  static void makeSchema(SqliteDatabase& database, const std::string& identity);
 
   // Adds to `contents` what a database with the schema holds, parents before children, or the other
   // way round when `descending`. What cannot be understood is left out. When it throws, what has
@@ -66,6 +68,11 @@ class UserDatabase {
   // Notes in the journal what the transaction has done; gives its number.
   std::int64_t record(const Changes& changes);
 
+  // Within a write transaction: makes `revision` the number of the last one, and has every process
+  // that has not read all since then compare everything.
+  void skipTo(std::int64_t revision);
+
+  const std::string& identity() const { return identity_; }
   // The number of the last transaction, and of the first one that the journal still has; 0 and 0
   // when there was none.
   std::int64_t lastRevision();
@@ -88,9 +95,10 @@ class UserDatabase {
   void write(const DefineEntry& change);
   void write(const RemoveSubtree& change);
   void write(const FixKind& change);
-  void prune(std::int64_t revision);
+  void note(std::int64_t revision, const std::string& changes);
 
   const std::unique_ptr<SqliteDatabase> database_;
+  const std::string identity_;
   SqliteStatement beginWriting_, beginReading_, commit_, rollBack_;
   SqliteStatement setAside_, putValue_, eraseValue_, keepType_, define_, fixType_, addType_;
   SqliteStatement removeDefinitions_, removeValues_;

@@ -1,6 +1,6 @@
 #include "host/settings/user_store.h"
 
-#include <sys/stat.h>
+#include <cerrno>
 
 #include "host/settings/file_name.h"
 #include "host/settings/foreign_changes.h"
@@ -12,7 +12,18 @@ namespace {
 
 using KORVEN::settings::core::StoreFailure;
 
+// How long a look at what others have done waits for them; changes of this process wait for it.
+constexpr int kLookWait = 100;  // milliseconds
+
 constexpr char kReplaced[] = "the file has been replaced and is being read again";
+constexpr char kRemoved[] =
+    "the file has been removed. Put it back, or start the program anew without it";
+constexpr char kElsewhere[] =
+    "another directory has taken the place of its own, perhaps because a file system is not"
+    " mounted. It is used again when its own is back";
+constexpr char kAnother[] =
+    "another database has taken its place. Put the first one back, or start the program anew to"
+    " use the other";
 
 // Reports entries and values of the database that are left out.
 UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {
@@ -42,15 +53,42 @@ UserStore::UserStore(const UserStoreOptions& options)
 // The thread first: it uses everything else.
 UserStore::~UserStore() { watch_.reset(); }
 
-void UserStore::open() {
-  auto database = openUserDatabase(files_, options_);
+void UserStore::open(const UserStoreLock& alone) {
+  checkIdentity();
+  auto database = openUserDatabase(files_, options_.lockWait, alone);
   auto stamp = std::make_unique<UserStoreStamp>(files_.stamp());
   dataVersion_ = database->dataVersion();
-  struct stat status;
-  inode_ = stat(files_.database().c_str(), &status) == 0 ? status.st_ino : 0;
+  file_ = FileIdentity(files_.database());
+  directory_ = FileIdentity(files_.directory());
+  identity_ = database->identity();
   database_ = std::move(database);
   stamp_ = std::move(stamp);
   reason_.clear();
+}
+
+// What has been there and is gone is waited for, and not made anew in a wrong place.
+void UserStore::checkPlace() const {
+  if (!file_) return;
+  const FileIdentity directory(files_.directory()), file(files_.database());
+  if (!directory) throw SqliteError(SQLITE_CANTOPEN, systemText(directory.error()));
+  if (file) return;
+  const char* const missing = directory == directory_ ? kRemoved : kElsewhere;
+  throw SqliteError(SQLITE_CANTOPEN, file.error() == ENOENT ? missing : systemText(file.error()));
+}
+
+// Nor is another database taken for it. One that is damaged, or of a version that gave none an
+// identity, has to stand in the same directory.
+void UserStore::checkIdentity() const {
+  if (!file_) return;
+  const bool isAtHome = FileIdentity(files_.directory()) == directory_;
+  try {
+    const std::optional<std::string> found = identityOf(files_, options_.lockWait);
+    if (found ? *found == identity_ : isAtHome) return;
+  } catch (const SqliteError& error) {
+    if (!error.isDamage()) throw;
+    if (isAtHome) return;
+  }
+  throw SqliteError(SQLITE_CANTOPEN, isAtHome ? kAnother : kElsewhere);
 }
 
 void UserStore::close(const std::string& reason) {
@@ -66,7 +104,8 @@ void UserStore::readAll(Node& root, int level) {
     base::MutexLock lock(mutex_);
     try {
       files_.makeDirectory();
-      open();
+      const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
+      open(alone);
       database_->beginReading();
       Transaction transaction(*database_);
       contents.changes = database_->readAll(reportLeftOut(files_));
@@ -90,28 +129,37 @@ bool UserStore::apply(const Changes& changes, const Receiver& receive) {
   try {
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
-    return store(changes, receive);
+    const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
+    checkForReplacement();
+    if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
+    database_->connection().setLockWait(options_.lockWait);
+    return store(changes, receive, alone);
   } catch (const SqliteError& failure) {
     throw Failure<StoreFailure>(shownFileName(files_.database()), std::string(failure.what()));
   }
 }
 
-bool UserStore::store(const Changes& changes, const Receiver& receive) {
+bool UserStore::store(const Changes& changes, const Receiver& receive, const UserStoreLock& alone) {
   std::int64_t revision;
   {
     database_->beginWriting();
     Transaction transaction(*database_);
+    // After an older file has been put in its place, the others must not take what follows for
+    // transactions that they know.
+    if (!mustCompare_ && database_->lastRevision() < lastKnown()) {
+      database_->skipTo(lastKnown() + 2);
+    }
     const bool isBehind =
         mustCompare_ || database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size());
     if (isBehind && !handOver(receive)) return false;
     revision = store(changes);
   }
-  // Another process that took the database for damaged may have set it aside and read it before
-  // this commit. What it has restored gets the changes again; a second time they do no harm. Who
-  // sets it aside after this look finds the commit in it.
-  while (isReplaced()) {
-    close(kReplaced);
-    open();
+  // Somebody may have put another file in its place during the commit. That one gets the changes
+  // again; a second time they do no harm.
+  for (std::string reason = reasonToOpenAnew(); !reason.empty(); reason = reasonToOpenAnew()) {
+    close(reason);
+    checkPlace();
+    open(alone);
     database_->beginWriting();
     Transaction transaction(*database_);
     revision = store(changes);
@@ -129,11 +177,9 @@ std::int64_t UserStore::store(const Changes& changes) {
     database_->commit();
   } catch (const SqliteError&) {
     database_->rollBack();
-    commitFailed_ = true;
-    overwriteFailedCommit();
+    if (hasStayed(revision)) return revision + 1;
     throw;
   }
-  commitFailed_ = false;
   return revision;
 }
 
@@ -161,10 +207,14 @@ void UserStore::catchUp(const Receiver& receive) {
   base::MutexLock lock(mutex_);
   if (!database_) return;
   try {
+    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    database_->connection().setLockWait(kLookWait);
     database_->beginReading();
     Transaction transaction(*database_);
     handOver(receive);
   } catch (const SqliteError& failure) {
+    // What is locked is looked at again, as it is after every commit.
+    if (failure.code() == SQLITE_BUSY) return;
     report(shownFileName(files_.database()) +
            ": changes by other processes cannot be read: " + failure.what());
   }
@@ -178,19 +228,25 @@ void UserStore::noteOwn(std::int64_t revision) {
   }
 }
 
-// A commit that could not be flushed is rolled back, but stands in the log until something is
-// written over it: after a crash it would be found there, as if it had succeeded. So something is
-// written over it: a transaction that does nothing.
-void UserStore::overwriteFailedCommit() {
+// The number of the last transaction that the tree has.
+std::int64_t UserStore::lastKnown() const { return own_.empty() ? seen_ : own_.back(); }
+
+// A commit that fails is rolled back, except when all that failed was to flush the end of it: then
+// it is complete for everybody, and lasts once the next one has been flushed. So another follows
+// that does nothing.
+bool UserStore::hasStayed(std::int64_t revision) {
   try {
+    if (database_->lastRevision() < revision) return false;
     database_->beginWriting();
     Transaction transaction(*database_);
-    const std::int64_t revision = database_->record({});
+    database_->record({});
     database_->commit();
     noteOwn(revision);
-    commitFailed_ = false;
+    return true;
   } catch (const SqliteError&) {
-    // The thread tries again, and any commit that succeeds does it too.
+    // The thread finds out what there is.
+    mustCompare_ = true;
+    return false;
   }
 }
 
@@ -198,42 +254,50 @@ bool UserStore::isCurrent() {
   base::MutexLock lock(mutex_);
   checkForReplacement();
   try {
-    return database_ && !hasForeignChanges();
+    if (!database_) return false;
+    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    return !hasForeignChanges();
   } catch (const SqliteError&) {
     return false;
   }
 }
 
 bool UserStore::hasForeignChanges() {
+  database_->connection().setLockWait(kLookWait);
   return mustCompare_ || database_->dataVersion() != dataVersion_;
 }
 
-bool UserStore::isReplaced() const {
-  struct stat status;
-  return stat(files_.database().c_str(), &status) != 0 || status.st_ino != inode_;
+std::string UserStore::reasonToOpenAnew() const {
+  const FileIdentity file(files_.database());
+  if (!file) return systemText(file.error());
+  return file == file_ ? std::string() : kReplaced;
 }
 
 void UserStore::checkForReplacement() {
-  if (database_ && isReplaced()) close(kReplaced);
+  if (!database_) return;
+  const std::string reason = reasonToOpenAnew();
+  if (!reason.empty()) close(reason);
 }
 
 bool UserStore::watch(const Watcher& watcher) {
   watcher_ = watcher;
-  bool isFirst = true;
-  watch_ = std::make_unique<StampWatch>(files_.stamp(), [this, isFirst]() mutable {
-    if (std::exchange(isFirst, false)) {
-      try {
-        backUpDaily(files_);
-      } catch (const SqliteError& failure) {
-        // When it is locked, another process is at it.
-        if (failure.code() != SQLITE_BUSY) {
-          report(shownFileName(files_.database()) + ": no backup: " + failure.what());
-        }
-      }
-    }
+  bool isBackUpDue = true;
+  watch_ = std::make_unique<StampWatch>(files_.stamp(), [this, isBackUpDue]() mutable {
+    if (isBackUpDue) isBackUpDue = !isBackedUp();
     look();
   });
   return watch_->isRunning();
+}
+
+// False when other processes kept it locked for too long.
+bool UserStore::isBackedUp() const {
+  try {
+    backUpDaily(files_, kLookWait);
+  } catch (const SqliteError& failure) {
+    if (failure.code() == SQLITE_BUSY) return false;
+    report(shownFileName(files_.database()) + ": no backup: " + failure.what());
+  }
+  return true;
 }
 
 void UserStore::look() {
@@ -257,14 +321,16 @@ bool UserStore::needsCatchingUp() {
   try {
     if (!database_) {
       if (!isTimeToOpen()) return false;
-      // A directory that has been there and is gone may be on a file system that is not mounted at
-      // the moment: it is waited for, and not made anew in a wrong place.
-      if (inode_ == 0) files_.makeDirectory();
-      open();
+      checkPlace();
+      if (!file_) files_.makeDirectory();
+      const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
+      open(alone);
       mustCompare_ = true;
     }
-    if (commitFailed_) overwriteFailedCommit();
-    return hasForeignChanges();
+    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    const bool isBehind = hasForeignChanges();
+    database_->connection().useRollbackJournal();
+    return isBehind;
   } catch (const SqliteError& failure) {
     if (!database_) reason_ = failure.what();
     return false;

@@ -3,9 +3,9 @@
 //
 // A thread of the store's notices what other processes have committed, by a stamp file that every
 // commit writes to and, as the net under it, by asking the database once a second. It also opens
-// the database when that was not possible before, or when the file has been replaced, and makes the
-// daily backup. Where the process can have no further thread, look() does all of that but backups.
-// A process that forks must not use its settings in the child.
+// the database when that was not possible before, or when the file has been replaced or was away
+// for a while, and makes the daily backup. Where the process can have no further thread, look()
+// does all of that but backups. A process that forks must not use its settings in the child.
 //
 // Where the database cannot be opened, readAll() still gives what can be read, and apply() throws
 // StoreFailure with the path and the system's reason.
@@ -15,6 +15,7 @@
 
 #include "base/mutex.h"
 #include "base/thread_annotations.h"
+#include "host/settings/file_identity.h"
 #include "host/settings/stamp_watch.h"
 #include "host/settings/user_store_opening.h"
 #include "host/settings/user_store_stamp.h"
@@ -36,18 +37,23 @@ class UserStore final : public Store {
   void look() override;
 
  private:
-  void open() REQUIRES(mutex_);
+  void open(const UserStoreLock& alone) REQUIRES(mutex_);
   void close(const std::string& reason) REQUIRES(mutex_);
-  bool isReplaced() const REQUIRES(mutex_);
+  void checkPlace() const REQUIRES(mutex_);
+  void checkIdentity() const REQUIRES(mutex_);
+  std::string reasonToOpenAnew() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
-  bool store(const Changes& changes, const Receiver& receive) REQUIRES(mutex_);
+  std::int64_t lastKnown() const REQUIRES(mutex_);
+  bool store(const Changes& changes, const Receiver& receive, const UserStoreLock& alone)
+      REQUIRES(mutex_);
   std::int64_t store(const Changes& changes) REQUIRES(mutex_);
   bool handOver(const Receiver& receive) REQUIRES(mutex_);
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
-  void overwriteFailedCommit() REQUIRES(mutex_);
+  bool hasStayed(std::int64_t revision) REQUIRES(mutex_);
   bool hasForeignChanges() REQUIRES(mutex_);
   bool isTimeToOpen() REQUIRES(mutex_);
   bool needsCatchingUp();
+  bool isBackedUp() const;
 
   const UserStoreOptions options_;
   const UserStoreFiles files_;
@@ -58,14 +64,15 @@ class UserStore final : public Store {
   std::unique_ptr<UserDatabase> database_ GUARDED_BY(mutex_);  // null while it cannot be opened
   std::string reason_ GUARDED_BY(mutex_);                      // why it is null
   std::unique_ptr<UserStoreStamp> stamp_ GUARDED_BY(mutex_);
-  unsigned long inode_ GUARDED_BY(mutex_) = 0;  // of the open database
+  // Of the database when it was open the last time; none before the first time.
+  FileIdentity file_ GUARDED_BY(mutex_), directory_ GUARDED_BY(mutex_);
+  std::string identity_ GUARDED_BY(mutex_);
   // The tree has what the transactions up to this one have done, and these later ones of its own.
   std::int64_t seen_ GUARDED_BY(mutex_) = 0;
   std::vector<std::int64_t> own_ GUARDED_BY(mutex_);
   std::int64_t dataVersion_ GUARDED_BY(mutex_) = 0;
   bool mustCompare_ GUARDED_BY(mutex_) = false;  // the tree with everything that is stored
   std::chrono::steady_clock::time_point triedToOpen_ GUARDED_BY(mutex_);
-  bool commitFailed_ GUARDED_BY(mutex_) = false;  // and may still be in the log
 
   std::unique_ptr<StampWatch> watch_;  // last: its thread uses the rest
 };

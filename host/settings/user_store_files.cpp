@@ -21,12 +21,32 @@ namespace {
 constexpr mode_t kDirectoryMode = 0700;
 constexpr mode_t kFileMode = 0600;
 constexpr std::time_t kBackupAge = 24 * 60 * 60;
-constexpr auto kLockPoll = std::chrono::milliseconds(10);
+constexpr auto kLockPoll = std::chrono::microseconds(200);
 
 [[noreturn]] void fail(int error) { throw SqliteError(SQLITE_CANTOPEN, systemText(error)); }
 
 void flush(const std::string& directory) {
   if (!flushDirectory(directory)) fail(errno);
+}
+
+std::string directoryOf(const std::string& file) {
+  const std::string directory = std::filesystem::path(file).parent_path().string();
+  return directory.empty() ? "." : directory;
+}
+
+// Root makes files for others, in their directories: they have to be able to use them.
+bool giveToOwnerOfDirectory(int made, const std::string& name) {
+  if (geteuid() != 0) return true;
+  struct stat directory;
+  if (stat(directoryOf(name).c_str(), &directory) != 0) return false;
+  return directory.st_uid == 0 || fchown(made, directory.st_uid, directory.st_gid) == 0;
+}
+
+// Whether the file still has the name under which it was opened.
+bool isNamed(int descriptor, const std::string& name) {
+  struct stat opened, named;
+  return fstat(descriptor, &opened) == 0 && stat(name.c_str(), &named) == 0 &&
+         opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
 }
 
 }  // namespace
@@ -47,9 +67,13 @@ std::string UserStoreFiles::damaged() const {
   std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", localtime_r(&now, &local));
   const std::string name = database_ + ".damaged-" + text;
   std::string free = name;
-  for (int number = 2; access(free.c_str(), F_OK) == 0; ++number) {
-    free = name + '-' + std::to_string(number);
-  }
+  const auto isTaken = [&free] {
+    for (const char* end : kDatabaseEnds) {
+      if (access((free + end).c_str(), F_OK) == 0) return true;
+    }
+    return false;
+  };
+  for (int number = 2; isTaken(); ++number) free = name + '-' + std::to_string(number);
   return free;
 }
 
@@ -59,6 +83,9 @@ void UserStoreFiles::makeDirectory() const {
     const std::filesystem::path above = made;
     made /= part;
     if (mkdir(made.c_str(), kDirectoryMode) == 0) {
+      const FileDescriptor directory(
+          open(made.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+      if (!directory || !giveToOwnerOfDirectory(directory.get(), made)) fail(errno);
       flush(above.string());
       continue;
     }
@@ -67,45 +94,103 @@ void UserStoreFiles::makeDirectory() const {
     if (stat(made.c_str(), &status) != 0) fail(error);
     if (!S_ISDIR(status.st_mode)) fail(ENOTDIR);
   }
+  checkDirectory();
+}
+
+void UserStoreFiles::checkDirectory() const {
+  struct stat status;
+  if (stat(directory_.c_str(), &status) != 0) fail(errno);
+  if ((status.st_mode & S_IWOTH) == 0) return;
+  const std::string name = shownFileName(directory_);
+  throw SqliteError(SQLITE_AUTH, "everybody may write in the directory \"" + name +
+                                     "\", so anybody could put settings there: chmod o-w \"" +
+                                     name + "\", or name another in SETTINGS_USERDIR");
 }
 
 void UserStoreFiles::flushDirectory() const { flush(directory_); }
 
-UserStoreLock::UserStoreLock(const UserStoreFiles& files, int timeout)
-    : descriptor_(open(files.lock().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode)) {
-  if (!descriptor_) fail(errno);
-  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout);
-  while (flock(descriptor_.get(), LOCK_EX | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK && errno != EINTR) fail(errno);
-    if (std::chrono::steady_clock::now() >= end) {
-      throw SqliteError(SQLITE_BUSY, "another process keeps it locked");
+UserStoreLock::UserStoreLock(const UserStoreFiles& files, Mode mode, int wait) {
+  const std::chrono::milliseconds longest(wait);
+  const auto end = std::chrono::steady_clock::now() + longest;
+  const std::string name = files.lock();
+  // Somebody may remove the file while it is waited for; who then makes another has that one.
+  do {
+    descriptor_.emplace(openOrMakeFile(name));
+    if (!*descriptor_ && errno == ELOOP) {
+      throw SqliteError(SQLITE_CANTOPEN,
+                        '"' + shownFileName(name) + "\" is a link, which is not followed");
     }
-    std::this_thread::sleep_for(kLockPoll);
+    if (!*descriptor_) fail(errno);
+    while (flock(descriptor_->get(), (mode == kAlone ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
+      if (errno != EWOULDBLOCK && errno != EINTR) fail(errno);
+      if (std::chrono::steady_clock::now() >= end) {
+        throw SqliteError(SQLITE_BUSY, lockedText(longest));
+      }
+      std::this_thread::sleep_for(kLockPoll);
+    }
+  } while (!isNamed(descriptor_->get(), name));
+}
+
+std::string UserStoreLock::identity() const {
+  char text[64];
+  const ssize_t size = pread(descriptor_->get(), text, sizeof text, 0);
+  return size > 0 ? std::string(text, static_cast<std::size_t>(size)) : std::string();
+}
+
+void UserStoreLock::setIdentity(const std::string& identity) const {
+  if (this->identity() == identity || ftruncate(descriptor_->get(), 0) != 0) return;
+  if (pwrite(descriptor_->get(), identity.data(), identity.size(), 0) < 0) return;
+}
+
+int openOrMakeFile(const std::string& file) {
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW;
+  const int made = open(file.c_str(), kFlags | O_CREAT | O_EXCL, kFileMode);
+  if (made < 0) {
+    return errno == EEXIST ? open(file.c_str(), kFlags | O_CREAT, kFileMode) : made;
   }
+  if (giveToOwnerOfDirectory(made, file)) return made;
+  const int error = errno;
+  close(made);
+  unlink(file.c_str());
+  errno = error;
+  return -1;
+}
+
+void makeFile(const std::string& file) {
+  const FileDescriptor made(openOrMakeFile(file));
+  if (!made) fail(errno);
+}
+
+void flushFile(const std::string& file) {
+  const FileDescriptor flushed(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!flushed || fsync(flushed.get()) != 0) fail(errno);
 }
 
 void moveFile(const std::string& from, const std::string& to) {
   if (rename(from.c_str(), to.c_str()) != 0) fail(errno);
 }
 
-void backUpDaily(const UserStoreFiles& files) {
+void backUpDaily(const UserStoreFiles& files, int lockWait) {
+  const UserStoreLock lock(files, UserStoreLock::kAlone, lockWait);
   struct stat status;
   const std::string newest = files.backup(1);
-  if (stat(newest.c_str(), &status) == 0 && std::time(nullptr) - status.st_mtime < kBackupAge) {
-    return;
+  if (stat(newest.c_str(), &status) == 0) {
+    // One that is dated in the future says nothing of its age.
+    const std::time_t age = std::time(nullptr) - status.st_mtime;
+    if (age >= 0 && age < kBackupAge) return;
   }
-  const UserStoreLock lock(files, 0);
   const std::string unfinished = files.backup(0);
   unlink(unfinished.c_str());
+  makeFile(unfinished);
   {
-    SqliteDatabase source(files.database(), SQLITE_OPEN_READONLY, 0);
+    // SQLite keeps the locks of this process's other connections to the file.
+    SqliteDatabase source(files.database(), SQLITE_OPEN_READONLY, lockWait);
     if (source.number("SELECT count(*) FROM journal") == 0) return;
-    SqliteDatabase copy(unfinished, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, 0);
+    SqliteDatabase copy(unfinished, SQLITE_OPEN_READWRITE, 0);
     source.copyTo(copy);
     // A file of its own, without a log beside it.
     copy.execute("PRAGMA journal_mode=DELETE");
   }
-  if (chmod(unfinished.c_str(), kFileMode) != 0) fail(errno);
   for (int generation = kBackupGenerations; generation > 0; --generation) {
     const std::string newer = files.backup(generation - 1);
     if (access(newer.c_str(), F_OK) == 0) moveFile(newer, files.backup(generation));

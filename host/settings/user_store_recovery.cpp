@@ -9,6 +9,7 @@
 
 #include "host/settings/file_name.h"
 #include "host/settings/report.h"
+#include "host/settings/rollback_journal.h"
 #include "host/settings/user_database.h"
 
 namespace zlutil::settings::host {
@@ -25,39 +26,22 @@ std::string transactions(std::int64_t count) {
                     : "the last " + std::to_string(count) + " transactions";
 }
 
-void copyAside(const std::string& from, const std::string& to) {
+// Copies a file, and flushes the copy; does nothing when there is no such file.
+void copyFile(const std::string& from, const std::string& to) {
+  if (access(from.c_str(), F_OK) != 0) return;
+  makeFile(to);
   std::error_code error;
-  std::filesystem::copy_file(from, to, error);
-  if (error && error != std::errc::no_such_file_or_directory) {
-    throw SqliteError(SQLITE_CANTOPEN,
-                      "a copy of the damaged file cannot be kept: " + systemText(error.value()));
+  std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+  if (error) {
+    throw SqliteError(SQLITE_CANTOPEN, "no copy of it can be made: " + systemText(error.value()));
   }
+  flushFile(to);
 }
 
-// A copy of the damaged files, with their log. Those who fail may try again and again, so it goes
-// unless it is kept.
-class CopyAside {
- public:
-  explicit CopyAside(const UserStoreFiles& files) : name_(files.damaged()) {}
-  ~CopyAside() {
-    if (isKept_) return;
-    unlink(name_.c_str());
-    unlink((name_ + "-wal").c_str());
-  }
-  CopyAside(const CopyAside&) = delete;
-  CopyAside& operator=(const CopyAside&) = delete;
-
-  const std::string& name() const { return name_; }
-  void make(const UserStoreFiles& files) const {
-    copyAside(files.database(), name_);
-    copyAside(files.wal(), name_ + "-wal");
-  }
-  void keep() { isKept_ = true; }
-
- private:
-  const std::string name_;
-  bool isKept_ = false;
-};
+// The database and what SQLite brings into it when it opens it.
+void copyDatabase(const std::string& from, const std::string& to) {
+  for (const char* end : kDatabaseEnds) copyFile(from + end, to + end);
+}
 
 void removeFile(const std::string& file) {
   if (unlink(file.c_str()) != 0 && errno != ENOENT) {
@@ -68,13 +52,15 @@ void removeFile(const std::string& file) {
 // What can be read of a database that is damaged.
 struct Salvage {
   Changes definitions, values;
-  bool isComplete = true;
+  bool isComplete = false;
 
-  // `noted` is the last transaction that it should have.
+  // `noted` is the last transaction that it should have. The file is changed.
   Salvage(const std::string& file, std::int64_t noted) {
+    if (access(file.c_str(), F_OK) != 0) return;
+    isComplete = stateOfJournal(file + "-journal", file) != JournalState::kDamaged;
     try {
-      SqliteDatabase database(file, SQLITE_OPEN_READONLY, kNoWait);
-      isComplete = isInOrder(database, noted);
+      SqliteDatabase database(file, SQLITE_OPEN_READWRITE, kNoWait);
+      isComplete = isInOrder(database, noted) && isComplete;
       read(database, &UserDatabase::readDefinitions, definitions);
       read(database, &UserDatabase::readValues, values);
     } catch (const SqliteError& error) {
@@ -82,7 +68,6 @@ struct Salvage {
       if (error.code() == SQLITE_CANTOPEN) throw;
       isComplete = false;
     }
-    unlink((file + "-shm").c_str());
   }
 
  private:
@@ -136,15 +121,15 @@ std::optional<std::string> bestBackup(const UserStoreFiles& files) {
 
 // Writes the new database beside the place where it is to stand.
 void build(const std::string& file, const std::optional<std::string>& backup,
-           const Salvage& salvage) {
+           const Salvage& salvage, const std::string& identity) {
   unlink(file.c_str());
-  auto connection =
-      std::make_unique<SqliteDatabase>(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, kNoWait);
+  makeFile(file);
+  auto connection = std::make_unique<SqliteDatabase>(file, SQLITE_OPEN_READWRITE, kNoWait);
   if (backup) {
     SqliteDatabase source(*backup, SQLITE_OPEN_READONLY, kNoWait);
     source.copyTo(*connection);
   }
-  UserDatabase::makeSchema(*connection);
+  UserDatabase::makeSchema(*connection, identity);
   UserDatabase database(std::move(connection));
   database.beginWriting();
   for (const Changes* changes : {&salvage.definitions, &salvage.values}) {
@@ -152,21 +137,6 @@ void build(const std::string& file, const std::optional<std::string>& backup,
   }
   database.record({});
   database.commit();
-  if (chmod(file.c_str(), 0600) != 0) throw SqliteError(SQLITE_CANTOPEN, systemText(errno));
-}
-
-// A transaction during which nobody else commits to the database that is to be replaced; null when
-// it is too damaged to have one.
-std::unique_ptr<SqliteDatabase> keepWritersOut(const UserStoreFiles& files, int busyTimeout) {
-  try {
-    auto database =
-        std::make_unique<SqliteDatabase>(files.database(), SQLITE_OPEN_READWRITE, busyTimeout);
-    database->execute("BEGIN IMMEDIATE");
-    return database;
-  } catch (const SqliteError& error) {
-    if (!error.isDamage()) throw;
-    return nullptr;
-  }
 }
 
 std::string dateOf(const std::string& file) {
@@ -181,23 +151,35 @@ std::string dateOf(const std::string& file) {
 
 }  // namespace
 
-void restoreUserStore(const UserStoreFiles& files, UserStoreStamp& stamp, const std::string& reason,
-                      int busyTimeout) {
-  // Who waits meanwhile finds the database replaced, and commits to the other one.
-  const auto writersAreOut = keepWritersOut(files, busyTimeout);
+CopyAside::~CopyAside() {
+  if (isKept_) return;
+  for (const char* end : kDatabaseEnds) unlink((name_ + end).c_str());
+}
+
+void CopyAside::make() {
+  if (isMade_) return;
+  copyDatabase(files_.database(), name_);
+  isMade_ = access(name_.c_str(), F_OK) == 0;
+}
+
+void CopyAside::keep() { isKept_ = true; }
+
+void restoreUserStore(const UserStoreFiles& files, CopyAside& copy, UserStoreStamp& stamp,
+                      const std::string& reason, const std::string& identity) {
   // The damaged files stay where they are until another database is complete: whatever interrupts
   // this finds them again.
-  CopyAside aside(files);
-  aside.make(files);
-
-  const Salvage salvage(aside.name(), stamp.last());
+  copy.make();
+  const std::string worked = files.salvaged();
+  for (const char* end : kDatabaseEnds) removeFile(worked + end);
+  if (copy.isMade()) copyDatabase(copy.name(), worked);
+  const Salvage salvage(worked, stamp.last());
   std::optional<std::string> backup;
   if (!salvage.isComplete) backup = bestBackup(files);
-  const std::string unfinished = files.database() + ".unfinished";
-  build(unfinished, backup, salvage);
+  build(files.unfinished(), backup, salvage, identity);
+  for (const char* end : {"", "-journal", "-wal", "-shm"}) removeFile(worked + end);
 
-  std::string message = "the settings were damaged (" + reason + "). The damaged file is now " +
-                        shownFileName(aside.name()) + ". ";
+  std::string message = "the settings were damaged (" + reason + "). ";
+  if (copy.isMade()) message += "The damaged file is now " + shownFileName(copy.name()) + ". ";
   const std::string counts = std::to_string(salvage.definitions.size()) + " entries and " +
                              std::to_string(salvage.values.size()) + " values";
   if (salvage.isComplete) {
@@ -211,32 +193,54 @@ void restoreUserStore(const UserStoreFiles& files, UserStoreStamp& stamp, const 
   }
   // Said before it counts, so that it is said.
   say(files, message);
-  moveFile(unfinished, files.restored());
-  aside.keep();
+  moveFile(files.unfinished(), files.restored());
+  copy.keep();
   files.flushDirectory();
   putRestoredInPlace(files, stamp);
 }
 
 void putRestoredInPlace(const UserStoreFiles& files, UserStoreStamp& stamp) {
   if (access(files.restored().c_str(), F_OK) != 0) return;
-  // These, and the log, belong to the damaged one.
+  // These belong to the damaged one, and must be gone for good before the other has its name.
   stamp.clear();
+  removeFile(files.journal());
   removeFile(files.wal());
   removeFile(files.sharedMemory());
+  files.flushDirectory();
   moveFile(files.restored(), files.database());
   files.flushDirectory();
 }
 
-void keepCopyOfShortened(const UserStoreFiles& files, std::int64_t missing) {
-  const std::string aside = files.damaged();
-  // The database first: it takes the name, should the log not be copied this time.
-  copyAside(files.database(), aside);
-  copyAside(files.wal(), aside + "-wal");
+void setForeignLogsAside(const UserStoreFiles& files) {
+  const std::string database = files.database();
+  const auto setAside = [&](const std::string& log, const char* end) {
+    const std::string aside = files.damaged() + end;
+    moveFile(log, aside);
+    files.flushDirectory();
+    say(files, "\"" + shownFileName(log) +
+                   "\" was beside it and belongs to another database, or to another state of "
+                   "this one. It is now \"" +
+                   shownFileName(aside) + "\", and the database is used without it.");
+  };
+  if (stateOfJournal(files.journal(), database) == JournalState::kForeign) {
+    setAside(files.journal(), "-journal");
+  }
+  if (isForeignLog(files.wal(), database)) setAside(files.wal(), "-wal");
+}
+
+void reportShortened(const UserStoreFiles& files, std::int64_t missing, CopyAside* copy) {
+  if (!copy) {
+    say(files, "it does not have " + transactions(missing) +
+                   " that were stored. If nobody has put an older file in its place, they are "
+                   "lost.");
+    return;
+  }
+  copy->keep();
   files.flushDirectory();
   say(files, "Lost: " + transactions(missing) +
-                 ". The log of the database is damaged, or an older file has been put in its "
-                 "place. All that is left has been read; a copy as it was found is " +
-                 shownFileName(aside) + ".");
+                 ". The log of the database is damaged. All that is left has been read; a copy as "
+                 "it was found is " +
+                 shownFileName(copy->name()) + ".");
 }
 
 }  // namespace zlutil::settings::host

@@ -1,11 +1,11 @@
 #include "host/settings/user_store_stamp.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <string_view>
+
+#include "host/settings/user_store_files.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -15,8 +15,7 @@ constexpr int kLine = 2 * (kDigits + 1);
 
 }  // namespace
 
-UserStoreStamp::UserStoreStamp(const std::string& file)
-    : descriptor_(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {}
+UserStoreStamp::UserStoreStamp(const std::string& file) : descriptor_(openOrMakeFile(file)) {}
 
 void UserStoreStamp::note(std::int64_t transaction) {
   char line[kLine + 1];

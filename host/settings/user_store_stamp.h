@@ -24,7 +24,7 @@ inline constexpr int kStampLines = 64;
 
 class UserStoreStamp {
  public:
-  // Makes the file if there is none.
+  // Makes the file if there is none; follows no link.
   explicit UserStoreStamp(const std::string& file);
 
   void note(std::int64_t transaction);

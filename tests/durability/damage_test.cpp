@@ -2,6 +2,8 @@
 // and what it held does not vanish without a word.
 #include <random>
 
+#include "host/settings/rollback_journal.h"
+#include "tests/durability/failing_system.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
 
@@ -11,6 +13,7 @@ namespace {
 using namespace zlutil::settings::host;
 
 constexpr char kDatabase[] = "settings-1.db";
+constexpr char kJournal[] = "settings-1.db-journal";
 constexpr char kLog[] = "settings-1.db-wal";
 constexpr char kStamp[] = "settings-1.stamp";
 constexpr int kPlaces = 150;
@@ -18,36 +21,69 @@ constexpr int kWildDamages = 200;
 
 class DamageTest : public testing::Test {
  protected:
-  // The files of a store with content, once with everything in the database and once, as a killed
-  // process leaves them, with the last changes in the log.
+  // The files of a store with content: at rest; as a process leaves them that is killed when it has
+  // written a transaction and not its end; and as one of an earlier version leaves them, with the
+  // last changes in its log.
   DamageTest() {
     const TemporaryDirectory directory;
-    {
-      const NodePtr root = openTree(storeIn(directory.path()));
-      for (int node = 0; node < 10; ++node) {
-        const SettingsPtr parent = addNode(root, "n" + std::to_string(node));
-        for (int key = 0; key < 20; ++key) {
-          addKey(parent, "k" + std::to_string(key));
-          parent->setAny("k" + std::to_string(key), std::string(50, 'v'), "user");
-        }
-      }
-      contents_ = contentsOf(root);
-    }
-    checkpointed_ = directory.read(kDatabase);
     const NodePtr root = openTree(storeIn(directory.path()));
-    root->getChild("n0")->setAny("k0", std::string("late"), "user");
-    root->getChild("n0")->setAny("k1", std::string("later"), "user");
+    const SettingsPtr first = addNode(root, "n0");
+    for (int key = 0; key < 20; ++key) {
+      addKey(first, "k" + std::to_string(key));
+      first->setAny("k" + std::to_string(key), std::string(50, 'v'), "user");
+    }
+    for (int node = 1; node < 10; ++node) root->copySubtree(first, "n" + std::to_string(node));
+    crash(directory, root);
+    useLog();
+  }
+
+  void crash(const TemporaryDirectory& directory, const NodePtr& root) {
+    const std::function<void()> look = [&] {
+      const std::string now = directory.read(kDatabase);
+      if (now == database_ || stateOfJournal(directory.file(kJournal), directory.file(kDatabase)) !=
+                                  JournalState::kWhole) {
+        return;
+      }
+      crashed_ = now;
+      journal_ = directory.read(kJournal);
+    };
+    const SettingsPtr node = root->getChild("n0"), other = root->getChild("n9");
+    for (int n = 1; crashed_.empty(); ++n) {
+      contents_ = contentsOf(root);
+      database_ = directory.read(kDatabase);
+      stamp_ = directory.read(kStamp);
+      const std::string value(50, static_cast<char>('a' + n % 26));
+      interruptOn(n, look);
+      setAll(root, {{node->getChild("k0"), value}, {other->getChild("k9"), value}}, "user");
+      failOn(0, 0);
+    }
+  }
+
+  void useLog() {
+    const TemporaryDirectory directory;
+    directory.write(kStamp, stamp_);
+    SqliteDatabase old(directory.write(kDatabase, database_), SQLITE_OPEN_READWRITE, 0);
+    old.execute("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0");
+    logged_ = directory.read(kDatabase);
+    UserStoreStamp stamp(directory.file(kStamp));
+    for (const char* change : {"n0.k0' late", "n0.k1' later"}) {
+      const std::string path(change, 5), value(change + 7);
+      old.execute(("BEGIN; UPDATE settings SET value = '" + value + "' WHERE path = '" + path +
+                   "'; INSERT INTO journal(changes) VALUES('=" + path + "'); COMMIT")
+                      .c_str());
+      stamp.note(old.number("SELECT max(revision) FROM journal"));
+    }
     log_ = directory.read(kLog);
-    stamp_ = directory.read(kStamp);
+    loggedStamp_ = directory.read(kStamp);
   }
 
   // Opens a store on such files and gives what it has and what it says.
-  std::pair<std::string, std::string> open(const std::string& database, const std::string& log,
+  std::pair<std::string, std::string> open(const std::string& database, const std::string& journal,
                                            const std::string& backup = "") {
     const TemporaryDirectory directory;
     directory.write(kDatabase, database);
-    directory.write(kStamp, log.empty() ? "" : stamp_);
-    if (!log.empty()) directory.write(kLog, log);
+    directory.write(kStamp, stamp_);
+    directory.write(kJournal, journal);
     if (!backup.empty()) directory.write(std::string(kDatabase) + ".backup-1", backup);
     testing::internal::CaptureStderr();
     std::string contents;
@@ -63,6 +99,41 @@ class DamageTest : public testing::Test {
     return {contents, testing::internal::GetCapturedStderr()};
   }
 
+  // The contents of the files with a part of this kind in their names, and this end.
+  static std::vector<std::string> filesLike(const TemporaryDirectory& directory,
+                                            const std::string& part, const std::string& end) {
+    std::vector<std::string> contents;
+    for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
+      const std::string name = file.path().filename();
+      const bool ends =
+          name.size() > end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0;
+      if (ends && name.find(part) != std::string::npos) contents.push_back(directory.read(name));
+    }
+    return contents;
+  }
+
+  static std::string damagedWildly(std::string log, int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    for (int part = 1 + static_cast<int>(random() % 4); part > 0; --part) {
+      const std::size_t from = random() % log.size(), to = random() % log.size();
+      const std::size_t size = std::min<std::size_t>(1 + random() % 5000, log.size() - from);
+      switch (random() % 4) {
+        case 0:
+          for (std::size_t at = from; at < from + size; ++at) log[at] = static_cast<char>(random());
+          break;
+        case 1:
+          log.replace(from, size, size, '\0');
+          break;
+        case 2:
+          log.insert(to, log.substr(from, size));
+          break;
+        default:
+          log.erase(from, std::min(size, log.size() - 1));
+      }
+    }
+    return log;
+  }
+
   static std::size_t lines(const std::string& text) {
     return std::count(text.begin(), text.end(), '\n');
   }
@@ -71,9 +142,9 @@ class DamageTest : public testing::Test {
   // lacks and where the log is kept.
   void expectLogOpens(const std::string& log) {
     const TemporaryDirectory directory;
-    directory.write(kDatabase, checkpointed_);
+    directory.write(kDatabase, logged_);
     directory.write(kLog, log);
-    directory.write(kStamp, stamp_);
+    directory.write(kStamp, loggedStamp_);
     testing::internal::CaptureStderr();
     const std::string found = contentsOf(openTree(storeIn(directory.path())));
     const std::string said = testing::internal::GetCapturedStderr();
@@ -87,29 +158,22 @@ class DamageTest : public testing::Test {
     EXPECT_EQ(lines(said), hasSecond ? 0 : 1) << said;
     EXPECT_NE(said.find(lost), std::string::npos) << said;
     if (hasSecond) return;
-    std::string kept;
-    for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
-      const std::string name = file.path().filename();
-      if (name.find(".damaged-") != std::string::npos && name.rfind("-wal") == name.size() - 4) {
-        kept = directory.read(name);
-        EXPECT_NE(said.find(name.substr(0, name.size() - 4)), std::string::npos) << said;
-      }
-    }
-    EXPECT_EQ(kept, log);
+    EXPECT_NE(said.find(".damaged-"), std::string::npos) << said;
+    EXPECT_EQ(filesLike(directory, ".damaged-", "-wal"), std::vector<std::string>{log});
     // It is said once.
     testing::internal::CaptureStderr();
     EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), found);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   }
 
-  std::string contents_, checkpointed_, log_, stamp_;
+  std::string contents_, database_, stamp_, crashed_, journal_, logged_, log_, loggedStamp_;
 };
 
 TEST_F(DamageTest, AFlippedByteOfTheDatabaseLosesLittleOrIsReported) {
   for (int place = 0; place < kPlaces; ++place) {
     // The first places in the header, the others all over the file.
-    const std::size_t at = place < 50 ? place * 2 : (place - 50) * checkpointed_.size() / 100;
-    std::string damaged = checkpointed_;
+    const std::size_t at = place < 50 ? place * 2 : (place - 50) * database_.size() / 100;
+    std::string damaged = database_;
     damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
     const auto [found, said] = open(damaged, "");
     EXPECT_TRUE(lines(found) + 1 >= lines(contents_) || !said.empty()) << "at " << at;
@@ -118,8 +182,8 @@ TEST_F(DamageTest, AFlippedByteOfTheDatabaseLosesLittleOrIsReported) {
 
 TEST_F(DamageTest, WithABackupADamagedDatabaseKeepsEverythingThatTheBackupHas) {
   for (int place = 0; place <= 20; ++place) {
-    const std::string cut = checkpointed_.substr(0, place * checkpointed_.size() / 21);
-    const auto [found, said] = open(cut, "", checkpointed_);
+    const std::string cut = database_.substr(0, place * database_.size() / 21);
+    const auto [found, said] = open(cut, "", database_);
     EXPECT_EQ(found, contents_) << "cut at " << cut.size();
     EXPECT_NE(said.find("Restored: the state of"), std::string::npos) << said;
     EXPECT_NE(said.find(".damaged-"), std::string::npos) << said;
@@ -128,7 +192,7 @@ TEST_F(DamageTest, WithABackupADamagedDatabaseKeepsEverythingThatTheBackupHas) {
 
 TEST_F(DamageTest, ACutDatabaseWithoutABackupIsReported) {
   for (int place = 1; place <= 20; ++place) {
-    const auto [found, said] = open(checkpointed_.substr(0, place * checkpointed_.size() / 21), "");
+    const auto [found, said] = open(database_.substr(0, place * database_.size() / 21), "");
     EXPECT_NE(said.find("There is no backup"), std::string::npos) << place << said;
   }
 }
@@ -144,7 +208,7 @@ TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.damage);
     const TemporaryDirectory directory;
-    const std::string file = directory.write(kDatabase, checkpointed_);
+    const std::string file = directory.write(kDatabase, database_);
     SqliteDatabase(file, SQLITE_OPEN_READWRITE, 0)
         .execute((std::string(c.damage) + "; PRAGMA journal_mode=DELETE").c_str());
     const auto [found, said] = open(directory.read(kDatabase), "");
@@ -168,28 +232,63 @@ TEST_F(DamageTest, ADamagedLogGivesAStateThatOnceWasAndWhatItLacksIsSaid) {
 }
 
 TEST_F(DamageTest, WhateverStandsInTheLogTheStoreOpens) {
-  std::mt19937 random(1);
   for (int damage = 0; damage < kWildDamages; ++damage) {
     SCOPED_TRACE(damage);
-    std::string log = log_;
-    for (int part = 1 + static_cast<int>(random() % 4); part > 0; --part) {
-      const std::size_t from = random() % log.size(), to = random() % log.size();
-      const std::size_t size = std::min<std::size_t>(1 + random() % 5000, log.size() - from);
-      switch (random() % 4) {
-        case 0:
-          for (std::size_t at = from; at < from + size; ++at) log[at] = static_cast<char>(random());
-          break;
-        case 1:
-          log.replace(from, size, size, '\0');
-          break;
-        case 2:
-          log.insert(to, log.substr(from, size));
-          break;
-        default:
-          log.erase(from, std::min(size, log.size() - 1));
-      }
-    }
-    expectLogOpens(log);
+    expectLogOpens(damagedWildly(log_, damage));
+  }
+}
+
+TEST_F(DamageTest, AnUnfinishedTransactionIsTakenBackOrTheDamageOfItsJournalIsSaid) {
+  ASSERT_GT(journal_.size(), 1000u);
+  ASSERT_NE(crashed_, database_);
+  EXPECT_EQ(open(crashed_, journal_), std::pair(contents_, std::string()));
+  // The transaction has changed two keys, each on a page of its own.
+  const auto changed = [](const std::string& found) {
+    const std::size_t one = found.find("\nn0.k0 = "), other = found.find("\nn9.k9 = ");
+    return one == std::string::npos || other == std::string::npos
+               ? std::string()
+               : found.substr(one, 60) + found.substr(other, 60);
+  };
+  const auto expectTakenBackOrSaid = [&](const std::string& journal, const std::string& backup) {
+    const auto [found, said] = open(crashed_, journal, backup);
+    EXPECT_TRUE(!said.empty() || changed(found) == changed(contents_)) << found;
+    EXPECT_GE(lines(found) + 1, lines(contents_)) << said;
+  };
+  for (int place = 0; place < 75; ++place) {
+    const std::size_t at = place < 25 ? place : (place - 25) * journal_.size() / 50;
+    SCOPED_TRACE("at " + std::to_string(at));
+    std::string damaged = journal_;
+    damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
+    expectTakenBackOrSaid(damaged, place % 4 == 0 ? database_ : "");
+    if (at > 0) expectTakenBackOrSaid(journal_.substr(0, at), place % 4 == 1 ? database_ : "");
+  }
+  for (int damage = 0; damage < kWildDamages / 2; ++damage) {
+    SCOPED_TRACE(damage);
+    expectTakenBackOrSaid(damagedWildly(journal_, damage), "");
+  }
+}
+
+TEST_F(DamageTest, ALogThatBelongsToAnotherStateIsNotBroughtIn) {
+  const TemporaryDirectory directory;
+  directory.write(kDatabase, database_);
+  const NodePtr root = openTree(storeIn(directory.path()));
+  for (int value = 0; value < 3; ++value)
+    root->getChild("n0")->setAny("k0", "x" + std::to_string(value), "user");
+  const std::string contents = contentsOf(root);
+  const struct {
+    const char* end;
+    const std::string& log;
+  } cases[] = {{"-journal", journal_}, {"-wal", log_}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.end);
+    const TemporaryDirectory place;
+    place.write(kDatabase, directory.read(kDatabase));
+    place.write(std::string(kDatabase) + c.end, c.log);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(contentsOf(openTree(storeIn(place.path()))), contents);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("belongs to another database"), std::string::npos) << said;
+    EXPECT_EQ(filesLike(place, ".damaged-", c.end), std::vector<std::string>{c.log});
   }
 }
 

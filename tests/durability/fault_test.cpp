@@ -24,7 +24,7 @@ class FaultTest : public testing::TestWithParam<int> {
   // Copies the files of a store as a process leaves them that dies now.
   static void copyFiles(const std::string& from, const std::string& to) {
     std::filesystem::create_directories(to);
-    for (const char* name : {"/settings-1.db", "/settings-1.db-wal", "/settings-1.stamp"}) {
+    for (const char* name : {"/settings-1.db", "/settings-1.db-journal", "/settings-1.stamp"}) {
       if (std::filesystem::exists(from + name)) {
         std::filesystem::copy_file(from + name, to + name);
       }
@@ -125,35 +125,6 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
   EXPECT_GT(unopened, 2);
 }
 
-TEST_P(FaultTest, ALogThatLostItsEndIsReportedWhateverFailsBesides) {
-  const TemporaryDirectory files;
-  {
-    const NodePtr root = openTree(storeIn(files.path()));
-    addKey(root, "k");
-    root->setAny("k", 1, "user");
-    copyFiles(files.path(), files.file("cut"));
-  }
-  std::filesystem::resize_file(files.file("cut/settings-1.db-wal"),
-                               std::filesystem::file_size(files.file("cut/settings-1.db-wal")) - 1);
-  for (int n = 1;; ++n) {
-    const TemporaryDirectory directory;
-    copyFiles(files.file("cut"), directory.path());
-    testing::internal::CaptureStderr();
-    failOn(n, GetParam());
-    const auto store = std::make_shared<UserStore>(storeIn(directory.path(), 50));
-    const TreePtr tree = Tree::makeStandalone();
-    store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
-    const bool over = !hasCome();
-    failOn(0, 0);
-    // If not at once, then when nothing fails any more.
-    EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("Lost: the last transaction."), std::string::npos)
-        << "call " << n << ": " << said;
-    if (over) break;
-  }
-}
-
 TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
   int failed = 0;
   for (int n = 1;; ++n) {
@@ -212,9 +183,7 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
       int kept = 0;
       for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
         const std::string name = file.path().filename();
-        // A log and its memory may stand beside it.
-        const bool isBeside = name.find("-wal") != name.npos || name.find("-shm") != name.npos;
-        kept += name.find(".damaged-") != name.npos && !isBeside;
+        kept += name.find(".damaged-") != name.npos && name.find("-journal") == name.npos;
       }
       EXPECT_EQ(kept, 1);
       if (over) break;
@@ -284,9 +253,10 @@ class RestoringTest : public testing::Test {
   void restore() {
     try {
       const UserStoreFiles files(options_.directory, options_.context);
-      const UserStoreLock lock(files, 0);
+      const UserStoreLock lock(files, UserStoreLock::kAlone, 0);
       UserStoreStamp stamp(files.stamp());
-      restoreUserStore(files, stamp, "it was found so", options_.busyTimeout);
+      CopyAside copy(files);
+      restoreUserStore(files, copy, stamp, "it was found so", lock.identity());
     } catch (const SqliteError&) {
     }
   }

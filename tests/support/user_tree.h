@@ -13,9 +13,9 @@ namespace test {
 
 // Short waits for locks, so that a test of one that is never let go ends soon.
 inline zlutil::settings::host::UserStoreOptions storeIn(const std::string& directory,
-                                                        int busyTimeout = 2000) {
+                                                        int lockWait = 2000) {
   zlutil::settings::host::UserStoreOptions options{directory, 1};
-  options.busyTimeout = busyTimeout;
+  options.lockWait = lockWait;
   return options;
 }
 

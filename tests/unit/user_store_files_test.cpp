@@ -12,6 +12,7 @@ class UserStoreFilesTest : public testing::Test {
  protected:
   const TemporaryDirectory directory_;
   const UserStoreFiles files_{directory_.path(), 1};
+  static constexpr int kWait = 1000;
 };
 
 TEST_F(UserStoreFilesTest, TheStampKnowsTheLastTransactionInWhateverOrderTheyAreNoted) {
@@ -51,14 +52,14 @@ TEST_F(UserStoreFilesTest, ABackupIsMadeOnceADayAndThreeAreKept) {
   for (int day = 1; day <= 5; ++day) {
     // The store is closed again, and its thread with it.
     { addKey(openTree(storeIn(directory_.path())), "k" + std::to_string(day)); }
-    backUpDaily(files_);
+    backUpDaily(files_, kWait);
     std::filesystem::last_write_time(
         files_.backup(1), std::filesystem::file_time_type::clock::now() - std::chrono::hours(25));
-    backUpDaily(files_);
+    backUpDaily(files_, kWait);
     EXPECT_EQ(keysIn(files_.backup(1)), day);
     // The next one is not due.
     { addKey(openTree(storeIn(directory_.path())), "late" + std::to_string(day)); }
-    backUpDaily(files_);
+    backUpDaily(files_, kWait);
     EXPECT_EQ(keysIn(files_.backup(1)), day);
     { openTree(storeIn(directory_.path()))->removeKey("late" + std::to_string(day)); }
   }

@@ -208,11 +208,7 @@ TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
 }
 
 TEST_F(UserStoreTest, TheJournalIsKeptShort) {
-  const NodePtr root = openTree([&] {
-    UserStoreOptions options = storeIn(directory.path());
-    options.relaxed = true;
-    return options;
-  }());
+  const NodePtr root = open();
   addKey(root, "k");
   for (int value = 0; value < 5000; ++value) root->setAny("k", value, "user");
   EXPECT_LE(shell()->number("SELECT count(*) FROM journal"), 4096 + 256);

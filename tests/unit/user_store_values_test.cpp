@@ -125,7 +125,7 @@ TEST_F(UserStoreTest, TheDatabaseReadsWellInItsShell) {
   EXPECT_EQ(shell()->number("SELECT (SELECT count(*) FROM settings) +"
                             " (SELECT count(*) FROM definitions)"),
             0);
-  EXPECT_EQ(shell()->text("PRAGMA journal_mode"), "wal");
+  EXPECT_EQ(shell()->number("PRAGMA application_id"), 0x6E736574);
 }
 
 }  // namespace
