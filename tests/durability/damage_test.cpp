@@ -251,8 +251,9 @@ TEST_F(DamageTest, AnUnfinishedTransactionIsTakenBackOrTheDamageOfItsJournalIsSa
   };
   const auto expectTakenBackOrSaid = [&](const std::string& journal, const std::string& backup) {
     const auto [found, said] = open(crashed_, journal, backup);
-    EXPECT_TRUE(!said.empty() || changed(found) == changed(contents_)) << found;
-    EXPECT_GE(lines(found) + 1, lines(contents_)) << said;
+    if (!said.empty()) return;
+    EXPECT_EQ(changed(found), changed(contents_));
+    EXPECT_EQ(lines(found), lines(contents_));
   };
   for (int place = 0; place < 75; ++place) {
     const std::size_t at = place < 25 ? place : (place - 25) * journal_.size() / 50;

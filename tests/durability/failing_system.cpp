@@ -13,9 +13,11 @@ namespace test {
 namespace {
 
 thread_local int calls = 0, chosen = 0, failure = 0;
+thread_local bool onlyThreads = false;
 thread_local const std::function<void()>* interruption = nullptr;
 
-bool failsNow() {
+bool failsNow(bool startsThread = false) {
+  if (onlyThreads && !startsThread) return false;
   if (++calls != chosen) return false;
   if (interruption) {
     (*interruption)();
@@ -37,6 +39,12 @@ void failOn(int n, int error) {
   chosen = n;
   failure = error;
   interruption = nullptr;
+  onlyThreads = false;
+}
+
+void failThreadOn(int n, int error) {
+  failOn(n, error);
+  onlyThreads = true;
 }
 
 void interruptOn(int n, const std::function<void()>& function) {
@@ -76,7 +84,7 @@ extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* 
                                                                      void* argument) {
   static auto* const call =
       test::real<int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
-  return test::failsNow() ? errno : call(thread, with, run, argument);
+  return test::failsNow(true) ? errno : call(thread, with, run, argument);
 }
 
 #define FAILING_OPEN(name)                                                                       \

@@ -10,6 +10,9 @@ namespace test {
 // The n-th call from now on fails with `error`; 1 is the next one, 0 none.
 void failOn(int n, int error);
 
+// Likewise, but only calls that start a thread are counted and fail.
+void failThreadOn(int n, int error);
+
 // Before the n-th call from now on, which does not fail, `interruption` runs; it is borrowed.
 void interruptOn(int n, const std::function<void()>& interruption);
 

@@ -225,7 +225,7 @@ TEST(ThreadLimitTest, WhereNoThreadCanStartReadingBringsInAndTellsWhatOthersChan
   root->tree().setMustLook();
   Listener listener(root);
   other->setAny("k", 1, "user");
-  failOn(1, EAGAIN);
+  failThreadOn(1, EAGAIN);
   EXPECT_EQ(intAt(root, "k"), 1);
   EXPECT_TRUE(hasCome()) << "nobody tried to start the thread that tells";
   failOn(0, 0);
