@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "bridge/java_layer.h"
 #include "nativesettings/reading.h"
 #include "nativesettings/transactions.h"
 #include "service/validators.h"
@@ -251,6 +252,7 @@ class Transactions : public Changing {
   }
 
   void record(const char* key, jobject value) {
+    const zljLocalReferenceFrame frame(env_, 16);
     nativeSet(env_, nullptr, context_, process_, path({"transactions"}), str(key), info(value),
               str("no level at all"));
     EXPECT_EQ("", takeException(env_));
@@ -262,6 +264,7 @@ class Transactions : public Changing {
     std::vector<std::string> shown;
     auto array = static_cast<jobjectArray>(call(list, "toArray", "()[Ljava/lang/Object;"));
     for (jsize i = 0; i < env_->GetArrayLength(array); ++i) {
+      const zljLocalReferenceFrame frame(env_, 4);
       shown.push_back(className(env_->GetObjectArrayElement(array, i)));
     }
     return shown;
@@ -314,7 +317,8 @@ TEST_F(Transactions, AnUnknownLevelAndAVanishedKeyAreProblems) {
 }
 
 TEST_F(Transactions, ProblemsByTheThousandMakeNoJniWarning) {
-  for (int i = 0; i < 2000; ++i) record("one", str("of another type"));
+  jstring value = str("of another type");
+  for (int i = 0; i < 2000; ++i) record("one", value);
   EXPECT_EQ(2000u, problems(true).size());
 }
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "bridge/java_layer.h"
 #include "tests/support/temporary_directory.h"
 
 extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
@@ -116,6 +117,7 @@ jobjectArray JvmTest::path(const std::vector<std::string>& names) {
   jclass stringClass = env_->FindClass("java/lang/String");
   jobjectArray array = env_->NewObjectArray(static_cast<jsize>(names.size()), stringClass, nullptr);
   for (std::size_t i = 0; i < names.size(); ++i) {
+    const zljLocalReferenceFrame frame(env_, 1);
     env_->SetObjectArrayElement(array, static_cast<jsize>(i), str(names[i]));
   }
   return array;
@@ -133,6 +135,7 @@ std::vector<std::string> JvmTest::texts(jobjectArray strings) {
   std::vector<std::string> result;
   const jsize length = strings ? env_->GetArrayLength(strings) : 0;
   for (jsize i = 0; i < length; ++i) {
+    const zljLocalReferenceFrame frame(env_, 1);
     result.push_back(text(env_->GetObjectArrayElement(strings, i)));
   }
   return result;
