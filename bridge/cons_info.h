@@ -9,6 +9,10 @@
 //
 // A copy of a record is a lookup key and nothing more: it borrows the place that the Java layer
 // keeps for the class, is never entered into a record set, and owns no reference.
+//
+// Each bridge of a process has records of its own, and the Java layer tells by their addresses
+// whose class loader to ask: so a record, and a bare slot, is a static of the bridge or a copy of
+// one.
 #pragma once
 
 #include <jni.h>
@@ -20,13 +24,7 @@
 namespace jzi {
 
 namespace detail {
-
 struct ClassPlace;
-
-// The place that the Java layer keeps for the class of that name, made at first use. Leaked on
-// purpose: a place outlives every record. Any thread.
-SETTINGS_HOST_API ClassPlace& classPlace(const char* className);
-
 }  // namespace detail
 
 class SETTINGS_HOST_API ConsInfo {

@@ -68,8 +68,9 @@ struct jziNatives_t {
   const JNINativeMethod* methods;
 };
 
-// Finds the class and registers its natives. False, with a line on standard error and no exception
-// left pending, when that fails.
+// Finds the class and registers its natives; the library that has the table of methods looks its
+// classes up in that class's loader from then on. False, with a line on standard error and no
+// exception left pending, when that fails.
 SETTINGS_HOST_API bool registerNativesImpl(JNIEnv* env, const jziNatives_t& natives);
 
 // Ends Java for native code, for a program that is about to destroy its VM: from now on every guard
@@ -106,7 +107,8 @@ SETTINGS_HOST_API jobject construct(JNIEnv* env, std::set<ConsInfo*>& records, C
 // The record's class, resolved if need be, without entering it into a set. Borrowed.
 SETTINGS_HOST_API jclass getClass(JNIEnv* env, ConsInfo& record);
 
-// Releases everything that was resolved for records, resets each record of the set and empties it.
+// Releases everything that was resolved for the records of the library that the set belongs to,
+// resets each record of the set and empties it. Other bridges keep theirs.
 SETTINGS_HOST_API void clearConstructors(std::set<ConsInfo*>& records);
 
 // The message of the pending Java exception (its class and message when it has none); "" when none

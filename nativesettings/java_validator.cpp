@@ -8,6 +8,7 @@
 #include "nativesettings/paths.h"
 #include "service/failures.h"
 #include "service/settings.h"
+#include "service/validators.h"
 #include "values/class_records.h"
 #include "values/java_values.h"
 
@@ -17,12 +18,38 @@ using namespace KORVEN::settings::core;
 using jzi::ToJava::javaString;
 using zlutil::settings::Failure;
 using zlutil::settings::Settings;
+using zlutil::settings::UnknownJavaValidator;
 
 namespace {
 
 constexpr const char* kValidateSignature =
     "(Ljava/lang/String;Ljava/lang/String;J[Ljava/lang/String;Ljava/lang/String;Ljava/lang/Object;)"
     "Ljava/lang/String;";
+
+// Whether the Java object is of that class of Java's own, or of one derived from it.
+bool isA(JNIEnv* env, jobject object, const char* className) {
+  jclass cls = env->FindClass(className);
+  env->ExceptionClear();
+  return cls && env->IsInstanceOf(object, cls);
+}
+
+// A reference to the class that runs validators: with it that class, all beside it in its class
+// loader, and what was resolved on them, stay until the call is over. Null when Java has no such
+// class. Where the loader itself has gone, no validator is known any more.
+jobject keepClasses(JNIEnv* env, const std::string& first, const std::string& second) {
+  const std::string gone = "its class loader has gone";
+  try {
+    if (jobject kept =
+            env->NewLocalRef(jzi::safeFindClass(env, globalConsInfos, settingValidatorCons))) {
+      return kept;
+    }
+  } catch (const std::runtime_error&) {
+    jthrowable thrown = env->ExceptionOccurred();
+    env->ExceptionClear();
+    if (!thrown || !isA(env, thrown, "java/lang/IllegalStateException")) return nullptr;
+  }
+  throw UnknownJavaValidator(first, second, gone);
+}
 
 // Returns the method that runs validators; null when Java has no such class or method.
 jmethodID findValidate(JNIEnv* env) {
@@ -34,11 +61,16 @@ jmethodID findValidate(JNIEnv* env) {
   }
 }
 
-// Makes a pending Java exception the reason why the validator has failed.
+// Makes a pending Java exception the reason why the validator has failed. By a
+// ClassNotFoundException Java says that it does not know the validator.
 void refuseWhenPending(JNIEnv* env, const std::string& first, const std::string& second) {
-  if (!env->ExceptionCheck()) return;
+  jthrowable thrown = env->ExceptionOccurred();
+  if (!thrown) return;
   const std::string message = jzi::extractExceptionMessage(env);
   env->ExceptionClear();
+  if (isA(env, thrown, "java/lang/ClassNotFoundException")) {
+    throw UnknownJavaValidator(first, second, message);
+  }
   throw Failure<FailedToRunJavaValidator>(first, second, message);
 }
 
@@ -52,6 +84,7 @@ void javaValidator(const std::string& first, const std::string& second,
   if (!env) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   // A Java exception that an earlier call left pending is not the validator's failure.
   env->ExceptionClear();
+  jobject cls = keepClasses(env, first, second);
   jstring key = javaString(env, keyName);
   jobject object = key ? getJavaValueFromKey(env, value) : nullptr;
   env->ExceptionClear();
@@ -62,10 +95,6 @@ void javaValidator(const std::string& first, const std::string& second,
   // Deliberate: where Java has nobody to ask, the value counts as valid.
   if (!validate || !path) return;
   const auto context = static_cast<jlong>(node->getZcrID().value());
-  // With this reference the class, and all that was resolved on it, stays until the call is over.
-  jobject cls =
-      env->NewLocalRef(jzi::safeFindClass(env, globalConsInfos, settingValidatorCons));
-  if (!cls) throw Failure<JVMNotReadyForProcessingJavaFunction>();
   jstring secondText = javaString(env, second);
   jstring firstText = secondText ? javaString(env, first) : nullptr;
   refuseWhenPending(env, first, second);

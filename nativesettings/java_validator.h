@@ -11,7 +11,8 @@
 namespace nativesettings {
 
 // Returns when the Java validator that the two strings name accepts the value. `node` holds the
-// key. ValidationFailure with the validator's reason; FailedToRunJavaValidator when it throws;
+// key. ValidationFailure with the validator's reason; FailedToRunJavaValidator when it throws,
+// and as the kind of it that UnknownJavaValidator is when Java does not find its class;
 // JVMNotReadyForProcessingJavaFunction when there is no Java to run it. No Java exception is left
 // pending.
 void javaValidator(const std::string& first, const std::string& second,

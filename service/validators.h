@@ -12,6 +12,7 @@
 #include <string>
 
 #include "base/export.h"
+#include "service/failures.h"
 #include "service/settings_fwd.h"
 
 namespace zlutil {
@@ -57,8 +58,19 @@ class SETTINGS_HOST_API CValidator {
   Function function_;
 };
 
+// What a proxy throws in place of its base when it does not know the class that the validator
+// names: another proxy may know it. A proxy that never throws it is taken to know every class.
+class SETTINGS_HOST_API UnknownJavaValidator
+    : public Failure<KORVEN::settings::core::FailedToRunJavaValidator> {
+  using Exception::Exception;
+};
+
 // A validator written in Java, known by two strings. The service cannot run it itself: it calls the
 // proxy that the Java side has installed, and without one the validator is not run.
+//
+// Each library that calls these functions has a proxy of its own. The service first asks the one of
+// the library that has made the entry, if it is still installed, then the others in the order of
+// their installation, until one knows the class. When none does, the value is refused.
 class SETTINGS_HOST_API JValidator {
  public:
   // Given the two strings, the node that holds the key, the key's name and the candidate value:
@@ -72,11 +84,12 @@ class SETTINGS_HOST_API JValidator {
   const std::string& first() const { return first_; }
   const std::string& second() const { return second_; }
 
-  // Installs the process's proxy in place of an earlier one; the service copies it.
+  // Installs the calling library's proxy in place of an earlier one; the service copies it.
   static void setJValProxy(const Proxy& proxy);
 
-  // Drops the proxy, and waits for the calls of it that have begun: when it returns, none runs. Not
-  // to be called within one.
+  // For a library that is about to be unmapped. Drops its proxy, and waits for the calls of it that
+  // have begun, and until no other thread is still letting go of a callback whose subscription has
+  // ended: when it returns, none of this runs. Not to be called within a call of the proxy.
   static void clearFunctions();
 
  private:

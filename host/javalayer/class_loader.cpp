@@ -1,15 +1,10 @@
 #include "host/javalayer/class_loader.h"
 
 #include <algorithm>
-#include <atomic>
 #include <stdexcept>
 
 namespace javalayer {
 namespace {
-
-// A weak global reference; null while no class has been registered, or when the loader is the
-// bootstrap loader.
-std::atomic<jobject> loader{nullptr};
 
 // Class.forName(name, false, loader); null with the JVM's exception pending when there is none.
 jclass forName(JNIEnv* env, const std::string& className, jobject from) {
@@ -30,36 +25,72 @@ jclass forName(JNIEnv* env, const std::string& className, jobject from) {
   return static_cast<jclass>(found);
 }
 
-}  // namespace
-
-void rememberLoader(JNIEnv* env, jclass cls) {
-  if (loader.load(std::memory_order_acquire)) return;
+// The loader of the class, a local reference; null for the bootstrap loader.
+jobject loaderOf(JNIEnv* env, jclass cls) {
   jclass classClass = env->GetObjectClass(cls);
   jmethodID getLoader = env->GetMethodID(classClass, "getClassLoader", "()Ljava/lang/ClassLoader;");
   jobject found = getLoader ? env->CallObjectMethod(cls, getLoader) : nullptr;
   if (env->ExceptionCheck()) env->ExceptionClear();
-  if (found) {
-    jobject weak = env->NewWeakGlobalRef(found);
-    jobject expected = nullptr;
-    if (!loader.compare_exchange_strong(expected, weak)) env->DeleteWeakGlobalRef(weak);
-    env->DeleteLocalRef(found);
-  }
   env->DeleteLocalRef(classClass);
+  return found;
 }
 
-void forgetLoader(JNIEnv* env) {
-  jobject held = loader.exchange(nullptr);
+void failAsCollected(JNIEnv* env, const std::string& className) {
+  jclass error = env->FindClass("java/lang/IllegalStateException");
+  if (!error) return;
+  env->ThrowNew(error, ("the class loader of " + className + " has been collected").c_str());
+  env->DeleteLocalRef(error);
+}
+
+}  // namespace
+
+bool ClassLoader::remember(JNIEnv* env, jclass cls) {
+  jobject found = loaderOf(env, cls);
+  if (!found) return true;
+  const jobject before = loader_.load(std::memory_order_acquire);
+  const bool isSame = before && env->IsSameObject(before, found);
+  if (!isSame) {
+    forget(env);
+    loader_.store(env->NewWeakGlobalRef(found), std::memory_order_release);
+  }
+  env->DeleteLocalRef(found);
+  return isSame || !before;
+}
+
+void ClassLoader::forget(JNIEnv* env) {
+  jobject held = loader_.exchange(nullptr);
   if (held && env) env->DeleteWeakGlobalRef(static_cast<jweak>(held));
 }
 
-jclass findClass(JNIEnv* env, const std::string& className) {
-  jobject from = loader.load(std::memory_order_acquire);
-  // A local reference keeps the loader while it is asked; null when it is gone.
-  jobject held = from ? env->NewLocalRef(from) : nullptr;
-  jclass found = held ? forName(env, className, held) : env->FindClass(className.c_str());
-  if (held) env->DeleteLocalRef(held);
+jclass ClassLoader::findClass(JNIEnv* env, const std::string& className) const {
+  jclass found = nullptr;
+  if (jobject weak = loader_.load(std::memory_order_acquire)) {
+    // A local reference keeps the loader while it is asked.
+    if (jobject held = env->NewLocalRef(weak)) {
+      found = forName(env, className, held);
+      env->DeleteLocalRef(held);
+    } else {
+      failAsCollected(env, className);
+    }
+  } else {
+    found = env->FindClass(className.c_str());
+  }
   if (!found) throw std::runtime_error("java class not found: " + className);
   return found;
+}
+
+jclass ClassLoader::resolve(JNIEnv* env, std::atomic<jclass>& slot, const char* className) const {
+  if (jclass known = slot.load(std::memory_order_acquire)) return known;
+  jclass local = findClass(env, className);
+  auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
+  env->DeleteLocalRef(local);
+  // Without memory for the reference the class is as good as missing.
+  if (!weak) throw std::runtime_error(std::string("java class not found: ") + className);
+  jclass expected = nullptr;
+  // Of two threads that resolve at once one wins; the other's reference is released.
+  if (slot.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
+  env->DeleteWeakGlobalRef(weak);
+  return expected;
 }
 
 }  // namespace javalayer

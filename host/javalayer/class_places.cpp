@@ -1,46 +1,12 @@
 #include "host/javalayer/class_places.h"
 
-#include <map>
-#include <memory>
-#include <string_view>
-
-#include "base/mutex.h"
 #include "bridge/java_layer.h"
+#include "host/javalayer/bridges.h"
 
 namespace jzi {
 namespace detail {
-namespace {
 
-struct Places {
-  base::Mutex mutex;
-  std::map<std::string_view, std::unique_ptr<ClassPlace>> byName GUARDED_BY(mutex);
-};
-
-// Leaked on purpose: records reach it from static initialisers and destructors.
-Places& places() {
-  static Places& all = *new Places;
-  return all;
-}
-
-}  // namespace
-
-ClassPlace& classPlace(const char* className) {
-  Places& all = places();
-  base::MutexLock lock(all.mutex);
-  const auto found = all.byName.find(className);
-  if (found != all.byName.end()) return *found->second;
-  auto made = std::make_unique<ClassPlace>(className);
-  const std::string_view key = made->name;
-  return *all.byName.emplace(key, std::move(made)).first->second;
-}
-
-void releaseAllPlaces(JNIEnv* env) {
-  Places& all = places();
-  base::MutexLock lock(all.mutex);
-  for (auto& entry : all.byName) entry.second->release(env);
-}
-
-jclass ClassPlace::find(JNIEnv* env) { return safeFindClass(env, cls, name.c_str()); }
+jclass ClassPlace::find(JNIEnv* env) { return bridge.loader().resolve(env, cls, name.c_str()); }
 
 jmethodID ClassPlace::findMethod(JNIEnv* env, const char* methodName, const char* signature,
                                  bool isStatic) {
@@ -90,7 +56,7 @@ void ConsInfo::reset() {
 detail::ClassPlace& ConsInfo::place() const {
   detail::ClassPlace* known = place_.load(std::memory_order_acquire);
   if (!known) {
-    known = &detail::classPlace(className_);
+    known = &javalayer::bridgeOf(this).place(className_);
     place_.store(known, std::memory_order_release);
   }
   return *known;

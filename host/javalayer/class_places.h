@@ -1,6 +1,6 @@
-// One place per Java class that was ever looked up through a record: the class, and the methods
-// that were resolved on it. Records and their copies borrow from it, so a lookup on a copy costs a
-// load.
+// One place per bridge and Java class that was ever looked up through a record: the class, and the
+// methods that were resolved on it. Records and their copies borrow from it, so a lookup on a copy
+// costs a load.
 //
 // The class is held by a weak global reference: what is cached must not keep the class's loader,
 // and with it the library, in memory for ever. It stays valid while any code of the bridge can run,
@@ -11,6 +11,10 @@
 
 #include <atomic>
 #include <string>
+
+namespace javalayer {
+class Bridge;
+}
 
 namespace jzi {
 namespace detail {
@@ -25,7 +29,7 @@ struct MethodPlace {
 };
 
 struct ClassPlace {
-  explicit ClassPlace(const char* className) : name(className) {}
+  ClassPlace(javalayer::Bridge& owner, const char* className) : bridge(owner), name(className) {}
 
   // The class, resolved at first use. Throws as java_layer.h says.
   jclass find(JNIEnv* env);
@@ -36,13 +40,11 @@ struct ClassPlace {
   // Drops everything resolved. Only while no other thread uses the place.
   void release(JNIEnv* env);
 
+  javalayer::Bridge& bridge;
   const std::string name;
   std::atomic<jclass> cls{nullptr};
   std::atomic<MethodPlace*> methods{nullptr};
 };
-
-// The places made so far, to release them all.
-void releaseAllPlaces(JNIEnv* env);
 
 }  // namespace detail
 }  // namespace jzi

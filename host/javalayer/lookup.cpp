@@ -5,7 +5,7 @@
 
 #include "base/mutex.h"
 #include "bridge/java_layer.h"
-#include "host/javalayer/class_loader.h"
+#include "host/javalayer/bridges.h"
 #include "host/javalayer/class_places.h"
 #include "host/javalayer/vm.h"
 
@@ -39,16 +39,7 @@ jclass safeFindClass(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo& record
 
 jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot, const char* className) {
   if (jclass known = slot.load(std::memory_order_acquire)) return known;
-  jclass local = javalayer::findClass(env, className);
-  auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
-  env->DeleteLocalRef(local);
-  // Without memory for the reference the class is as good as missing.
-  if (!weak) throw std::runtime_error(std::string("java class not found: ") + className);
-  jclass expected = nullptr;
-  // Of two threads that resolve at once one wins; the other's reference is released.
-  if (slot.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
-  env->DeleteWeakGlobalRef(weak);
-  return expected;
+  return javalayer::bridgeOf(&slot).loader().resolve(env, slot, className);
 }
 
 void releaseClass(JNIEnv* env, std::atomic<jclass>& slot) {
@@ -90,14 +81,16 @@ jobject construct(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo* record, .
 }
 
 void clearConstructors(std::set<ConsInfo*>& records) {
-  JNIEnv* env = javalayer::currentEnv();
+  std::set<javalayer::Bridge*> bridges = {&javalayer::bridgeOf(&records)};
   {
     base::MutexLock lock(recordsMutex);
-    for (ConsInfo* record : records) record->reset();
+    for (ConsInfo* record : records) {
+      bridges.insert(&record->place().bridge);
+      record->reset();
+    }
     records.clear();
   }
-  detail::releaseAllPlaces(env);
-  javalayer::forgetLoader(env);
+  for (javalayer::Bridge* bridge : bridges) bridge->release(javalayer::currentEnv());
 }
 
 void detail::safeRefDelete(void (JNIEnv::*release)(jobject), jobject reference) {

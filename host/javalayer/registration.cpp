@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "bridge/java_layer.h"
-#include "host/javalayer/class_loader.h"
+#include "host/javalayer/bridges.h"
 
 namespace jzi {
 namespace {
@@ -30,7 +30,7 @@ bool registerNativesImpl(JNIEnv* env, const jziNatives_t& natives) {
   const bool registered =
       cls && env->RegisterNatives(cls, natives.methods, static_cast<jint>(natives.count)) == JNI_OK;
   if (registered) {
-    javalayer::rememberLoader(env, cls);
+    javalayer::bridgeOf(natives.methods).adopt(env, cls);
   } else {
     const std::string reason = extractExceptionMessage(env);
     env->ExceptionClear();

@@ -44,7 +44,7 @@ std::vector<KeyChange> changesOf(const std::vector<Candidate>& candidates, int l
   changes.reserve(candidates.size());
   for (const Candidate* candidate : lastOfEachKey(candidates)) {
     if (isCurrent && sameValue(candidate->key->value(level), *candidate->value)) continue;
-    changes.push_back({candidate->key, *candidate->value});
+    changes.push_back({candidate->key, ownCopy(*candidate->value)});
   }
   return changes;
 }

@@ -10,7 +10,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/loaded_library.h"
 #include "base/mutex.h"
+#include "host/settings/subscribers.h"
 
 namespace zlutil::eventmgr {
 namespace {
@@ -40,9 +42,12 @@ class SubscriptionFilter {
 };
 
 struct Subscription {
-  explicit Subscription(const EventMgr::Callback& function) : callback(function) {}
+  Subscription(const EventMgr::Callback& function, std::atomic<std::size_t>& counter)
+      : callback(function), ending(counter) {}
   const EventMgr::Callback callback;
   std::atomic<bool> active{true};
+  std::atomic<std::size_t>& ending;  // of the library whose code the callback is
+  bool isCountedAsEnding = false;    // written by the owner of the connection, as its last act
 };
 using SubscriptionPtr = std::shared_ptr<Subscription>;
 using Subscribers = std::shared_ptr<const std::vector<SubscriptionPtr>>;
@@ -76,6 +81,13 @@ class Table {
     filter_.counterOf(topic).fetch_sub(1, std::memory_order_relaxed);
   }
 
+  // How many subscriptions of the library have ended and have not yet been destroyed: deliveries
+  // that have begun may still hold them. The counter is never removed.
+  std::atomic<std::size_t>& endingOf(const void* library) EXCLUDES(mutex_) {
+    base::MutexLock lock(mutex_);
+    return ending_[library];
+  }
+
   Subscribers subscribersOf(const std::string& topic) const EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
     const auto found = topics_.find(topic);
@@ -87,6 +99,7 @@ class Table {
  private:
   mutable base::Mutex mutex_;
   std::unordered_map<std::string, Subscribers> topics_ GUARDED_BY(mutex_);
+  std::unordered_map<const void*, std::atomic<std::size_t>> ending_ GUARDED_BY(mutex_);
   SubscriptionFilter filter_;
 };
 
@@ -95,11 +108,25 @@ Table& table() {
   return instance;
 }
 
+void destroy(Subscription* subscription) {
+  const bool wasEnding = subscription->isCountedAsEnding;
+  std::atomic<std::size_t>& ending = subscription->ending;
+  delete subscription;
+  if (wasEnding) ending.fetch_sub(1);
+}
+
 class TopicConnection final : public Connection {
  public:
-  TopicConnection(std::string topic, SubscriptionPtr subscription)
-      : topic_(std::move(topic)), subscription_(std::move(subscription)) {}
-  ~TopicConnection() override { disconnect(); }
+  TopicConnection(const std::string& topic, const EventMgr::Callback& callback, const void* library)
+      : topic_(topic),
+        subscription_(new Subscription(callback, table().endingOf(library)), &destroy) {
+    table().add(topic_, subscription_);
+  }
+  ~TopicConnection() override {
+    disconnect();
+    subscription_->ending.fetch_add(1);
+    subscription_->isCountedAsEnding = true;
+  }
 
   void disconnect() override {
     if (!subscription_->active.exchange(false)) return;
@@ -112,6 +139,8 @@ class TopicConnection final : public Connection {
 };
 
 }  // namespace
+
+bool isLettingGo(const void* library) { return table().endingOf(library).load() != 0; }
 
 BaseEvent::~BaseEvent() = default;
 Connection::~Connection() = default;
@@ -128,10 +157,8 @@ EventMgr& EventMgr::instance() {
 }
 
 AutoPtr<Connection> EventMgr::subscribeAny(const std::string& topic, const Callback& callback) {
-  auto subscription = std::make_shared<Subscription>(callback);
-  auto connection = std::make_unique<TopicConnection>(topic, subscription);
-  table().add(topic, subscription);
-  return makeAuto<Connection>(connection.release());
+  const void* library = base::libraryOf(__builtin_return_address(0));
+  return makeAuto<Connection>(new TopicConnection(topic, callback, library));
 }
 
 void EventMgr::publish(const std::string& eventType, const exchange::IDType& id,

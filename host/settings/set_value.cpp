@@ -75,7 +75,7 @@ class ValueChange {
     Key& key = *found.key;
     // Setting the same value again is no change; but others may have stored another one meanwhile.
     if (sameValue(key.value(level_), value) && store().isCurrent()) return true;
-    boost::any copy = value;
+    boost::any copy = ownCopy(value);
     if (store().keepsChanges()) {
       Changes changes;
       if (key.kind() == boostany::kNoValue) {

@@ -1,6 +1,7 @@
 // Entries that belong to no context: detached ones, and trees read from a file.
 #include <boost/make_shared.hpp>
 
+#include "base/loaded_library.h"
 #include "host/settings/file_name.h"
 #include "host/settings/settings_reader.h"
 #include "service/failures.h"
@@ -22,7 +23,8 @@ const host::TreePtr& treeOfDetachedKeys() {
 boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& name, bool isKey,
                                                           bool mayHaveListeners,
                                                           const ValidatorChoice& validator) {
-  const host::ValidatorPtr guard = host::makeValidator(validator);
+  const host::ValidatorPtr guard = host::makeValidator(
+      validator, host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
   if (isKey) {
     return boost::make_shared<host::Key>(treeOfDetachedKeys(), name, boostany::kNoValue,
                                          mayHaveListeners, guard);

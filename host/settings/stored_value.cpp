@@ -35,4 +35,13 @@ bool sameValue(const boost::any& left, const boost::any& right) {
   return same;
 }
 
+boost::any ownCopy(const boost::any& value) {
+  boost::any copy;
+  boostany::withTypeOfKind(kindOfValue(value), [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    copy = *boost::unsafe_any_cast<Type>(&value);
+  });
+  return copy;
+}
+
 }  // namespace zlutil::settings::host

@@ -7,55 +7,51 @@
 #include <memory>
 #include <thread>
 
+#include "base/loaded_library.h"
 #include "base/mutex.h"
+#include "host/settings/subscribers.h"
 #include "service/failures.h"
 
 namespace zlutil::settings {
 namespace {
 
+using host::JavaProxies;
+using host::WeakJavaProxy;
 using KORVEN::settings::core::CValidationError;
 using KORVEN::settings::core::ValidationFailure;
 
-// A function that the host's other half installs, drops and replaces while calls may be running.
-template <class Function>
-class InstalledFunction {
+// The evaluator of scripts, which is installed, dropped and replaced while calls may be running.
+class InstalledEvaluator {
  public:
-  using Pointer = std::shared_ptr<const Function>;
+  using Pointer = std::shared_ptr<const ZValidator::Evaluator>;
 
-  // Gives the one that was there: whoever is in a call of it shares it.
-  Pointer install(const Function& function) EXCLUDES(mutex_) {
-    Pointer next = function ? std::make_shared<const Function>(function) : Pointer();
+  void install(const ZValidator::Evaluator& evaluate) EXCLUDES(mutex_) {
+    Pointer next = evaluate ? std::make_shared<const ZValidator::Evaluator>(evaluate) : Pointer();
     base::MutexLock lock(mutex_);
-    function_.swap(next);
-    return next;
+    evaluate_.swap(next);
   }
 
   // To call with no lock held; null when there is none.
   Pointer get() const EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
-    return function_;
+    return evaluate_;
   }
 
  private:
   mutable base::Mutex mutex_;
-  Pointer function_ GUARDED_BY(mutex_);
+  Pointer evaluate_ GUARDED_BY(mutex_);
 };
 
-InstalledFunction<ZValidator::Evaluator>& evaluator() {
-  static auto& installed = *new InstalledFunction<ZValidator::Evaluator>;
-  return installed;
-}
-
-InstalledFunction<JValidator::Proxy>& javaProxy() {
-  static auto& installed = *new InstalledFunction<JValidator::Proxy>;
+InstalledEvaluator& evaluator() {
+  static auto& installed = *new InstalledEvaluator;
   return installed;
 }
 
 class Run : public boost::static_visitor<void> {
  public:
-  Run(const boost::shared_ptr<const Settings>& node, const std::string& key,
-      const boost::any& value)
-      : node_(node), key_(key), value_(value) {}
+  Run(const WeakJavaProxy& origin, const boost::shared_ptr<const Settings>& node,
+      const std::string& key, const boost::any& value)
+      : origin_(origin), node_(node), key_(key), value_(value) {}
 
   void operator()(const void_&) const {}
 
@@ -81,12 +77,11 @@ class Run : public boost::static_visitor<void> {
   }
 
   void operator()(const JValidator& validator) const {
-    if (const auto proxy = javaProxy().get()) {
-      (*proxy)(validator.first(), validator.second(), node_, key_, value_);
-    }
+    JavaProxies::instance().run(origin_, validator, node_, key_, value_);
   }
 
  private:
+  const WeakJavaProxy& origin_;
   const boost::shared_ptr<const Settings>& node_;
   const std::string& key_;
   const boost::any& value_;
@@ -95,17 +90,23 @@ class Run : public boost::static_visitor<void> {
 }  // namespace
 
 void ZValidator::setEvaluator(const Evaluator& evaluate) { evaluator().install(evaluate); }
-void JValidator::setJValProxy(const Proxy& proxy) { javaProxy().install(proxy); }
+
+void JValidator::setJValProxy(const Proxy& proxy) {
+  JavaProxies::instance().install(base::libraryOf(__builtin_return_address(0)), proxy);
+}
 
 void JValidator::clearFunctions() {
-  const std::weak_ptr<const Proxy> dropped = javaProxy().install(Proxy());
-  while (!dropped.expired()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  const void* library = base::libraryOf(__builtin_return_address(0));
+  const WeakJavaProxy dropped = JavaProxies::instance().install(library, Proxy());
+  while (!dropped.expired() || eventmgr::isLettingGo(library)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
 }
 
 namespace host {
 
-ValidatorPtr makeValidator(const ValidatorChoice& choice) {
-  return boost::get<void_>(&choice) ? ValidatorPtr() : ValidatorPtr(new Validator(choice));
+ValidatorPtr makeValidator(const ValidatorChoice& choice, const JavaProxyPtr& origin) {
+  return boost::get<void_>(&choice) ? ValidatorPtr() : ValidatorPtr(new Validator(choice, origin));
 }
 
 const ValidatorChoice& choiceOf(const ValidatorPtr& validator) {
@@ -115,7 +116,7 @@ const ValidatorChoice& choiceOf(const ValidatorPtr& validator) {
 
 void runValidator(const Validator& validator, const boost::shared_ptr<const Settings>& node,
                   const std::string& key, const boost::any& value) {
-  boost::apply_visitor(Run(node, key, value), validator.choice);
+  boost::apply_visitor(Run(validator.origin, node, key, value), validator.choice);
 }
 
 }  // namespace host

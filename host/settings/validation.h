@@ -9,19 +9,23 @@
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #include <string>
 
+#include "host/settings/java_proxies.h"
 #include "service/validators.h"
 
 namespace zlutil::settings::host {
 
 // An entry's validator, shared by the entry and by whoever is about to run it. Immutable.
 struct Validator : boost::intrusive_ref_counter<Validator> {
-  explicit Validator(const ValidatorChoice& validator) : choice(validator) {}
+  Validator(const ValidatorChoice& validator, const JavaProxyPtr& proxy)
+      : choice(validator), origin(proxy) {}
   const ValidatorChoice choice;
+  // Of the library that has brought a Java validator; none when it came from a file.
+  const WeakJavaProxy origin;
 };
 using ValidatorPtr = boost::intrusive_ptr<const Validator>;
 
 // Null for the choice `void_`.
-ValidatorPtr makeValidator(const ValidatorChoice& choice);
+ValidatorPtr makeValidator(const ValidatorChoice& choice, const JavaProxyPtr& origin = {});
 
 // The choice of a validator; `void_` for null.
 const ValidatorChoice& choiceOf(const ValidatorPtr& validator);

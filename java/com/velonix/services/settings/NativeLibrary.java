@@ -3,6 +3,9 @@ package com.velonix.services.settings;
 import java.io.FileNotFoundException;
 import java.io.IOException;
 import java.io.InputStream;
+import java.net.URL;
+import java.net.URLConnection;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
@@ -13,6 +16,10 @@ import java.util.Locale;
  * Loads the two native libraries, once for this class loader. They are looked for in the directory
  * named by the property {@value #DIRECTORY_PROPERTY}, then on {@code java.library.path}, then
  * inside the jar.
+ *
+ * <p>The host, which owns the trees, is loaded once in a process: another class loader has a bridge
+ * of its own, which the system's linker binds to the host that is there. A bridge that was built for
+ * another version of the host is refused by the linker.
  *
  * <p>Loading initialises the classes that have native methods, and those that reading and writing
  * need, so none of these may load the libraries from its own static initialiser: two threads could
@@ -25,6 +32,11 @@ import java.util.Locale;
  */
 final class NativeLibrary {
     static final String DIRECTORY_PROPERTY = "com.velonix.services.settings.library.path";
+
+    private static final String HOST = "settingshost", BRIDGE = "nativesettings";
+
+    /** One object for all class loaders of the Java machine, as every constant text is. */
+    private static final Object LOADING_IN_ANY_LOADER = "com.velonix.services.settings loading";
 
     private static volatile boolean ready;
 
@@ -48,7 +60,9 @@ final class NativeLibrary {
         if (ready || failure != null)
             return failure;
         if (!loaded) {
-            failure = tryAll();
+            synchronized (LOADING_IN_ANY_LOADER) {
+                failure = tryAll();
+            }
             loaded = failure == null;
         }
         if (loaded) {
@@ -127,39 +141,59 @@ final class NativeLibrary {
     }
 
     private static void loadFromLibraryPath() {
-        for (String name : names()) {
+        for (String name : namesToLoad()) {
             System.loadLibrary(name);
         }
     }
 
     private static void loadFrom(Path directory) {
-        for (String name : names()) {
+        for (String name : namesToLoad()) {
             System.load(directory.resolve(System.mapLibraryName(name)).toString());
         }
     }
 
+    /** The copies have names only while they are being loaded, so nothing is ever left behind. */
     private static void loadFromJar() throws IOException {
         Path directory = Files.createTempDirectory("nativesettings",
                 PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString("rwx------")));
-        // Deleted in reverse order: the folder last.
-        directory.toFile().deleteOnExit();
-        for (String name : names()) {
-            String fileName = System.mapLibraryName(name);
-            Path file = directory.resolve(fileName);
-            file.toFile().deleteOnExit();
-            String resource = jarFolder() + fileName;
-            try (InputStream library = NativeLibrary.class.getResourceAsStream(resource)) {
-                if (library == null)
-                    throw new FileNotFoundException("no entry " + resource);
-                Files.copy(library, file);
+        try {
+            for (String name : namesToLoad()) {
+                copyFromJar(System.mapLibraryName(name), directory);
             }
+            loadFrom(directory);
+        } finally {
+            for (String name : List.of(HOST, BRIDGE)) {
+                Files.deleteIfExists(directory.resolve(System.mapLibraryName(name)));
+            }
+            Files.delete(directory);
         }
-        loadFrom(directory);
     }
 
-    /** In loading order: the second is linked to the first. */
-    private static List<String> names() {
-        return List.of("settingshost", "nativesettings");
+    private static void copyFromJar(String fileName, Path directory) throws IOException {
+        URL resource = NativeLibrary.class.getResource(jarFolder() + fileName);
+        if (resource == null)
+            throw new FileNotFoundException("no entry " + jarFolder() + fileName);
+        URLConnection connection = resource.openConnection();
+        // A cached connection would keep the jar open for as long as the Java machine runs.
+        connection.setUseCaches(false);
+        try (InputStream library = connection.getInputStream()) {
+            Files.copy(library, directory.resolve(fileName));
+        }
+    }
+
+    /** In loading order: the bridge is linked to the host. */
+    private static List<String> namesToLoad() {
+        return hostIsMapped() ? List.of(BRIDGE) : List.of(HOST, BRIDGE);
+    }
+
+    private static boolean hostIsMapped() {
+        try {
+            // Names of files are bytes, which need not be text.
+            return Files.readString(Path.of("/proc/self/maps"), StandardCharsets.ISO_8859_1)
+                    .contains("/" + System.mapLibraryName(HOST));
+        } catch (IOException untold) {
+            return false;
+        }
     }
 
     private static String jarFolder() {

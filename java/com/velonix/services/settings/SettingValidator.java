@@ -60,7 +60,13 @@ final class SettingValidator {
         }
     }
 
-    /** Seen from the API's own class loader, else from the thread's; not yet initialised. */
+    /**
+     * Seen from the API's own class loader, else from the thread's; not yet initialised.
+     *
+     * @throws ClassNotFoundException if there is none. The service then asks the other class
+     *         loaders that have an API of their own, so a class that belongs to one of them counts
+     *         as not found here
+     */
     private static Class<? extends ValueValidator> find(String className)
             throws ClassNotFoundException {
         Class<?> found;
@@ -73,11 +79,22 @@ final class SettingValidator {
             } catch (ClassNotFoundException nowhere) {
                 throw new ClassNotFoundException("there is no class " + className);
             }
+            if (seesAnotherApi(found.getClassLoader()))
+                throw new ClassNotFoundException(className + " belongs to another class loader");
         }
         if (!ValueValidator.class.isAssignableFrom(found)) {
             throw new ClassCastException(
                     className + " does not implement " + ValueValidator.class.getName());
         }
         return found.asSubclass(ValueValidator.class);
+    }
+
+    private static boolean seesAnotherApi(ClassLoader loader) {
+        String name = ValueValidator.class.getName();
+        try {
+            return Class.forName(name, false, loader) != ValueValidator.class;
+        } catch (ClassNotFoundException none) {
+            return false;
+        }
     }
 }

@@ -1,0 +1,45 @@
+#include "host/javalayer/bridges.h"
+
+#include "base/loaded_library.h"
+
+namespace javalayer {
+
+using jzi::detail::ClassPlace;
+
+ClassPlace& Bridge::place(const char* className) {
+  base::MutexLock lock(mutex_);
+  const auto found = places_.find(className);
+  if (found != places_.end()) return *found->second;
+  auto made = std::make_unique<ClassPlace>(*this, className);
+  const std::string_view key = made->name;
+  return *places_.emplace(key, std::move(made)).first->second;
+}
+
+void Bridge::adopt(JNIEnv* env, jclass cls) {
+  if (!loader_.remember(env, cls)) releasePlaces(env);
+}
+
+void Bridge::release(JNIEnv* env) {
+  releasePlaces(env);
+  loader_.forget(env);
+}
+
+void Bridge::releasePlaces(JNIEnv* env) {
+  base::MutexLock lock(mutex_);
+  for (auto& entry : places_) entry.second->release(env);
+}
+
+Bridge& bridgeOf(const void* address) {
+  struct Bridges {
+    base::Mutex mutex;
+    std::map<const void*, std::unique_ptr<Bridge>> byLibrary GUARDED_BY(mutex);
+  };
+  static Bridges& bridges = *new Bridges;
+  const void* library = base::libraryOf(address);
+  base::MutexLock lock(bridges.mutex);
+  std::unique_ptr<Bridge>& bridge = bridges.byLibrary[library];
+  if (!bridge) bridge = std::make_unique<Bridge>();
+  return *bridge;
+}
+
+}  // namespace javalayer

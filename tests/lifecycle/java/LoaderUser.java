@@ -1,0 +1,127 @@
+import com.velonix.services.settings.Registration;
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingChangeEvent;
+import com.velonix.services.settings.SettingException;
+import com.velonix.services.settings.SettingLevel;
+import com.velonix.services.settings.SettingListener;
+import com.velonix.services.settings.SettingPath;
+import com.velonix.services.settings.ValidationContext;
+import com.velonix.services.settings.ValueValidator;
+import java.util.Optional;
+import java.util.concurrent.atomic.AtomicInteger;
+import java.util.function.BinaryOperator;
+
+/**
+ * One of several applications in a Java machine, each in a class loader of its own that holds the
+ * Java API too. It owns a node of the process's tree, with a validator and a listener of its own,
+ * and obeys commands: a name and an argument, both texts, as is the answer.
+ */
+public final class LoaderUser implements BinaryOperator<String> {
+    private static final AtomicInteger asked = new AtomicInteger();
+
+    /** Refuses what is negative. Every loader has a class of this name. */
+    public static final class Own implements ValueValidator {
+        public Own(String ignored) {}
+
+        @Override
+        public Optional<String> problem(ValidationContext context) {
+            asked.incrementAndGet();
+            return (Integer) context.value() < 0 ? Optional.of("negative") : Optional.empty();
+        }
+    }
+
+    /** The same, but the scenario hides it from all loaders but the first. */
+    public static final class Hidden implements ValueValidator {
+        public Hidden(String ignored) {}
+
+        @Override
+        public Optional<String> problem(ValidationContext context) {
+            asked.incrementAndGet();
+            return Optional.empty();
+        }
+    }
+
+    private final AtomicInteger heard = new AtomicInteger();
+    private SettingPath root;
+    private Registration registration;
+    private Thread worker;
+    private volatile boolean working;
+    private volatile String failure;
+
+    @Override
+    public String apply(String command, String argument) {
+        try {
+            return switch (command) {
+                case "open" -> open(argument);
+                case "guard" -> add(argument, Hidden.class);
+                case "set" -> set(argument.split("="));
+                case "get" -> String.valueOf(key(argument).get());
+                case "asked" -> String.valueOf(asked.getAndSet(0));
+                case "heard" -> String.valueOf(heard.getAndSet(0));
+                case "work" -> work(argument);
+                case "close" -> close(argument);
+                default -> throw new IllegalArgumentException(command);
+            };
+        } catch (Exception failed) {
+            return failed.getClass().getSimpleName() + ": " + failed.getMessage();
+        }
+    }
+
+    private String open(String node) throws Exception {
+        root = SettingPath.processRoot();
+        if (!root.hasNode(node))
+            root.addNode(node);
+        registration = root.path(node).addListener(new SettingListener() {
+            @Override
+            public void settingChanged(SettingChangeEvent event) {
+                heard.incrementAndGet();
+            }
+        });
+        return add(node + ".size", Own.class);
+    }
+
+    private String add(String path, Class<? extends ValueValidator> validator) throws Exception {
+        String[] names = path.split("\\.");
+        if (!key(path).exists())
+            root.path(names[0]).addKey(names[1], 1, SettingLevel.SESSION, validator, "");
+        return "added";
+    }
+
+    private Setting<Integer> key(String path) {
+        String[] names = path.split("\\.");
+        return root.path(names[0]).setting(names[1], Integer.class);
+    }
+
+    private String set(String[] change) throws SettingException {
+        key(change[0]).set(Integer.valueOf(change[1]), SettingLevel.SESSION);
+        return "set";
+    }
+
+    /** Changes and reads the key until the application is closed. */
+    private String work(String path) {
+        working = true;
+        worker = new Thread(() -> {
+            try {
+                for (int i = 0; working; i = (i + 1) % 1000) {
+                    key(path).set(i, SettingLevel.SESSION);
+                    key(path).get();
+                }
+            } catch (Throwable thrown) {
+                failure = thrown.toString();
+            }
+        });
+        worker.start();
+        return "working";
+    }
+
+    private String close(String node) throws Exception {
+        working = false;
+        if (worker != null)
+            worker.join();
+        if (!node.isEmpty())
+            root.delete(node);
+        registration.close();
+        root.close();
+        return failure == null ? "closed" : failure;
+    }
+}
