@@ -69,7 +69,7 @@ public final class LoaderUser implements BinaryOperator<String> {
 
     private String open(String node) throws Exception {
         root = SettingPath.processRoot();
-        if (!root.hasNode(node))
+        if (!root.path(node).exists())
             root.addNode(node);
         registration = root.path(node).addListener(new SettingListener() {
             @Override
@@ -110,6 +110,7 @@ public final class LoaderUser implements BinaryOperator<String> {
                 failure = thrown.toString();
             }
         });
+        worker.setDaemon(true);
         worker.start();
         return "working";
     }
@@ -118,9 +119,9 @@ public final class LoaderUser implements BinaryOperator<String> {
         working = false;
         if (worker != null)
             worker.join();
+        registration.close();
         if (!node.isEmpty())
             root.delete(node);
-        registration.close();
         root.close();
         return failure == null ? "closed" : failure;
     }

@@ -39,10 +39,9 @@ public final class LoadersScenario {
                 }
             };
             @SuppressWarnings("unchecked")
-            BinaryOperator<String> made1 = (BinaryOperator<String>) made.loadClass("LoaderUser")
-                                                   .getDeclaredConstructor()
-                                                   .newInstance();
-            user = made1;
+            Class<BinaryOperator<String>> type =
+                    (Class<BinaryOperator<String>>) made.loadClass("LoaderUser");
+            user = type.getDeclaredConstructor().newInstance();
             loader = new WeakReference<>(made);
         }
 
@@ -87,7 +86,7 @@ public final class LoadersScenario {
         fourth.expect("added", "open", "four");
         third.end("three");
         second.expect("set", "set", "four.size=8");
-        fourth.expect("1", "heard", "");
+        fourth.expect("2", "heard", "");  // with its own
         fourth.end("four");
         System.out.println("any order done");
 
@@ -104,7 +103,10 @@ public final class LoadersScenario {
     private static void everyoneHasClassesOfHisOwn(
             Application first, Application second, Application third) {
         first.expect("added", "guard", "one.hidden");
-        for (Application each : List.of(first, second, third)) each.tell("asked", "");
+        for (Application each : List.of(first, second, third)) {
+            each.tell("asked", "");
+            each.tell("heard", "");
+        }
         second.expect("set", "set", "one.size=5");
         second.expect("SettingValidationException: negative*", "set", "one.size=-5");
         first.expect("2", "asked", "");
@@ -143,7 +145,7 @@ public final class LoadersScenario {
         return "libraries " + count(mapped(".so")) + ", descriptors "
                 + count(Files.list(Path.of("/proc/self/fd"))) + ", threads "
                 + count(Files.list(Path.of("/proc/self/task"))) + ", temporary files "
-                + count(Files.list(temporary).filter(file -> !file.endsWith("hsperfdata_root")));
+                + count(Files.list(temporary).filter(file -> !file.getFileName().toString().startsWith("hsperf")));
     }
 
     private static long count(Stream<?> things) {

@@ -76,7 +76,8 @@ final class SettingValidator {
             ClassLoader ofThread = Thread.currentThread().getContextClassLoader();
             try {
                 found = Class.forName(className, false, ofThread);
-            } catch (ClassNotFoundException nowhere) {
+            } catch (ClassNotFoundException | LinkageError nowhere) {
+                // A loader that has the class and not this API cannot link it.
                 throw new ClassNotFoundException("there is no class " + className);
             }
             if (seesAnotherApi(found.getClassLoader()))
