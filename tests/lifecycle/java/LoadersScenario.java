@@ -115,12 +115,16 @@ public final class LoadersScenario {
         first.expect("1", "asked", "");
         first.expect("2", "heard", "");
         second.expect("0", "heard", "");
-        third.expect("5", "get", "one.size");
+        third.expect("set", "set", "two.size=5");
+        first.expect("0", "asked", "");
+        second.expect("1", "asked", "");
+        first.expect("set", "set", "one.size=4");
+        third.expect("4", "get", "one.size");
     }
 
     /** The first one has gone with the class of one validator; the other is known to all. */
     private static void whatAnEndedOneLeavesBehind(Application second, Application third) {
-        second.expect("5", "get", "one.size");
+        second.expect("4", "get", "one.size");
         second.expect("5", "get", "one.hidden");
         second.expect("there is no class LoaderUser$Hidden*", "set", "one.hidden=6");
         second.tell("asked", "");
