@@ -88,7 +88,7 @@ void javaValidator(const std::string& first, const std::string& second,
   jstring key = javaString(env, keyName);
   jobject object = key ? getJavaValueFromKey(env, value) : nullptr;
   env->ExceptionClear();
-  jmethodID validate = findValidate(env);
+  jmethodID validate = cls ? findValidate(env) : nullptr;
   jobjectArray path = validate ? getSettingPathAsJArray(env, node) : nullptr;
   // A value or key that Java has no memory for reaches the validator as null, which refuses it.
   env->ExceptionClear();
