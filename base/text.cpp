@@ -124,6 +124,49 @@ std::string displayFromNarrow(std::string_view narrow) {
   return isAscii(narrow) ? std::string(narrow) : *utf8FromUnits(to_ustring(narrow), true);
 }
 
+bool isNarrow(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    if (text[at] == '\0') return false;
+    const std::optional<std::uint32_t> c = decodeOne(text, at);
+    if (!c || *c >= 0x10000) return false;
+  }
+  return true;
+}
+
+std::optional<std::string> narrowFromMixed(std::string_view text) {
+  if (isNarrow(text)) return std::string(text);
+  const std::optional<ustring> units = unitsFromNarrow(text, false);
+  return units ? std::optional<std::string>(narrowFromUstring(*units)) : std::nullopt;
+}
+
+std::string withControlsEscaped(std::string_view text) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t start = at;
+    const std::optional<std::uint32_t> c = decodeOne(text, at);
+    const bool isControl = c && (*c < 0x20 || (*c >= 0x7F && *c < 0xA0));
+    if (!isControl && (!c || (*c != 0x2028 && *c != 0x2029))) {
+      out += text.substr(start, at - start);
+    } else if (*c == '\n' || *c == '\t' || *c == '\r') {
+      out += *c == '\n' ? "\\n" : *c == '\t' ? "\\t" : "\\r";
+    } else {
+      out += "\\u";
+      for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[(*c >> shift) & 0xF];
+    }
+  }
+  return out;
+}
+
+std::size_t wellFormedLength(std::string_view text) {
+  std::size_t end = 0;
+  for (std::size_t at = 0; at < text.size(); end = at) {
+    if (!decodeOne(text, at)) break;
+  }
+  return end;
+}
+
 std::optional<std::string> narrowFromUtf8(std::string_view utf8) {
   if (isAscii(utf8)) return std::string(utf8);
   ustring units;

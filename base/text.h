@@ -43,6 +43,20 @@ SETTINGS_HOST_API std::optional<std::string> utf8FromNarrow(std::string_view nar
 // Narrow text to standard UTF-8 for people to read: what UTF-8 cannot say becomes U+FFFD.
 SETTINGS_HOST_API std::string displayFromNarrow(std::string_view narrow);
 
+// Whether it is narrow text.
+SETTINGS_HOST_API bool isNarrow(std::string_view text);
+
+// A mixture of narrow text and standard UTF-8 to narrow text, with U+0000 also as a zero byte;
+// nothing when it is neither.
+SETTINGS_HOST_API std::optional<std::string> narrowFromMixed(std::string_view text);
+
+// How many bytes at its beginning are such a mixture.
+SETTINGS_HOST_API std::size_t wellFormedLength(std::string_view text);
+
+// The text, narrow or standard UTF-8, with its control characters written as in a string of Java
+// ("\\n", "\\u001b"), so that it stays on its line wherever it is printed.
+SETTINGS_HOST_API std::string withControlsEscaped(std::string_view text);
+
 // Standard UTF-8 to narrow text; nothing when the bytes are not well-formed UTF-8.
 SETTINGS_HOST_API std::optional<std::string> narrowFromUtf8(std::string_view utf8);
 

@@ -6,6 +6,8 @@
 // Values are boost::any holding one of the types of values/value_kinds.h; an empty any means no
 // value. A level is named by a text (service/levels.h); "" means the value in effect. Names and
 // paths are narrow text (base/text.h); a path in the service's notation is names joined with ".".
+// Texts among the values are too. They may be given in standard UTF-8 as well, with U+0000 as a
+// zero byte, and are read back as narrow text; bytes that are no text are a ValidationFailure.
 //
 // Threads: every operation may be called from any thread. Reading never waits for another thread's
 // validation, storage or listeners. Changes to one tree happen one after the other; a change is

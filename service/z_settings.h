@@ -22,6 +22,7 @@ class SETTINGS_HOST_API ZSettings {
   // A new detached entry. A node may be used as the root of a standalone tree; an entry is inserted
   // into a tree with attachTo(). The name is checked there, not here, because a root's name need
   // not be an identifier. `mayHaveListeners` is what canHaveListeners() answers. Never null.
+  // ValidationFailure when the name or a text of the validator is no text.
   static boost::shared_ptr<Settings> createSettingsNode(const std::string& name, bool isKey,
                                                         bool mayHaveListeners,
                                                         const ValidatorChoice& validator);

@@ -3,6 +3,7 @@
 #include "host/settings/candidates.h"
 #include "host/settings/foreign_changes.h"
 #include "host/settings/foreign_events.h"
+#include "host/settings/given_text.h"
 #include "host/settings/publication.h"
 #include "host/settings/stored_value.h"
 #include "values/value_kinds.h"
@@ -107,9 +108,13 @@ SettingsProblems withoutThrowing(const ValueRange& values, const Operation& oper
 
 }  // namespace
 
-SettingsProblems commitValues(Tree& tree, const ValueRange& values, const std::string& levelText) {
-  return withoutThrowing(values, [&] {
+SettingsProblems commitValues(Tree& tree, const ValueRange& given, const std::string& levelText) {
+  return withoutThrowing(given, [&] {
     const int level = requireLevel(levelText);
+    SettingsValues place;
+    SettingsProblems noTexts;
+    const ValueRange values = withNarrowTexts(given, place, noTexts);
+    if (!noTexts.empty()) return noTexts;
     tree.look();
     Candidates candidates(tree, values, level);
     ChangedKeys changed;
@@ -125,8 +130,12 @@ SettingsProblems commitValues(Tree& tree, const ValueRange& values, const std::s
   });
 }
 
-SettingsProblems validateValues(Tree& tree, const ValueRange& values) {
-  return withoutThrowing(values, [&] {
+SettingsProblems validateValues(Tree& tree, const ValueRange& given) {
+  return withoutThrowing(given, [&] {
+    SettingsValues place;
+    SettingsProblems noTexts;
+    const ValueRange values = withNarrowTexts(given, place, noTexts);
+    if (!noTexts.empty()) return noTexts;
     tree.look();
     Candidates candidates(tree, values, std::nullopt);
     candidates.fit();

@@ -15,7 +15,9 @@ std::string BaseMsgID::format() const {
     const std::size_t position = *++at - '1';
     if (position >= arguments_.size()) continue;
     if (const std::string* narrow = boost::get<std::string>(&arguments_[position])) {
-      message += *narrow;
+      // A program may give as a name whatever it has.
+      message +=
+          base::isNarrow(*narrow) ? *narrow : base::narrowFromUstring(base::to_ustring(*narrow));
     } else {
       message += base::narrowFromUstring(boost::get<base::ustring>(arguments_[position]));
     }

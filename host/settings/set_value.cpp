@@ -2,6 +2,8 @@
 #include "host/settings/commit.h"
 #include "host/settings/foreign_changes.h"
 #include "host/settings/foreign_events.h"
+#include "host/settings/given_text.h"
+#include "host/settings/new_key.h"
 #include "host/settings/publication.h"
 #include "host/settings/stored_value.h"
 #include "host/settings/value_checks.h"
@@ -141,9 +143,12 @@ class ValueChange {
 
 }  // namespace
 
-void setValue(Node& node, const std::string& name, const boost::any& value,
+void setValue(Node& node, const std::string& name, const boost::any& given,
               const std::string& level) {
+  boost::any place;
+  const boost::any& value = withNarrowTexts(given, name, place);
   node.tree().look();
+  if (const KeyPtr key = waitingKey(node, name)) return addWithValue(node, key, value, level);
   ValueChange(node, name, level).set(value);
 }
 

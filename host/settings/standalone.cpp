@@ -3,6 +3,7 @@
 
 #include "base/loaded_library.h"
 #include "host/settings/file_name.h"
+#include "host/settings/given_text.h"
 #include "host/settings/settings_reader.h"
 #include "service/failures.h"
 #include "service/z_settings.h"
@@ -20,11 +21,13 @@ const host::TreePtr& treeOfDetachedKeys() {
 
 }  // namespace
 
-boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& name, bool isKey,
+boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& given, bool isKey,
                                                           bool mayHaveListeners,
                                                           const ValidatorChoice& validator) {
+  const std::string name = host::narrowText(given, "a name");
   const host::ValidatorPtr guard = host::makeValidator(
-      validator, host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
+      host::withNarrowTexts(validator, name),
+      host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
   if (isKey) {
     return boost::make_shared<host::Key>(treeOfDetachedKeys(), name, boostany::kNoValue,
                                          mayHaveListeners, guard);

@@ -4,6 +4,7 @@
 
 #include "host/settings/foreign_changes.h"
 #include "host/settings/foreign_events.h"
+#include "host/settings/new_key.h"
 #include "host/settings/publication.h"
 #include "host/settings/subtree.h"
 #include "host/settings/value_checks.h"
@@ -97,15 +98,14 @@ bool tryInserting(Node& parent, const EntryPtr& entry) {
   return true;
 }
 
-void insert(Node& parent, const EntryPtr& entry) {
-  while (!tryInserting(parent, entry)) {
-  }
-  publishAdded(parent.shared_from_this(), entry);
-}
-
 }  // namespace
 
-void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
+void insertEntry(Node& parent, const EntryPtr& entry) {
+  while (!tryInserting(parent, entry)) {
+  }
+}
+
+NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
   const auto at = boost::dynamic_pointer_cast<Entry>(parent);
   if (!at) {
     throw Failure<ErrorAddingChildNodeOrKey>(std::string(), entry->name(),
@@ -126,7 +126,18 @@ void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& paren
   }
   if (!entry->isKey() && &entry->tree() == &at->tree())
     refuse(*at, *entry, "it is that tree's top");
-  insert(static_cast<Node&>(*at), entry);
+  const NodePtr node = boost::static_pointer_cast<Node>(at);
+  ReadLock lock(node->tree().lock());
+  checkPlace(*node, *entry, 0);
+  checkWritable(*node, kUser);
+  return node;
+}
+
+void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
+  const NodePtr node = requirePlace(entry, parent);
+  if (waitsForValue(entry, node)) return;
+  insertEntry(*node, entry);
+  publishAdded(node, entry);
 }
 
 void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const std::string& name) {
@@ -151,7 +162,8 @@ void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const 
     copyChildren(static_cast<const Node&>(*from), *copy);
   }
   moveToWritableLevels(*copy, parent.tree());
-  insert(parent, copy);
+  insertEntry(parent, copy);
+  publishAdded(parent.shared_from_this(), copy);
 }
 
 namespace {

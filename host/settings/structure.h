@@ -6,6 +6,13 @@
 
 namespace zlutil::settings::host {
 
+// The node below which the entry, a detached one, can stand. Throws what Settings::attachTo throws.
+NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
+
+// Adds an entry that nobody else knows, with all that is below it. The caller publishes it. Throws
+// what Settings::attachTo throws.
+void insertEntry(Node& parent, const EntryPtr& entry);
+
 // Settings::attachTo.
 void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
 

@@ -156,5 +156,34 @@ TEST_P(ServiceContract, AKeysPathLeadsBackToItFromTheRoot) {
   EXPECT_EQ(intAt(node, "k"), 7);
 }
 
+TEST_P(ServiceContract, TextsOfACppProgramBecomeNarrowTextOrAreRefused) {
+  using Texts = std::vector<std::string>;
+  const std::string emoji = "\xF0\x9F\x98\x80", narrow = "\xED\xA0\xBD\xED\xB8\x80";
+  const SettingsPtr text = addKey(root, "text"), texts = addKey(root, "texts");
+  const auto textNow = [&] { return boost::any_cast<std::string>(root->getValue("text", "")); };
+  root->setAny("text", "a" + emoji + std::string(1, '\0') + "b", "user");
+  EXPECT_EQ(textNow(), "a" + narrow + "\xC0\x80" + "b");
+  root->setAny("text", std::string("\xED\xA0\x80 \xC0\x80"), "user");
+  EXPECT_EQ(textNow(), "\xED\xA0\x80 \xC0\x80") << "is narrow text already";
+  EXPECT_EQ(setAll(root, {{texts, Texts{"x", emoji}}, {text, emoji}}, "user"), SettingsProblems());
+  EXPECT_EQ(boost::any_cast<Texts>(root->getValue("texts", "")), (Texts{"x", narrow}));
+  EXPECT_EQ(textNow(), narrow);
+  for (const char* bad : {"ab\xFF", "ab\xE4z", "ab\xF0\x9F", "ab\xC1\x81", "ab\xF5\x80\x80\x80"}) {
+    const std::string message =
+        messageOf<ValidationFailure>([&] { root->setAny("text", std::string(bad), "user"); });
+    EXPECT_EQ(message, "The text for \"text\" cannot be taken: it is not in UTF-8 from byte 3 on.");
+    messageOf<ValidationFailure>([&] { root->setAny("texts", Texts{"x", bad}, "user"); });
+    EXPECT_EQ(
+        setAll(root, {{texts, Texts{bad}}, {text, std::string("x")}, {text, std::string(bad)}},
+               "user")
+            .size(),
+        2u);
+    messageOf<ValidationFailure>([&] { addNode(root, bad); });
+    const auto found = messageOf<NoSuchKey>([&] { root->getValue(bad, ""); });
+    EXPECT_TRUE(base::isNarrow(found)) << found;
+  }
+  EXPECT_EQ(textNow(), narrow);
+}
+
 }  // namespace
 }  // namespace test

@@ -3,6 +3,7 @@
 #include <boost/variant/get.hpp>
 
 #include "service/change_counts.h"
+#include "service/new_key.h"
 #include "tests/support/fake_store.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
@@ -141,6 +142,59 @@ TEST_F(TreeOverStore, AnOperationIsOneTransaction) {
   root->copySubtree(node, "copy");
   EXPECT_EQ(record->applied, before + 2);
   setAll(root, {{a, 3}}, "user");
+}
+
+TEST_F(TreeOverStore, AKeyAndItsFirstValueAreOneChange) {
+  using zlutil::settings::NewKey;
+  const NodePtr root = treeOver(store);
+  Listener listener(root);
+  const zlutil::eventmgr::ScopedConnection onAdded(
+      root->addListener<zlutil::settings::SettingsAddNodeEvent>([&](const auto& event) {
+        EXPECT_EQ(intAt(root, event.getObj()->getName(), "user"), 1);
+      }));
+  const auto never = zlutil::settings::CValidator([](const auto&, const auto&, const auto&) {
+    return boost::make_optional(std::string("no"));
+  });
+  const auto inOneCall = [&](const std::string& name, const ValidatorChoice& validator) {
+    NewKey::add(root, name, validator, 1, "user");
+  };
+  // As whoever knows only the two calls of the contract adds a key.
+  const auto inTwoCalls = [&](const std::string& name, const ValidatorChoice& validator) {
+    NewKey::expectValue();
+    addKey(root, name, validator);
+    EXPECT_EQ(root->getChild(name), nullptr);
+    root->setAny(name, 1, "user");
+    NewKey::settle();
+  };
+  inOneCall("a", ValidatorChoice());
+  EXPECT_EQ(record->applied, 1);
+  inTwoCalls("b", ValidatorChoice());
+  EXPECT_EQ(record->applied, 2);
+  EXPECT_EQ(listener.heard,
+            (Names{"added a to settings", "changed a", "added b to settings", "changed b"}));
+  EXPECT_EQ(intAt(treeOver(std::make_shared<FakeStore>(record)), "b"), 1);
+  store->failOn(1);
+  messageOf<StoreFailure>([&] { inOneCall("x", ValidatorChoice()); });
+  messageOf<CValidationError>([&] { inOneCall("x", never); });
+  messageOf<ErrorAddingChildNodeOrKey>([&] { inOneCall("a", ValidatorChoice()); });
+  EXPECT_EQ(namesOf(root->getChildren()), (Names{"a", "b"}));
+  NewKey::expectValue();
+  addKey(root, "late");
+  store->changeFromOutside({DefineEntry{"late", false, 0, {}}});
+  messageOf<ErrorAddingChildNodeOrKey>([&] { root->setAny("late", 1, "user"); });
+  messageOf<ErrorAddingChildNodeOrKey>([] { NewKey::settle(); });
+}
+
+TEST_F(TreeOverStore, AKeyWhoseFirstValueIsRefusedIsThereWithoutOneAfterTwoCalls) {
+  using zlutil::settings::NewKey;
+  const NodePtr root = treeOver(store);
+  NewKey::expectValue();
+  addKey(root, "k");
+  messageOf<ValidationFailure>([&] { root->setAny("k", 'x', "user"); });
+  NewKey::settle();
+  EXPECT_FALSE(root->getKeyType("k"));
+  root->setAny("k", 1, "user");
+  EXPECT_EQ(record->applied, 2);
 }
 
 TEST_F(TreeOverStore, ChangesByOthersAppearAndArePublished) {

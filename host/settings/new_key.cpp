@@ -1,0 +1,119 @@
+#include "host/settings/new_key.h"
+
+#include <boost/make_shared.hpp>
+
+#include "host/settings/given_text.h"
+#include "host/settings/java_proxies.h"
+#include "host/settings/publication.h"
+#include "host/settings/structure.h"
+#include "host/settings/value_checks.h"
+#include "service/new_key.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings {
+namespace host {
+namespace {
+
+// One expectValue() without its settle(); empty until a key waits, and again when it has been
+// added.
+struct Expected {
+  NodePtr parent;
+  KeyPtr key;
+};
+
+std::vector<Expected>& expected() {
+  static thread_local std::vector<Expected> list;
+  return list;
+}
+
+// The value goes into the key before anybody knows the key, and out again when it is not added.
+class FirstValue {
+ public:
+  FirstValue(Key& key, int level, boost::any value) : key_(key), level_(level) {
+    key_.swapValue(level_, value);
+  }
+  ~FirstValue() {
+    if (isKept_) return;
+    boost::any nothing;
+    key_.swapValue(level_, nothing);
+    key_.setKind(boostany::kNoValue);
+  }
+  FirstValue(const FirstValue&) = delete;
+  FirstValue& operator=(const FirstValue&) = delete;
+
+  void keep() { isKept_ = true; }
+
+ private:
+  Key& key_;
+  const int level_;
+  bool isKept_ = false;
+};
+
+}  // namespace
+
+bool waitsForValue(const EntryPtr& key, const NodePtr& parent) {
+  if (!key->isKey() || expected().empty() || expected().back().key) return false;
+  expected().back() = {parent, boost::static_pointer_cast<Key>(key)};
+  return true;
+}
+
+KeyPtr waitingKey(const Node& parent, const std::string& name) {
+  for (const Expected& place : expected()) {
+    if (place.key && place.parent.get() == &parent && place.key->name() == name) return place.key;
+  }
+  return {};
+}
+
+void addWithValue(Node& parent, const KeyPtr& key, const boost::any& value,
+                  const std::string& levelText) {
+  const int level = requireLevel(levelText);
+  ValidatorPtr guard = key->validator();
+  {
+    ReadLock lock(parent.tree().lock());
+    checkWritable(parent, level);
+    checkKind(*key, boostany::kNoValue, value);
+    if (!guard) guard = parent.guard();
+  }
+  if (guard) runValidator(*guard, parent.shared_from_this(), key->name(), value);
+  FirstValue first(*key, level, value);
+  insertEntry(parent, key);
+  first.keep();
+  publishAdded(parent.shared_from_this(), key);
+  for (Expected& place : expected()) {
+    if (place.key == key) place = {};
+  }
+  Audience audience;
+  {
+    ReadLock lock(parent.tree().lock());
+    audience = audienceOf(*key);
+  }
+  if (!audience.empty()) publishChanged(key, audience);
+}
+
+}  // namespace host
+
+void NewKey::add(const boost::shared_ptr<Settings>& parent, const std::string& name,
+                 const ValidatorChoice& validator, const boost::any& value,
+                 const std::string& level) {
+  const host::ValidatorPtr guard = host::makeValidator(
+      host::withNarrowTexts(validator, name),
+      host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
+  const auto key =
+      boost::make_shared<host::Key>(host::Tree::makeStandalone(), host::narrowText(name, "a name"),
+                                    boostany::kNoValue, true, guard);
+  boost::any place;
+  host::addWithValue(*host::requirePlace(key, parent), key,
+                     host::withNarrowTexts(value, name, place), level);
+}
+
+void NewKey::expectValue() { host::expected().emplace_back(); }
+
+void NewKey::settle() {
+  const host::Expected last = std::move(host::expected().back());
+  host::expected().pop_back();
+  if (!last.key) return;
+  host::insertEntry(*last.parent, last.key);
+  host::publishAdded(last.parent, last.key);
+}
+
+}  // namespace zlutil::settings
