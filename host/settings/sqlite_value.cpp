@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <nlohmann/json.hpp>
 
 #include "base/text.h"
 #include "host/settings/stored_value.h"
@@ -15,8 +16,7 @@ namespace zlutil::settings::host {
 namespace {
 
 constexpr std::string_view kBitsOfNaN = "NaN:";
-constexpr std::string_view kBytesBegin = "{\"bytes\":\"";
-constexpr std::string_view kBytesEnd = "\"}";
+constexpr char kBytes[] = "bytes";
 
 bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });
@@ -75,152 +75,95 @@ std::optional<Element> elementFrom(std::string_view text) {
   return valueFromText<Element>(text);
 }
 
-void appendQuoted(std::string& json, std::string_view utf8) {
-  json += '"';
-  for (const char c : utf8) {
-    if (c == '"' || c == '\\') {
-      json += '\\';
-      json += c;
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      json += "\\u";
-      appendHex(json, static_cast<unsigned>(c), 4);
-    } else {
-      json += c;
-    }
+// JSON of an element. A float is written as the double that it equals, which becomes it again.
+template <class Element>
+nlohmann::json jsonOf(const Element& element) {
+  if constexpr (std::is_same_v<Element, std::string>) {
+    if (std::optional<std::string> utf8 = exactUtf8(element)) return std::move(*utf8);
+    std::string hex;
+    for (const char c : element) appendHex(hex, static_cast<unsigned char>(c), 2);
+    nlohmann::json bytes;
+    bytes[kBytes] = hex;
+    return bytes;
+  } else if constexpr (std::is_floating_point_v<Element>) {
+    if (!std::isfinite(element)) return textOfElement(element);
+    return static_cast<double>(element);
+  } else {
+    return element;
   }
-  json += '"';
 }
 
-void appendElement(std::string& json, const std::string& text) {
-  if (const std::optional<std::string> utf8 = exactUtf8(text)) {
-    appendQuoted(json, *utf8);
-    return;
+// The bytes that pairs of hexadecimal digits stand for.
+std::optional<std::string> bytesFromHex(std::string_view hex) {
+  std::string bytes;
+  for (; !hex.empty(); hex.remove_prefix(2)) {
+    unsigned char byte;
+    const char* const end = hex.data() + std::min<std::size_t>(2, hex.size());
+    const auto [stop, error] = std::from_chars(hex.data(), end, byte, 16);
+    if (error != std::errc() || stop != hex.data() + 2) return std::nullopt;
+    bytes += static_cast<char>(byte);
   }
-  json += kBytesBegin;
-  for (const char c : text) appendHex(json, static_cast<unsigned char>(c), 2);
-  json += kBytesEnd;
+  return bytes;
 }
 
-template <class Number>
-void appendElement(std::string& json, Number number) {
-  const std::string text = textOfElement(number);
-  bool isQuoted = false;
-  if constexpr (std::is_floating_point_v<Number>) isQuoted = !std::isfinite(number);
-  if (isQuoted) json += '"';
-  json += text;
-  if (isQuoted) json += '"';
+std::optional<std::string> textFrom(const nlohmann::json& json) {
+  if (json.is_string()) return base::narrowFromUtf8(json.get_ref<const std::string&>());
+  if (!json.is_object() || json.size() != 1) return std::nullopt;
+  const auto bytes = json.find(kBytes);
+  if (bytes == json.end() || !bytes->is_string()) return std::nullopt;
+  return bytesFromHex(bytes->get_ref<const std::string&>());
 }
 
-// The elements of an array as columnFromValue writes it; any white space between them is allowed.
-class ArrayReader {
- public:
-  explicit ArrayReader(std::string_view json) : rest_(json) {}
+template <class Float>
+std::optional<Float> floatFrom(const nlohmann::json& json) {
+  if (json.is_string()) {
+    const auto number = elementFrom<Float>(json.get_ref<const std::string&>());
+    return number && !std::isfinite(*number) ? number : std::nullopt;
+  }
+  if (!json.is_number()) return std::nullopt;
+  const double number = json.get<double>();
+  if (std::abs(number) > std::numeric_limits<Float>::max()) return std::nullopt;
+  return static_cast<Float>(number);
+}
 
-  // Calls `add` with the text of each element and whether that is narrow text to be taken as it
-  // is; false when this is no such array, or `add` says so.
-  template <class Add>
-  bool read(const Add& add) {
-    if (!take('[')) return false;
-    if (take(']')) return atEnd();
-    do {
-      std::string text;
-      bool isNarrow = false;
-      if (!element(text, isNarrow) || !add(text, isNarrow)) return false;
-    } while (take(','));
-    return take(']') && atEnd();
+template <class Whole>
+std::optional<Whole> wholeFrom(const nlohmann::json& json) {
+  using Limits = std::numeric_limits<Whole>;
+  if (json.is_number_unsigned()) {
+    const auto number = json.get<std::uint64_t>();
+    if (number <= static_cast<std::uint64_t>(Limits::max())) return static_cast<Whole>(number);
+  } else if (json.is_number_integer() && std::is_signed_v<Whole>) {
+    const auto number = json.get<std::int64_t>();
+    if (number >= static_cast<std::int64_t>(Limits::min())) return static_cast<Whole>(number);
   }
-
- private:
-  void skipSpace() {
-    const std::size_t first = rest_.find_first_not_of(" \t\r\n");
-    rest_.remove_prefix(std::min(first, rest_.size()));
-  }
-  bool atEnd() {
-    skipSpace();
-    return rest_.empty();
-  }
-  bool take(char c) {
-    skipSpace();
-    if (rest_.empty() || rest_.front() != c) return false;
-    rest_.remove_prefix(1);
-    return true;
-  }
-
-  bool element(std::string& text, bool& isNarrow) {
-    skipSpace();
-    if (rest_.substr(0, kBytesBegin.size()) == kBytesBegin) {
-      isNarrow = true;
-      return bytes(text);
-    }
-    if (take('"')) return quoted(text);
-    const std::size_t size = std::min(rest_.find_first_of(",] \t\r\n"), rest_.size());
-    text = rest_.substr(0, size);
-    rest_.remove_prefix(size);
-    return size > 0;
-  }
-
-  bool hex(int digits, unsigned& number) {
-    const std::string_view text = rest_.substr(0, digits);
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number, 16);
-    if (error != std::errc() || stop != text.data() + digits) return false;
-    rest_.remove_prefix(digits);
-    return true;
-  }
-
-  bool bytes(std::string& text) {
-    rest_.remove_prefix(kBytesBegin.size());
-    for (unsigned byte = 0; hex(2, byte);) text += static_cast<char>(byte);
-    if (rest_.substr(0, kBytesEnd.size()) != kBytesEnd) return false;
-    rest_.remove_prefix(kBytesEnd.size());
-    return true;
-  }
-
-  bool quoted(std::string& text) {
-    while (!rest_.empty()) {
-      const char c = rest_.front();
-      rest_.remove_prefix(1);
-      if (c == '"') return true;
-      if (c != '\\') {
-        text += c;
-      } else if (!escaped(text)) {
-        return false;
-      }
-    }
-    return false;
-  }
-
-  bool escaped(std::string& text) {
-    if (rest_.empty()) return false;
-    const char c = rest_.front();
-    rest_.remove_prefix(1);
-    unsigned unit = 0;
-    if (c != 'u') {
-      text += c;
-      return c == '"' || c == '\\';
-    }
-    if (!hex(4, unit) || unit >= 0x20) return false;
-    text += static_cast<char>(unit);
-    return true;
-  }
-
-  std::string_view rest_;
-};
+  return std::nullopt;
+}
 
 template <class Element>
-boost::any vectorFrom(std::string_view json) {
+std::optional<Element> elementFrom(const nlohmann::json& json) {
+  if constexpr (std::is_same_v<Element, std::string>) {
+    return textFrom(json);
+  } else if constexpr (std::is_same_v<Element, bool>) {
+    return json.is_boolean() ? std::optional<bool>(json.get<bool>()) : std::nullopt;
+  } else if constexpr (std::is_floating_point_v<Element>) {
+    return floatFrom<Element>(json);
+  } else {
+    return wholeFrom<Element>(json);
+  }
+}
+
+template <class Element>
+boost::any vectorFrom(std::string_view text) {
+  const auto json = nlohmann::json::parse(text, nullptr, false);
+  if (!json.is_array()) return {};
   std::vector<Element> elements;
-  const auto add = [&elements](const std::string& text, bool isNarrow) {
-    std::optional<Element> element;
-    if constexpr (std::is_same_v<Element, std::string>) {
-      if (isNarrow) element = text;
-    } else if (isNarrow) {
-      return false;
-    }
-    if (!element) element = elementFrom<Element>(text);
-    if (element) elements.push_back(std::move(*element));
-    return element.has_value();
-  };
-  return ArrayReader(json).read(add) ? boost::any(std::move(elements)) : boost::any();
+  elements.reserve(json.size());
+  for (const nlohmann::json& item : json) {
+    std::optional<Element> element = elementFrom<Element>(item);
+    if (!element) return {};
+    elements.push_back(std::move(*element));
+  }
+  return elements;
 }
 
 }  // namespace
@@ -245,12 +188,9 @@ ColumnValue columnFromValue(const boost::any& value) {
     if constexpr (std::is_same_v<Type, std::string>) {
       column = columnFromNarrow(typed);
     } else if constexpr (boostany::kIsVector<Type>) {
-      column.bytes = '[';
-      for (const boostany::ElementOf<Type>& element : typed) {
-        if (column.bytes.size() > 1) column.bytes += ',';
-        appendElement(column.bytes, element);
-      }
-      column.bytes += ']';
+      nlohmann::json array = nlohmann::json::array();
+      for (const boostany::ElementOf<Type>& element : typed) array.push_back(jsonOf(element));
+      column.bytes = array.dump();
     } else {
       column.bytes = textOfElement(typed);
     }

@@ -3,8 +3,8 @@
 //   text      TEXT in standard UTF-8; what standard UTF-8 or the database's shell cannot show
 //             (a lone surrogate, U+0000) is a BLOB with the bytes of the narrow text
 //   scalar    TEXT: a string as text, everything else as in a settings file
-//   vector    TEXT: a JSON array; numbers and true/false as they are, strings and NaN, Infinity,
-//             -Infinity in quotes, a string that TEXT cannot hold as {"bytes":"<hex>"}
+//   vector    TEXT: a JSON array (RFC 8259); numbers and true/false as they are, strings and NaN,
+//             Infinity, -Infinity in quotes, a string that TEXT cannot hold as {"bytes":"<hex>"}
 //   NaN       "NaN"; one with other bits than the usual one "NaN:<bits in hex>"
 //
 // Pure functions; any thread.

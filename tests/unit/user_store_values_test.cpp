@@ -36,10 +36,10 @@ std::vector<boost::any> valuesOfEveryKind() {
     using Type = typename decltype(tag)::type;
     if constexpr (std::is_arithmetic_v<Type>) addLimits<Type>(values);
   });
-  // The last four: U+0000, a lone surrogate, a pair of them in the narrow form, no text at all.
+  // The last three: U+0000, a lone surrogate, a pair of them in the narrow form.
   const std::vector<std::string> strings = {
       "",         "plain",          "a\"b\\c\n\t\x01",          "\xC3\xA9", "{\"bytes\":\"00\"}",
-      "\xC0\x80", "x\xED\xA0\x80y", "\xED\xA0\xBD\xED\xB8\x80", "\xFF\xFE"};
+      "\xC0\x80", "x\xED\xA0\x80y", "\xED\xA0\xBD\xED\xB8\x80"};
   for (const std::string& string : strings) values.push_back(string);
   values.push_back(strings);
   values.push_back(std::vector<std::string>());
@@ -72,7 +72,14 @@ TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
                                                        {"int[]", "1"},
                                                        {"int[]", "[1]x"},
                                                        {"string[]", "[\"a]"},
-                                                       {"string[]", "[\"\\u00e9\"]"},
+                                                       {"string[]", "[\"\\ud800\"]"},
+                                                       {"string[]", "[\"a\", 1]"},
+                                                       {"ubyte[]", "[-1]"},
+                                                       {"byte[]", "[128]"},
+                                                       {"long[]", "[9223372036854775808]"},
+                                                       {"int[]", "[1.0]"},
+                                                       {"float[]", "[1e39]"},
+                                                       {"double[]", "[\"1\"]"},
                                                        {"string[]", "[{\"bytes\":\"0\"}]"},
                                                        {"int[]", "[{\"bytes\":\"31\"}]"},
                                                        {"double", "NaN:0"},
@@ -88,6 +95,30 @@ TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
   for (const char* kind : {"int", "boolean", "int[]", "string[]"}) {
     EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), "1", true).empty()) << kind;
   }
+}
+
+TEST_F(UserStoreTest, ArraysThatTheDatabaseItselfHasMadeAreRead) {
+  {
+    const NodePtr root = open();
+    for (const auto& [name, value] :
+         {std::pair<const char*, boost::any>("texts", std::vector<std::string>{"old"}),
+          {"numbers", std::vector<float>{1}},
+          {"flags", std::vector<bool>{true}}}) {
+      addKey(root, name);
+      root->setAny(name, value, "user");
+    }
+  }
+  shell()->execute(
+      "UPDATE settings SET value = json_array('a' || char(10, 8, 127) || '/\"', char(233, 128512))"
+      " WHERE path = 'texts';"
+      "UPDATE settings SET value = json_array(-1, 2.5, 1e10) WHERE path = 'numbers';"
+      "UPDATE settings SET value = '[ true ,\tfalse\n]' WHERE path = 'flags'");
+  const NodePtr root = open();
+  EXPECT_TRUE(
+      sameValue(root->getValue("texts", ""),
+                std::vector<std::string>{"a\n\b\x7F/\"", "\xC3\xA9\xED\xA0\xBD\xED\xB8\x80"}));
+  EXPECT_TRUE(sameValue(root->getValue("numbers", ""), std::vector<float>{-1, 2.5, 1e10}));
+  EXPECT_TRUE(sameValue(root->getValue("flags", ""), std::vector<bool>{true, false}));
 }
 
 TEST_F(UserStoreTest, DefinitionsKeepKindAndValidator) {
