@@ -69,8 +69,9 @@ NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directorie
   Tree::Stores stores;
   stores[kSession] = std::make_shared<MemoryStore>();
   stores[kUser] = userStore(context, directories);
-  stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup);
-  stores[kFactory] = std::make_shared<XmlDirectoryStore>(directories.factory);
+  stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup, true);
+  stores[kFactory] =
+      std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryAskedFor);
   const TreePtr tree(new Tree(context, stores));
   auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
   fillFromStores(root);

@@ -50,7 +50,8 @@ std::string factoryDirectory() {
 }  // namespace
 
 Directories currentDirectories() {
-  return {userDirectory(), fromEnvironment("SETTINGS_WORKGROUPDIR"), factoryDirectory()};
+  return {userDirectory(), fromEnvironment("SETTINGS_WORKGROUPDIR"), factoryDirectory(),
+          !fromEnvironment("SETTINGS_FACTORYDIR").empty()};
 }
 
 }  // namespace zlutil::settings::host

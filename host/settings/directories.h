@@ -11,6 +11,7 @@ struct Directories {
   std::string user;       // SETTINGS_USERDIR, else velonix/settings in the user's configuration
   std::string workgroup;  // SETTINGS_WORKGROUPDIR; empty when there is none
   std::string factory;    // SETTINGS_FACTORYDIR, else factory/ beside this library
+  bool isFactoryAskedFor = false;  // by SETTINGS_FACTORYDIR
 };
 
 // A variable that is set to nothing counts as not set.

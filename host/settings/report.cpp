@@ -7,7 +7,7 @@
 namespace zlutil::settings::host {
 
 void report(const std::string& problem) {
-  std::fprintf(stderr, "%s\n", base::displayFromNarrow(problem).c_str());
+  std::fprintf(stderr, "%s\n", base::displayFromNarrow(base::withControlsEscaped(problem)).c_str());
 }
 
 }  // namespace zlutil::settings::host

@@ -15,12 +15,22 @@ namespace {
 
 constexpr std::size_t kShownLength = 60;
 
-// Text for a message: in quotes, and cut where it is long.
+// Text for a message: in quotes, on one line, and cut where it is long.
 std::string quoted(std::string_view text) {
-  if (text.size() <= kShownLength) return '"' + std::string(text) + '"';
+  if (text.size() <= kShownLength) return '"' + base::withControlsEscaped(text) + '"';
   std::size_t end = kShownLength;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return '"' + std::string(text.substr(0, end)) + "...\"";
+  return '"' + base::withControlsEscaped(text.substr(0, end)) + "...\"";
+}
+
+// All types, as a file writes them.
+std::string typeNames() {
+  std::string names;
+  for (int kind = boostany::kFirstKind; kind < boostany::kFirstKind + boostany::kElementKinds;
+       ++kind) {
+    names += (names.empty() ? "" : ", ") + std::string(boostany::kindName(kind));
+  }
+  return names + ", each also with \"[]\" after it";
 }
 
 [[noreturn]] void fail(const std::string& problem) { throw FormatError(problem); }
@@ -163,7 +173,7 @@ void SettingsBuilder::beginKey(const char* const* list) {
   int kind = boostany::kNoValue;
   if (const char* const type = attributes.find("type")) {
     const std::optional<int> known = boostany::kindOfName(type);
-    if (!known) fail("unknown type " + quoted(type));
+    if (!known) fail("unknown type " + quoted(type) + ", expected one of " + typeNames());
     kind = *known;
   }
   checkAgainstEarlier(name, true, kind);
@@ -178,7 +188,10 @@ void SettingsBuilder::beginValue(const char* const* list) {
   level_ = rules_.level;
   if (name) {
     const std::optional<int> level = findLevel(name);
-    if (!level) fail("there is no level " + quoted(name));
+    if (!level) {
+      fail("there is no level " + quoted(name) +
+           ", expected \"session\", \"user\", \"workgroup\" or \"factory\"");
+    }
     if (rules_.isOnlyLevel && *level != rules_.level) {
       fail("a file of the level " + levelName(rules_.level) + " gives no value at the level " +
            quoted(name));

@@ -2,13 +2,22 @@
 
 #include <expat.h>
 
+#include <cstdint>
 #include <exception>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "host/settings/settings_builder.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {
+namespace {
+
+constexpr std::uint64_t kMaxMarkup = std::uint64_t{4} << 20;
+constexpr char kAmpersand[] = "\"&\" is written \"&amp;\"";
+
+}  // namespace
 
 // The callbacks of the XML parser. Nothing may be thrown through its C frames, so a callback notes
 // what went wrong, stops the parser, and parse() raises it. After a stop the parser may still call.
@@ -33,16 +42,27 @@ class SettingsParser::Handler {
   }
 
   void parse(std::size_t size, bool isLast) {
+    read_ += size;
     const XML_Status status = XML_ParseBuffer(xml_, static_cast<int>(size), isLast);
     if (unexpected_) std::rethrow_exception(unexpected_);
     if (!problem_.empty()) raise();
-    if (status == XML_STATUS_OK) return;
+    if (status == XML_STATUS_OK) return checkLength();
     const XML_Error error = XML_GetErrorCode(xml_);
     if (error == XML_ERROR_NO_MEMORY || error == XML_ERROR_UNEXPECTED_STATE) {
       throw Failure<KORVEN::settings::core::SaxUnknownException>(
           shownName_, std::string(XML_ErrorString(error)));
     }
-    note(XML_ErrorString(error));
+    note(explained(error).c_str());
+    raise();
+  }
+
+  // Throws SaxParseException when a tag, a comment or an instruction has begun so many bytes ago
+  // that reading it would take the parser, which looks at all of it again with each piece, too
+  // long.
+  void checkLength() {
+    const XML_Index token = XML_GetCurrentByteIndex(xml_);
+    if (token < 0 || read_ - static_cast<std::uint64_t>(token) <= kMaxMarkup) return;
+    note(("a tag or a comment is longer than " + std::to_string(kMaxMarkup >> 20) + " MB").c_str());
     raise();
   }
 
@@ -54,6 +74,49 @@ class SettingsParser::Handler {
     problem_ = problem;
     line_ = XML_GetCurrentLineNumber(xml_);
     column_ = XML_GetCurrentColumnNumber(xml_) + 1;
+  }
+
+  // What the parser says, and what to do about it.
+  std::string explained(XML_Error error) const {
+    switch (error) {
+      case XML_ERROR_TAG_MISMATCH:
+        return "mismatched tag: " + openElement() + ", expected its end";
+      case XML_ERROR_NO_ELEMENTS:
+      case XML_ERROR_UNCLOSED_TOKEN:
+        if (!open_.empty()) return "the file ends too early: " + openElement();
+        return "the file has no element, expected <settings>";
+      case XML_ERROR_UNDEFINED_ENTITY:
+        return std::string("undefined entity: ") + kAmpersand;
+      case XML_ERROR_UNKNOWN_ENCODING:
+      case XML_ERROR_INCORRECT_ENCODING:
+        return std::string(XML_ErrorString(error)) + ": the file is not in the encoding that it " +
+               "declares, or that is unknown; expected UTF-8";
+      case XML_ERROR_INVALID_TOKEN:
+      case XML_ERROR_PARTIAL_CHAR:
+        return std::string(XML_ErrorString(error)) + reasonOfToken();
+      default:
+        return XML_ErrorString(error);
+    }
+  }
+
+  std::string openElement() const {
+    return '<' + open_.back().first + "> is open since line " + std::to_string(open_.back().second);
+  }
+
+  // Says what stands where the parser has stopped, if that is known to go wrong often.
+  std::string reasonOfToken() const {
+    int offset = 0, size = 0;
+    const char* const context = XML_GetInputContext(xml_, &offset, &size);
+    if (!context || offset >= size) return "";
+    const std::string_view before(context, offset), rest(context + offset, size - offset);
+    if (static_cast<unsigned char>(rest.front()) >= 0x80 && base::wellFormedLength(rest) == 0) {
+      return ": the bytes are not UTF-8, and no other encoding is declared";
+    }
+    if (rest.front() == '<') return ": \"<\" is written \"&lt;\"";
+    const std::size_t last = before.find_last_not_of(
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-.:#");
+    const bool isReference = last != std::string_view::npos && before[last] == '&';
+    return isReference || rest.front() == '&' ? std::string(": ") + kAmpersand : "";
   }
 
   [[noreturn]] void raise() const {
@@ -79,11 +142,17 @@ class SettingsParser::Handler {
 
   static void onBegin(void* self, const XML_Char* element, const XML_Char** attributes) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([&] { handler.builder_.beginElement(element, attributes); });
+    handler.guarded([&] {
+      handler.builder_.beginElement(element, attributes);
+      handler.open_.emplace_back(element, XML_GetCurrentLineNumber(handler.xml_));
+    });
   }
   static void onEnd(void* self, const XML_Char*) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([&] { handler.builder_.endElement(); });
+    handler.guarded([&] {
+      handler.builder_.endElement();
+      handler.open_.pop_back();
+    });
   }
   static void onText(void* self, const XML_Char* text, int length) {
     Handler& handler = *static_cast<Handler*>(self);
@@ -98,6 +167,8 @@ class SettingsParser::Handler {
   const std::string shownName_;
   SettingsBuilder builder_;
   const XML_Parser xml_;
+  std::vector<std::pair<std::string, XML_Size>> open_;  // elements, with the lines of their tags
+  std::uint64_t read_ = 0;                              // bytes
   std::string problem_;
   XML_Size line_ = 0;
   XML_Size column_ = 0;

@@ -1,5 +1,7 @@
 #include "host/settings/xml_directory_store.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -12,16 +14,28 @@
 namespace zlutil::settings::host {
 namespace {
 
+constexpr std::string_view kExtension = ".xml";
+
+bool isExtensionInCapitals(const std::string& extension) {
+  return extension.size() == kExtension.size() && extension != kExtension &&
+         strcasecmp(extension.c_str(), kExtension.data()) == 0;
+}
+
 // The settings files in the directory, in name order.
-std::vector<std::string> filesIn(const std::string& directory) {
+std::vector<std::string> filesIn(const std::string& directory, bool isAskedFor) {
   std::vector<std::string> files;
   if (directory.empty()) return files;
   std::error_code error;
   for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end;
        at.increment(error)) {
-    if (at->path().extension() == ".xml") files.push_back(at->path().string());
+    const std::string extension = at->path().extension().string();
+    if (extension == kExtension) files.push_back(at->path().string());
+    if (isExtensionInCapitals(extension)) {
+      report(shownFileName(at->path().string()) +
+             ": is not read: the name of a settings file ends in \".xml\"");
+    }
   }
-  if (error && error != std::errc::no_such_file_or_directory) {
+  if (error && (isAskedFor || error != std::errc::no_such_file_or_directory)) {
     report(shownFileName(directory) + ": " + error.message());
   }
   std::sort(files.begin(), files.end());
@@ -35,8 +49,8 @@ std::string reasonFor(const std::string& directory) {
 
 }  // namespace
 
-XmlDirectoryStore::XmlDirectoryStore(const std::string& directory)
-    : directory_(directory), readOnlyReason_(reasonFor(directory)) {}
+XmlDirectoryStore::XmlDirectoryStore(const std::string& directory, bool isAskedFor)
+    : directory_(directory), isAskedFor_(isAskedFor), readOnlyReason_(reasonFor(directory)) {}
 
 void XmlDirectoryStore::readAll(Node& root, int level) {
   ParseRules rules;
@@ -44,7 +58,7 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   rules.level = level;
   rules.isOnlyLevel = true;
   rules.alongside = &root;
-  for (const std::string& file : filesIn(directory_)) {
+  for (const std::string& file : filesIn(directory_, isAskedFor_)) {
     try {
       merge(*readSettingsTree(file, rules), root, level);
     } catch (const std::exception& failure) {

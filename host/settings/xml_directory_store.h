@@ -1,7 +1,7 @@
 // The read-only store of a level whose settings are the files `*.xml` of a directory, read in name
 // order. A file that is broken, or that contradicts an earlier one, is left out whole, with one
 // line on standard error that says where and why; the other files are read. A directory that does
-// not exist holds nothing.
+// not exist holds nothing; standard error says so when somebody has asked for it.
 #pragma once
 
 #include "host/settings/store.h"
@@ -11,7 +11,7 @@ namespace zlutil::settings::host {
 class XmlDirectoryStore final : public Store {
  public:
   // `directory` is bytes for the system, and empty for no directory.
-  explicit XmlDirectoryStore(const std::string& directory);
+  explicit XmlDirectoryStore(const std::string& directory, bool isAskedFor = false);
 
   void readAll(Node& root, int level) override;
   bool apply(const Changes& changes, const Receiver& receive) override;
@@ -25,6 +25,7 @@ class XmlDirectoryStore final : public Store {
 
  private:
   const std::string directory_;
+  const bool isAskedFor_;
   const std::string readOnlyReason_;
 };
 

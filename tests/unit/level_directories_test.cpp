@@ -94,12 +94,25 @@ TEST_F(LevelDirectories, DirectoriesThatDoNotExistAreEmptyLevels) {
   EXPECT_TRUE(root->getChildren().empty());
 }
 
-TEST_F(LevelDirectories, ADirectoryThatCannotBeReadIsReported) {
-  testing::internal::CaptureStderr();
-  const SettingsPtr root =
-      host::makeContextTree(zlutil::contextmgr::BlessedZcrID, {"", "", factory_.write("file", "")});
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), factory_.file("file") + ": Not a directory\n");
-  EXPECT_TRUE(root->getChildren().empty());
+TEST_F(LevelDirectories, WhatSomebodyMayMissIsReported) {
+  factory_.write("odd\n.XML", file(key("k", "int", "1")));
+  const std::string none = factory_.file("none"), notThere = ": No such file or directory\n";
+  const struct {
+    host::Directories directories;
+    std::string reported;
+  } cases[] = {
+      {{"", "", factory_.write("file", "")}, factory_.file("file") + ": Not a directory\n"},
+      {{"", none, ""}, none + notThere},
+      {{"", "", none, true}, none + notThere},
+      {{"", "", factory_.path()},
+       factory_.file("odd\\n.XML") +
+           ": is not read: the name of a settings file ends in \".xml\"\n"}};
+  for (const auto& [directories, reported] : cases) {
+    testing::internal::CaptureStderr();
+    const SettingsPtr root = host::makeContextTree(zlutil::contextmgr::BlessedZcrID, directories);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), reported);
+    EXPECT_TRUE(root->getChildren().empty());
+  }
 }
 
 TEST_F(LevelDirectories, AContextsTreeIsMadeOnceFromTheEnvironmentOfThatMoment) {

@@ -77,6 +77,7 @@ TEST_F(SettingsFileTest, OtherEncodingsThatTheFileDeclaresAreRead) {
 }
 
 TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
+  const std::string text = "<key name=\"k\" type=\"string\"><value>";
   const std::string intKey = "<key name=\"k\" type=\"int\">";
   const std::string manyNodes = [] {
     std::string text;
@@ -89,7 +90,9 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
     const char* text;
   } cases[] = {
       {"", ":1:1: ", "no element"},
-      {"<settings version=\"1\">", ":1:23: ", "no element"},
+      {"<settings version=\"1\">", ":1:23: ", "ends too early: <settings> is open since line 1"},
+      {"<settings version=\"1\">\n<node", ":2:1: ", "<settings> is open since line 1"},
+      {"<?xml version=\"1.0\" encoding=\"x-odd\"?><settings/>", ":1:31: ", "expected UTF-8"},
       {"<other/>", ":1:1: ", "\"other\""},
       {"<settings/>", ":1:1: ", "needs the attribute \"version\""},
       {"<settings version=\"2\"/>", ":1:1: ", "\"2\""},
@@ -98,12 +101,19 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
       {"<!DOCTYPE settings [<!ENTITY a \"b\">]><settings version=\"1\"/>", ":1:", "document type"},
       {"<!DOCTYPE settings SYSTEM \"/etc/passwd\"><settings version=\"1\"/>",
        ":1:", "document type"},
-      {fileOf("&a;"), ":2:1: ", "undefined entity"},
+      {fileOf("&a;"), ":2:1: ", "undefined entity: \"&\" is written \"&amp;\""},
+      {fileOf(text + "a & b</value></key>"), ":2:39: ", ": \"&\" is written \"&amp;\""},
+      {fileOf(text + "AT&T </value></key>"), ":2:40: ", ": \"&\" is written \"&amp;\""},
+      {fileOf("<node name=\"a&b\"/>"), ":2:", ": \"&\" is written \"&amp;\""},
+      {fileOf("<node name=\"a<b\"/>"), ":2:14: ", ": \"<\" is written \"&lt;\""},
+      {fileOf("<node name=\"a&#10;b&#x9b;\"/>"), ":2:1: ", "\"a\\nb\\u009b\" is not a name"},
       {fileOf("text"), ":2:", "text cannot stand here"},
       {fileOf("<key type=\"int\"/>"), ":2:1: ", "\"name\""},
       {fileOf("<key name=\"1k\" type=\"int\"/>"), ":2:1: ", "\"1k\""},
-      {fileOf("<key name=\"k\" type=\"text\"/>"), ":2:1: ", "\"text\""},
-      {fileOf("<key name=\"" + std::string(5000000, 'k') + "\"/>"), ":2:1: ", "kkk...\" is not a"},
+      {fileOf("<key name=\"k\" type=\"text\"/>"),
+       ":2:1: ", "\"text\", expected one of string, boolean,"},
+      {fileOf("<key name=\"" + std::string(3000000, 'k') + "\"/>"), ":2:1: ", "kkk...\" is not a"},
+      {fileOf("<key name=\"" + std::string(5000000, 'k') + "\"/>"), ":2:1: ", "longer than 4 MB"},
       {fileOf("<key name=\"k\"/>\n<node name=\"k\"/>"), ":3:1: ", "a second entry named \"k\""},
       {fileOf("<key name=\"k\"><value/></key>"), ":2:15: ", "\"type\""},
       {fileOf(intKey + "<value>1</value><value>1</value></key>"), ":2:42: ", "second value"},
@@ -123,8 +133,8 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
       {fileOf("<key name=\"k\" type=\"int\"><value>1</value><script-validator/></key>"),
        ":2:", "before everything else"},
       {fileOf("<node name=\"n\"><java-validator class=\"c\"/></node>"), ":2:", "\"argument\""},
-      {fileOf("<node name=\"n\"></key>"), ":2:18: ", "mismatched tag"},
-      {fileOf("<key name=\"k\" type=\"string\"><value>\xFF</value></key>"), ":2:", "invalid token"},
+      {fileOf("<node name=\"n\"></key>"), ":2:18: ", "mismatched tag: <node> is open since line 2"},
+      {fileOf("<key name=\"k\" type=\"string\"><value>\xFF</value></key>"), ":2:", "are not UTF-8"},
       {fileOf("<key name=\"k\" type=\"string\"><value>&#0;</value></key>"), ":2:", "invalid"},
       {fileOf(manyNodes), ":2:", "more than 200 deep"},
   };
@@ -133,6 +143,7 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
     EXPECT_EQ(message.rfind(directory_.file("f.xml") + c.place, 0), 0u) << message;
     EXPECT_NE(message.find(c.text), std::string::npos) << message;
     EXPECT_LT(message.size(), 500u);
+    EXPECT_EQ(message, base::withControlsEscaped(message));
   }
 }
 

@@ -10,6 +10,8 @@ import java.math.BigDecimal;
  */
 record Bounds(BigDecimal min, BigDecimal max) {
     private static final String SEPARATOR = "..";
+    // More than the least and the greatest double have.
+    private static final int MAX_DIGITS = 1100;
 
     static Bounds parse(String text) {
         int separator = text.indexOf(SEPARATOR);
@@ -38,8 +40,23 @@ record Bounds(BigDecimal min, BigDecimal max) {
                 + (max == null ? "" : max.toPlainString());
     }
 
+    // A number of a billion digits, which a few characters can name, takes seconds to compare and
+    // gigabytes to print.
     private static BigDecimal bound(String text) {
-        return text.isBlank() ? null : new BigDecimal(text.strip());
+        if (text.isBlank())
+            return null;
+        if (text.length() > MAX_DIGITS)
+            throw tooLong(text);
+        BigDecimal number = new BigDecimal(text.strip());
+        if (Math.abs((long) number.scale()) > MAX_DIGITS)
+            throw tooLong(text);
+        return number;
+    }
+
+    private static IllegalArgumentException tooLong(String text) {
+        String shown = text.length() > 40 ? text.substring(0, 40) + "..." : text;
+        return new IllegalArgumentException("The bound \"" + shown.strip() + "\" has more than "
+                + MAX_DIGITS + " digits; use fewer, or leave the bound out");
     }
 
     private static IllegalArgumentException unreadable(String text) {

@@ -16,7 +16,8 @@ public final class Length implements ValueValidator {
      * Makes the validator.
      *
      * @param argument the inclusive bounds, {@code min..max}; either may be left out
-     * @throws IllegalArgumentException if the argument has another form
+     * @throws IllegalArgumentException if the argument has another form, or a bound more than 1,100
+     *         digits
      */
     public Length(String argument) {
         bounds = Bounds.parse(argument);

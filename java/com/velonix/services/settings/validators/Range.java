@@ -11,7 +11,8 @@ public final class Range extends ElementValidator {
      * Makes the validator.
      *
      * @param argument the inclusive bounds, {@code min..max}; either may be left out
-     * @throws IllegalArgumentException if the argument has another form
+     * @throws IllegalArgumentException if the argument has another form, or a bound more than 1,100
+     *         digits
      */
     public Range(String argument) {
         bounds = Bounds.parse(argument);

@@ -296,7 +296,9 @@ class ValidatorTest {
         assertTrue(problem(new Length(".."), 1).isPresent());
         assertEquals(Optional.of("element 1: 9 is outside 1..5"),
                 problem(new Range("1..5"), new Integer[] {5, 9}));
-        for (String wrong : List.of("", "5", "5..1", "a..b", "1-2")) {
+        assertEquals(Optional.empty(), problem(new Range("4.9e-324..1.8e308"), Double.MIN_VALUE));
+        for (String wrong : List.of("", "5", "5..1", "a..b", "1-2", "1e999999999..",
+                "..-1e-999999999", "1" + "0".repeat(2000) + "..")) {
             assertThrows(IllegalArgumentException.class, () -> new Range(wrong), wrong);
         }
     }
