@@ -2,6 +2,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "base/loaded_library.h"
 #include "host/settings/given_text.h"
 #include "host/settings/java_proxies.h"
 #include "host/settings/publication.h"
