@@ -12,6 +12,8 @@
 // Threads: every operation may be called from any thread. Reading never waits for another thread's
 // validation, storage or listeners. Changes to one tree happen one after the other; a change is
 // validated, stored, made visible, and then published, on the calling thread and with no lock held.
+// What other processes have stored is read here within a moment, and before a change is stored: a
+// change that they have made impossible fails as if this process had.
 // Failures are those of service/failures.h, named at each operation.
 #pragma once
 

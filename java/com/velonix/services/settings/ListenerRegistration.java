@@ -90,8 +90,13 @@ final class ListenerRegistration implements SettingListener, Registration {
         Target target = current.get();
         if (target == null)
             return null;
-        SettingChangeEvent forUser =
-                target.listener().createEvent(target.source(), eventPath, name, unused, isNode);
+        SettingChangeEvent forUser = null;
+        try {
+            forUser = target.listener().createEvent(
+                    target.source(), eventPath, name, unused, isNode);
+        } catch (RuntimeException | Error dropped) {
+            // The listener hears nothing, but the registration has to: it may be its end.
+        }
         return new Delivery(this, List.of(eventPath), name, isNode, forUser);
     }
 

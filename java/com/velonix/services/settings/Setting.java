@@ -49,8 +49,9 @@ public final class Setting<T> implements Listenable {
 
     /**
      * The value in effect. It is kept: reading it again while nothing has changed it takes no
-     * native call. Once the call that changed it has returned, wherever it was made, every thread
-     * reads the new value. Of an array each call returns a copy.
+     * native call. Once the call that changed it has returned, in Java or in native code, every
+     * thread of this process reads the new value. What another process has changed is read here
+     * within a moment, a second at most. Of an array each call returns a copy.
      *
      * @return the value of the first level that has one
      * @throws SettingNotFoundException if there is no such key, or no level has a value

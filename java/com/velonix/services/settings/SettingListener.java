@@ -8,8 +8,16 @@ import java.util.List;
  *
  * <ul>
  *   <li><b>Thread.</b> Calls come on the thread that made the change, a native one too, before the
- *       call that made it returns. Changes that other processes made come on a thread of the
- *       settings service. Threads that Java did not make are attached as daemons for the call.
+ *       call that made it returns. Threads that Java did not make are attached as daemons for the
+ *       call.
+ *   <li><b>Other processes.</b> What they have changed is read here within a moment, a second at
+ *       most, and before a change by this process is stored. Then a thread of the settings service
+ *       calls, one call after the other, in the order of the changes. A call that takes its time
+ *       delays the calls after it and nothing else: reading and changing go on. Meanwhile several
+ *       changes of a key become one call, and an entry that was added and removed again none. So a
+ *       call tells that something has changed, and what is read in it is the state of that moment,
+ *       which may be a later one. A key that is added together with its value has the value when
+ *       its addition is heard.
  *   <li><b>Order.</b> The change is visible before anybody hears of it. One thread's changes are
  *       heard in the order in which they were made, those of a transaction in the order in which
  *       they were recorded, one event for each key. Changes that different threads make at once may

@@ -50,7 +50,23 @@ class RemovedEntryTest extends OneKeyTree {
         for (int i = 0; i < 100; ++i) listenAndClose(gone);
         listenAndRemove(gone);
         listenAndRemoveAbove(gone);
+        listenWithoutEventsAndRemove(gone);
         for (WeakReference<?> reference : gone) assertTrue(Garbage.takesAway(reference));
+    }
+
+    /** A listener that makes no event of the removal keeps nothing either. */
+    private void listenWithoutEventsAndRemove(List<WeakReference<?>> gone) throws SettingException {
+        SettingListener listener = new SettingListener() {
+            @Override
+            public SettingChangeEvent createEvent(Object source, String[] path, String name,
+                    String unused, boolean isNode) {
+                throw new IllegalStateException("no event");
+            }
+        };
+        SettingPath dying = root.addNode("silent");
+        dying.addListener(listener);
+        root.delete("silent");
+        gone.add(new WeakReference<>(listener));
     }
 
     /** Of a closed registration, what the native side referred to goes as well. */
