@@ -1,7 +1,12 @@
 #include "nativesettings/lane.h"
 
+#include <vector>
+
 #include "bridge/java_layer.h"
 #include "nativesettings/frame.h"
+#include "nativesettings/lane_keys.h"
+#include "nativesettings/lane_listeners.h"
+#include "nativesettings/native_row.h"
 #include "service/change_counts.h"
 
 namespace nativesettings {
@@ -21,22 +26,19 @@ jobject changeCounters(JNIEnv* env, jclass) {
 
 jboolean wasRefused(JNIEnv*, jclass) { return NativeFrame::wasRefused(); }
 
-template <class Function>
-JNINativeMethod row(const char* name, const char* signature, Function* function) {
-  return {const_cast<char*>(name), const_cast<char*>(signature), reinterpret_cast<void*>(function)};
-}
-
 }  // namespace
 
 void registerLane(JNIEnv* env) {
   jclass cls = env->FindClass(kLaneClass);
   if (!cls) return env->ExceptionClear();
-  const JNINativeMethod methods[] = {
-      row("changeCounters", "()Ljava/nio/ByteBuffer;", &changeCounters),
-      row("wasRefused", "()Z", &wasRefused),
-  };
   env->DeleteLocalRef(cls);
-  static_cast<void>(jzi::registerNativesImpl(env, {kLaneClass, std::size(methods), methods}));
+  std::vector<JNINativeMethod> methods = {
+      nativeRow("changeCounters", "()Ljava/nio/ByteBuffer;", &changeCounters),
+      nativeRow("wasRefused", "()Z", &wasRefused),
+  };
+  methods.insert(methods.end(), laneKeyMethods().begin(), laneKeyMethods().end());
+  methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());
+  static_cast<void>(jzi::registerNativesImpl(env, {kLaneClass, methods.size(), methods.data()}));
 }
 
 }  // namespace nativesettings

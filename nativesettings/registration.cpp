@@ -4,6 +4,7 @@
 #include "nativesettings/handles.h"
 #include "nativesettings/levels.h"
 #include "nativesettings/listeners.h"
+#include "nativesettings/native_row.h"
 #include "nativesettings/reading.h"
 #include "nativesettings/transactions.h"
 
@@ -17,57 +18,51 @@ namespace {
 #define INFO "L" PACKAGE "SettingInfo;"
 #define LISTENER "L" PACKAGE "SettingListener;"
 
-template <class Function>
-constexpr JNINativeMethod row(const char* name, const char* signature, Function* function) {
-  // JNI's struct predates const; it does not write to the texts.
-  return {const_cast<char*>(name), const_cast<char*>(signature), reinterpret_cast<void*>(function)};
-}
-
 // clang-format off
 const JNINativeMethod settingMethods[] = {
-    row("nativeAddRemoveListener",        "(Ljava/lang/Object;J" PATH STR LISTENER ")V", &nativeAddRemoveListener),
-    row("nativeGet",                      "(J" PATH STR STR ")" INFO,                    &nativeGet),
-    row("nativeGetLevel",                 "(J" PATH STR ")" STR,                         &nativeGetLevel),
-    row("nativeIsKeyNameValid",           "(" STR ")Z",                                  &nativeIsKeyNameValid),
-    row("nativeIsSet",                    "(J" PATH STR STR ")Z",                        &nativeIsSet),
-    row("nativeExists",                   "(J" PATH STR ")Z",                            &nativeExists),
-    row("nativeSet",                      "(JJ" PATH STR INFO STR ")V",                  &nativeSet),
-    row("nativeUnset",                    "(J" PATH STR STR ")V",                        &nativeUnset),
-    row("nativeGetFactoryDir",            "(J)" STR,                                     &nativeGetFactoryDir),
+    nativeRow("nativeAddRemoveListener",        "(Ljava/lang/Object;J" PATH STR LISTENER ")V", &nativeAddRemoveListener),
+    nativeRow("nativeGet",                      "(J" PATH STR STR ")" INFO,                    &nativeGet),
+    nativeRow("nativeGetLevel",                 "(J" PATH STR ")" STR,                         &nativeGetLevel),
+    nativeRow("nativeIsKeyNameValid",           "(" STR ")Z",                                  &nativeIsKeyNameValid),
+    nativeRow("nativeIsSet",                    "(J" PATH STR STR ")Z",                        &nativeIsSet),
+    nativeRow("nativeExists",                   "(J" PATH STR ")Z",                            &nativeExists),
+    nativeRow("nativeSet",                      "(JJ" PATH STR INFO STR ")V",                  &nativeSet),
+    nativeRow("nativeUnset",                    "(J" PATH STR STR ")V",                        &nativeUnset),
+    nativeRow("nativeGetFactoryDir",            "(J)" STR,                                     &nativeGetFactoryDir),
 };
 
 const JNINativeMethod settingPathMethods[] = {
-    row("nativeAddNode",                  "(J" PATH STR STR STR ")V",                    &nativeAddNode),
-    row("nativeAddKey",                   "(J" PATH STR INFO STR STR STR ")V",           &nativeAddKey),
-    row("nativeCopySubtree",              "(J" PATH "J" PATH STR ")V",                   &nativeCopySubtree),
-    row("nativeDelete",                   "(J" PATH STR ")V",                            &nativeDelete),
-    row("nativeGetZvmRoot",               "(J)J",                                        &nativeGetZvmRoot),
-    row("nativeGetPtrTarget",             "(J)J",                                        &nativeGetPtrTarget),
-    row("nativeIsChildNode",              "(J" PATH STR ")Z",                            &nativeIsChildNode),
-    row("nativeLoadSettings",             "(" STR ")J",                                  &nativeLoadSettings),
-    row("nativeReleasePtr",               "(J)V",                                        &nativeReleasePtr),
-    row("nativeGetChildren",              "(J" PATH "I)" PATH,                           &nativeGetChildren),
+    nativeRow("nativeAddNode",                  "(J" PATH STR STR STR ")V",                    &nativeAddNode),
+    nativeRow("nativeAddKey",                   "(J" PATH STR INFO STR STR STR ")V",           &nativeAddKey),
+    nativeRow("nativeCopySubtree",              "(J" PATH "J" PATH STR ")V",                   &nativeCopySubtree),
+    nativeRow("nativeDelete",                   "(J" PATH STR ")V",                            &nativeDelete),
+    nativeRow("nativeGetZvmRoot",               "(J)J",                                        &nativeGetZvmRoot),
+    nativeRow("nativeGetPtrTarget",             "(J)J",                                        &nativeGetPtrTarget),
+    nativeRow("nativeIsChildNode",              "(J" PATH STR ")Z",                            &nativeIsChildNode),
+    nativeRow("nativeLoadSettings",             "(" STR ")J",                                  &nativeLoadSettings),
+    nativeRow("nativeReleasePtr",               "(J)V",                                        &nativeReleasePtr),
+    nativeRow("nativeGetChildren",              "(J" PATH "I)" PATH,                           &nativeGetChildren),
 };
 
 const JNINativeMethod settingLevelMethods[] = {
-    row("nativeGetSessionLevel",          "()" STR,                                      &nativeGetSessionLevel),
-    row("nativeGetUserLevel",             "()" STR,                                      &nativeGetUserLevel),
-    row("nativeGetFactoryLevel",          "()" STR,                                      &nativeGetFactoryLevel),
-    row("nativeGetWorkgroupLevel",        "()" STR,                                      &nativeGetWorkgroupLevel),
-    row("nativeGetDefaultLevel",          "()" STR,                                      &nativeGetDefaultLevel),
-    row("nativeCompareLevels",            "(" STR STR ")I",                              &nativeCompareLevels),
+    nativeRow("nativeGetSessionLevel",          "()" STR,                                      &nativeGetSessionLevel),
+    nativeRow("nativeGetUserLevel",             "()" STR,                                      &nativeGetUserLevel),
+    nativeRow("nativeGetFactoryLevel",          "()" STR,                                      &nativeGetFactoryLevel),
+    nativeRow("nativeGetWorkgroupLevel",        "()" STR,                                      &nativeGetWorkgroupLevel),
+    nativeRow("nativeGetDefaultLevel",          "()" STR,                                      &nativeGetDefaultLevel),
+    nativeRow("nativeCompareLevels",            "(" STR STR ")I",                              &nativeCompareLevels),
 };
 
 const JNINativeMethod settingTransactionMethods[] = {
-    row("nativeCreateTransactionContext", "()J",                                         &nativeCreateTransactionContext),
-    row("nativeDeleteTransactionContext", "(J)V",                                        &nativeDeleteTransactionContext),
-    row("nativeCommitTransaction",        "(J" STR ")Ljava/util/List;",                  &nativeCommitTransaction),
-    row("nativeValidateTransaction",      "(J" STR ")Ljava/util/List;",                  &nativeValidateTransaction),
+    nativeRow("nativeCreateTransactionContext", "()J",                                         &nativeCreateTransactionContext),
+    nativeRow("nativeDeleteTransactionContext", "(J)V",                                        &nativeDeleteTransactionContext),
+    nativeRow("nativeCommitTransaction",        "(J" STR ")Ljava/util/List;",                  &nativeCommitTransaction),
+    nativeRow("nativeValidateTransaction",      "(J" STR ")Ljava/util/List;",                  &nativeValidateTransaction),
 };
 
 const JNINativeMethod settingTestEnvironmentMethods[] = {
-    row("nativeSetEnv",                   "(" STR STR ")" STR,                           &nativeSetEnv),
-    row("nativeUnsetEnv",                 "()V",                                         &nativeUnsetEnv),
+    nativeRow("nativeSetEnv",                   "(" STR STR ")" STR,                           &nativeSetEnv),
+    nativeRow("nativeUnsetEnv",                 "()V",                                         &nativeUnsetEnv),
 };
 // clang-format on
 

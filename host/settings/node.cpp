@@ -1,5 +1,7 @@
 #include "host/settings/node.h"
 
+#include <atomic>
+
 #include "host/settings/commit.h"
 #include "host/settings/structure.h"
 #include "service/change_counts.h"
@@ -10,6 +12,8 @@ namespace zlutil::settings::host {
 namespace {
 
 using namespace KORVEN::settings::core;
+
+std::atomic<std::uint64_t> removalCount{1};
 
 // The value that a level name means; "" means the one in effect.
 const boost::any& valueOf(const Key& key, const std::string& level) {
@@ -135,14 +139,18 @@ bool Node::appendChild(const EntryPtr& child) {
   return true;
 }
 
+std::uint64_t Node::removals() { return removalCount.load(std::memory_order_acquire); }
+
 EntryPtr Node::takeChild(std::string_view name) {
   EntryPtr child = children_.take(name);
+  removalCount.fetch_add(1, std::memory_order_acq_rel);
   if (child) child->setParent(nullptr);
   return child;
 }
 
 std::vector<EntryPtr> Node::takeChildren() {
   std::vector<EntryPtr> taken = children_.takeAll();
+  removalCount.fetch_add(1, std::memory_order_acq_rel);
   for (const EntryPtr& child : taken) child->setParent(nullptr);
   return taken;
 }

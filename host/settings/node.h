@@ -32,6 +32,9 @@ class Node final : public Entry {
   Key& requireKey(const std::string& name) const;
   // The entry at the path below this node, in the service's notation; null when there is none.
   Entry* atPath(std::string_view path) const;
+  // How many times entries have left any tree. As long as it is the same, what was found below a
+  // root is still there. Grows under the lock() of the tree concerned.
+  static std::uint64_t removals();
   bool hasChildren() const { return !children_.empty(); }
   // The children in name order.
   const std::vector<EntryPtr>& childrenByName() const { return children_.byName(); }

@@ -14,7 +14,7 @@ final class InitialClasses {
     private InitialClasses() {}
 
     static void initialise() throws Exception {
-        for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, ValueTypes.class,
+        for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, SharedTree.class, SharedListener.class, ValueTypes.class,
                      ValueKinds.class, ChangeCounts.class, NativeLane.class, ValidatorName.class,
                      SettingValidator.class, SettingTransaction.State.class,
                      SingleKindListener.Kind.class, UnsignedByte.class, UnsignedShort.class,

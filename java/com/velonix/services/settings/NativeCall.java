@@ -5,17 +5,17 @@ final class NativeCall implements AutoCloseable {
     /** The tree's native handle, valid until the call is closed. */
     final long address;
 
-    private final TreeHandle tree;
+    final SharedTree tree;
 
     /** @throws IllegalStateException if the tree has been closed */
-    NativeCall(TreeHandle tree) {
-        this.tree = tree;
-        address = tree.enter();
+    NativeCall(TreeHandle handle) {
+        address = handle.enter();
+        tree = handle.shared();
     }
 
     @Override
     public void close() {
-        tree.exit();
+        tree.leave();
     }
 
     /**

@@ -23,8 +23,15 @@ public final class Setting<T> implements Listenable {
     private final Class<T> type;
     private final int counter;
 
+    /** The kind of the values; 0 when their class stands for several. */
+    private final int kind;
+
     /** What was read last, or null. Any thread may replace it at any time: it knows if it holds. */
     private KeptValue<T> kept;
+
+    /** The key, once it has been used; null before. */
+    private BoundKey bound;
+    private boolean used;
 
     Setting(SettingPath parent, String name, Class<T> type) {
         this.parent = parent;
@@ -32,6 +39,7 @@ public final class Setting<T> implements Listenable {
         this.name = name;
         this.type = type;
         this.counter = ChangeCounts.place(parent.lastName(), name);
+        this.kind = ValueTypes.kindOf(type);
     }
 
     /**
@@ -75,7 +83,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get(SettingLevel level) throws SettingException {
-        T value = typed(read(SettingLevel.nameOf(level)));
+        T value = at(level);
         if (value == null) {
             throw new SettingNotFoundException(
                     dotted() + " has no value at the level " + level.levelName());
@@ -105,7 +113,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find(SettingLevel level) throws SettingException {
-        return Optional.ofNullable(typed(read(SettingLevel.nameOf(level))));
+        return Optional.ofNullable(at(level));
     }
 
     /**
@@ -187,7 +195,8 @@ public final class Setting<T> implements Listenable {
      * @throws SettingException if the change cannot be stored
      */
     public void set(T value, SettingLevel level) throws SettingException {
-        store(0, value, SettingLevel.nameOf(level));
+        if (!storeAtOnce(0, value, SettingLevel.numberOf(level)))
+            store(0, value, level.levelName());
     }
 
     /**
@@ -209,8 +218,12 @@ public final class Setting<T> implements Listenable {
      * @throws SettingException if the change cannot be stored
      */
     public void unset(SettingLevel level) throws SettingException {
-        String levelName = SettingLevel.nameOf(level);
+        int number = SettingLevel.numberOf(level);
+        String levelName = level.levelName();
         try (NativeCall call = new NativeCall(tree)) {
+            BoundKey key = bound(call);
+            if (key != null && key.unset(number))
+                return;
             nativeUnset(call.address, path(), name, levelName);
             NativeCall.check(this);
         }
@@ -219,7 +232,7 @@ public final class Setting<T> implements Listenable {
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
-        return ListenerRegistration.start(listener, this, tree, path(), name);
+        return listen(tree, path(), name, listener, this);
     }
 
     /**
@@ -265,8 +278,28 @@ public final class Setting<T> implements Listenable {
         return parent.dotted(name);
     }
 
-    /** Records the value in a transaction context, or sets it when the context is 0. */
-    void store(long context, T value, String level) throws SettingException {
+    /** Records the value in a transaction context. */
+    void record(long context, T value) throws SettingException {
+        if (storeAtOnce(context, value, NativeLane.IN_EFFECT))
+            return;
+        // The native call records nothing for a key that does not exist, and does not say so.
+        if (!exists())
+            throw new SettingNotFoundException(dotted());
+        store(context, value, null);
+    }
+
+    /** Sets or records the value by the short way; false when that was not done. */
+    private boolean storeAtOnce(long context, T value, int level) {
+        if (value == null || value.getClass() != type)
+            return false;
+        try (NativeCall call = new NativeCall(tree)) {
+            BoundKey key = bound(call);
+            return key != null && key.set(context, kind, level, value);
+        }
+    }
+
+    /** The same by the way on which every failure has its reason. */
+    private void store(long context, T value, String level) throws SettingException {
         SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
         try (NativeCall call = new NativeCall(tree)) {
             nativeSet(context, call.address, path(), name, info, level);
@@ -291,11 +324,20 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    /** Adds with a source, removes without one. The caller holds the handle. */
-    static void addRemoveListener(Object source, long address, String[] path, String key,
-            SettingListener listener) throws SettingException {
-        nativeAddRemoveListener(source, address, path, key, listener);
-        NativeCall.check("a listener");
+    /** Registers on the node at the path or, with a key's name, on that child of it. */
+    static Registration listen(TreeHandle tree, String[] path, String key,
+            SettingListener listener, Object source) throws SettingException {
+        try (NativeCall call = new NativeCall(tree)) {
+            Registration registration = call.tree.listen(path, key, listener, source);
+            if (registration != null && !NativeLane.wasRefused())
+                return registration;
+            if (registration != null)
+                registration.close();
+            // Removing what was never added does nothing, but says what is wrong with the place.
+            nativeAddRemoveListener(null, call.address, path, key, listener);
+            NativeCall.check("a listener");
+            throw NativeCall.unanswered("a listener on " + Names.dotted(Arrays.asList(path), key));
+        }
     }
 
     /** The value in effect, or null when there is none. */
@@ -304,11 +346,38 @@ public final class Setting<T> implements Listenable {
         if (last != null && last.holdsUnder(ChangeCounts.of(counter)) && tree.isOpen())
             return last.value();
         if (!ChangeCounts.areThere())
-            return typed(read(null));
+            return now(NativeLane.IN_EFFECT, null);
         // The count first: a change that the value misses moves it on from here.
-        KeptValue<T> next = new KeptValue<>(ChangeCounts.of(counter), typed(read(null)));
+        KeptValue<T> next =
+                new KeptValue<>(ChangeCounts.of(counter), now(NativeLane.IN_EFFECT, null));
         kept = next;
         return next.value();
+    }
+
+    private T at(SettingLevel level) throws SettingException {
+        return now(SettingLevel.numberOf(level), level.levelName());
+    }
+
+    /** The value that a level, or no level for the one in effect, has now; null for none. */
+    @SuppressWarnings("unchecked")
+    private T now(int number, String level) throws SettingException {
+        try (NativeCall call = new NativeCall(tree)) {
+            BoundKey key = bound(call);
+            Object value = key == null ? null : key.get(kind, number, type);
+            if (value != null)
+                return (T) value;
+        }
+        return typed(read(level));
+    }
+
+    /** The key if it was used before; null else. */
+    private BoundKey bound(NativeCall call) {
+        if (bound != null || kind == 0)
+            return bound;
+        if (used)
+            return bound = call.tree.bound(path(), name);
+        used = true;
+        return null;
     }
 
     private SettingInfo read(String level) throws SettingException {

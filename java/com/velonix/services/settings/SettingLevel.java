@@ -27,6 +27,7 @@ public enum SettingLevel {
      */
     private static SettingLevel byDefault;
     private String levelName;
+    private int number = -1;
 
     /**
      * The level that is written when none is named.
@@ -61,6 +62,14 @@ public enum SettingLevel {
         String known = levelName;
         if (known == null)
             levelName = known = Helper.nameOf(this);
+        return known;
+    }
+
+    /** The number by which {@link NativeLane} knows the level. */
+    static int numberOf(SettingLevel level) {
+        int known = Objects.requireNonNull(level, "level").number;
+        if (known < 0)
+            level.number = known = NativeLane.levelOf(level.levelName());
         return known;
     }
 

@@ -49,7 +49,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
             throw new IllegalArgumentException("session " + session + " is negative");
         try (SettingPath process = processRoot()) {
             long address = nativeGetZvmRoot(session);
-            boolean same = address != 0 && nativeGetPtrTarget(address) == process.tree.target();
+            boolean same = address != 0 && target(address) == process.tree.shared().target;
             return open(address, same, "the settings of session " + session);
         }
     }
@@ -256,7 +256,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
-        return ListenerRegistration.start(listener, this, tree, names, null);
+        return Setting.listen(tree, names, null, listener, this);
     }
 
     /** {@return the directory that factory settings are read from; it need not exist} */
@@ -306,6 +306,11 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return Names.dotted(Arrays.asList(names), key);
     }
 
+    /** Identifies the root of a handle. */
+    static long target(long address) {
+        return nativeGetPtrTarget(address);
+    }
+
     static void release(long address) {
         nativeReleasePtr(address);
     }
@@ -313,9 +318,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     private static SettingPath open(long address, boolean ofProcess, String description) {
         if (address == 0)
             throw NativeCall.unanswered(description);
-        long target = nativeGetPtrTarget(address);
-        return new SettingPath(
-                new TreeHandle(address, target, ofProcess, description), new String[0]);
+        return new SettingPath(new TreeHandle(address, ofProcess, description), new String[0]);
     }
 
     private SettingPath addNode(String name, ValidatorName validator) throws SettingException {

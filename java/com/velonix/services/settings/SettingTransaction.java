@@ -49,10 +49,7 @@ public final class SettingTransaction implements AutoCloseable {
         }
         begin();
         try {
-            // The native call records nothing for a key that does not exist, and does not say so.
-            if (!setting.exists())
-                throw new SettingNotFoundException(setting.dotted());
-            setting.store(context, value, null);
+            setting.record(context, value);
         } finally {
             end();
         }

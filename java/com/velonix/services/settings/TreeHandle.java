@@ -1,25 +1,20 @@
 package com.velonix.services.settings;
 
 import java.lang.ref.Cleaner;
-import java.util.concurrent.atomic.AtomicBoolean;
-import java.util.concurrent.atomic.AtomicLongArray;
 
 /**
- * Owns one native handle on the root of a settings tree. Paths, settings and registrations share
- * it.
+ * One opening of a settings tree. Paths and settings share it.
  *
  * <p>Every native call is enclosed in {@link #enter()} and {@link #exit()}, by a {@link
- * NativeCall}. Closing forbids new calls at once, and the handle is released when the last call
- * that is under way has left, by that call's own thread; so closing waits for nobody and may happen
- * anywhere, inside a listener too. A handle that was forgotten is closed by a cleaner.
+ * NativeCall}. Closing forbids new calls at once; it waits for nobody and may happen anywhere,
+ * inside a listener too. A tree that was forgotten is closed by a cleaner.
  */
 final class TreeHandle {
     private static final Cleaner CLEANER = Cleaner.create();
 
-    private final Calls calls;
+    private final Opening opening;
     private final Cleaner.Cleanable closing;
     private final String description;
-    private final long target;
     private final boolean ofProcess;
 
     /** Null until it is needed, and again once the tree has been closed. */
@@ -29,34 +24,25 @@ final class TreeHandle {
      * Takes over a handle.
      *
      * @param address the native handle, not 0
-     * @param target identifies the tree's root as long as the handle is open
      * @param ofProcess whether this is the tree that transactions work on
      * @param description names the tree in messages
      */
-    TreeHandle(long address, long target, boolean ofProcess, String description) {
-        this.calls = new Calls(address);
-        this.closing = CLEANER.register(this, calls);
-        this.target = target;
+    TreeHandle(long address, boolean ofProcess, String description) {
+        this.opening = new Opening(SharedTree.open(address));
+        this.closing = CLEANER.register(this, opening);
         this.ofProcess = ofProcess;
         this.description = description;
     }
 
     /** The native handle, valid until the same thread calls {@link #exit()}. */
     long enter() {
-        return enter(Calls.slotOfThread());
+        if (!opening.closed && opening.tree.enter())
+            return opening.tree.address;
+        throw new IllegalStateException(description + " has been closed");
     }
 
     void exit() {
-        calls.leave(Calls.slotOfThread());
-    }
-
-    /** Like {@link #enter()}, but for {@link #letGo()} by any thread. */
-    long hold() {
-        return enter(Calls.HELD_SLOT);
-    }
-
-    void letGo() {
-        calls.leave(Calls.HELD_SLOT);
+        opening.tree.leave();
     }
 
     /** Forbids new calls; closing again does nothing. */
@@ -69,7 +55,7 @@ final class TreeHandle {
     <T> Setting<T> setting(SettingPath parent, String name, Class<T> type) {
         RecentSettings table = recent;
         if (table == null) {
-            if (calls.closed)
+            if (opening.closed)
                 return new Setting<>(parent, name, type);
             recent = table = new RecentSettings();
         }
@@ -78,11 +64,12 @@ final class TreeHandle {
 
     /** Whether calls are still let in. */
     boolean isOpen() {
-        return !calls.closed;
+        return !opening.closed;
     }
 
-    long target() {
-        return target;
+    /** The tree itself, to be used within a call. */
+    SharedTree shared() {
+        return opening.tree;
     }
 
     boolean isOfProcess() {
@@ -91,11 +78,12 @@ final class TreeHandle {
 
     /** Whether both refer to the same tree; a closed handle equals none but itself. */
     boolean sameTree(TreeHandle other) {
-        return this == other || target == other.target && !calls.closed && !other.calls.closed;
+        return this == other
+                || opening.tree == other.opening.tree && !opening.closed && !other.opening.closed;
     }
 
     int treeHash() {
-        return Long.hashCode(target);
+        return Long.hashCode(opening.tree.target);
     }
 
     @Override
@@ -103,63 +91,20 @@ final class TreeHandle {
         return description;
     }
 
-    private long enter(int slot) {
-        if (calls.enter(slot))
-            return calls.address;
-        throw new IllegalStateException(description + " has been closed");
-    }
-
-    /**
-     * Counts the calls that are under way. Each thread counts in a slot of its own as far as there
-     * are slots, and slots lie in different cache lines, so that threads do not slow each other.
-     */
-    private static final class Calls implements Runnable {
-        private static final int SLOTS = 16;
-        private static final int SLOT_WIDTH = 16; // 128 bytes: two cache lines, fetched as a pair
-        private static final int HELD_SLOT = 0;
-
-        final long address;
+    /** What closing needs, also once the handle has been forgotten. */
+    private static final class Opening implements Runnable {
+        final SharedTree tree;
         volatile boolean closed;
-        private final AtomicLongArray underWay = new AtomicLongArray((SLOTS + 1) * SLOT_WIDTH);
-        private final AtomicBoolean released = new AtomicBoolean();
 
-        Calls(long address) {
-            this.address = address;
+        Opening(SharedTree tree) {
+            this.tree = tree;
         }
 
-        static int slotOfThread() {
-            return (1 + (int) (Thread.currentThread().getId() & SLOTS - 1)) * SLOT_WIDTH;
-        }
-
-        boolean enter(int slot) {
-            underWay.getAndIncrement(slot);
-            // Counted first and looked second: whoever closes afterwards sees this call.
-            if (!closed)
-                return true;
-            leave(slot);
-            return false;
-        }
-
-        void leave(int slot) {
-            underWay.getAndDecrement(slot);
-            if (closed)
-                releaseIfIdle();
-        }
-
-        /** Closes. */
+        /** Closes; called once. */
         @Override
         public void run() {
             closed = true;
-            releaseIfIdle();
-        }
-
-        private void releaseIfIdle() {
-            for (int slot = 0; slot < underWay.length(); slot += SLOT_WIDTH) {
-                if (underWay.get(slot) != 0)
-                    return;
-            }
-            if (released.compareAndSet(false, true))
-                SettingPath.release(address);
+            tree.close();
         }
     }
 }

@@ -26,6 +26,10 @@ final class ValueKinds {
         return type.isArray() ? arrayOf(ofElement(type.getComponentType())) : ofElement(type);
     }
 
+    static boolean isArray(int kind) {
+        return kind >= ELEMENTS.length;
+    }
+
     private static int arrayOf(int element) {
         return element == 0 ? 0 : element + ELEMENTS.length - 1;
     }

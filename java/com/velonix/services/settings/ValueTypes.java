@@ -33,6 +33,11 @@ final class ValueTypes {
                 parent.dotted(name) + ": no setting has values of " + type.getTypeName());
     }
 
+    /** The kind in which values of the class are stored; 0 when it stands for several. */
+    static int kindOf(Class<?> type) {
+        return ValueKinds.of(stored(type));
+    }
+
     /** The value as it is stored, once it is found to be of a class that a setting can hold. */
     static Object toStored(Object value, SettingPath parent, String name) {
         if (value == null)

@@ -46,7 +46,6 @@ public final class AlternativesBench {
         SettingTestEnvironment.setDirectories(factory, directory.resolve("user"));
         System.loadLibrary("bridgefloors");
         Literal.prepare();
-        Best.prepare();
         AlternativesBench bench = new AlternativesBench(
                 directory, arguments.length > 2 ? Integer.parseInt(arguments[2]) : 21);
         bench.small();

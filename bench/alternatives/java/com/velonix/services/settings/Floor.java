@@ -7,8 +7,8 @@ import java.nio.file.StandardOpenOption;
 import java.util.concurrent.atomic.AtomicLong;
 
 /**
- * The least that a native implementation needs, written by hand: {@link Best} on a bare tree, and
- * {@link Literal} where there is no better. On the disk: a record appended and flushed.
+ * The same work written by hand: {@link Literal} on a bare tree. On the disk: a record appended and
+ * flushed.
  */
 final class Floor extends Alternative {
     private static final String[] LISTED_PATH = Places.nodePath(0);
@@ -34,7 +34,7 @@ final class Floor extends Alternative {
     Rounds.Loop read(String key) {
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = Best.get(places.bare, places.place(i), key, null);
+                sink.last = Literal.get(places.bare, places.place(i), key, null);
         };
     }
 
@@ -43,7 +43,7 @@ final class Floor extends Alternative {
         SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                Best.set(places.bare, places.place(i >> 1), Places.INT, values[i & 1], LEVELS[0]);
+                Literal.set(0, places.bare, places.place(i >> 1), Places.INT, values[i & 1], LEVELS[0]);
         };
     }
 
@@ -77,7 +77,7 @@ final class Floor extends Alternative {
         return (times, sink) -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i)
-                Best.set(tree, path, Places.INT, values[i & 1], LEVELS[0]);
+                Literal.set(0, tree, path, Places.INT, values[i & 1], LEVELS[0]);
             checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
@@ -106,7 +106,7 @@ final class Floor extends Alternative {
     @Override
     Rounds.Loop list() {
         return (times, sink) -> {
-            for (int i = 0; i < times; ++i) sink.last = Best.children(listed, LISTED_PATH);
+            for (int i = 0; i < times; ++i) sink.last = Literal.children(listed, LISTED_PATH);
         };
     }
 }

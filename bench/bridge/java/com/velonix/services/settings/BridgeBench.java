@@ -5,9 +5,9 @@ import java.util.LinkedHashMap;
 import java.util.Map;
 
 /**
- * The bridge's native methods beside the floors of the same work ({@link Literal}, {@link Best}),
- * measured in turn in one run. The arguments are the file for the results, the number of rounds,
- * and the only measurement to make.
+ * The bridge's native methods beside the floor of the same work ({@link Literal}), measured in turn
+ * in one run. The arguments are the file for the results, the number of rounds, and the only
+ * measurement to make.
  */
 public final class BridgeBench {
     private static final String SESSION = "session";
@@ -23,7 +23,6 @@ public final class BridgeBench {
         NativeLibrary.load();
         System.loadLibrary("bridgefloors");
         Literal.prepare();
-        Best.prepare();
         BridgeBench bench =
                 new BridgeBench(arguments.length > 1 ? Integer.parseInt(arguments[1]) : 21);
         String only = arguments.length > 2 ? arguments[2] : "";
@@ -81,10 +80,6 @@ public final class BridgeBench {
                             -> {
                         for (int i = 0; i < times; ++i)
                             sink.last = Literal.get(places.bare, places.place(i), key, null);
-                    },
-                    (times, sink) -> {
-                        for (int i = 0; i < times; ++i)
-                            sink.last = Best.get(places.bare, places.place(i), key, null);
                     });
         }
     }
@@ -109,10 +104,6 @@ public final class BridgeBench {
                     for (int i = 0; i < times; ++i)
                         Literal.set(
                                 0, places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
-                },
-                (times, sink) -> {
-                    for (int i = 0; i < times; ++i)
-                        Best.set(places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
                 });
     }
 
@@ -142,11 +133,6 @@ public final class BridgeBench {
                         for (int i = 0; i < times; ++i)
                             Literal.set(0, places.bare, paths[i >> 1 & 1], Places.INT,
                                     values[i & 1], SESSION);
-                    },
-                    (times, sink) -> {
-                        for (int i = 0; i < times; ++i)
-                            Best.set(places.bare, paths[i >> 1 & 1], Places.INT, values[i & 1],
-                                    SESSION);
                     });
             if (CountingListener.heard == 0)
                 throw new IllegalStateException("nothing was heard");
@@ -172,9 +158,6 @@ public final class BridgeBench {
                     (times, sink)
                             -> {
                         for (int i = 0; i < times; ++i) sink.last = Literal.children(bare, path);
-                    },
-                    (times, sink) -> {
-                        for (int i = 0; i < times; ++i) sink.last = Best.children(bare, path);
                     });
             root.tree().exit();
         }

@@ -1,0 +1,139 @@
+#include "service/bound_key.h"
+
+#include <atomic>
+
+#include "host/settings/publication.h"
+#include "host/settings/stored_value.h"
+#include "values/value_kinds.h"
+
+namespace zlutil::settings {
+namespace host {
+namespace {
+
+class BoundKeyInTree final : public BoundKey {
+ public:
+  BoundKeyInTree(NodePtr root, std::vector<std::string> names)
+      : root_(std::move(root)), names_(std::move(names)) {}
+
+  bool getValue(int level, boost::any& value) const noexcept override {
+    return orRefused([&] {
+      ReadLock lock(tree().lock());
+      const Key* const key = find();
+      if (!key || !isLevelOrInEffect(level)) return false;
+      value = level == kInEffect ? key->valueInEffect() : key->value(level);
+      return true;
+    });
+  }
+
+  // A level that outlives the tree is left to the node: there the store takes the time.
+  bool setAny(int level, boost::any& value) noexcept override {
+    return orRefused([&] {
+      boost::any replaced;
+      ChangedKeys changed;
+      {
+        WriterLock writer(tree().writer());
+        Key* const key = findToChange(level);
+        if (!key || key->guard() || !isOfKind(*key, value)) return false;
+        if (sameValue(key->value(level), value)) return true;
+        replaced.swap(value);
+        show(*key, level, replaced, changed);
+      }
+      changed.publish();
+      return true;
+    });
+  }
+
+  bool unset(int level) noexcept override {
+    return orRefused([&] {
+      boost::any replaced;
+      ChangedKeys changed;
+      {
+        WriterLock writer(tree().writer());
+        Key* const key = findToChange(level);
+        if (!key || key->value(level).empty()) return false;
+        show(*key, level, replaced, changed);
+      }
+      changed.publish();
+      return true;
+    });
+  }
+
+  boost::shared_ptr<Settings> entry() const noexcept override {
+    ReadLock lock(tree().lock());
+    Key* const key = find();
+    return key ? key->shared_from_this() : EntryPtr();
+  }
+
+ private:
+  template <class Operation>
+  static bool orRefused(const Operation& operation) noexcept {
+    try {
+      return operation();
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+  Tree& tree() const { return root_->tree(); }
+
+  static bool isLevelOrInEffect(int level) { return level >= kInEffect && level < kLevelCount; }
+
+  static bool isOfKind(const Key& key, const boost::any& value) {
+    const int given = kindOfValue(value);
+    return given != boostany::kNoValue &&
+           (key.kind() == boostany::kNoValue || key.kind() == given);
+  }
+
+  // Returns the key that stands at the place; null when there is none. The caller holds the tree's
+  // lock() or writer(), so several readers may find it at once; they note the same.
+  Key* find() const {
+    const std::uint64_t removals = Node::removals();
+    if (asOf_.load(std::memory_order_acquire) != removals || !key_.load()) {
+      key_.store(lookUp());
+      asOf_.store(removals, std::memory_order_release);
+    }
+    return key_.load();
+  }
+
+  Key* lookUp() const {
+    Entry* entry = root_.get();
+    for (const std::string& name : names_) {
+      if (!entry || entry->isKey()) return nullptr;
+      entry = static_cast<Node*>(entry)->child(name);
+    }
+    return entry && entry->isKey() ? static_cast<Key*>(entry) : nullptr;
+  }
+
+  // The same for a level that is kept in memory only. Null also when the root is no root any more.
+  Key* findToChange(int level) const {
+    if (level < 0 || level >= kLevelCount) return nullptr;
+    if (tree().isReadOnly(level) || tree().store(level).keepsChanges()) return nullptr;
+    Key* const key = find();
+    return key && key->isAttached() ? key : nullptr;
+  }
+
+  static void show(Key& key, int level, boost::any& value, ChangedKeys& changed) {
+    WriteLock lock(key.tree().lock());
+    key.swapValue(level, value);
+    changed.add(key);
+  }
+
+  const NodePtr root_;
+  const std::vector<std::string> names_;
+  // The key, which the tree keeps alive as long as nothing has been removed since; null when there
+  // was none.
+  mutable std::atomic<Key*> key_{nullptr};
+  mutable std::atomic<std::uint64_t> asOf_{0};
+};
+
+}  // namespace
+}  // namespace host
+
+std::unique_ptr<BoundKey> bindKey(const boost::shared_ptr<Settings>& root,
+                                  std::vector<std::string> names) {
+  auto node = boost::dynamic_pointer_cast<host::Node>(root);
+  if (!node || names.empty()) return nullptr;
+  return std::make_unique<host::BoundKeyInTree>(std::move(node), std::move(names));
+}
+
+}  // namespace zlutil::settings

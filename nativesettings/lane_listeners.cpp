@@ -1,0 +1,130 @@
+#include "nativesettings/lane_listeners.h"
+
+#include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include "bridge/converters.h"
+#include "bridge/shared_object.h"
+#include "nativesettings/frame.h"
+#include "nativesettings/handles.h"
+#include "nativesettings/java_callback.h"
+#include "nativesettings/native_row.h"
+#include "nativesettings/paths.h"
+#include "service/events.h"
+#include "service/settings.h"
+
+namespace nativesettings {
+namespace {
+
+using namespace zlutil::settings;
+using zlutil::eventmgr::ScopedConnection;
+using SettingsPtr = boost::shared_ptr<Settings>;
+
+enum class EventNumber : jint { kChanged = 0, kAdded = 1, kRemoved = 2 };
+
+constexpr const char* kDeliverSignature = "(I[Ljava/lang/String;Ljava/lang/String;ZZ)V";
+
+// One place that is listened to, and the Java object that hears. Shared by its subscriptions;
+// constant after construction. It keeps no entry alive.
+struct Place {
+  boost::weak_ptr<Settings> entry;
+  const Settings* root;  // compared only
+  boost::shared_ptr<jobject> listener;
+  jmethodID deliver;  // of the listener's class, which the listener keeps
+
+  // Whether the entry still stands below the root.
+  bool isThere() const {
+    SettingsPtr top = entry.lock();
+    if (!top) return false;
+    while (const SettingsPtr parent = top->getParent()) top = parent;
+    return top.get() == root;
+  }
+};
+using PlacePtr = boost::shared_ptr<const Place>;
+
+void hear(const Place& place, EventNumber number, const SettingsPtr& subject,
+          const SettingsPtr& parent) {
+  const JavaCallback callback;
+  JNIEnv* env = callback.env();
+  if (!env || !parent) return;
+  jobjectArray path = nullptr;
+  jstring name = nullptr;
+  if (number != EventNumber::kChanged || subject != place.entry.lock()) {
+    path = getSettingPathAsJArray(env, parent);
+    name = path ? jzi::ToJava::javaString(env, subject->getName()) : nullptr;
+    if (!name) return;
+  }
+  const bool gone = number == EventNumber::kRemoved && !place.isThere();
+  env->CallVoidMethod(*place.listener, place.deliver, static_cast<jint>(number), path, name,
+                      static_cast<jboolean>(!subject->isKey()), static_cast<jboolean>(gone));
+}
+
+struct Subscription {
+  PlacePtr place;
+  ScopedConnection changes, additions, removals;
+};
+
+Subscription* subscribe(const SettingsPtr& entry, const PlacePtr& place) {
+  return new Subscription{
+      place,
+      ScopedConnection(entry->addListener<SettingsValueChangeEvent>(
+          [place](const SettingsValueChangeEvent& event) {
+            const SettingsPtr key = event.getObj();
+            hear(*place, EventNumber::kChanged, key, key->getParent());
+          })),
+      ScopedConnection(
+          entry->addListener<SettingsAddNodeEvent>([place](const SettingsAddNodeEvent& event) {
+            hear(*place, EventNumber::kAdded, event.getObj(), event.getParentObj());
+          })),
+      ScopedConnection(entry->addListener<SettingsRemoveNodeEvent>(
+          [place](const SettingsRemoveNodeEvent& event) {
+            hear(*place, EventNumber::kRemoved, event.getObj(), event.getParentObj());
+          }))};
+}
+
+Subscription& subscriptionOf(jlong address) { return *reinterpret_cast<Subscription*>(address); }
+
+// Returns 0 when there is no such entry or it can have no listeners.
+jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jobject listener) {
+  const NativeFrame frame(env);
+  if (!frame.isOpen()) return 0;
+  try {
+    const SettingsPtr top = getRootFromJava(root);
+    SettingsPtr entry = getNodeFromJava(env, root, path, false);
+    if (entry && key) entry = entry->getChild(zljGetStdString(env, key));
+    if (!entry || !entry->canHaveListeners()) return 0;
+    jclass cls = env->GetObjectClass(listener);
+    jmethodID deliver = env->GetMethodID(cls, "deliver", kDeliverSignature);
+    const auto reference = jzi::detail::makeSharedObject(env, listener, &JNIEnv::NewGlobalRef,
+                                                         &JNIEnv::DeleteGlobalRef);
+    if (!deliver || !reference) return 0;
+    return reinterpret_cast<jlong>(
+        subscribe(entry, boost::make_shared<Place>(Place{entry, top.get(), reference, deliver})));
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+void unlisten(JNIEnv*, jclass, jlong subscription) { delete &subscriptionOf(subscription); }
+
+// True also while the JVM is going down.
+jboolean isListening(JNIEnv* env, jclass, jlong subscription) {
+  const NativeFrame frame(env);
+  return !frame.isOpen() || subscriptionOf(subscription).place->isThere();
+}
+
+}  // namespace
+
+const std::array<JNINativeMethod, 3>& laneListenerMethods() {
+  static const std::array<JNINativeMethod, 3> methods = {
+      nativeRow("listen",
+                "(J[Ljava/lang/String;Ljava/lang/String;"
+                "Lcom/velonix/services/settings/SharedListener;)J",
+                &listen),
+      nativeRow("unlisten", "(J)V", &unlisten),
+      nativeRow("isListening", "(J)Z", &isListening),
+  };
+  return methods;
+}
+
+}  // namespace nativesettings
