@@ -17,6 +17,7 @@ class BoundKeyInTree final : public BoundKey {
 
   bool getValue(int level, boost::any& value) const noexcept override {
     return orRefused([&] {
+      tree().look();
       ReadLock lock(tree().lock());
       const Key* const key = find();
       if (!key || !isLevelOrInEffect(level)) return false;
@@ -28,6 +29,7 @@ class BoundKeyInTree final : public BoundKey {
   // A level that outlives the tree is left to the node: there the store takes the time.
   bool setAny(int level, boost::any& value) noexcept override {
     return orRefused([&] {
+      tree().look();
       boost::any replaced;
       ChangedKeys changed;
       {
@@ -45,6 +47,7 @@ class BoundKeyInTree final : public BoundKey {
 
   bool unset(int level) noexcept override {
     return orRefused([&] {
+      tree().look();
       boost::any replaced;
       ChangedKeys changed;
       {
