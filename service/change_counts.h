@@ -1,17 +1,19 @@
-// Counters by which whoever keeps a value that he has read learns, without a call, that it may be
-// out of date. Java keeps the values in effect by them.
+// Counters by which a reader that keeps what it has read learns, without a call, that it may be out
+// of date. Java keeps values in effect and lists of names by them. An option of the service beside
+// the contract: a host may leave table() out.
 //
 // A key counts under two of them: under its name together with its node's, and under its name alone
-// for readers to whom the node is the root, so that they know no name of it. Keys share counters:
-// one that has moved says that some key may have changed, one that has not moved says that none of
-// its keys has. Reading by them goes: take the count, read the value, keep both; the value holds as
-// long as the count is the same.
+// for readers to whom the node is the root, so that they know no name of it. The list of a node's
+// children counts likewise, under the node's name with an empty one. Keys and lists share counters:
+// one that has moved says that something may have changed, one that has not moved says that nothing
+// has. Reading by them goes: take the count, read, keep both; what was read holds as long as the
+// count is the same.
 //
-// The service adds to both counters of a key whenever the key's value changes at any level, and
-// when the key leaves the tree, by itself or with a node above it: not before a reader finds the
-// change, and before the call that made it returns or an event tells of it. Each value that is read
-// later belongs to the new count. Additions are not counted, so what leaves is before anything can
-// be added in its place.
+// The service adds to the counters of a key whenever the key's value changes at any level, and when
+// the key enters or leaves the tree, by itself or with a node above it; to those of a list when an
+// entry enters or leaves it, or its node the tree. It does so not before a reader finds the change,
+// and before the call that made it returns or an event tells of it. What leaves is counted before
+// anything can be added in its place.
 //
 // The counters are one table for all trees and stay where they are until the process ends, so a
 // reader may look at any time, whatever has become of the tree. Any thread.
@@ -51,6 +53,9 @@ class SETTINGS_HOST_API ChangeCounts {
     counters[place(node, key)].fetch_add(1, std::memory_order_acq_rel);
     counters[place({}, key)].fetch_add(1, std::memory_order_acq_rel);
   }
+
+  // Counts a change of the list of a node's children.
+  static void addList(std::string_view node) { add(node, {}); }
 
  private:
   // Tells most names apart by their first and last four bytes and their length.

@@ -56,6 +56,7 @@ class Application {
     const EntryPtr entry = make(name, change);
     entry->setDefinedAt(level_);
     parent.insertChild(entry);
+    countStructureChange(*entry, parent);
     note(ForeignEvent::kAdded, &parent, entry, audienceOf(*entry));
   }
 
@@ -69,7 +70,7 @@ class Application {
     Audience audience = audienceOfRemoval(*entry);
     const EntryPtr removed = parent.takeChild(entry->name());
     removed->setRemoved();
-    countLeaving(*removed, parent);
+    countStructureChange(*removed, parent);
     note(ForeignEvent::kRemoved, &parent, removed, std::move(audience));
   }
 

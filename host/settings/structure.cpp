@@ -93,8 +93,12 @@ bool tryInserting(Node& parent, const EntryPtr& entry) {
   }
   markDefinedAt(*entry, kUser);
   if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
-  WriteLock lock(tree.lock());
-  parent.insertChild(entry);
+  {
+    WriteLock lock(tree.lock());
+    parent.insertChild(entry);
+  }
+  ReadLock lock(tree.lock());
+  countStructureChange(*entry, parent);
   return true;
 }
 
@@ -218,7 +222,7 @@ EntryPtr tryRemoving(Node& parent, const std::string& name, bool isKey, Audience
   }
   // Before another writer can add an entry of that name, which would not be counted.
   ReadLock lock(tree.lock());
-  countLeaving(*removed, parent);
+  countStructureChange(*removed, parent);
   return removed;
 }
 

@@ -24,6 +24,14 @@ void mergeEntry(Entry& from, Entry& into, int level) {
   if (target.kind() == boostany::kNoValue) target.setKind(key.kind());
 }
 
+// Counts the keys that stand in the subtree, and the lists of its nodes' children.
+void countEntries(const Entry& entry, const Node& parent) {
+  if (entry.isKey()) return ChangeCounts::add(parent.name(), entry.name());
+  const Node& node = static_cast<const Node&>(entry);
+  ChangeCounts::addList(node.name());
+  for (const EntryPtr& child : node.childrenByName()) countEntries(*child, node);
+}
+
 }  // namespace
 
 int heightOf(const Entry& entry) {
@@ -97,10 +105,9 @@ void describe(const Entry& entry, const std::string& path, int level, bool defin
   }
 }
 
-void countLeaving(const Entry& entry, const Node& parent) {
-  if (entry.isKey()) return ChangeCounts::add(parent.name(), entry.name());
-  const Node& node = static_cast<const Node&>(entry);
-  for (const EntryPtr& child : node.childrenByName()) countLeaving(*child, node);
+void countStructureChange(const Entry& entry, const Node& parent) {
+  ChangeCounts::addList(parent.name());
+  countEntries(entry, parent);
 }
 
 void merge(Node& from, Node& into, int level) {

@@ -27,9 +27,9 @@ void markDefinedAt(Entry& entry, int level);
 void describe(const Entry& entry, const std::string& path, int level, bool define,
               Changes& changes);
 
-// Counts, for those who keep values, that the entry and all below it have left the tree: they stood
-// below `parent`. Reads what the tree guards.
-void countLeaving(const Entry& entry, const Node& parent);
+// Counts, for readers that keep what they have read, that the entry with all below it has entered
+// the tree below `parent` or left it. Reads what the tree guards.
+void countStructureChange(const Entry& entry, const Node& parent);
 
 // Moves what `from` holds at the level into `into`, which agrees with it in kinds. The first
 // validator that an entry was given stays. Nobody else knows either tree.

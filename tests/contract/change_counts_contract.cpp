@@ -14,6 +14,7 @@ using zlutil::settings::SettingsValueChangeEvent;
 struct Counts {
   std::uint64_t below = ChangeCounts::table()[ChangeCounts::place("n", "k")];
   std::uint64_t alone = ChangeCounts::table()[ChangeCounts::place("", "k")];
+  std::uint64_t list = ChangeCounts::table()[ChangeCounts::place("n", "")];
 
   bool bothMovedTo(const Counts& now) const { return below != now.below && alone != now.alone; }
   bool operator==(const Counts& now) const { return below == now.below && alone == now.alone; }
@@ -40,6 +41,26 @@ TEST_P(ServiceContract, EveryChangeOfAKeyMovesItsCountsBeforeItIsHeardOf) {
   addKey(node, "k");
   root->removeNode("above");
   EXPECT_EQ(6, heard);
+}
+
+TEST_P(ServiceContract, WhatEntersOrLeavesMovesTheCountsOfItsListAndOfAllKeysBelow) {
+  using zlutil::settings::SettingsAddNodeEvent;
+  const SettingsPtr node = addNode(root, "n"), from = addNode(root, "from");
+  addKey(addNode(from, "n"), "k");
+  Counts before;
+  const auto checkAllMoved = [&before](const auto&...) {
+    const Counts now;
+    EXPECT_NE(before.list, now.list);
+    EXPECT_TRUE(before.bothMovedTo(now));
+    before = now;
+  };
+  const ScopedConnection added(root->addListener<SettingsAddNodeEvent>(checkAllMoved));
+  addKey(node, "k");
+  root->copySubtree(from, "copy");
+  node->removeKey("k");
+  checkAllMoved();
+  root->removeNode("copy");
+  checkAllMoved();
 }
 
 TEST_P(ServiceContract, NothingMovesTheCountsOfAKeyThatStaysAsItIs) {

@@ -28,6 +28,11 @@ final class ChangeCounts {
         return (mixed * 0x9E3779B9 >>> 20) * Long.BYTES;
     }
 
+    /** The place of the counter of a node's list of children; a null node is the root. */
+    static int placeOfList(String node) {
+        return place(node, "");
+    }
+
     /**
      * The count at a place. What is read from the tree after it belongs to it or to a later one.
      */

@@ -10,6 +10,12 @@ final class KeptValue<T> {
     private final long count;
     private final T value;
     private final boolean isArray;
+    private final boolean isMissing;
+
+    /** Keeps that there is no key. */
+    static <T> KeptValue<T> missing(long count) {
+        return new KeptValue<>(count, null, true);
+    }
 
     /**
      * Keeps a value.
@@ -18,13 +24,23 @@ final class KeptValue<T> {
      * @param value the value, or null when no level has one
      */
     KeptValue(long count, T value) {
+        this(count, value, false);
+    }
+
+    private KeptValue(long count, T value, boolean isMissing) {
         this.count = count;
         this.value = value;
         this.isArray = value != null && value.getClass().isArray();
+        this.isMissing = isMissing;
     }
 
     boolean holdsUnder(long now) {
         return count == now;
+    }
+
+    /** Whether there was no key. */
+    boolean isMissing() {
+        return isMissing;
     }
 
     /** The value for a caller, who may write into an array. */

@@ -67,9 +67,12 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get() throws SettingException {
-        T value = inEffect();
-        if (value == null)
-            throw new SettingNotFoundException(dotted() + " has no value at any level");
+        KeptValue<T> now = inEffect();
+        T value = now.value();
+        if (value == null) {
+            throw new SettingNotFoundException(
+                    now.isMissing() ? dotted() : dotted() + " has no value at any level");
+        }
         return value;
     }
 
@@ -92,28 +95,32 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The value in effect, if there is one. It is kept, as by {@link #get()}.
+     * The value in effect, if there is one. It is kept, as by {@link #get()}, and so is that there
+     * is none.
      *
-     * @return the value of the first level that has one; empty when none has
-     * @throws SettingNotFoundException if there is no such key
+     * @return the value of the first level that has one; empty when none has, and when there is no
+     *     such key
      * @throws SettingException if the settings service fails otherwise
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find() throws SettingException {
-        return Optional.ofNullable(inEffect());
+        return Optional.ofNullable(inEffect().value());
     }
 
     /**
      * The value at one level, if there is one.
      *
      * @param level the level to look at
-     * @return its value, or empty
-     * @throws SettingNotFoundException if there is no such key
+     * @return its value; empty when the level has none, and when there is no such key
      * @throws SettingException if the settings service fails otherwise
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find(SettingLevel level) throws SettingException {
-        return Optional.ofNullable(at(level));
+        try {
+            return Optional.ofNullable(at(level));
+        } catch (SettingNotFoundException missing) {
+            return Optional.empty();
+        }
     }
 
     /**
@@ -340,18 +347,23 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    /** The value in effect, or null when there is none. */
-    private T inEffect() throws SettingException {
+    /** The value in effect, as it is kept or else as it is now. */
+    private KeptValue<T> inEffect() throws SettingException {
         KeptValue<T> last = kept;
         if (last != null && last.holdsUnder(ChangeCounts.of(counter)) && tree.isOpen())
-            return last.value();
-        if (!ChangeCounts.areThere())
-            return now(NativeLane.IN_EFFECT, null);
+            return last;
         // The count first: a change that the value misses moves it on from here.
-        KeptValue<T> next =
-                new KeptValue<>(ChangeCounts.of(counter), now(NativeLane.IN_EFFECT, null));
-        kept = next;
-        return next.value();
+        boolean keeps = ChangeCounts.areThere();
+        long count = keeps ? ChangeCounts.of(counter) : 0;
+        KeptValue<T> next;
+        try {
+            next = new KeptValue<>(count, now(NativeLane.IN_EFFECT, null));
+        } catch (SettingNotFoundException missing) {
+            next = KeptValue.missing(count);
+        }
+        if (keeps)
+            kept = next;
+        return next;
     }
 
     private T at(SettingLevel level) throws SettingException {

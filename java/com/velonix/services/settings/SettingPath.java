@@ -25,6 +25,12 @@ public final class SettingPath implements AutoCloseable, Listenable {
     private final TreeHandle tree;
     private final String[] names;
 
+    /**
+     * The lists that were read last, by their selectors plus one; null before the first. Any thread
+     * may replace one at any time: it knows if it holds.
+     */
+    private KeptNames[] kept;
+
     private SettingPath(TreeHandle tree, String[] names) {
         this.tree = tree;
         this.names = names;
@@ -344,6 +350,25 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     private List<String> list(int selector) throws SettingException {
+        KeptNames[] all = kept;
+        if (all == null)
+            kept = all = new KeptNames[3];
+        KeptNames last = all[selector + 1];
+        if (last != null && last.count() == ChangeCounts.of(counter()) && tree.isOpen())
+            return last.names();
+        if (!ChangeCounts.areThere())
+            return listNow(selector);
+        // The count first: a change that the names miss moves it on from here.
+        KeptNames next = new KeptNames(ChangeCounts.of(counter()), listNow(selector));
+        all[selector + 1] = next;
+        return next.names();
+    }
+
+    private int counter() {
+        return ChangeCounts.placeOfList(lastName());
+    }
+
+    private List<String> listNow(int selector) throws SettingException {
         String[] children;
         try (NativeCall call = new NativeCall(tree)) {
             children = nativeGetChildren(call.address, names, selector);

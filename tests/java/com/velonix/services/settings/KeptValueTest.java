@@ -91,6 +91,31 @@ class KeptValueTest extends OneKeyTree {
     }
 
     @Test
+    void theNamesOfChildrenAreListedAgainWhenOneComesOrGoes() throws Exception {
+        SettingPath above = root.addNode("above"), list = above.addNode("list");
+        assertEquals(List.of(), list.children());
+        list.addKey("b", 1);
+        assertEquals(List.of("b"), list.children());
+        Setting<Integer> a = list.addKey("a", 1);
+        list.addNode("node").addKey("deeper", 1);
+        assertEquals(List.of("a", "b"), list.keys());
+        assertEquals(List.of("node"), list.nodes());
+        a.set(2);
+        assertSame(list.keys(), list.keys());
+        list.delete("b");
+        assertEquals(List.of("a"), list.keys());
+        assertEquals(List.of("a", "node"), list.children());
+        list.path("node").copyTo(list, "copy");
+        assertEquals(List.of("copy", "node"), list.nodes());
+        assertEquals(List.of("list"), above.nodes());
+        root.delete("above");
+        assertThrows(SettingNotFoundException.class, list::keys);
+        root.addNode("above").addNode("list");
+        assertEquals(List.of(), list.keys());
+        assertTrue(root.nodes().contains("above"));
+    }
+
+    @Test
     void aTransactionAndAnotherRootOfTheSameTreeAreNoticed() throws Exception {
         try (SettingPath one = SettingPath.processRoot();
                 SettingPath two = SettingPath.processRoot();
