@@ -28,6 +28,7 @@ constexpr const char* kDeliverSignature = "(I[Ljava/lang/String;Ljava/lang/Strin
 // constant after construction. It keeps no entry alive.
 struct Place {
   boost::weak_ptr<Settings> entry;
+  const Settings* address;  // of the entry; compared only
   const Settings* root;  // compared only
   boost::shared_ptr<jobject> listener;
   jmethodID deliver;  // of the listener's class, which the listener keeps
@@ -42,21 +43,33 @@ struct Place {
 };
 using PlacePtr = boost::shared_ptr<const Place>;
 
+void deliver(JNIEnv* env, const Place& place, EventNumber number, jobjectArray path, jstring name,
+             bool isNode, bool gone) {
+  env->CallVoidMethod(*place.listener, place.deliver, static_cast<jint>(number), path, name,
+                      static_cast<jboolean>(isNode), static_cast<jboolean>(gone));
+}
+
 void hear(const Place& place, EventNumber number, const SettingsPtr& subject,
           const SettingsPtr& parent) {
   const JavaCallback callback;
   JNIEnv* env = callback.env();
   if (!env || !parent) return;
-  jobjectArray path = nullptr;
-  jstring name = nullptr;
-  if (number != EventNumber::kChanged || subject != place.entry.lock()) {
-    path = getSettingPathAsJArray(env, parent);
-    name = path ? jzi::ToJava::javaString(env, subject->getName()) : nullptr;
-    if (!name) return;
-  }
+  jobjectArray path = getSettingPathAsJArray(env, parent);
+  jstring name = path ? jzi::ToJava::javaString(env, subject->getName()) : nullptr;
+  if (!name) return;
   const bool gone = number == EventNumber::kRemoved && !place.isThere();
-  env->CallVoidMethod(*place.listener, place.deliver, static_cast<jint>(number), path, name,
-                      static_cast<jboolean>(!subject->isKey()), static_cast<jboolean>(gone));
+  deliver(env, place, number, path, name, !subject->isKey(), gone);
+}
+
+void hearChange(const Place& place, const SettingsPtr& key) {
+  if (key.get() != place.address) {
+    return hear(place, EventNumber::kChanged, key, key->getParent());
+  }
+  // Java knows path and name of the very key.
+  const JavaCallback callback;
+  if (JNIEnv* env = callback.env()) {
+    deliver(env, place, EventNumber::kChanged, nullptr, nullptr, false, false);
+  }
 }
 
 struct Subscription {
@@ -69,8 +82,7 @@ Subscription* subscribe(const SettingsPtr& entry, const PlacePtr& place) {
       place,
       ScopedConnection(entry->addListener<SettingsValueChangeEvent>(
           [place](const SettingsValueChangeEvent& event) {
-            const SettingsPtr key = event.getObj();
-            hear(*place, EventNumber::kChanged, key, key->getParent());
+            hearChange(*place, event.getObj());
           })),
       ScopedConnection(
           entry->addListener<SettingsAddNodeEvent>([place](const SettingsAddNodeEvent& event) {
@@ -99,7 +111,7 @@ jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jo
                                                          &JNIEnv::DeleteGlobalRef);
     if (!deliver || !reference) return 0;
     return reinterpret_cast<jlong>(
-        subscribe(entry, boost::make_shared<Place>(Place{entry, top.get(), reference, deliver})));
+        subscribe(entry, boost::make_shared<Place>(Place{entry, entry.get(), top.get(), reference, deliver})));
   } catch (const std::exception&) {
     return 0;
   }
