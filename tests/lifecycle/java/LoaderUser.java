@@ -55,6 +55,7 @@ public final class LoaderUser implements BinaryOperator<String> {
                 case "open" -> open(argument);
                 case "guard" -> add(argument, Hidden.class);
                 case "set" -> set(argument.split("="));
+                case "publish" -> publish(argument.split("="));
                 case "get" -> String.valueOf(key(argument).get());
                 case "asked" -> String.valueOf(asked.getAndSet(0));
                 case "heard" -> String.valueOf(heard.getAndSet(0));
@@ -94,6 +95,12 @@ public final class LoaderUser implements BinaryOperator<String> {
 
     private String set(String[] change) throws SettingException {
         key(change[0]).set(Integer.valueOf(change[1]), SettingLevel.SESSION);
+        return "set";
+    }
+
+    /** Has C++ code that goes with the loader make the value. */
+    private static String publish(String[] change) {
+        NativePublisher.setOnce(change[0], Integer.parseInt(change[1]));
         return "set";
     }
 

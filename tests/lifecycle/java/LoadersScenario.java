@@ -82,8 +82,11 @@ public final class LoadersScenario {
         third.expect("working", "work", "three.size");
         first.end("");
         whatAnEndedOneLeavesBehind(second, third);
-        Application fourth = new Application(classPath, true);
+        Application fourth = new Application(classPath, false);
         fourth.expect("added", "open", "four");
+        fourth.tell("asked", "");
+        second.expect("set", "set", "one.hidden=7");
+        fourth.expect("1", "asked", "");
         third.end("three");
         second.expect("set", "set", "four.size=8");
         fourth.expect("2", "heard", "");  // with its own
@@ -118,7 +121,7 @@ public final class LoadersScenario {
         third.expect("set", "set", "two.size=5");
         first.expect("0", "asked", "");
         second.expect("1", "asked", "");
-        first.expect("set", "set", "one.size=4");
+        first.expect("set", "publish", "one.size=4");
         third.expect("4", "get", "one.size");
     }
 
