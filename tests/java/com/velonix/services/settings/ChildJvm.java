@@ -20,7 +20,7 @@ final class ChildJvm {
             throws Exception {
         List<String> command = new ArrayList<>();
         command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
-        command.add("-Xcheck:jni");
+        command.addAll(List.of("-Xcheck:jni", "--enable-native-access=ALL-UNNAMED"));
         command.add("-Djava.io.tmpdir=" + folder);
         command.addAll(List.of(options));
         command.addAll(List.of("-cp", jar + ":" + sourceOf(program), program.getName()));
