@@ -34,6 +34,7 @@ void drain(int descriptor) {
 struct StampWatch::Shared {
   Shared(const std::string& name, std::function<void()> function)
       : file(name),
+        shownName(base::displayFromNarrow(base::withControlsEscaped(shownFileName(name)))),
         wake(std::move(function)),
         notify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
         stop(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
@@ -56,7 +57,7 @@ struct StampWatch::Shared {
     } catch (const std::exception& failure) {
       // Said without taking memory, and once: it may fail every second.
       if (!std::exchange(hasFailed, true)) {
-        std::fprintf(stderr, "%s: a look at it failed: %s\n", file.c_str(), failure.what());
+        std::fprintf(stderr, "%s: a look at it failed: %s\n", shownName.c_str(), failure.what());
       }
     }
   }
@@ -72,7 +73,7 @@ struct StampWatch::Shared {
     poll(events, 2, timeout);
   }
 
-  const std::string file;
+  const std::string file, shownName;
   const std::function<void()> wake;
   const FileDescriptor notify;
   const FileDescriptor stop;

@@ -289,8 +289,12 @@ bool UserStore::watch(const Watcher& watcher) {
   return watch_->isRunning();
 }
 
-// False when other processes kept it locked for too long.
-bool UserStore::isBackedUp() const {
+// False while it cannot be opened, and when other processes kept it locked for too long.
+bool UserStore::isBackedUp() {
+  {
+    base::MutexLock lock(mutex_);
+    if (!database_) return false;
+  }
   try {
     backUpDaily(files_, kLookWait);
   } catch (const SqliteError& failure) {

@@ -53,7 +53,7 @@ class UserStore final : public Store {
   bool hasForeignChanges() REQUIRES(mutex_);
   bool isTimeToOpen() REQUIRES(mutex_);
   bool needsCatchingUp();
-  bool isBackedUp() const;
+  bool isBackedUp();
 
   const UserStoreOptions options_;
   const UserStoreFiles files_;

@@ -2,6 +2,8 @@
 // and the tree is what a tree opened afterwards reads, both beside the running store and after its
 // process has died. Likewise another process that restores the store, at every such call.
 #include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -293,6 +295,56 @@ TEST_F(RestoringTest, KeepsWhatIsChangedMeanwhile) {
   over = true;
   changing.join();
   expectWhatIsAcknowledged();
+}
+
+// Another process, forked before this one has a store, that opens one whenever it is told to.
+class Onlooker {
+ public:
+  explicit Onlooker(const UserStoreOptions& options) {
+    if (pipe(toIt_) != 0 || pipe(fromIt_) != 0) throw std::runtime_error("no pipe");
+    process_ = fork();
+    if (process_ != 0) return;
+    if (!freopen("/dev/null", "w", stderr)) _exit(1);
+    for (char word; read(toIt_[0], &word, 1) == 1;) {
+      openTree(options);
+      if (write(fromIt_[1], &word, 1) != 1) break;
+    }
+    _exit(0);
+  }
+  ~Onlooker() {
+    for (const int end : {toIt_[0], toIt_[1], fromIt_[0], fromIt_[1]}) close(end);
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+  }
+  void look() const {
+    char word = 'x';
+    if (write(toIt_[1], &word, 1) != 1 || read(fromIt_[0], &word, 1) != 1) std::abort();
+  }
+
+ private:
+  int toIt_[2], fromIt_[2];
+  pid_t process_;
+};
+
+TEST(CopyingTest, AProgramThatCopiesTheDatabaseDropsNoLockThatACommitNeeds) {
+  const TemporaryDirectory directory;
+  const Onlooker onlooker(storeIn(directory.path(), 5));
+  const NodePtr root = openTree(storeIn(directory.path()));
+  const SettingsPtr one = addKey(root, "one"), other = addKey(root, "other");
+  root->copySubtree(root, "far");
+  const std::function<void()> interruption = [&] {
+    directory.read("settings-1.db");
+    onlooker.look();
+  };
+  for (int n = 1;; ++n) {
+    SCOPED_TRACE(n);
+    interruptOn(n, interruption);
+    EXPECT_TRUE(setAll(root, {{one, n}, {other, n}}, "user").empty());
+    const bool over = !hasCome();
+    failOn(0, 0);
+    EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), contentsOf(root));
+    if (over) break;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -15,16 +15,6 @@ namespace {
 using namespace KORVEN::settings::core;
 using namespace zlutil::settings::host;
 
-TEST_F(UserStoreTest, WhatIsMadeBelongsToTheUserAlone) {
-  const NodePtr root = openTree(storeIn(directory.file("a/b")));
-  for (const auto& [name, mode] :
-       {std::pair("a", 0700), {"a/b", 0700}, {"a/b/settings-1.db", 0600}}) {
-    struct stat status;
-    ASSERT_EQ(stat(directory.file(name).c_str(), &status), 0) << name;
-    EXPECT_EQ(status.st_mode & 0777, static_cast<unsigned>(mode)) << name;
-  }
-}
-
 TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndLeftAlone) {
   { addKey(open(), "k"); }
   shell()->execute("PRAGMA user_version=2");
@@ -36,6 +26,25 @@ TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndLeftAlone) {
   EXPECT_NE(message.find(database()), std::string::npos) << message;
   EXPECT_NE(message.find("newer version"), std::string::npos) << message;
   EXPECT_EQ(shell()->number("SELECT count(*) FROM definitions"), 1);
+}
+
+TEST_F(UserStoreTest, WhatADatabaseCannotTakeIsRefusedWithThatReason) {
+  testing::internal::CaptureStderr();
+  const NodePtr far = openTree(storeIn(directory.file(
+      std::string(200, 'a') + '/' + std::string(200, 'b') + '/' + std::string(200, 'c'))));
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("SQLite takes no more than 504"),
+            std::string::npos);
+  EXPECT_NE(messageOf<StoreFailure>([&] { addKey(far, "k"); }).find("a shorter directory"),
+            std::string::npos);
+  addKey(open(), "k");
+  const auto small = shell();
+  sqlite3_limit(small->handle(), SQLITE_LIMIT_LENGTH, 1000);
+  try {
+    SqliteStatement(*small, "SELECT ?1").bindText(1, std::string(1001, 'x'));
+    FAIL() << "taken";
+  } catch (const SqliteError& error) {
+    EXPECT_NE(std::string(error.what()).find("larger than"), std::string::npos) << error.what();
+  }
 }
 
 TEST_F(UserStoreTest, ADirectoryThatCannotBeMadeIsReportedByEveryWrite) {
@@ -68,7 +77,9 @@ TEST_F(UserStoreTest, AWriteTransactionOfSomebodyElseIsWaitedForOrReported) {
   addKey(root, "k");
   const auto other = shell();
   other->execute("BEGIN IMMEDIATE");
-  EXPECT_NE(messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); }).find("locked"),
+  EXPECT_NE(messageOf<StoreFailure>([&] {
+              root->setAny("k", 1, "user");
+            }).find("locked for 20 ms (SETTINGS_LOCK_WAIT"),
             std::string::npos);
   EXPECT_EQ(contentsOf(root), "k key\n");
   other->execute("ROLLBACK");
@@ -138,6 +149,95 @@ TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
   root->setAny("k", 3, "user");
   testing::internal::GetCapturedStderr();  // says what could not be read, if it was tried
   EXPECT_EQ(contentsOf(open()), "k key\nk = int 3\n");
+}
+
+TEST_F(UserStoreTest, WhatHasTakenThePlaceOfTheStoreIsNotTakenForIt) {
+  const std::string user = directory.file("user"), away = directory.file("away");
+  const NodePtr root = openTree(storeIn(user));
+  addKey(root, "k");
+  // Another store stands ready to take its place.
+  const std::string other = directory.file("other");
+  addKey(openTree(storeIn(other)), "foreign");
+  const auto refusal = [&] {
+    return messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); });
+  };
+  const auto exchange = [](const std::string& from, const std::string& to) {
+    if (std::filesystem::exists(from)) std::filesystem::rename(from, to);
+  };
+  const struct {
+    const char* name;
+    const char* said;
+    std::function<void()> takeAway, putBack;
+  } cases[] = {{"a bare directory", "not mounted",
+                [&] {
+                  exchange(user, away);
+                  std::filesystem::create_directory(user);
+                },
+                [&] {
+                  EXPECT_TRUE(std::filesystem::is_empty(user)) << "something was made there";
+                  std::filesystem::remove(user);
+                  exchange(away, user);
+                }},
+               {"no database", "has been removed", [&] { exchange(user + "/settings-1.db", away); },
+                [&] {
+                  EXPECT_FALSE(std::filesystem::exists(user + "/settings-1.db"));
+                  exchange(away, user + "/settings-1.db");
+                }},
+               {"another database", "another database",
+                [&] {
+                  exchange(user + "/settings-1.db", away);
+                  exchange(other + "/settings-1.db", user + "/settings-1.db");
+                },
+                [&] {
+                  exchange(user + "/settings-1.db", other + "/settings-1.db");
+                  exchange(away, user + "/settings-1.db");
+                }}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    c.takeAway();
+    EXPECT_TRUE(eventually([&] { return refusal().find(c.said) != std::string::npos; }))
+        << refusal();
+    EXPECT_TRUE(root->getChild("k"));
+    EXPECT_FALSE(root->getChild("foreign"));
+    c.putBack();
+    EXPECT_TRUE(canEventuallySetK(root));
+    root->unset("k", "user");
+  }
+  EXPECT_EQ(contentsOf(openTree(storeIn(user))), "k key\n");
+}
+
+TEST_F(UserStoreTest, AnOlderFileInItsPlaceIsReadByAll) {
+  const NodePtr here = open(), there = open();
+  addKey(here, "k");
+  here->setAny("k", 1, "user");
+  const std::string older = directory.read("settings-1.db");
+  const std::function<void()> waysToRestore[] = {[&] {
+                                                   directory.write("new", older);
+                                                   std::filesystem::rename(directory.file("new"),
+                                                                           database());
+                                                 },
+                                                 [&] { directory.write("settings-1.db", older); }};
+  for (const auto& restore : waysToRestore) {
+    for (int value = 2; value < 6; ++value) here->setAny("k", value, "user");
+    ASSERT_TRUE(eventually([&] { return contentsOf(there) == "k key\nk = int 5\n"; }));
+    testing::internal::CaptureStderr();
+    restore();
+    // More changes than were lost, and than the other one knows, before it can look.
+    EXPECT_TRUE(eventually([&] {
+      try {
+        return here->getChild("new") || addKey(here, "new");
+      } catch (const Failure<StoreFailure>&) {
+        return false;
+      }
+    }));
+    for (int value = 0; value < 9; ++value) here->setAny("new", value, "user");
+    const std::string contents = "k key\nk = int 1\nnew key\nnew = int 8\n";
+    EXPECT_TRUE(eventually([&] { return contentsOf(here) == contents; })) << contentsOf(here);
+    EXPECT_TRUE(eventually([&] { return contentsOf(there) == contents; })) << contentsOf(there);
+    EXPECT_EQ(contentsOf(open()), contents);
+    testing::internal::GetCapturedStderr();
+    here->removeKey("new");
+  }
 }
 
 TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBack) {
@@ -210,9 +310,12 @@ TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
 TEST_F(UserStoreTest, TheJournalIsKeptShort) {
   const NodePtr root = open();
   addKey(root, "k");
-  for (int value = 0; value < 5000; ++value) root->setAny("k", value, "user");
+  shell()->execute(
+      "WITH RECURSIVE numbers(n) AS (SELECT 2 UNION ALL SELECT n + 1 FROM numbers WHERE n < 5100)"
+      " INSERT INTO journal SELECT n, '' FROM numbers");
+  for (int value = 0; value < 100; ++value) root->setAny("k", value, "user");
   EXPECT_LE(shell()->number("SELECT count(*) FROM journal"), 4096 + 256);
-  EXPECT_EQ(shell()->number("SELECT max(revision) FROM journal"), 5001);
+  EXPECT_EQ(shell()->number("SELECT max(revision) FROM journal"), 5200);
 }
 
 }  // namespace
