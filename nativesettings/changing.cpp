@@ -9,6 +9,7 @@
 #include "nativesettings/records.h"
 #include "nativesettings/transactions.h"
 #include "service/identifier.h"
+#include "service/new_key.h"
 #include "service/settings.h"
 #include "service/z_settings.h"
 #include "values/class_records.h"
@@ -17,6 +18,7 @@
 namespace nativesettings {
 
 using zlutil::settings::JValidator;
+using zlutil::settings::NewKey;
 using zlutil::settings::Settings;
 using zlutil::settings::ValidatorChoice;
 using zlutil::settings::ZSettings;
@@ -96,6 +98,9 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
                    jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return;
+  // Where the host can, it makes one change of the two steps.
+  const bool asOne = isKey && &NewKey::expectValue && &NewKey::settle;
+  if (asOne) NewKey::expectValue();
   bool added = false;
   translating(Failed(env, path, name, false), [&] {
     const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
@@ -112,6 +117,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   // Within the same guard: a key must not come without its value because the JVM goes down between
   // the two steps.
   if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
+  if (asOne) translating(Failed(env, path, name, false), [] { NewKey::settle(); });
 }
 
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,

@@ -1,13 +1,14 @@
 #!/bin/bash
 # Builds and runs every test, after installing what that needs (scripts/install_packages.sh).
 #
-#   scripts/test.sh            dev, asan, tsan and clang, as CI runs them
-#   scripts/test.sh dev        all tests, with and without a JVM (-Xcheck:jni)
+#   scripts/test.sh            all tests, with and without a JVM (-Xcheck:jni)
 #   scripts/test.sh asan       the same under the address, undefined-behaviour and leak sanitizers
 #   scripts/test.sh tsan       the tests without a JVM under the thread sanitizer
 #   scripts/test.sh clang      a clang build with thread-safety analysis, and the fuzzer for
 #                              FUZZ_SECONDS (60) seconds
-#   scripts/test.sh tidy       clang-tidy over all sources; not part of everything
+#   scripts/test.sh tidy       clang-tidy over all sources; not part of continuous integration
+#
+# Several parts may be named at once; the first one is called dev.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh
@@ -41,7 +42,8 @@ run_tidy() {
     xargs -P 2 -n 4 clang-tidy-14 -p build/clang --quiet 2>/dev/null
 }
 
-for part in ${1:-dev asan tsan clang}; do
+[[ $# -gt 0 ]] || set -- dev
+for part in "$@"; do
   "run_$part"
 done
-echo "All parts passed: ${1:-dev asan tsan clang}"
+echo "All tests passed: $*"

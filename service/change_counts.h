@@ -57,6 +57,11 @@ class SETTINGS_HOST_API ChangeCounts {
   // Counts a change of the list of a node's children.
   static void addList(std::string_view node) { add(node, {}); }
 
+  // Counts a change of everything.
+  static void addAll() {
+    for (Counter& counter : table()) counter.fetch_add(1, std::memory_order_acq_rel);
+  }
+
  private:
   // Tells most names apart by their first and last four bytes and their length.
   static std::uint32_t mark(std::string_view name) {

@@ -27,9 +27,9 @@ class SETTINGS_HOST_API NewKey {
   // thread attaches is checked and then waits, unseen, for this thread to set its value. settle()
   // ends that, and adds a key that is still waiting without a value. Each call of expectValue() is
   // followed by one of settle() on the same thread; between them they may be nested.
-  static void expectValue();
+  SETTINGS_HOST_OPTION static void expectValue();
   // Throws what Settings::attachTo throws.
-  static void settle();
+  SETTINGS_HOST_OPTION static void settle();
 
   NewKey() = delete;
 };

@@ -4,7 +4,6 @@
 
 #include "host/settings/commit.h"
 #include "host/settings/structure.h"
-#include "service/change_counts.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 
@@ -34,7 +33,7 @@ Node::~Node() {
 
 template <class Read>
 auto Node::readKey(const std::string& name, const Read& read) const {
-  look(name);
+  tree().look();
   Entry* found;
   {
     ReadLock lock(tree().lock());
@@ -44,13 +43,6 @@ auto Node::readKey(const std::string& name, const Read& read) const {
   // Thrown without the lock: unwinding through its release would double the price of a failure.
   if (found) throw Failure<NotAKeyName>(this->name(), name);
   throw Failure<NoSuchKey>(this->name(), name);
-}
-
-void Node::look(const std::string& key) const {
-  if (!tree().mustLook()) return;
-  tree().look();
-  // Who keeps values hears of changes by nobody else: nothing that is read now may be kept.
-  ChangeCounts::add(name(), key);
 }
 
 boost::any Node::getValue(const std::string& key, const std::string& level) const {

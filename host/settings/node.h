@@ -59,9 +59,6 @@ class Node final : public Entry {
   template <class Read>
   auto readKey(const std::string& name, const Read& read) const;
 
-  // Catches up with others before the child key is read, where nothing else does it.
-  void look(const std::string& key) const;
-
   ChildTable children_;  // guarded by the tree
 };
 

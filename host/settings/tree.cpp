@@ -3,6 +3,7 @@
 #include "host/settings/entry.h"
 #include "host/settings/foreign_events.h"
 #include "host/settings/memory_store.h"
+#include "service/change_counts.h"
 
 namespace zlutil::settings::host {
 
@@ -25,6 +26,9 @@ void Tree::connect(const boost::weak_ptr<Entry>& root) {
 
 void Tree::lookAtStores() {
   for (const std::shared_ptr<Store>& store : stores_) store->look();
+  // Whoever keeps what it reads hears of changes by nobody else: nothing that is read now may be
+  // kept.
+  ChangeCounts::addAll();
 }
 
 }  // namespace zlutil::settings::host

@@ -17,6 +17,7 @@ final class InitialClasses {
         for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, SharedTree.class, SharedListener.class, ValueTypes.class,
                      ValueKinds.class, ChangeCounts.class, NativeLane.class, ValidatorName.class,
                      SettingValidator.class, SettingTransaction.State.class,
+                     SettingTransaction.Deletion.class,
                      SingleKindListener.Kind.class, UnsignedByte.class, UnsignedShort.class,
                      UnsignedInteger.class, UnsignedLong.class)) {
             initialise(type);

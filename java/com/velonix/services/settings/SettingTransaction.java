@@ -1,5 +1,6 @@
 package com.velonix.services.settings;
 
+import java.lang.ref.Cleaner;
 import java.util.List;
 import java.util.Objects;
 import java.util.concurrent.atomic.AtomicReference;
@@ -11,7 +12,8 @@ import java.util.concurrent.atomic.AtomicReference;
  * them again. Several changes of one key are applied in order. For one thread at a time; a second
  * one, or a listener that is called while the transaction commits, is refused with {@link
  * IllegalStateException}. After {@link #close()} every use is refused, and so it is once the Java
- * machine has begun to shut down: nothing is recorded or applied then.
+ * machine has begun to shut down: nothing is recorded or applied then. One that was forgotten is
+ * closed by a cleaner.
  */
 public final class SettingTransaction implements AutoCloseable {
     enum State {
@@ -22,13 +24,23 @@ public final class SettingTransaction implements AutoCloseable {
         CLOSED
     }
 
+    /** What is left to do when the transaction has been closed or forgotten. */
+    record Deletion(long context) implements Runnable {
+        @Override
+        public void run() {
+            nativeDeleteTransactionContext(context);
+        }
+    }
+
     private final long context;
+    private final Cleaner.Cleanable deletion;
     private final AtomicReference<State> state = new AtomicReference<>(State.IDLE);
 
     /** Makes an empty transaction; the caller closes it. */
     public SettingTransaction() {
         NativeLibrary.load();
         context = nativeCreateTransactionContext();
+        deletion = TreeHandle.CLEANER.register(this, new Deletion(context));
     }
 
     /**
@@ -95,7 +107,7 @@ public final class SettingTransaction implements AutoCloseable {
                 -> now == State.IDLE || now == State.CLOSED ? State.CLOSED
                                                             : State.IN_USE_AND_CLOSED);
         if (before == State.IDLE)
-            nativeDeleteTransactionContext(context);
+            deletion.clean();
     }
 
     private void begin() {
@@ -110,7 +122,7 @@ public final class SettingTransaction implements AutoCloseable {
         if (state.compareAndSet(State.IN_USE, State.IDLE))
             return;
         state.set(State.CLOSED);
-        nativeDeleteTransactionContext(context);
+        deletion.clean();
     }
 
     private static List<SettingValidity> problems(List<SettingValidity> found) {

@@ -10,7 +10,8 @@ import java.lang.ref.Cleaner;
  * inside a listener too. A tree that was forgotten is closed by a cleaner.
  */
 final class TreeHandle {
-    private static final Cleaner CLEANER = Cleaner.create();
+    /** Closes what was forgotten. */
+    static final Cleaner CLEANER = Cleaner.create();
 
     private final Opening opening;
     private final Cleaner.Cleanable closing;

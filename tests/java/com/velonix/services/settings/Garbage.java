@@ -1,6 +1,8 @@
 package com.velonix.services.settings;
 
 import java.lang.ref.WeakReference;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.concurrent.Callable;
 
 /** Waits for what happens some time after the last reference to something has gone. */
@@ -8,6 +10,15 @@ final class Garbage {
     private static final long PATIENCE_NANOS = 30_000_000_000L;
 
     private Garbage() {}
+
+    /** The memory of the process that is resident, native memory too. */
+    static long residentBytes() throws Exception {
+        for (String line : Files.readAllLines(Path.of("/proc/self/status"))) {
+            if (line.startsWith("VmRSS:"))
+                return 1024 * Long.parseLong(line.replaceAll("\\D", ""));
+        }
+        throw new AssertionError("no VmRSS");
+    }
 
     /** Whether what is referred to goes away. */
     static boolean takesAway(WeakReference<?> reference) throws Exception {

@@ -10,8 +10,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.velonix.services.settings.validators.Length;
 import java.lang.ref.WeakReference;
-import java.nio.file.Files;
-import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Optional;
@@ -246,14 +244,14 @@ class KeptValueTest extends OneKeyTree {
     @Test
     void aForgottenTreeGoesWithAllThatWasKeptOfIt() throws Exception {
         WeakReference<String> kept = readAndForget("warm up");
-        long before = resident();
+        long before = Garbage.residentBytes();
         for (int i = 0; i < 60; ++i) {
             kept = readAndForget("x".repeat(8 << 20));
             System.gc();
         }
         assertTrue(Garbage.takesAway(kept));
         // All the trees together held twice that.
-        assertTrue(Garbage.collectedUntil(() -> resident() - before < 250L << 20),
+        assertTrue(Garbage.collectedUntil(() -> Garbage.residentBytes() - before < 250L << 20),
                 "the trees are still there");
     }
 
@@ -273,13 +271,5 @@ class KeptValueTest extends OneKeyTree {
     private static WeakReference<String> readAndForget(String value) throws SettingException {
         Setting<String> text = SettingPath.standalone().addNode("node").addKey("text", value);
         return new WeakReference<>(text.get());
-    }
-
-    private static long resident() throws Exception {
-        for (String line : Files.readAllLines(Path.of("/proc/self/status"))) {
-            if (line.startsWith("VmRSS:"))
-                return 1024 * Long.parseLong(line.replaceAll("\\D", ""));
-        }
-        throw new AssertionError("no VmRSS");
     }
 }

@@ -115,4 +115,22 @@ class TransactionTest {
         assertEquals("the transaction has been closed", refused.getMessage());
         assertEquals(20, size.get());
     }
+
+    @Test
+    void aForgottenTransactionLetsGoOfItsChanges() throws Exception {
+        String large = "x".repeat(8 << 20);
+        recordAndForget(large);
+        long before = Garbage.residentBytes();
+        for (int i = 0; i < 60; ++i) {
+            recordAndForget(large);
+            System.gc();
+        }
+        // All of them together held twice that.
+        assertTrue(Garbage.collectedUntil(() -> Garbage.residentBytes() - before < 250L << 20),
+                "the recorded changes are still there");
+    }
+
+    private void recordAndForget(String value) throws SettingException {
+        new SettingTransaction().set(text, value);
+    }
 }
