@@ -92,6 +92,15 @@ void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstri
   });
 }
 
+// Adds the key without its value if it is still waiting for it. Listeners hear of that, so a pending
+// exception is put aside meanwhile.
+void settle(JNIEnv* env, const Failed& failed) {
+  jthrowable pending = env->ExceptionOccurred();
+  env->ExceptionClear();
+  translating(failed, [] { NewKey::settle(); });
+  if (pending && !env->ExceptionCheck()) env->Throw(pending);
+}
+
 }  // namespace
 
 void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jobject settingInfo,
@@ -117,7 +126,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   // Within the same guard: a key must not come without its value because the JVM goes down between
   // the two steps.
   if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
-  if (asOne) translating(Failed(env, path, name, false), [] { NewKey::settle(); });
+  if (asOne) settle(env, Failed(env, path, name, false));
 }
 
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,

@@ -30,6 +30,7 @@ class SettingsParser::Handler {
     XML_SetElementHandler(xml_, onBegin, onEnd);
     XML_SetCharacterDataHandler(xml_, onText);
     XML_SetStartDoctypeDeclHandler(xml_, onDoctype);
+    XML_SetDefaultHandlerExpand(xml_, onOther);
   }
   ~Handler() { XML_ParserFree(xml_); }
   Handler(const Handler&) = delete;
@@ -56,12 +57,11 @@ class SettingsParser::Handler {
     raise();
   }
 
-  // Throws SaxParseException when a tag, a comment or an instruction has begun so many bytes ago
-  // that reading it would take the parser, which looks at all of it again with each piece, too
-  // long.
+  // Throws SaxParseException when the parser has told of nothing for so many bytes: it is inside of
+  // a tag, a comment or an instruction, all of which it may look at again with each piece. Where the
+  // parser itself is cannot be asked between two pieces in every version of it.
   void checkLength() {
-    const XML_Index token = XML_GetCurrentByteIndex(xml_);
-    if (token < 0 || read_ - static_cast<std::uint64_t>(token) <= kMaxMarkup) return;
+    if (read_ - told_ <= kMaxMarkup) return;
     note(("a tag or a comment is longer than " + std::to_string(kMaxMarkup >> 20) + " MB").c_str());
     raise();
   }
@@ -129,6 +129,7 @@ class SettingsParser::Handler {
 
   template <class Step>
   void guarded(const Step& step) noexcept {
+    told_ = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(xml_));
     if (hasFailed()) return;
     try {
       step();
@@ -163,12 +164,16 @@ class SettingsParser::Handler {
     Handler& handler = *static_cast<Handler*>(self);
     handler.guarded([] { throw FormatError("a document type declaration is not allowed"); });
   }
+  static void onOther(void* self, const XML_Char*, int) {
+    static_cast<Handler*>(self)->guarded([] {});
+  }
 
   const std::string shownName_;
   SettingsBuilder builder_;
   const XML_Parser xml_;
   std::vector<std::pair<std::string, XML_Size>> open_;  // elements, with the lines of their tags
   std::uint64_t read_ = 0;                              // bytes
+  std::uint64_t told_ = 0;                              // where the last callback was
   std::string problem_;
   XML_Size line_ = 0;
   XML_Size column_ = 0;
