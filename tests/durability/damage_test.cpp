@@ -37,24 +37,30 @@ class DamageTest : public testing::Test {
     useLog();
   }
 
+  // The last moment of a transaction at which it can be taken back: all of it is written.
   void crash(const TemporaryDirectory& directory, const NodePtr& root) {
+    std::string contents, database, stamp;
     const std::function<void()> look = [&] {
-      const std::string now = directory.read(kDatabase);
-      if (now == database_ || stateOfJournal(directory.file(kJournal), directory.file(kDatabase)) !=
-                                  JournalState::kWhole) {
+      if (stateOfJournal(directory.file(kJournal), directory.file(kDatabase)) !=
+          JournalState::kWhole) {
         return;
       }
-      crashed_ = now;
+      contents_ = contents;
+      database_ = database;
+      stamp_ = stamp;
+      crashed_ = directory.read(kDatabase);
       journal_ = directory.read(kJournal);
     };
     const SettingsPtr node = root->getChild("n0"), other = root->getChild("n9");
-    for (int n = 1; crashed_.empty(); ++n) {
-      contents_ = contentsOf(root);
-      database_ = directory.read(kDatabase);
-      stamp_ = directory.read(kStamp);
+    bool isOver = false;
+    for (int n = 1; !isOver; ++n) {
+      contents = contentsOf(root);
+      database = directory.read(kDatabase);
+      stamp = directory.read(kStamp);
       const std::string value(50, static_cast<char>('a' + n % 26));
       interruptOn(n, look);
       setAll(root, {{node->getChild("k0"), value}, {other->getChild("k9"), value}}, "user");
+      isOver = !hasCome();
       failOn(0, 0);
     }
   }
