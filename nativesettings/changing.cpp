@@ -92,8 +92,8 @@ void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstri
   });
 }
 
-// Adds the key without its value if it is still waiting for it. Listeners hear of that, so a pending
-// exception is put aside meanwhile.
+// Adds the key without its value if it is still waiting for it. Listeners hear of that, so a
+// pending exception is put aside meanwhile.
 void settle(JNIEnv* env, const Failed& failed) {
   jthrowable pending = env->ExceptionOccurred();
   env->ExceptionClear();

@@ -7,7 +7,8 @@
 
 namespace nativesettings {
 
-// Adds a key with its first value, or (`isKey` false) a node; nativeAddKey and nativeAddNode say how.
+// Adds a key with its first value, or (`isKey` false) a node; nativeAddKey and nativeAddNode say
+// how.
 void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jobject settingInfo,
                    jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey);
 

@@ -67,7 +67,8 @@ jlong bind(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key) {
   done(env, [&] {
     if (!&zlutil::settings::bindKey) return false;
     bound = reinterpret_cast<jlong>(
-        zlutil::settings::bindKey(getRootFromJava(root), getPathFromJava(env, path, key)).release());
+        zlutil::settings::bindKey(getRootFromJava(root), getPathFromJava(env, path, key))
+            .release());
     return true;
   });
   return bound;

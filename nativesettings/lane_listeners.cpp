@@ -29,7 +29,7 @@ constexpr const char* kDeliverSignature = "(I[Ljava/lang/String;Ljava/lang/Strin
 struct Place {
   boost::weak_ptr<Settings> entry;
   const Settings* address;  // of the entry; compared only
-  const Settings* root;  // compared only
+  const Settings* root;     // compared only
   boost::shared_ptr<jobject> listener;
   jmethodID deliver;  // of the listener's class, which the listener keeps
 
@@ -81,9 +81,7 @@ Subscription* subscribe(const SettingsPtr& entry, const PlacePtr& place) {
   return new Subscription{
       place,
       ScopedConnection(entry->addListener<SettingsValueChangeEvent>(
-          [place](const SettingsValueChangeEvent& event) {
-            hearChange(*place, event.getObj());
-          })),
+          [place](const SettingsValueChangeEvent& event) { hearChange(*place, event.getObj()); })),
       ScopedConnection(
           entry->addListener<SettingsAddNodeEvent>([place](const SettingsAddNodeEvent& event) {
             hear(*place, EventNumber::kAdded, event.getObj(), event.getParentObj());
@@ -110,8 +108,9 @@ jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jo
     const auto reference = jzi::detail::makeSharedObject(env, listener, &JNIEnv::NewGlobalRef,
                                                          &JNIEnv::DeleteGlobalRef);
     if (!deliver || !reference) return 0;
-    return reinterpret_cast<jlong>(
-        subscribe(entry, boost::make_shared<Place>(Place{entry, entry.get(), top.get(), reference, deliver})));
+    return reinterpret_cast<jlong>(subscribe(
+        entry,
+        boost::make_shared<Place>(Place{entry, entry.get(), top.get(), reference, deliver})));
   } catch (const std::exception&) {
     return 0;
   }

@@ -1,8 +1,8 @@
 #include "nativesettings/levels.h"
 
 #include <algorithm>
-#include <optional>
 #include <cstdlib>
+#include <optional>
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
@@ -18,8 +18,7 @@ constexpr const char* kUserDir = "SETTINGS_USERDIR";
 
 // Returns the value as the environment holds it, in standard UTF-8. Null, with a Java exception
 // pending, for one that it cannot hold.
-std::optional<std::string> forEnvironment(JNIEnv* env, const char* name,
-                                            const std::string& value) {
+std::optional<std::string> forEnvironment(JNIEnv* env, const char* name, const std::string& value) {
   const std::optional<std::string> utf8 = base::utf8FromNarrow(value);
   if (utf8 && utf8->find('\0') == std::string::npos) return *utf8;
   const std::string message = std::string("Cannot set ") + name + " to \"" + value +

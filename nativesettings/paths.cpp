@@ -77,9 +77,8 @@ jobjectArray getSettingPathAsJArray(JNIEnv* env, const boost::shared_ptr<const S
     current = parent;
   }
   std::reverse(names.begin(), names.end());
-  return newObjectArray(env, names.size(), getStringClass(env), [&](std::size_t i) {
-    return jzi::ToJava::javaString(env, names[i]);
-  });
+  return newObjectArray(env, names.size(), getStringClass(env),
+                        [&](std::size_t i) { return jzi::ToJava::javaString(env, names[i]); });
 }
 
 }  // namespace nativesettings

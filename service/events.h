@@ -2,9 +2,9 @@
 // of all its ancestors, so a listener on a node hears of everything below it. The removal of a node
 // is one event, published on the topics of everything below the node as well: who listens there
 // learns that the entry is gone. A change by this process is published before the call that made it
-// returns. One by another process is published on a thread of the service, some time after it can be
-// read; several changes of a key that wait for their turn become one event. An event is valid during the callback that receives it; the
-// entries that it gives may be kept.
+// returns. One by another process is published on a thread of the service, some time after it can
+// be read; several changes of a key that wait for their turn become one event. An event is valid
+// during the callback that receives it; the entries that it gives may be kept.
 #pragma once
 
 #include <boost/shared_ptr.hpp>

@@ -16,18 +16,18 @@ namespace nativesettings {
 template <class Element>
 struct PrimitiveArray;
 
-#define PRIMITIVE_ARRAY(ELEMENT, PRIMITIVE, NAME)                                            \
-  template <>                                                                                \
-  struct PrimitiveArray<ELEMENT> {                                                           \
-    using Primitive = PRIMITIVE;                                                             \
-    using Array = PRIMITIVE##Array;                                                          \
-    static Array make(JNIEnv* env, jsize length) { return env->New##NAME##Array(length); }   \
-    static void write(JNIEnv* env, Array array, jsize length, const Primitive* from) {       \
-      env->Set##NAME##ArrayRegion(array, 0, length, from);                                   \
-    }                                                                                        \
-    static void read(JNIEnv* env, Array array, jsize length, Primitive* to) {                \
-      env->Get##NAME##ArrayRegion(array, 0, length, to);                                     \
-    }                                                                                        \
+#define PRIMITIVE_ARRAY(ELEMENT, PRIMITIVE, NAME)                                          \
+  template <>                                                                              \
+  struct PrimitiveArray<ELEMENT> {                                                         \
+    using Primitive = PRIMITIVE;                                                           \
+    using Array = PRIMITIVE##Array;                                                        \
+    static Array make(JNIEnv* env, jsize length) { return env->New##NAME##Array(length); } \
+    static void write(JNIEnv* env, Array array, jsize length, const Primitive* from) {     \
+      env->Set##NAME##ArrayRegion(array, 0, length, from);                                 \
+    }                                                                                      \
+    static void read(JNIEnv* env, Array array, jsize length, Primitive* to) {              \
+      env->Get##NAME##ArrayRegion(array, 0, length, to);                                   \
+    }                                                                                      \
   };
 PRIMITIVE_ARRAY(bool, jboolean, Boolean)
 PRIMITIVE_ARRAY(signed char, jbyte, Byte)

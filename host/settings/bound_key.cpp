@@ -83,8 +83,7 @@ class BoundKeyInTree final : public BoundKey {
 
   static bool isOfKind(const Key& key, const boost::any& value) {
     const int given = kindOfValue(value);
-    return given != boostany::kNoValue &&
-           (key.kind() == boostany::kNoValue || key.kind() == given);
+    return given != boostany::kNoValue && (key.kind() == boostany::kNoValue || key.kind() == given);
   }
 
   // Returns the key that stands at the place; null when there is none. The caller holds the tree's

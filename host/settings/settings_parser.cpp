@@ -58,8 +58,8 @@ class SettingsParser::Handler {
   }
 
   // Throws SaxParseException when the parser has told of nothing for so many bytes: it is inside of
-  // a tag, a comment or an instruction, all of which it may look at again with each piece. Where the
-  // parser itself is cannot be asked between two pieces in every version of it.
+  // a tag, a comment or an instruction, all of which it may look at again with each piece. Where
+  // the parser itself is cannot be asked between two pieces in every version of it.
   void checkLength() {
     if (read_ - told_ <= kMaxMarkup) return;
     note(("a tag or a comment is longer than " + std::to_string(kMaxMarkup >> 20) + " MB").c_str());

@@ -28,8 +28,8 @@ class NoMemory : public testing_support::BridgeTest {
   // which it may leave the tree besides that before it and that after it. `silent` is the number of
   // JVM calls whose failure it hides, having done nothing: getValue() of a SettingInfo is one.
   void failEach(
-      const char* what, const Call& call, const Action& undo = [] {},
-      const std::string& half = "", int silent = 0) {
+      const char* what, const Call& call, const Action& undo = [] {}, const std::string& half = "",
+      int silent = 0) {
     SCOPED_TRACE(what);
     const std::string before = contents(root_);
     const std::string usual = answer(call());

@@ -38,7 +38,7 @@ std::vector<boost::any> valuesOfEveryKind() {
   });
   // The last three: U+0000, a lone surrogate, a pair of them in the narrow form.
   const std::vector<std::string> strings = {
-      "",         "plain",          "a\"b\\c\n\t\x01",          "\xC3\xA9", "{\"bytes\":\"00\"}",
+      "",         "plain",          "a\"b\\c\n\t\x01",         "\xC3\xA9", "{\"bytes\":\"00\"}",
       "\xC0\x80", "x\xED\xA0\x80y", "\xED\xA0\xBD\xED\xB8\x80"};
   for (const std::string& string : strings) values.push_back(string);
   values.push_back(strings);
