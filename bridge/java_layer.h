@@ -82,12 +82,9 @@ SETTINGS_HOST_API bool stopJava(std::chrono::milliseconds bound);
 // the set. Borrowed.
 SETTINGS_HOST_API jclass safeFindClass(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo& record);
 
-// The same for a bare cache slot, which owns the reference (releaseClass).
+// The same for a bare cache slot, which owns the reference (bridge/class_slot.h).
 SETTINGS_HOST_API jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot,
                                        const char* className);
-
-// Releases the class that a bare slot owns and empties it.
-SETTINGS_HOST_API void releaseClass(JNIEnv* env, std::atomic<jclass>& slot);
 
 // The identifier of a method of the record's class, resolved once into the slot.
 SETTINGS_HOST_API jmethodID safeGetMethodID(JNIEnv* env, std::set<ConsInfo*>& records,

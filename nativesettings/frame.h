@@ -28,7 +28,7 @@ class NativeFrame {
   static bool wasRefused() { return lastWasRefused_; }
 
  private:
-  static thread_local bool lastWasRefused_;
+  inline static thread_local bool lastWasRefused_ = false;
   const jzi::NativeShutdownGuard guard_;
 };
 

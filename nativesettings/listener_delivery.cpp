@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "bridge/class_slot.h"
 #include "bridge/converters.h"
 #include "nativesettings/java_callback.h"
 #include "nativesettings/paths.h"

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "bridge/class_slot.h"
 #include "bridge/java_layer.h"
 
 namespace nativesettings {

@@ -1,5 +1,6 @@
 #include "host/javalayer/class_places.h"
 
+#include "bridge/class_slot.h"
 #include "bridge/java_layer.h"
 #include "host/javalayer/bridges.h"
 

@@ -42,11 +42,6 @@ jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot, const char* classNa
   return javalayer::bridgeOf(&slot).loader().resolve(env, slot, className);
 }
 
-void releaseClass(JNIEnv* env, std::atomic<jclass>& slot) {
-  jclass held = slot.exchange(nullptr);
-  if (held && env) env->DeleteWeakGlobalRef(held);
-}
-
 jmethodID safeGetMethodID(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo& record,
                           std::atomic<jmethodID>& slot, const char* name, const char* signature,
                           bool isStatic) {
