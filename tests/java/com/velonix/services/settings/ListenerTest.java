@@ -4,8 +4,10 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 
+import com.velonix.services.settings.validators.Range;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Optional;
 import org.junit.jupiter.api.Test;
 
 class ListenerTest extends OneKeyTree {
@@ -24,6 +26,54 @@ class ListenerTest extends OneKeyTree {
                              "removed node node.inner", "changed key node.key"),
                 recorder.heard);
         assertSame(root, recorder.source);
+    }
+
+    @Test
+    void aNewKeyHasItsValueWhenItIsHeardOf() throws Exception {
+        List<Object> found = new ArrayList<>();
+        SettingListener reader = new SettingListener() {
+            @Override
+            public void settingAdded(SettingChangeEvent event) {
+                try {
+                    found.add(node.setting(event.name(), Integer.class).find());
+                } catch (SettingException failed) {
+                    found.add(failed);
+                }
+            }
+        };
+        try (Registration r = node.addListener(reader)) {
+            node.addKey("fresh", 7);
+        }
+        assertEquals(List.of(Optional.of(7)), found);
+        // A value that is refused leaves the key, which is heard of too.
+        try (Registration r = node.addListener(reader)) {
+            assertThrows(SettingValidationException.class,
+                    () -> node.addKey("refused", 0, SettingLevel.USER, Range.class, "1..2"));
+        }
+        assertEquals(List.of(Optional.of(7), Optional.empty()), found);
+    }
+
+    @Test
+    void listenersAtOnePlaceComeAndGoByThemselves() throws Exception {
+        List<String> heard = new ArrayList<>();
+        Registration first = key.onChanged(event -> heard.add("first"));
+        Registration second = key.onChanged(event -> {
+            heard.add("second");
+            event.path().size();
+            first.close();
+            throw new IllegalStateException("nobody else's");
+        });
+        Registration third = key.onChanged(event -> heard.add("third"));
+        key.set(2);
+        key.set(3);
+        second.close();
+        key.set(4);
+        third.close();
+        key.set(5);
+        try (Registration again = key.onChanged(event -> heard.add("again"))) {
+            key.set(6);
+        }
+        assertEquals(List.of("first", "second", "third", "second", "third", "third", "again"), heard);
     }
 
     @Test

@@ -51,6 +51,7 @@ class RemovedEntryTest extends OneKeyTree {
         listenAndRemove(gone);
         listenAndRemoveAbove(gone);
         listenWithoutEventsAndRemove(gone);
+        listenAndCloseTheTree(gone);
         for (WeakReference<?> reference : gone) assertTrue(Garbage.takesAway(reference));
     }
 
@@ -66,6 +67,16 @@ class RemovedEntryTest extends OneKeyTree {
         SettingPath dying = root.addNode("silent");
         dying.addListener(listener);
         root.delete("silent");
+        gone.add(new WeakReference<>(listener));
+    }
+
+    /** A tree of its own is gone when it has been closed, and nothing can be heard of it. */
+    private void listenAndCloseTheTree(List<WeakReference<?>> gone) throws SettingException {
+        Recorder listener = new Recorder();
+        try (SettingPath closed = SettingPath.standalone()) {
+            closed.addListener(listener);
+            closed.addKey("key", 1).addListener(listener);
+        }
         gone.add(new WeakReference<>(listener));
     }
 

@@ -61,6 +61,21 @@ public final class HotReadBench {
                                      .get();
                 return total;
             });
+            // A read at a level is never kept.
+            measure("uncached: `get(SettingLevel.FACTORY)` of a held `Setting<Integer>`", TIMES / 10,
+                    times -> {
+                        int total = 0;
+                        for (int i = 0; i < times; ++i) total += size.get(SettingLevel.FACTORY);
+                        return total;
+                    });
+            measure("a set of a held `Setting<Integer>`, in memory", TIMES / 10, times -> {
+                for (int i = 0; i < times; ++i) changing.set(i, SettingLevel.SESSION);
+                return times;
+            });
+            measure("an empty JNI call", TIMES, times -> {
+                for (int i = 0; i < times; ++i) Literal.empty();
+                return times;
+            });
             measure("a held setting, with a set before each read", TIMES / 50, times -> {
                 int total = 0;
                 for (int i = 0; i < times; ++i) {
