@@ -29,6 +29,7 @@ jboolean wasRefused(JNIEnv*, jclass) { return NativeFrame::wasRefused(); }
 }  // namespace
 
 void registerLane(JNIEnv* env) {
+  if (!env) return;
   jclass cls = env->FindClass(kLaneClass);
   if (!cls) return env->ExceptionClear();
   env->DeleteLocalRef(cls);

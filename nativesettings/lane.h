@@ -8,7 +8,8 @@
 
 namespace nativesettings {
 
-// Registers the natives if Java has the class. Leaves no exception pending.
+// Registers the natives if Java has the class; `env` may be null, then nothing happens. Leaves no
+// exception pending.
 void registerLane(JNIEnv* env);
 
 }  // namespace nativesettings
