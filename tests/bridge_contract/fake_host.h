@@ -1,0 +1,95 @@
+// A settings service that does what a test tells it, under the natives: the entries of a tree, and
+// the static functions that make trees. The functions are defined in this program, whose own
+// definitions come before those of libsettingshost; so of that library only events, levels and the
+// Java layer take part. One thread at a time.
+#pragma once
+
+#include <boost/weak_ptr.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "service/settings.h"
+
+namespace testing_support {
+
+using zlutil::settings::Settings;
+using zlutil::settings::SettingsProblems;
+using SettingsPtr = boost::shared_ptr<Settings>;
+
+struct FakeHost {
+  // The operation at which `failure` is called, which throws what the test wants.
+  std::string failsAt;
+  std::function<void()> failure;
+
+  // The operations that were asked for, with their arguments.
+  std::vector<std::string> calls;
+  std::vector<std::string> printed;
+
+  // What getSettingsRoot and importAsStandaloneObject answer.
+  SettingsPtr root;
+  // What createSettingsNode answers for a root, when it is to answer null.
+  bool makesNothing = false;
+  // What entries answer.
+  boost::any value;
+  boost::optional<int> kind;
+  std::string setLevel;  // the only level that isSet answers true for
+  SettingsProblems problems;
+  bool ignoresSetenv = false;
+
+  void called(const std::string& operation, const std::string& arguments = "");
+};
+
+FakeHost& fakeHost();
+
+// Notes its calls in the fake host.
+class FakeSettings : public Settings {
+ public:
+  FakeSettings(const std::string& name, bool isKey) : name_(name), isKey_(isKey) {}
+  static boost::shared_ptr<FakeSettings> make(const std::string& name, bool isKey,
+                                              const boost::shared_ptr<FakeSettings>& parent);
+
+  boost::any getValue(const std::string& key, const std::string& level) const override;
+  std::string getName() const override;
+  std::string getPath() const override;
+  SettingsPtr findDescendant(const std::vector<std::string>& names) const override;
+  void unset(const std::string& key, const std::string& level) override;
+  bool isSet(const std::string& key, const std::string& level) const override;
+  boost::optional<int> getKeyType(const std::string& key) const override;
+  SettingsPtr getChild(const std::string& name) const override;
+  std::vector<SettingsPtr> getChildren() const override;
+  SettingsPtr getParent() const override;
+  bool isKey() const override;
+  void copySubtree(const SettingsPtr& source, const std::string& name) override;
+  zlutil::contextmgr::ZcrID getZcrID() const override { return zlutil::contextmgr::ZcrID(77); }
+  bool canHaveListeners() const override;
+  SettingsPtr getSharedSelf() override;
+  SettingsProblems setMultiple(
+      const boost::iterator_range<zlutil::settings::SettingsValues::const_iterator>& values,
+      const std::string& level, int reserved) override;
+  SettingsProblems validateMultiple(
+      const boost::iterator_range<zlutil::settings::SettingsValues::const_iterator>& values,
+      int reserved) const override;
+  zlutil::exchange::IDType getID() const override;
+  void removeNode(const std::string& name) override;
+  void removeKey(const std::string& name) override;
+  void attachTo(const SettingsPtr& parent) override;
+  bool isRoot() const override { return !parent_; }
+  void setAny(const std::string& key, const boost::any& value, const std::string& level) override;
+
+  bool takesListeners = true;
+
+ private:
+  SettingsPtr child(const std::string& name) const;
+
+  const std::string name_;
+  const bool isKey_;
+  boost::weak_ptr<FakeSettings> self_;
+  boost::shared_ptr<FakeSettings> parent_;
+  std::vector<boost::weak_ptr<FakeSettings>> children_;
+};
+
+// A value as calls show it.
+std::string shown(const boost::any& value);
+
+}  // namespace testing_support

@@ -1,0 +1,92 @@
+// Loading into, and unloading from, a JVM that answers as a test wants.
+#include "nativesettings/java_validator.h"
+#include "tests/bridge_contract/contract_test.h"
+#include "tests/bridge_contract/patched_java.h"
+#include "values/class_records.h"
+
+extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
+extern "C" void JNICALL JNI_OnUnload(JavaVM*, void*);
+
+namespace {
+
+using namespace nativesettings;
+using namespace testing_support;
+
+#define CLASS(NAME) "com/velonix/services/settings/" NAME
+
+jint answer = JNI_OK;
+JNIEnv* environment = nullptr;
+jint askedVersion = 0;
+
+jint JNICALL getEnv(JavaVM*, void** env, jint version) {
+  askedVersion = version;
+  *env = environment;
+  return answer;
+}
+
+class Load : public ContractTest {
+ protected:
+  void SetUp() override {
+    ContractTest::SetUp();
+    functions_.GetEnv = &getEnv;
+    vm_.functions = &functions_;
+  }
+  void TearDown() override {
+    EXPECT_EQ(JNI_VERSION_1_4, JNI_OnLoad(jvm(), nullptr));
+    ContractTest::TearDown();
+  }
+  jint load(jint getEnvAnswers, JNIEnv* env) {
+    answer = getEnvAnswers;
+    environment = env;
+    return JNI_OnLoad(&vm_, nullptr);
+  }
+
+ private:
+  JNIInvokeInterface_ functions_{};
+  JavaVM vm_{};
+};
+
+TEST_F(Load, AClassThatIsMissingDoesNotStopTheOthers) {
+  const PatchedJava java(env_, {CLASS("SettingPath")});
+  EXPECT_EQ(JNI_VERSION_1_4, load(JNI_OK, env_));
+  EXPECT_EQ(JNI_VERSION_1_4, askedVersion);
+  // The last one is no part of the contract, and so may be missing.
+  EXPECT_EQ((Names{CLASS("Setting") " 9", "no " CLASS("SettingPath"),
+                   CLASS("SettingLevel$Helper") " 6", CLASS("SettingTransaction") " 4",
+                   CLASS("SettingTestEnvironment") " 2", "no " CLASS("NativeLane")}),
+            java.classes());
+  EXPECT_FALSE(env_->ExceptionCheck());
+  EXPECT_EQ(Names{"setJValProxy"}, calls());
+}
+
+TEST_F(Load, AVersionThatIsTooOldStopsNothingButTheRegistration) {
+  const PatchedJava java(env_);
+  EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EVERSION, env_));
+  EXPECT_EQ(Names(), java.classes());
+  EXPECT_EQ(Names{"setJValProxy"}, calls());
+}
+
+TEST_F(Load, WithoutAnEnvironmentNothingIsRegistered) {
+  EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EDETACHED, nullptr));
+  EXPECT_EQ(Names{"setJValProxy"}, calls());
+}
+
+TEST_F(Load, UnloadingForgetsWhatWasResolvedAndALoadAfterItFindsItAgain) {
+  javaValidator("accept", "x", m_, "k", 1);
+  EXPECT_NE(nullptr, settingValidator_validateID.load());
+  EXPECT_NE(nullptr, intClassInfo.getArrayClass(env_));
+  fakeHost().calls.clear();
+  JNI_OnUnload(jvm(), nullptr);
+  EXPECT_EQ(Names{"clearFunctions"}, calls());
+  EXPECT_TRUE(globalConsInfos.empty());
+  EXPECT_EQ(nullptr, settingValidator_validateID.load());
+  EXPECT_EQ(nullptr, settingInfo_getValueID.load());
+  EXPECT_EQ(nullptr, settingInfo_getTypeID.load());
+  EXPECT_EQ(nullptr, intClassInfo.getArrayClass(env_)) << "until the library is loaded again";
+  EXPECT_EQ(JNI_VERSION_1_4, JNI_OnLoad(jvm(), nullptr));
+  EXPECT_NE(nullptr, intClassInfo.getArrayClass(env_));
+  EXPECT_THROW(javaValidator("refuse", "x", m_, "k", 1), std::exception);
+  EXPECT_NE(nullptr, settingValidator_validateID.load());
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+// After the end of the Java layer: a native that works on a tree does nothing and raises nothing.
+#include "bridge/java_layer.h"
+#include "nativesettings/changing.h"
+#include "nativesettings/handles.h"
+#include "nativesettings/java_validator.h"
+#include "nativesettings/levels.h"
+#include "nativesettings/listener_registry.h"
+#include "nativesettings/listeners.h"
+#include "nativesettings/reading.h"
+#include "nativesettings/transactions.h"
+#include "service/failures.h"
+#include "tests/bridge_contract/contract_test.h"
+
+namespace {
+
+using namespace nativesettings;
+using namespace testing_support;
+using NotReady =
+    zlutil::settings::Failure<KORVEN::settings::core::JVMNotReadyForProcessingJavaFunction>;
+
+TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
+  jobject listener = make("com/velonix/services/settings/RecordingListener", "()V");
+  fakeHost().root = root_;
+  fakeHost().value = 5;
+  fakeHost().setLevel = "user";
+  fakeHost().problems = {{"p", "r"}};
+  ASSERT_TRUE(jzi::stopJava(std::chrono::milliseconds(0)));
+
+  EXPECT_EQ(nullptr, nativeGet(env_, nullptr, handle_, nodePath_, key_, user_));
+  EXPECT_EQ(nullptr, nativeGetLevel(env_, nullptr, handle_, nodePath_, key_));
+  EXPECT_FALSE(nativeIsSet(env_, nullptr, handle_, nodePath_, key_, user_));
+  EXPECT_FALSE(nativeExists(env_, nullptr, handle_, nodePath_, key_));
+  EXPECT_FALSE(nativeIsChildNode(env_, nullptr, handle_, nodePath_, str("m")));
+  EXPECT_EQ(nullptr, nativeGetChildren(env_, nullptr, handle_, nodePath_, 0));
+  EXPECT_EQ(0, nativeGetZvmRoot(env_, nullptr, 0));
+  EXPECT_EQ(0, nativeLoadSettings(env_, nullptr, str("f.xml")));
+  EXPECT_EQ(nullptr, nativeGetFactoryDir(env_, nullptr, handle_));
+  nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, five_, user_);
+  nativeUnset(env_, nullptr, handle_, nodePath_, key_, user_);
+  nativeAddKey(env_, nullptr, handle_, nodePath_, str("new"), five_, user_, nullptr, nullptr);
+  nativeAddNode(env_, nullptr, handle_, nodePath_, str("new"), nullptr, nullptr);
+  nativeDelete(env_, nullptr, handle_, nodePath_, key_);
+  nativeCopySubtree(env_, nullptr, handle_, nullptr, handle_, nodePath_, str("new"));
+  nativeAddRemoveListener(env_, nullptr, key_, handle_, nodePath_, key_, listener);
+  const jlong context = nativeCreateTransactionContext(env_, nullptr);
+  EXPECT_NE(0, context);
+  EXPECT_EQ(nullptr, nativeCommitTransaction(env_, nullptr, context, user_));
+  EXPECT_EQ(nullptr, nativeValidateTransaction(env_, nullptr, context, user_));
+  EXPECT_EQ(Names(), calls()) << "the service is not asked";
+  EXPECT_FALSE(env_->ExceptionCheck());
+  EXPECT_EQ(0u, valueChangeListeners.size());
+
+  EXPECT_THROW(javaValidator("accept", "", node_, "k", 1), NotReady);
+}
+
+TEST_F(ContractTest, WhatTouchesNoTreeWorksOn) {
+  ASSERT_TRUE(jzi::stopJava(std::chrono::milliseconds(0)));
+  EXPECT_TRUE(nativeIsKeyNameValid(env_, nullptr, str("a")));
+  EXPECT_EQ("user", text(nativeGetDefaultLevel(env_, nullptr)));
+  EXPECT_EQ(1, nativeCompareLevels(env_, nullptr, str("session"), user_));
+  EXPECT_EQ("/f", text(nativeSetEnv(env_, nullptr, str("/f"), str("/u"))));
+  EXPECT_EQ(reinterpret_cast<jlong>(root_.get()), nativeGetPtrTarget(env_, nullptr, handle_));
+  const long owners = root_.use_count();
+  const auto other = reinterpret_cast<jlong>(new SettingsPtr(root_));
+  nativeReleasePtr(env_, nullptr, other);
+  EXPECT_EQ(owners, root_.use_count());
+  nativeDeleteTransactionContext(env_, nullptr, nativeCreateTransactionContext(env_, nullptr));
+}
+
+}  // namespace
