@@ -10,13 +10,13 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 minutes=${1:-10}
-scripts/install_packages.sh
+scripts/install_packages.sh soak
 
 logs=build/soak
 rm -rf "$logs"
 mkdir -p "$logs"
 
-scripts/build.sh dev --target settings_soak
+scripts/build.sh dev --target settings_soak tomcat_soak
 scripts/build.sh asan --target settings_soak kill_test sharing_test durability_tests
 scripts/build.sh clang --target settings_file_fuzz
 
@@ -54,6 +54,8 @@ fuzz_files() {
 
 seconds=$((minutes * 60))
 try "soak" '^soak, |^FAILED' bash build/dev/tests/soak/run.sh soak.Soak "$seconds"
+try "redeploys in Tomcat" '^redeploys in Tomcat|AssertionError' \
+  bash build/dev/tests/soak/tomcat/run.sh 20
 try "API fuzzing" 'API fuzzing|^FAILED' \
   bash build/dev/tests/soak/run.sh soak.ApiFuzz $((seconds / 4))
 try "API fuzzing with sanitizers" 'API fuzzing|^FAILED' \

@@ -56,14 +56,23 @@ public final class LoadersScenario {
                 throw new AssertionError(command + " " + argument + ": " + given);
         }
 
-        /** Closes it, with its node or not, and waits until its bridge is unmapped. */
-        void end(String node) throws Exception {
-            long before = bridges();
+        /** Closes it, with its node or not, and its class loader; both are still referred to. */
+        void stop(String node) throws Exception {
             expect("closed", "close", node);
             ((URLClassLoader) loader.get()).close();
+        }
+
+        /** Waits until nothing is left of it. */
+        void vanish() throws Exception {
+            long before = bridges();
             user = null;
             await("the loader is collected", () -> loader.get() == null);
             await("the bridge is unmapped", () -> bridges() == before - 1);
+        }
+
+        void end(String node) throws Exception {
+            stop(node);
+            vanish();
         }
     }
 
@@ -90,7 +99,9 @@ public final class LoadersScenario {
         third.end("three");
         second.expect("set", "set", "four.size=8");
         fourth.expect("2", "heard", "");  // with its own
-        fourth.end("four");
+        fourth.stop("");  // the class that its validator needs for 13 can no more be loaded
+        second.expect("set", "set", "four.size=13");
+        fourth.vanish();
         System.out.println("any order done");
 
         second.expect("working", "work", "two.size");

@@ -18,8 +18,8 @@ import java.util.Locale;
  * inside the jar.
  *
  * <p>The host, which owns the trees, is loaded once in a process: another class loader has a bridge
- * of its own, which the system's linker binds to the host that is there. A bridge that was built for
- * another version of the host is refused by the linker.
+ * of its own, which the system's linker binds to the host that is there. The linker refuses a bridge
+ * that was built for another version of the host.
  *
  * <p>Loading initialises the classes that have native methods, and those that reading and writing
  * need, so none of these may load the libraries from its own static initialiser: two threads could
@@ -34,6 +34,12 @@ final class NativeLibrary {
     static final String DIRECTORY_PROPERTY = "com.velonix.services.settings.library.path";
 
     private static final String HOST = "settingshost", BRIDGE = "nativesettings";
+
+    /** How the name of the host's version begins, which the linker quotes when it is another one. */
+    private static final String HOST_VERSION = "SETTINGSHOST_";
+    private static final String TWO_VERSIONS =
+            "\n    There are two versions of nativesettings.jar in this process, in different class"
+            + " loaders. Give all of them the same version, and start the process anew.";
 
     /** One object for all class loaders of the Java machine, as every constant text is. */
     private static final Object LOADING_IN_ANY_LOADER = "com.velonix.services.settings loading";
@@ -136,6 +142,8 @@ final class NativeLibrary {
             return true;
         } catch (IOException | RuntimeException | LinkageError failed) {
             reasons.append("\n  ").append(what).append(": ").append(failed.getMessage());
+            if (String.valueOf(failed.getMessage()).contains(HOST_VERSION))
+                reasons.append(TWO_VERSIONS);
             return false;
         }
     }

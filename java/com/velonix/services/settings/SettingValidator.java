@@ -22,15 +22,26 @@ final class SettingValidator {
 
     private SettingValidator() {}
 
-    /** Null when the value is valid, else the reason why not. */
+    /**
+     * Null when the value is valid, else the reason why not.
+     *
+     * @throws ClassNotFoundException if the validator cannot judge because there is no class of its
+     *         name, or a class that it needs is missing, as after its class loader has been closed.
+     *         The service then asks the other class loaders that have an API of their own
+     */
     static String validate(String className, String argument, long runtimeContext, String[] path,
             String name, Object value) throws ReflectiveOperationException {
-        ValueValidator validator = instance(find(className), argument);
-        Optional<String> problem = validator.problem(
-                new ValidationContext(List.of(path), name, runtimeContext, value));
-        if (problem == null)
-            throw new IllegalStateException(className + " answered null");
-        return problem.orElse(null);
+        try {
+            ValueValidator validator = instance(find(className), argument);
+            Optional<String> problem = validator.problem(
+                    new ValidationContext(List.of(path), name, runtimeContext, value));
+            if (problem == null)
+                throw new IllegalStateException(className + " answered null");
+            return problem.orElse(null);
+        } catch (NoClassDefFoundError missing) {
+            throw new ClassNotFoundException(
+                    className + " needs a class that cannot be loaded: " + missing.getMessage());
+        }
     }
 
     static ValueValidator instance(Class<? extends ValueValidator> type, String argument)
@@ -56,6 +67,8 @@ final class SettingValidator {
             // The reason that the constructor gave, not the wrapper, is what the user has to read.
             if (failed.getCause() instanceof RuntimeException reason)
                 throw reason;
+            if (failed.getCause() instanceof NoClassDefFoundError missing)
+                throw missing;
             throw new InvocationTargetException(failed.getCause(), failed.getCause().toString());
         }
     }
@@ -63,9 +76,8 @@ final class SettingValidator {
     /**
      * Seen from the API's own class loader, else from the thread's; not yet initialised.
      *
-     * @throws ClassNotFoundException if there is none. The service then asks the other class
-     *         loaders that have an API of their own, so a class that belongs to one of them counts
-     *         as not found here
+     * @throws ClassNotFoundException if there is none; a class of a loader with another API counts
+     *         as not found
      */
     private static Class<? extends ValueValidator> find(String className)
             throws ClassNotFoundException {

@@ -1,0 +1,16 @@
+package soak.web;
+
+import com.velonix.services.settings.ValidationContext;
+import com.velonix.services.settings.ValueValidator;
+import java.util.Optional;
+
+/** Refuses negative numbers. Every application has a class of this name. */
+public final class NotNegative implements ValueValidator {
+    /** Makes the validator, which needs no argument. */
+    public NotNegative(String ignored) {}
+
+    @Override
+    public Optional<String> problem(ValidationContext context) {
+        return (Long) context.value() < 0 ? Optional.of("negative") : Optional.empty();
+    }
+}

@@ -1,0 +1,99 @@
+package soak.web;
+
+import com.velonix.services.settings.Registration;
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingException;
+import com.velonix.services.settings.SettingLevel;
+import com.velonix.services.settings.SettingPath;
+import com.velonix.services.settings.SettingValidationException;
+import jakarta.servlet.ServletException;
+import jakarta.servlet.annotation.WebServlet;
+import jakarta.servlet.http.HttpServlet;
+import jakarta.servlet.http.HttpServletRequest;
+import jakarta.servlet.http.HttpServletResponse;
+import java.io.IOException;
+import java.util.Map;
+import java.util.concurrent.ConcurrentHashMap;
+
+/**
+ * Sets the number that a client brings, under the client's own key, in the process's tree at the
+ * session level and in a tree in memory; answers with the number that the process's tree had before,
+ * also when an earlier deployment had set it. What does not behave as promised is an exception,
+ * which the client sees as status 500. Each client has one request at a time.
+ */
+@WebServlet(urlPatterns = "/*", loadOnStartup = 1)
+public final class SettingsServlet extends HttpServlet {
+    private static final long serialVersionUID = 1;
+
+    private final transient Map<String, Integer> heard = new ConcurrentHashMap<>();
+    private transient SettingPath root;
+    private transient SettingPath memory;
+    private transient SettingPath own;
+    private transient Registration registration;
+
+    @Override
+    public void init() throws ServletException {
+        String node = getServletContext().getContextPath().substring(1);
+        root = SettingPath.processRoot();
+        memory = SettingPath.standalone();
+        own = root.path(node);
+        try {
+            if (!own.exists())
+                root.addNode(node, NotNegative.class, "");
+            registration = own.onChanged(event -> heard.merge(event.name(), 1, Integer::sum));
+        } catch (SettingException failed) {
+            throw new ServletException(failed);
+        }
+    }
+
+    @Override
+    public void destroy() {
+        registration.close();
+        memory.close();
+        root.close();
+    }
+
+    @Override
+    protected void doGet(HttpServletRequest request, HttpServletResponse response)
+            throws ServletException, IOException {
+        String key = request.getParameter("key");
+        long value = Long.parseLong(request.getParameter("value"));
+        try {
+            response.getWriter().print(exchange(key, value));
+            inMemory(key, value);
+        } catch (SettingException failed) {
+            throw new ServletException(failed);
+        }
+    }
+
+    private long exchange(String key, long value) throws SettingException {
+        Setting<Long> setting = own.setting(key, Long.class);
+        if (!setting.exists())
+            own.addKey(key, 0L);
+        long before = setting.get();
+        int heardBefore = heard.getOrDefault(key, 0);
+        setting.set(value, SettingLevel.SESSION);
+        check("one event is heard of one change", heard.get(key) == heardBefore + 1);
+        try {
+            setting.set(-value, SettingLevel.SESSION);
+            check("the application's validator refuses", false);
+        } catch (SettingValidationException refused) {
+            check("the validator's reason is told", refused.getMessage().contains("negative"));
+        }
+        check("what was set is read", setting.get() == value);
+        return before;
+    }
+
+    private void inMemory(String key, long value) throws SettingException {
+        Setting<Long> setting = memory.setting(key, Long.class);
+        if (!setting.exists())
+            memory.addKey(key, 0L);
+        setting.set(value);
+        check("what was set in memory is read", setting.get() == value);
+    }
+
+    private static void check(String what, boolean holds) {
+        if (!holds)
+            throw new IllegalStateException("not so: " + what);
+    }
+}

@@ -1,0 +1,78 @@
+package soak;
+
+import java.io.IOException;
+import java.io.InputStream;
+import java.net.HttpURLConnection;
+import java.net.URL;
+import java.nio.charset.StandardCharsets;
+
+/** Requests an application over and over, and judges every answer. */
+final class Client extends Thread {
+    private static final int MOST_REQUESTS = 100_000;
+
+    private final String url;
+    private final boolean mayBeMissing;
+    private volatile boolean stopped;
+    private long last;
+    private int answered;
+    private int missing;
+    private String failure;
+
+    /**
+     * Starts it.
+     *
+     * @param key the key that nobody else uses
+     * @param mayBeMissing whether the application is away at times
+     */
+    Client(int port, String application, String key, boolean mayBeMissing) {
+        url = "http://localhost:" + port + "/" + application + "/?key=" + key + "&value=";
+        this.mayBeMissing = mayBeMissing;
+        start();
+    }
+
+    /** Waits until its last request is answered. Throws AssertionError if one was not as expected. */
+    void end() throws InterruptedException {
+        stopped = true;
+        join();
+        if (failure != null)
+            throw new AssertionError(failure);
+        if (answered == 0)
+            throw new AssertionError(url + " has answered nothing");
+    }
+
+    int answered() {
+        return answered;
+    }
+
+    int missing() {
+        return missing;
+    }
+
+    @Override
+    public void run() {
+        try {
+            while (!stopped && failure == null && answered + missing < MOST_REQUESTS) request(last + 1);
+        } catch (IOException | RuntimeException failed) {
+            failure = url + ": " + failed;
+        }
+    }
+
+    private void request(long value) throws IOException {
+        HttpURLConnection connection =
+                (HttpURLConnection) new URL(url + value).openConnection();
+        int status = connection.getResponseCode();
+        boolean right = status == HttpURLConnection.HTTP_OK;
+        try (InputStream body = right ? connection.getInputStream() : connection.getErrorStream()) {
+            String text = body == null ? "" : new String(body.readAllBytes(), StandardCharsets.UTF_8);
+            if (right && text.equals(String.valueOf(last))) {
+                last = value;
+                answered++;
+            } else if (mayBeMissing && (status == HttpURLConnection.HTTP_NOT_FOUND
+                               || status == HttpURLConnection.HTTP_UNAVAILABLE)) {
+                missing++;
+            } else {
+                failure = url + value + ", expected " + last + ": status " + status + ", " + text;
+            }
+        }
+    }
+}
