@@ -32,7 +32,8 @@ final class BoundKey {
             return NativeLane.getText(address, level);
         if (ValueKinds.isArray(kind)) {
             Object array = NativeLane.getArray(address, kind, level);
-            return array == null || type.isInstance(array) ? array : PrimitiveArrays.boxed(array, type);
+            return array == null || type.isInstance(array) ? array
+                                                           : PrimitiveArrays.boxed(array, type);
         }
         long bits = NativeLane.getNumber(address, kind, level);
         return bits == NativeLane.NOT_DONE ? null : number(kind, bits);

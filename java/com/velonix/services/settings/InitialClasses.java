@@ -14,10 +14,10 @@ final class InitialClasses {
     private InitialClasses() {}
 
     static void initialise() throws Exception {
-        for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, SharedTree.class, SharedListener.class, ValueTypes.class,
-                     ValueKinds.class, ChangeCounts.class, NativeLane.class, ValidatorName.class,
-                     SettingValidator.class, SettingTransaction.State.class,
-                     SettingTransaction.Deletion.class,
+        for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, SharedTree.class,
+                     SharedListener.class, ValueTypes.class, ValueKinds.class, ChangeCounts.class,
+                     NativeLane.class, ValidatorName.class, SettingValidator.class,
+                     SettingTransaction.State.class, SettingTransaction.Deletion.class,
                      SingleKindListener.Kind.class, UnsignedByte.class, UnsignedShort.class,
                      UnsignedInteger.class, UnsignedLong.class)) {
             initialise(type);
