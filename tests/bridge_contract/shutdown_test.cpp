@@ -49,6 +49,7 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
   EXPECT_EQ(Names(), calls()) << "the service is not asked";
   EXPECT_FALSE(env_->ExceptionCheck());
   EXPECT_EQ(0u, valueChangeListeners.size());
+  nativeDeleteTransactionContext(env_, nullptr, context);
 
   EXPECT_THROW(javaValidator("accept", "", node_, "k", 1), NotReady);
 }

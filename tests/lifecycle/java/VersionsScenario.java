@@ -32,10 +32,10 @@ public final class VersionsScenario {
     }
 
     private static void openTree(Path classes) throws Exception {
-        new URLClassLoader(new URL[] {classes.toUri().toURL()}, ClassLoader.getPlatformClassLoader())
-                .loadClass("com.velonix.services.settings.SettingPath")
-                .getMethod("standalone")
-                .invoke(null);
+        URL[] where = {classes.toUri().toURL()};
+        Class<?> path = new URLClassLoader(where, ClassLoader.getPlatformClassLoader())
+                                .loadClass("com.velonix.services.settings.SettingPath");
+        ((AutoCloseable) path.getMethod("standalone").invoke(null)).close();
     }
 
     private static void unpackInAnotherVersion(Path jar, Path folder) throws Exception {
