@@ -1,5 +1,6 @@
 #include "host/settings/user_store.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "host/settings/file_name.h"
@@ -109,7 +110,7 @@ void UserStore::readAll(Node& root, int level) {
       database_->beginReading();
       Transaction transaction(*database_);
       contents.changes = database_->readAll(reportLeftOut(files_));
-      seen_ = database_->lastRevision();
+      seen_ = highest_ = database_->lastRevision();
     } catch (const SqliteError& failure) {
       close(failure.what());
       contents.changes.clear();
@@ -146,9 +147,8 @@ bool UserStore::store(const Changes& changes, const Receiver& receive, const Use
     Transaction transaction(*database_);
     // After an older file has been put in its place, the others must not take what follows for
     // transactions that they know.
-    if (!mustCompare_ && database_->lastRevision() < lastKnown()) {
-      database_->skipTo(lastKnown() + 2);
-    }
+    const std::int64_t known = std::max(highest_, stamp_->last());
+    if (database_->lastRevision() < known) database_->skipTo(known + 2);
     const bool isBehind =
         mustCompare_ || database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size());
     if (isBehind && !handOver(receive)) return false;
@@ -199,6 +199,7 @@ bool UserStore::handOver(const Receiver& receive) {
   mustCompare_ = false;
   dataVersion_ = dataVersion;
   seen_ = last;
+  highest_ = std::max(highest_, last);
   own_.clear();
   return isWelcome;
 }
@@ -221,15 +222,13 @@ void UserStore::catchUp(const Receiver& receive) {
 }
 
 void UserStore::noteOwn(std::int64_t revision) {
+  highest_ = std::max(highest_, revision);
   if (revision == seen_ + 1) {
     seen_ = revision;
   } else {
     own_.push_back(revision);
   }
 }
-
-// The number of the last transaction that the tree has.
-std::int64_t UserStore::lastKnown() const { return own_.empty() ? seen_ : own_.back(); }
 
 // A commit that fails is rolled back, except when all that failed was to flush the end of it: then
 // it is complete for everybody, and lasts once the next one has been flushed. So another follows

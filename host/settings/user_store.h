@@ -43,7 +43,6 @@ class UserStore final : public Store {
   void checkIdentity() const REQUIRES(mutex_);
   std::string reasonToOpenAnew() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
-  std::int64_t lastKnown() const REQUIRES(mutex_);
   bool store(const Changes& changes, const Receiver& receive, const UserStoreLock& alone)
       REQUIRES(mutex_);
   std::int64_t store(const Changes& changes) REQUIRES(mutex_);
@@ -70,6 +69,7 @@ class UserStore final : public Store {
   // The tree has what the transactions up to this one have done, and these later ones of its own.
   std::int64_t seen_ GUARDED_BY(mutex_) = 0;
   std::vector<std::int64_t> own_ GUARDED_BY(mutex_);
+  std::int64_t highest_ GUARDED_BY(mutex_) = 0;  // of all transactions that it has ever met
   std::int64_t dataVersion_ GUARDED_BY(mutex_) = 0;
   bool mustCompare_ GUARDED_BY(mutex_) = false;  // the tree with everything that is stored
   std::chrono::steady_clock::time_point triedToOpen_ GUARDED_BY(mutex_);
