@@ -6,7 +6,13 @@
 
 #include <array>
 #include <atomic>
+#include <boost/container/small_vector.hpp>
+#include <boost/unordered_map.hpp>
+#include <charconv>
+#include <functional>
+#include <limits>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -16,6 +22,9 @@
 
 namespace zlutil::eventmgr {
 namespace {
+
+// Long enough for the topics of entries, so that publishing takes no memory.
+using Topic = boost::container::small_vector<char, 64>;
 
 // How many subscriptions there may be about an identity. Identities share counters, so the answer
 // may be too high, but never 0 for an identity that somebody has subscribed to.
@@ -88,9 +97,9 @@ class Table {
     return ending_[library];
   }
 
-  Subscribers subscribersOf(const std::string& topic) const EXCLUDES(mutex_) {
+  Subscribers subscribersOf(std::string_view topic) const EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
-    const auto found = topics_.find(topic);
+    const auto found = topics_.find(topic, std::hash<std::string_view>(), std::equal_to<>());
     return found == topics_.end() ? Subscribers() : found->second;
   }
 
@@ -98,7 +107,7 @@ class Table {
 
  private:
   mutable base::Mutex mutex_;
-  std::unordered_map<std::string, Subscribers> topics_ GUARDED_BY(mutex_);
+  boost::unordered_map<std::string, Subscribers, std::hash<std::string>> topics_ GUARDED_BY(mutex_);
   std::unordered_map<const void*, std::atomic<std::size_t>> ending_ GUARDED_BY(mutex_);
   SubscriptionFilter filter_;
 };
@@ -164,7 +173,11 @@ AutoPtr<Connection> EventMgr::subscribeAny(const std::string& topic, const Callb
 void EventMgr::publish(const std::string& eventType, const exchange::IDType& id,
                        const BaseEvent& event) {
   if (!mayHaveSubscribers(id)) return;
-  const Subscribers subscribers = table().subscribersOf(eventType + id.toString());
+  Topic topic(eventType.begin(), eventType.end());
+  char number[std::numeric_limits<std::uint64_t>::digits10 + 1];
+  topic.insert(topic.end(), number,
+               std::to_chars(std::begin(number), std::end(number), id.value()).ptr);
+  const Subscribers subscribers = table().subscribersOf({topic.data(), topic.size()});
   if (!subscribers) return;
   for (const SubscriptionPtr& subscription : *subscribers) {
     if (!subscription->active.load()) continue;

@@ -3,8 +3,8 @@
 // after it is visible and with no lock held. Any thread.
 #pragma once
 
-#include <string>
-#include <vector>
+#include <boost/container/small_vector.hpp>
+#include <utility>
 
 #include "host/settings/node.h"
 
@@ -32,11 +32,11 @@ class ChangedKeys {
 
  private:
   // The keys that somebody may hear of; of the others nothing is kept.
-  std::vector<std::pair<KeyPtr, Audience>> heard_;
+  boost::container::small_vector<std::pair<KeyPtr, Audience>, 1> heard_;
   // The parent of the last key, which most often is that of the next one too, and who may hear of
   // it and of all that is below it.
   const Node* parent_ = nullptr;
-  std::vector<exchange::IDType> above_;
+  Audience above_;
 };
 
 // The key's value was changed.

@@ -1,5 +1,6 @@
 package com.velonix.services.settings;
 
+import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
 import java.util.StringJoiner;
@@ -8,14 +9,17 @@ import java.util.StringJoiner;
 final class Names {
     private Names() {}
 
-    /** The names themselves, copied, once none of them is found to be null. */
-    static String[] copyOf(String[] names) {
-        String[] copy = Objects.requireNonNull(names, "names").clone();
-        for (int i = 0; i < copy.length; ++i) {
-            if (copy[i] == null)
+    /** The path with further names, none of which may be null, at its end. */
+    static String[] joined(String[] path, String[] further) {
+        Objects.requireNonNull(further, "names");
+        String[] joined = Arrays.copyOf(path, path.length + further.length);
+        for (int i = 0; i < further.length; ++i) {
+            String name = further[i];
+            if (name == null)
                 throw new NullPointerException("names[" + i + "]");
+            joined[path.length + i] = name;
         }
-        return copy;
+        return joined;
     }
 
     /** A name that a new entry may have. */

@@ -92,10 +92,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * @return the place; closing it has no effect
      */
     public SettingPath path(String... further) {
-        String[] checked = Names.copyOf(further);
-        String[] all = Arrays.copyOf(names, names.length + checked.length);
-        System.arraycopy(checked, 0, all, names.length, checked.length);
-        return new SettingPath(tree, all);
+        return new SettingPath(tree, Names.joined(names, further));
     }
 
     /**
