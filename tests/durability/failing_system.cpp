@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <filesystem>
 
 namespace test {
 namespace {
@@ -15,6 +16,7 @@ namespace {
 thread_local int calls = 0, chosen = 0, failure = 0;
 thread_local bool onlyThreads = false;
 thread_local const std::function<void()>* interruption = nullptr;
+thread_local std::set<std::string> unflushed;
 
 bool failsNow(bool startsThread = false) {
   if (onlyThreads && !startsThread) return false;
@@ -25,6 +27,19 @@ bool failsNow(bool startsThread = false) {
   }
   errno = failure;
   return true;
+}
+
+// "" for a number that belongs to no file.
+std::string nameOf(int file) {
+  std::error_code none;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).filename();
+}
+
+void noteWritten(int file) {
+  if (chosen > 0) unflushed.insert(nameOf(file));
+}
+void noteFlushed(int file) {
+  if (chosen > 0) unflushed.erase(nameOf(file));
 }
 
 template <class Function>
@@ -40,6 +55,7 @@ void failOn(int n, int error) {
   failure = error;
   interruption = nullptr;
   onlyThreads = false;
+  unflushed.clear();
 }
 
 void failThreadOn(int n, int error) {
@@ -52,30 +68,36 @@ void interruptOn(int n, const std::function<void()>& function) {
   interruption = &function;
 }
 
-int callsSince() { return calls; }
 bool hasCome() { return chosen > 0 && calls >= chosen; }
+std::set<std::string> unflushedFiles() { return unflushed; }
 
 }  // namespace test
 
 // These stand before the C library's own for every library of the process.
-#define FAILING_CALL(result, name, parameters, arguments)                    \
+#define FAILING_CALL(result, name, parameters, arguments, note)              \
   extern "C" __attribute__((visibility("default"))) result name parameters { \
     static auto* const call = test::real<result parameters>(#name);          \
-    return test::failsNow() ? -1 : call arguments;                           \
+    if (test::failsNow()) return -1;                                         \
+    note;                                                                    \
+    return call arguments;                                                   \
   }
+#define FAILING_WRITE(result, name, parameters, arguments) \
+  FAILING_CALL(result, name, parameters, arguments, test::noteWritten(file))
+#define FAILING_FLUSH(name) FAILING_CALL(int, name, (int file), (file), test::noteFlushed(file))
+#define NOTHING static_cast<void>(0)
 
-FAILING_CALL(ssize_t, write, (int file, const void* data, size_t size), (file, data, size))
-FAILING_CALL(ssize_t, pwrite, (int file, const void* data, size_t size, off_t at),
-             (file, data, size, at))
-FAILING_CALL(ssize_t, pwrite64, (int file, const void* data, size_t size, off64_t at),
-             (file, data, size, at))
-FAILING_CALL(int, fsync, (int file), (file))
-FAILING_CALL(int, fdatasync, (int file), (file))
-FAILING_CALL(int, ftruncate, (int file, off_t size), (file, size))
-FAILING_CALL(int, ftruncate64, (int file, off64_t size), (file, size))
-FAILING_CALL(int, rename, (const char* from, const char* to), (from, to))
-FAILING_CALL(int, unlink, (const char* name), (name))
-FAILING_CALL(int, mkdir, (const char* name, mode_t mode), (name, mode))
+FAILING_WRITE(ssize_t, write, (int file, const void* data, size_t size), (file, data, size))
+FAILING_WRITE(ssize_t, pwrite, (int file, const void* data, size_t size, off_t at),
+              (file, data, size, at))
+FAILING_WRITE(ssize_t, pwrite64, (int file, const void* data, size_t size, off64_t at),
+              (file, data, size, at))
+FAILING_WRITE(int, ftruncate, (int file, off_t size), (file, size))
+FAILING_WRITE(int, ftruncate64, (int file, off64_t size), (file, size))
+FAILING_FLUSH(fsync)
+FAILING_FLUSH(fdatasync)
+FAILING_CALL(int, rename, (const char* from, const char* to), (from, to), NOTHING)
+FAILING_CALL(int, unlink, (const char* name), (name), NOTHING)
+FAILING_CALL(int, mkdir, (const char* name, mode_t mode), (name, mode), NOTHING)
 
 // It gives the error instead of setting it.
 extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,

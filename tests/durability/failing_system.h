@@ -4,6 +4,8 @@
 #pragma once
 
 #include <functional>
+#include <set>
+#include <string>
 
 namespace test {
 
@@ -16,8 +18,10 @@ void failThreadOn(int n, int error);
 // Before the n-th call from now on, which does not fail, `interruption` runs; it is borrowed.
 void interruptOn(int n, const std::function<void()>& interruption);
 
-// How many calls there have been since then, and whether the n-th has come.
-int callsSince();
+// Returns whether the n-th call has come.
 bool hasCome();
+
+// Returns the names of the files that have been written to since then and not flushed afterwards.
+std::set<std::string> unflushedFiles();
 
 }  // namespace test
