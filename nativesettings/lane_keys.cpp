@@ -82,29 +82,31 @@ jint levelOf(JNIEnv* env, jclass, jstring name) {
   return static_cast<jint>(found - levels.begin());
 }
 
-jlong getNumber(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
-  jlong bits = kNotDone;
-  done(env, [&] {
+// Calls `use(value)` with the key's value if it has one and that is of the kind.
+template <class Use>
+bool readOfKind(JNIEnv* env, jlong key, jint kind, jint level, const Use& use) noexcept {
+  return done(env, [&] {
     boost::any value;
     return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
              using Type = typename decltype(tag)::type;
-             if constexpr (std::is_arithmetic_v<Type>) {
-               if (const Type* number = boost::any_cast<Type>(&value)) bits = bitsOf(*number);
-             }
+             if (const Type* found = boost::any_cast<Type>(&value)) use(*found);
            });
+  });
+}
+
+jlong getNumber(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
+  jlong bits = kNotDone;
+  readOfKind(env, key, kind, level, [&](const auto& value) {
+    if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>) bits = bitsOf(value);
   });
   return bits;
 }
 
 jstring getText(JNIEnv* env, jclass, jlong key, jint level) {
   jstring text = nullptr;
-  done(env, [&] {
-    boost::any value;
-    if (!keyOf(key).getValue(level, value)) return false;
-    if (const auto* found = boost::any_cast<std::string>(&value)) {
-      text = jzi::ToJava::javaString(env, *found);
-    }
-    return true;
+  readOfKind(env, key, kKindOf<std::string>, level, [&](const auto& value) {
+    using Type = std::decay_t<decltype(value)>;
+    if constexpr (std::is_same_v<Type, std::string>) text = jzi::ToJava::javaString(env, value);
   });
   return text;
 }
@@ -121,16 +123,8 @@ jobject toArray(JNIEnv* env, const std::vector<Element>& values) {
 
 jobject getArray(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
   jobject array = nullptr;
-  done(env, [&] {
-    boost::any value;
-    return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
-             using Type = typename decltype(tag)::type;
-             if constexpr (kIsVector<Type>) {
-               if (const Type* values = boost::any_cast<Type>(&value)) {
-                 array = toArray(env, *values);
-               }
-             }
-           });
+  readOfKind(env, key, kind, level, [&](const auto& value) {
+    if constexpr (kIsVector<std::decay_t<decltype(value)>>) array = toArray(env, value);
   });
   return array;
 }
@@ -144,15 +138,23 @@ bool setOrRecord(jlong context, BoundKey& key, int level, boost::any& value) {
   return true;
 }
 
-jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
-                   jlong bits) {
+// Sets or records the value that `make(tag of the kind's type)` gives.
+template <class Make>
+jboolean setOfKind(JNIEnv* env, jlong context, jlong key, jint kind, jint level,
+                   const Make& make) noexcept {
   return done(env, [&] {
     boost::any value;
-    withTypeOfKind(kind, [&](auto tag) {
-      using Type = typename decltype(tag)::type;
-      if constexpr (std::is_arithmetic_v<Type>) value = fromBits<Type>(bits);
-    });
+    withTypeOfKind(kind, [&](auto tag) { value = make(tag); });
     return setOrRecord(context, keyOf(key), level, value);
+  });
+}
+
+jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
+                   jlong bits) {
+  return setOfKind(env, context, key, kind, level, [&](auto tag) -> boost::any {
+    using Type = typename decltype(tag)::type;
+    if constexpr (std::is_arithmetic_v<Type>) return fromBits<Type>(bits);
+    return {};
   });
 }
 
@@ -180,17 +182,14 @@ std::vector<std::string> textsOf(JNIEnv* env, jobjectArray array) {
 
 jboolean setArray(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
                   jobject array) {
-  return done(env, [&] {
-    boost::any value;
-    withTypeOfKind(kind, [&](auto tag) {
-      using Type = typename decltype(tag)::type;
-      if constexpr (std::is_same_v<Type, std::vector<std::string>>) {
-        value = textsOf(env, static_cast<jobjectArray>(array));
-      } else if constexpr (kIsVector<Type>) {
-        value = fromPrimitiveArray<ElementOf<Type>>(env, array);
-      }
-    });
-    return setOrRecord(context, keyOf(key), level, value);
+  return setOfKind(env, context, key, kind, level, [&](auto tag) -> boost::any {
+    using Type = typename decltype(tag)::type;
+    if constexpr (std::is_same_v<Type, std::vector<std::string>>) {
+      return textsOf(env, static_cast<jobjectArray>(array));
+    } else if constexpr (kIsVector<Type>) {
+      return fromPrimitiveArray<ElementOf<Type>>(env, array);
+    }
+    return {};
   });
 }
 

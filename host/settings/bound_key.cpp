@@ -26,37 +26,22 @@ class BoundKeyInTree final : public BoundKey {
     });
   }
 
-  // A level that outlives the tree is left to the node: there the store takes the time.
   bool setAny(int level, boost::any& value) noexcept override {
-    return orRefused([&] {
-      tree().look();
-      boost::any replaced;
-      ChangedKeys changed;
-      {
-        WriterLock writer(tree().writer());
-        Key* const key = findToChange(level);
-        if (!key || key->guard() || !isOfKind(*key, value)) return false;
-        if (sameValue(key->value(level), value)) return true;
-        replaced.swap(value);
-        show(*key, level, replaced, changed);
-      }
-      changed.publish();
+    boost::any replaced;
+    return change(level, [&](Key& key, ChangedKeys& changed) {
+      if (key.guard() || !isOfKind(key, value)) return false;
+      if (sameValue(key.value(level), value)) return true;
+      replaced.swap(value);
+      show(key, level, replaced, changed);
       return true;
     });
   }
 
   bool unset(int level) noexcept override {
-    return orRefused([&] {
-      tree().look();
-      boost::any replaced;
-      ChangedKeys changed;
-      {
-        WriterLock writer(tree().writer());
-        Key* const key = findToChange(level);
-        if (!key || key->value(level).empty()) return false;
-        show(*key, level, replaced, changed);
-      }
-      changed.publish();
+    boost::any replaced;
+    return change(level, [&](Key& key, ChangedKeys& changed) {
+      if (key.value(level).empty()) return false;
+      show(key, level, replaced, changed);
       return true;
     });
   }
@@ -75,6 +60,24 @@ class BoundKeyInTree final : public BoundKey {
     } catch (const std::exception&) {
       return false;
     }
+  }
+
+  // Runs `body(key, changed)` as the only writer, and then tells of what it has changed; false when
+  // the body returns false. A level that outlives the tree is left to the node: there the store
+  // takes the time.
+  template <class Body>
+  bool change(int level, const Body& body) noexcept {
+    return orRefused([&] {
+      tree().look();
+      ChangedKeys changed;
+      {
+        WriterLock writer(tree().writer());
+        Key* const key = findToChange(level);
+        if (!key || !body(*key, changed)) return false;
+      }
+      changed.publish();
+      return true;
+    });
   }
 
   Tree& tree() const { return root_->tree(); }
