@@ -9,7 +9,7 @@
 #include "service/events.h"
 #include "service/failures.h"
 #include "tests/bridge_contract/contract_test.h"
-#include "tests/bridge_contract/patched_java.h"
+#include "tests/support/patched_java.h"
 #include "values/class_records.h"
 
 namespace {
@@ -37,7 +37,7 @@ TEST_F(Callbacks, AValidatorIsToldWhichValueItIsAskedFor) {
   EXPECT_EQ("accept second 77 [n.x, m, inner] d.1 5", asked());
   const PatchedJava java(env_);
   javaValidator("accept", "second", inner_, "k", std::string("v"));
-  EXPECT_EQ((Names{"k", "v", "n.x", "m", "inner", "second", "accept"}), java.strings());
+  EXPECT_EQ((Names{"k", "v", "n.x", "m", "inner", "second", "accept"}), java.calls().strings);
 }
 
 TEST_F(Callbacks, AValidatorsAnswerIsPassedOn) {
@@ -118,7 +118,7 @@ TEST_F(Callbacks, TheProblemsOfACommitComeInOrderAndWithoutAnyThereIsNoList) {
   {
     const PatchedJava java(env_);
     EXPECT_EQ(shownList, show(nativeCommitTransaction(env_, nullptr, context, user_)));
-    EXPECT_EQ((Names{"r1", "p1", "unspeakable", "p2", "r3", "p3"}), java.strings());
+    EXPECT_EQ((Names{"r1", "p1", "unspeakable", "p2", "r3", "p3"}), java.calls().strings);
   }
   nativeDeleteTransactionContext(env_, nullptr, context);
 }

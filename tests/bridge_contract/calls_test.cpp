@@ -6,8 +6,7 @@
 #include "nativesettings/levels.h"
 #include "nativesettings/reading.h"
 #include "tests/bridge_contract/contract_test.h"
-#include "tests/bridge_contract/patched_java.h"
-#include "tests/support/failing_java.h"
+#include "tests/support/patched_java.h"
 #include "values/class_records.h"
 #include "values/object_array.h"
 
@@ -127,16 +126,16 @@ TEST_F(Calls, TheTestEnvironmentIsPrintedAndReadBack) {
 
 TEST_F(Calls, WhatJavaThrowsIsPrintedWhereNobodyHearsOfIt) {
   jobject throwing = info(make("java/lang/RuntimeException", "(Ljava/lang/String;)V", str("why")));
-  const PatchedJava java(env_);
+  PatchedJava java(env_);
   nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, throwing, user_);
   EXPECT_FALSE(env_->ExceptionCheck());
   EXPECT_EQ(Names{FIND}, calls());
-  EXPECT_EQ(1, java.described());
-  const FailingJava noMemory(env_, 1);
+  EXPECT_EQ(1, java.calls().described);
+  java.failOn(1);
   EXPECT_FALSE(
       jzi::detail::makeSharedObject(env_, key_, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
   env_->ExceptionClear();
-  EXPECT_EQ(2, java.described());
+  EXPECT_EQ(2, java.calls().described);
 }
 
 TEST_F(Calls, MoreElementsThanAJavaArrayHoldsAreRefusedBeforeAnyIsMade) {

@@ -1,7 +1,7 @@
 // Loading into, and unloading from, a JVM that answers as a test wants.
 #include "nativesettings/java_validator.h"
 #include "tests/bridge_contract/contract_test.h"
-#include "tests/bridge_contract/patched_java.h"
+#include "tests/support/patched_java.h"
 #include "values/class_records.h"
 
 extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
@@ -54,7 +54,7 @@ TEST_F(Load, AClassThatIsMissingDoesNotStopTheOthers) {
   EXPECT_EQ((Names{CLASS("Setting") " 9", "no " CLASS("SettingPath"),
                    CLASS("SettingLevel$Helper") " 6", CLASS("SettingTransaction") " 4",
                    CLASS("SettingTestEnvironment") " 2", "no " CLASS("NativeLane")}),
-            java.classes());
+            java.calls().classes);
   EXPECT_FALSE(env_->ExceptionCheck());
   EXPECT_EQ(Names{"setJValProxy"}, calls());
 }
@@ -62,13 +62,17 @@ TEST_F(Load, AClassThatIsMissingDoesNotStopTheOthers) {
 TEST_F(Load, AVersionThatIsTooOldStopsNothingButTheRegistration) {
   const PatchedJava java(env_);
   EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EVERSION, env_));
-  EXPECT_EQ(Names(), java.classes());
+  EXPECT_EQ(Names(), java.calls().classes);
   EXPECT_EQ(Names{"setJValProxy"}, calls());
 }
 
-TEST_F(Load, WithoutAnEnvironmentNothingIsRegistered) {
+TEST_F(Load, OnlyAnEnvironmentIsNeededToRegister) {
+  const PatchedJava java(env_);
   EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EDETACHED, nullptr));
   EXPECT_EQ(Names{"setJValProxy"}, calls());
+  EXPECT_EQ(Names(), java.calls().classes);
+  load(JNI_EDETACHED, env_);
+  EXPECT_NE(Names(), java.calls().classes);
 }
 
 TEST_F(Load, UnloadingForgetsWhatWasResolvedAndALoadAfterItFindsItAgain) {

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "nativesettings/changing.h"
+#include "nativesettings/failures.h"
 #include "nativesettings/handles.h"
 #include "nativesettings/listeners.h"
 #include "nativesettings/reading.h"
@@ -46,6 +47,9 @@ struct Row {
 #define RUNTIME "java.lang.RuntimeException"
 #define NO_FILE "java.io.FileNotFoundException"
 
+// U+0000, a supplementary character and half of one.
+#define EVERY_CHARACTER "too large \xC0\x80 \xED\xA0\xBD\xED\xB8\x80 \xED\xA0\x80 ü"
+
 const Row kRows[] = {
     {ROW(NotAKeyName, "p", "c"), NOT_FOUND, "", true, ""},
     {ROW(NoSuchKey, "p", "c"), NOT_FOUND, "", true, ""},
@@ -66,8 +70,10 @@ const Row kRows[] = {
      "\": f: gone"},
     {ROW(FailedToRunJavaValidator, "V", "1", "boom"), INVALID,
      "The Java validator (\"V\", \"1\") failed: boom", false, ""},
-    {ROW(ValidationFailure, "too large"), INVALID, "too large", false, ""},
+    {ROW(ValidationFailure, EVERY_CHARACTER), INVALID, EVERY_CHARACTER, false, ""},
     {ROW(CValidationError, "too small"), INVALID, "too small", false, ""},
+    {ROW(JVMNotReadyForProcessingJavaFunction), INVALID, "IMsgIDException for \"", true,
+     "\": The Java machine is not ready."},
     {ROW(StoreFailure, "s", "full"), INVALID, "IMsgIDException for \"", true,
      "\": Cannot write s: full"},
     {"only IMsgIDException", [] { throw OnlyMsgID(); }, INVALID, "IMsgIDException for \"", true,
@@ -106,7 +112,17 @@ class NativeFailures : public ContractTest {
     const std::set<std::string> absent = {"NoSuchKey", "NoSuchNode"};
     const std::set<std::string> absentOrOther = {"NoSuchKey", "NoSuchNode", "NotANodeName",
                                                  "NotAKeyName"};
+    const auto handled = [this](bool asRuntime) {
+      try {
+        k_->isKey();
+      } catch (...) {
+        handleException(env_, nodePath_, key_, asRuntime);
+      }
+      return true;
+    };
     return {
+        {"handleException", [=] { return handled(false); }, "n.x.k", false, {"isKey"}, {}},
+        {"handleException as a query", [=] { return handled(true); }, "n.x.k", true, {"isKey"}, {}},
         {"nativeGet",
          [this] { return !nativeGet(env_, nullptr, handle_, nodePath_, key_, user_); },
          "n.x.k",
@@ -283,6 +299,12 @@ TEST_F(NativeFailures, APendingJavaExceptionIsReplaced) {
                                       : INVALID ": refused",
               takeException(env_));
   }
+}
+
+TEST_F(NativeFailures, AMissingExceptionClassSurfacesAsTheJvmsOwnException) {
+  static jzi::ConsInfo missing("com/velonix/services/settings/NoSuchClass", "");
+  throwJavaExceptionHelper(env_, missing, "x");
+  EXPECT_NE(std::string::npos, takeException(env_).find("NoSuchClass"));
 }
 
 }  // namespace

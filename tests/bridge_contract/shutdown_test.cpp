@@ -1,5 +1,6 @@
 // After the end of the Java layer: a native that works on a tree does nothing and raises nothing.
 #include "bridge/java_layer.h"
+#include "bridge/shared_object.h"
 #include "nativesettings/changing.h"
 #include "nativesettings/handles.h"
 #include "nativesettings/java_validator.h"
@@ -52,6 +53,8 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
   nativeDeleteTransactionContext(env_, nullptr, context);
 
   EXPECT_THROW(javaValidator("accept", "", node_, "k", 1), NotReady);
+  EXPECT_FALSE(
+      jzi::detail::makeSharedObject(env_, key_, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
 }
 
 TEST_F(ContractTest, WhatTouchesNoTreeWorksOn) {

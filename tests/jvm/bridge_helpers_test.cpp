@@ -8,14 +8,14 @@
 #include "bridge/java_method.h"
 #include "bridge/shared_object.h"
 #include "tests/support/bridge_test.h"
-#include "tests/support/reference_counts.h"
+#include "tests/support/patched_java.h"
 #include "values/class_records.h"
 
 namespace {
 
 using namespace jzi;
 using jzi::detail::makeSharedObject;
-using testing_support::CountReferences;
+using testing_support::PatchedJava;
 using testing_support::takeException;
 
 template <class Function>
@@ -97,15 +97,15 @@ TEST_F(BridgeHelpers, GenericConversionsAreExactForTheOthers) {
 }
 
 TEST_F(BridgeHelpers, ASharedObjectIsReleasedByItsLastOwner) {
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   auto shared = makeSharedObject(env_, str("x"), &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef);
   auto other = shared;
-  EXPECT_EQ(1, counted.counts().globals);
+  EXPECT_EQ(1, java.calls().globals);
   shared.reset();
-  EXPECT_EQ(1, counted.counts().globals);
+  EXPECT_EQ(1, java.calls().globals);
   other.reset();
-  EXPECT_EQ(0, counted.counts().globals);
-  EXPECT_EQ(0, counted.counts().frames);
+  EXPECT_EQ(0, java.calls().globals);
+  EXPECT_EQ(0, java.calls().frames);
 }
 
 TEST_F(BridgeHelpers, ASharedObjectMayBeReleasedByAThreadThatTheJvmDoesNotKnow) {
@@ -116,21 +116,21 @@ TEST_F(BridgeHelpers, ASharedObjectMayBeReleasedByAThreadThatTheJvmDoesNotKnow) 
 }
 
 TEST_F(BridgeHelpers, NothingToShareMakesNoReference) {
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   EXPECT_FALSE(makeSharedObject(env_, nullptr, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
   EXPECT_FALSE(
       makeSharedObject(nullptr, str("x"), &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
-  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(0, java.calls().globals);
 }
 
 TEST_F(BridgeHelpers, TheArrayClassIsLookedUpOnce) {
   nativesettings::intClassInfo.getArrayClass(env_);
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   jclass first = nativesettings::intClassInfo.getArrayClass(env_);
   jclass second = nativesettings::intClassInfo.getArrayClass(env_);
   EXPECT_NE(first, second) << "each a new local reference";
   EXPECT_TRUE(env_->IsSameObject(first, second));
-  EXPECT_EQ(0, counted.counts().classLookups);
+  EXPECT_EQ(0, java.calls().lookups);
 }
 
 TEST_F(BridgeHelpers, UnloadingReleasesAndLoadingResolvesAnew) {
@@ -139,16 +139,16 @@ TEST_F(BridgeHelpers, UnloadingReleasesAndLoadingResolvesAnew) {
   nativesettings::nativesettings_utilsUnload();
   EXPECT_TRUE(globalConsInfos.empty());
   EXPECT_EQ(nullptr, nativesettings::doubleClassInfo.resolvedClass());
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   jobject boxed = construct(env_, globalConsInfos, &nativesettings::doubleClassInfo, 2.5);
   EXPECT_EQ("2.5", show(boxed));
   EXPECT_EQ(1u, globalConsInfos.count(&nativesettings::doubleClassInfo));
-  EXPECT_EQ(1, counted.counts().weakGlobals);
-  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(1, java.calls().weakGlobals);
+  EXPECT_EQ(0, java.calls().globals);
   nativesettings::nativesettings_utilsUnload();
   EXPECT_TRUE(globalConsInfos.empty());
   EXPECT_EQ(nullptr, nativesettings::doubleClassInfo.resolvedClass());
-  EXPECT_EQ(0, counted.counts().weakGlobals);
+  EXPECT_EQ(0, java.calls().weakGlobals);
 }
 
 TEST_F(BridgeHelpers, AfterAResetTheArrayClassIsNullUntilTheLibraryIsLoadedAnew) {
@@ -163,7 +163,7 @@ TEST_F(BridgeHelpers, AfterAResetTheArrayClassIsNullUntilTheLibraryIsLoadedAnew)
 TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
   std::set<ConsInfo*> records;
   ConsInfo record("java/lang/Long", "(J)V");
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   {
     ConsInfo copy(record);
     EXPECT_NE(nullptr, safeFindClass(env_, records, copy));
@@ -171,9 +171,9 @@ TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
   EXPECT_TRUE(records.empty());
   EXPECT_EQ(nullptr, record.resolvedClass());
   ConsInfo again(record);
-  const long lookups = counted.counts().classLookups;
+  const long lookups = java.calls().lookups;
   EXPECT_NE(nullptr, safeFindClass(env_, records, again));
-  EXPECT_EQ(lookups, counted.counts().classLookups) << "the Java layer remembers the class";
+  EXPECT_EQ(lookups, java.calls().lookups) << "the Java layer remembers the class";
 }
 
 TEST_F(BridgeHelpers, AMethodIsLookedUpOnceForAllWhoAskForIt) {
@@ -182,10 +182,10 @@ TEST_F(BridgeHelpers, AMethodIsLookedUpOnceForAllWhoAskForIt) {
   std::atomic<jmethodID> first{nullptr}, second{nullptr}, other{nullptr};
   const jmethodID found =
       safeGetMethodID(env_, records, record, first, "toString", "()Ljava/lang/String;", false);
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   EXPECT_EQ(found, safeGetMethodID(env_, records, record, second, "toString",
                                    "()Ljava/lang/String;", false));
-  EXPECT_EQ(0, counted.counts().classLookups);
+  EXPECT_EQ(0, java.calls().lookups);
   EXPECT_NE(found, safeGetMethodID(env_, records, record, other, "toString",
                                    "(I)Ljava/lang/String;", true));
   clearConstructors(records);
@@ -199,9 +199,9 @@ TEST_F(BridgeHelpers, ALookupOutsideASetIsNotRemembered) {
   std::atomic<jmethodID> slot{nullptr};
   EXPECT_EQ(env_->GetMethodID(found, "longValue", "()J"),
             safeGetMethodID(env_, found, slot, "longValue", "()J"));
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   safeGetMethodID(env_, found, slot, "longValue", "()J");
-  EXPECT_EQ(0, counted.counts().classLookups);
+  EXPECT_EQ(0, java.calls().lookups);
   std::atomic<jmethodID> none{nullptr};
   EXPECT_EQ(nullptr, safeGetMethodID(env_, found, none, "noSuch", "()J"));
   EXPECT_NE("", takeException(env_)) << "the JVM's own exception stays pending";

@@ -8,13 +8,13 @@
 #include "nativesettings/transactions.h"
 #include "service/validators.h"
 #include "tests/support/bridge_test.h"
-#include "tests/support/reference_counts.h"
+#include "tests/support/patched_java.h"
 
 namespace {
 
 using namespace nativesettings;
 using testing_support::BridgeTest;
-using testing_support::CountReferences;
+using testing_support::PatchedJava;
 using testing_support::takeException;
 using Names = std::vector<std::string>;
 
@@ -219,17 +219,17 @@ TEST_F(Changing, KeyNamesAreIdentifiers) {
 TEST_F(Changing, ReadingAndSettingLeaveNoReferenceBehind) {
   set({"a", "b"}, "k", info(integer(1)));
   read({"a", "b"}, "k");
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   jobject description = info(integer(2));
   jstring level = str("user");
-  const long before = counted.counts().classLookups;
+  const long before = java.calls().lookups;
   nativeSet(env_, nullptr, 0, handle_, path({"a", "b"}), str("k"), description, level);
   nativeGet(env_, nullptr, handle_, path({"a", "b"}), str("k"), level);
-  EXPECT_EQ(0, counted.counts().globals);
-  EXPECT_EQ(0, counted.counts().weakGlobals);
-  EXPECT_EQ(0, counted.counts().frames);
+  EXPECT_EQ(0, java.calls().globals);
+  EXPECT_EQ(0, java.calls().weakGlobals);
+  EXPECT_EQ(0, java.calls().frames);
   // One look at java.lang.String for each path that this test itself makes.
-  EXPECT_EQ(before + 2, counted.counts().classLookups) << "classes and methods are remembered";
+  EXPECT_EQ(before + 2, java.calls().lookups) << "classes and methods are remembered";
 }
 
 class Transactions : public Changing {

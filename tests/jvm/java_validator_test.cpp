@@ -5,7 +5,7 @@
 
 #include "service/failures.h"
 #include "tests/support/bridge_test.h"
-#include "tests/support/reference_counts.h"
+#include "tests/support/patched_java.h"
 
 namespace {
 
@@ -64,12 +64,12 @@ TEST_F(JavaValidator, ItRunsOnThreadsThatTheJvmDoesNotKnow) {
 
 TEST_F(JavaValidator, ItLeavesNoReferenceBehind) {
   validate(kRange, "1..5", 3);
-  const testing_support::CountReferences counted(env_);
+  const testing_support::PatchedJava java(env_);
   validate(kRange, "1..5", 3);
   validate(kRange, "1..5", 6);
-  EXPECT_EQ(0, counted.counts().globals);
-  EXPECT_EQ(0, counted.counts().weakGlobals);
-  EXPECT_EQ(0, counted.counts().frames);
+  EXPECT_EQ(0, java.calls().globals);
+  EXPECT_EQ(0, java.calls().weakGlobals);
+  EXPECT_EQ(0, java.calls().frames);
 }
 
 }  // namespace

@@ -6,12 +6,12 @@
 #include "bridge/java_layer.h"
 #include "nativesettings/listener_registry.h"
 #include "tests/support/bridge_test.h"
-#include "tests/support/reference_counts.h"
+#include "tests/support/patched_java.h"
 
 namespace {
 
 using namespace nativesettings;
-using testing_support::CountReferences;
+using testing_support::PatchedJava;
 using testing_support::SettingsPtr;
 using testing_support::takeException;
 using Names = std::vector<std::string>;
@@ -95,15 +95,15 @@ TEST_F(Listeners, ARootTellsAnEmptyPath) {
 }
 
 TEST_F(Listeners, AddingTwiceKeepsTheFirstRegistrationAndItsSource) {
-  const CountReferences counted(env_);
+  const PatchedJava java(env_);
   add(listener_, {"a"}, nullptr, "first");
-  const long once = counted.counts().globals;
+  const long once = java.calls().globals;
   add(listener_, {"a"}, nullptr, "second");
-  EXPECT_EQ(once, counted.counts().globals);
+  EXPECT_EQ(once, java.calls().globals);
   setK(8);
   EXPECT_EQ("create first a.b k null false; changed", heard());
   remove(listener_, {"a"});
-  EXPECT_EQ(0, counted.counts().globals);
+  EXPECT_EQ(0, java.calls().globals);
   setK(9);
   EXPECT_EQ("", heard());
 }
@@ -188,7 +188,6 @@ TEST_F(Listeners, EventsOfPassingThreadsLeaveNothingBehind) {
 }
 
 TEST_F(Listeners, RegistrationsOnManyThreadsAtOnceAllEnd) {
-  const CountReferences counted(env_);
   jobject shared = env_->NewGlobalRef(listener_);
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {

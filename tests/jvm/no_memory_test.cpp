@@ -7,13 +7,13 @@
 #include "nativesettings/handles.h"
 #include "nativesettings/reading.h"
 #include "tests/support/bridge_test.h"
-#include "tests/support/failing_java.h"
+#include "tests/support/patched_java.h"
 #include "values/class_records.h"
 
 namespace {
 
 using namespace nativesettings;
-using testing_support::FailingJava;
+using testing_support::PatchedJava;
 using testing_support::SettingsPtr;
 using testing_support::takeException;
 
@@ -44,9 +44,10 @@ class NoMemory : public testing_support::BridgeTest {
       jobject given = nullptr;
       bool over = false;
       {
-        const FailingJava failing(env_, n);
+        PatchedJava java(env_);
+        java.failOn(n);
         given = call();
-        over = !failing.hasFailed();
+        over = !java.hasFailed();
       }
       const std::string answered = answer(given), now = contents(root_);
       env_->PopLocalFrame(nullptr);

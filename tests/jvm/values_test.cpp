@@ -132,13 +132,15 @@ TEST_F(Values, NoValueIsNull) {
 TEST_F(Values, NullsAreRefusedBeforeJavaIsAsked) {
   jclass integerClass = env_->FindClass("java/lang/Integer");
   EXPECT_THROW(getValueFromJava(env_, nullptr, integerClass), std::invalid_argument);
-  jobjectArray holed = env_->NewObjectArray(3, integerClass, nullptr);
-  env_->SetObjectArrayElement(holed, 0, integer(1));
-  try {
-    getValueFromJava(env_, holed, env_->GetObjectClass(holed));
-    FAIL();
-  } catch (const std::invalid_argument& e) {
-    EXPECT_STREQ("null value", e.what());
+  for (jobject first : {integer(1), static_cast<jobject>(str("text"))}) {
+    jobjectArray holed = env_->NewObjectArray(3, env_->GetObjectClass(first), nullptr);
+    env_->SetObjectArrayElement(holed, 0, first);
+    try {
+      getValueFromJava(env_, holed, env_->GetObjectClass(holed));
+      FAIL() << className(first);
+    } catch (const std::invalid_argument& e) {
+      EXPECT_STREQ("null value", e.what());
+    }
   }
 }
 

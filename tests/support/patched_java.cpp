@@ -1,74 +1,153 @@
-#include "tests/bridge_contract/patched_java.h"
+#include "tests/support/patched_java.h"
 
 namespace testing_support {
 namespace {
 
-struct Noted {
+struct Patch {
   std::set<std::string> missing;
-  std::vector<std::string> strings;
-  std::vector<std::string> classes;
+  JavaCalls calls;
   std::string lastFound;
-  int described = 0;
+  int callsLeft = 0;
 };
 
 const JNINativeInterface_* behind = nullptr;
 JNINativeInterface_ patched;
-Noted& noted() {
-  static auto& all = *new Noted;
-  return all;
+Patch& patch() {
+  static auto& only = *new Patch;
+  return only;
 }
 
-bool isMissing(JNIEnv* env, const std::string& name, const char* error) {
-  if (!noted().missing.count(name)) return false;
-  behind->ThrowNew(env, behind->FindClass(env, error), name.c_str());
+bool raise(JNIEnv* env, const char* error, const char* message) {
+  jclass cls = behind->FindClass(env, error);
+  behind->ThrowNew(env, cls, message);
+  behind->DeleteLocalRef(env, cls);
   return true;
 }
 
-jclass JNICALL findClass(JNIEnv* env, const char* name) {
-  jclass found = isMissing(env, name, "java/lang/NoClassDefFoundError")
+bool failsNow(JNIEnv* env) {
+  return --patch().callsLeft == 0 && raise(env, "java/lang/OutOfMemoryError", "no memory");
+}
+
+bool isMissing(JNIEnv* env, const char* name, const char* error) {
+  return patch().missing.count(name) && raise(env, error, name);
+}
+
+// The function of that name that fails when it is time; `note` is run before and `noteMade` after,
+// when there is a result `made`.
+#define PATCHED(result, name, parameters, arguments, note, noteMade) \
+  result JNICALL name parameters {                                   \
+    note;                                                            \
+    if (failsNow(env)) return result();                              \
+    result made = behind->name arguments;                            \
+    if (made) noteMade;                                              \
+    return made;                                                     \
+  }
+#define PATCHED_CALL(result, name, Callee)                                         \
+  PATCHED(result, name, (JNIEnv * env, Callee callee, jmethodID id, va_list rest), \
+          (env, callee, id, rest), , {})
+
+jclass JNICALL FindClass(JNIEnv* env, const char* name) {
+  ++patch().calls.lookups;
+  patch().lastFound = name;
+  jclass found = failsNow(env) || isMissing(env, name, "java/lang/NoClassDefFoundError")
                      ? nullptr
                      : behind->FindClass(env, name);
-  noted().lastFound = name;
-  if (!found) noted().classes.push_back(std::string("no ") + name);
+  if (!found) patch().calls.classes.push_back(std::string("no ") + name);
   return found;
 }
-jmethodID JNICALL getStaticMethodID(JNIEnv* env, jclass cls, const char* name, const char* type) {
-  if (isMissing(env, name, "java/lang/NoSuchMethodError")) return nullptr;
+jmethodID JNICALL GetStaticMethodID(JNIEnv* env, jclass cls, const char* name, const char* type) {
+  ++patch().calls.lookups;
+  if (failsNow(env) || isMissing(env, name, "java/lang/NoSuchMethodError")) return nullptr;
   return behind->GetStaticMethodID(env, cls, name, type);
 }
-jint JNICALL registerNatives(JNIEnv* env, jclass cls, const JNINativeMethod* rows, jint count) {
-  noted().classes.push_back(noted().lastFound + " " + std::to_string(count));
+jint JNICALL RegisterNatives(JNIEnv* env, jclass cls, const JNINativeMethod* rows, jint count) {
+  patch().calls.classes.push_back(patch().lastFound + " " + std::to_string(count));
   return behind->RegisterNatives(env, cls, rows, count);
 }
-jstring JNICALL newStringUTF(JNIEnv* env, const char* text) {
-  noted().strings.push_back(text);
-  return behind->NewStringUTF(env, text);
-}
-void JNICALL exceptionDescribe(JNIEnv* env) {
-  ++noted().described;
+void JNICALL ExceptionDescribe(JNIEnv* env) {
+  ++patch().calls.described;
   behind->ExceptionDescribe(env);
 }
+void JNICALL DeleteGlobalRef(JNIEnv* env, jobject reference) {
+  patch().calls.globals -= reference != nullptr;
+  behind->DeleteGlobalRef(env, reference);
+}
+void JNICALL DeleteWeakGlobalRef(JNIEnv* env, jweak reference) {
+  patch().calls.weakGlobals -= reference != nullptr;
+  behind->DeleteWeakGlobalRef(env, reference);
+}
+jint JNICALL PushLocalFrame(JNIEnv* env, jint capacity) {
+  if (failsNow(env)) return JNI_ENOMEM;
+  ++patch().calls.frames;
+  return behind->PushLocalFrame(env, capacity);
+}
+jobject JNICALL PopLocalFrame(JNIEnv* env, jobject result) {
+  --patch().calls.frames;
+  return behind->PopLocalFrame(env, result);
+}
+PATCHED(jmethodID, GetMethodID, (JNIEnv * env, jclass cls, const char* name, const char* type),
+        (env, cls, name, type), ++patch().calls.lookups, {})
+PATCHED(jobject, NewGlobalRef, (JNIEnv * env, jobject object), (env, object), ,
+        ++patch().calls.globals)
+PATCHED(jweak, NewWeakGlobalRef, (JNIEnv * env, jobject object), (env, object), ,
+        ++patch().calls.weakGlobals)
+PATCHED(jstring, NewStringUTF, (JNIEnv * env, const char* text), (env, text),
+        patch().calls.strings.push_back(text), {})
+PATCHED(jobjectArray, NewObjectArray, (JNIEnv * env, jsize length, jclass cls, jobject first),
+        (env, length, cls, first), , {})
+PATCHED(jobject, NewDirectByteBuffer, (JNIEnv * env, void* memory, jlong size), (env, memory, size),
+        , {})
+PATCHED_CALL(jobject, NewObjectV, jclass)
+PATCHED_CALL(jobject, CallObjectMethodV, jobject)
+PATCHED_CALL(jboolean, CallBooleanMethodV, jobject)
+PATCHED_CALL(jlong, CallLongMethodV, jobject)
+PATCHED_CALL(jdouble, CallDoubleMethodV, jobject)
+PATCHED_CALL(jobject, CallStaticObjectMethodV, jclass)
+PATCHED_CALL(jint, CallStaticIntMethodV, jclass)
+
+#undef PATCHED_CALL
+#undef PATCHED
 
 }  // namespace
 
 PatchedJava::PatchedJava(JNIEnv* env, const std::set<std::string>& missing)
     : env_(env), original_(env->functions) {
-  noted() = Noted();
-  noted().missing = missing;
+  patch() = Patch();
+  patch().missing = missing;
   behind = original_;
   patched = *original_;
-  patched.FindClass = &findClass;
-  patched.GetStaticMethodID = &getStaticMethodID;
-  patched.RegisterNatives = &registerNatives;
-  patched.NewStringUTF = &newStringUTF;
-  patched.ExceptionDescribe = &exceptionDescribe;
+#define PATCH(name) patched.name = &name
+  PATCH(FindClass);
+  PATCH(GetMethodID);
+  PATCH(GetStaticMethodID);
+  PATCH(RegisterNatives);
+  PATCH(ExceptionDescribe);
+  PATCH(NewGlobalRef);
+  PATCH(DeleteGlobalRef);
+  PATCH(NewWeakGlobalRef);
+  PATCH(DeleteWeakGlobalRef);
+  PATCH(PushLocalFrame);
+  PATCH(PopLocalFrame);
+  PATCH(NewStringUTF);
+  PATCH(NewObjectArray);
+  PATCH(NewDirectByteBuffer);
+  PATCH(NewObjectV);
+  PATCH(CallObjectMethodV);
+  PATCH(CallBooleanMethodV);
+  PATCH(CallLongMethodV);
+  PATCH(CallDoubleMethodV);
+  PATCH(CallStaticObjectMethodV);
+  PATCH(CallStaticIntMethodV);
+#undef PATCH
   env_->functions = &patched;
 }
 
 PatchedJava::~PatchedJava() { env_->functions = original_; }
 
-const std::vector<std::string>& PatchedJava::strings() const { return noted().strings; }
-const std::vector<std::string>& PatchedJava::classes() const { return noted().classes; }
-int PatchedJava::described() const { return noted().described; }
+const JavaCalls& PatchedJava::calls() const { return patch().calls; }
+
+void PatchedJava::failOn(int n) { patch().callsLeft = n; }
+
+bool PatchedJava::hasFailed() const { return patch().callsLeft <= 0; }
 
 }  // namespace testing_support

@@ -1,4 +1,5 @@
-// What native code asks of JNI, noted, and Java classes and methods made to be missing.
+// Stands between native code and the JVM's function table: notes what is asked of JNI, counts
+// references, hides classes and methods, and fails a call as the JVM does without memory.
 #pragma once
 
 #include <jni.h>
@@ -9,21 +10,35 @@
 
 namespace testing_support {
 
+struct JavaCalls {
+  long globals = 0;                  // NewGlobalRef minus DeleteGlobalRef
+  long weakGlobals = 0;              // NewWeakGlobalRef minus DeleteWeakGlobalRef
+  long frames = 0;                   // PushLocalFrame minus PopLocalFrame
+  long lookups = 0;                  // FindClass and Get(Static)MethodID
+  long described = 0;                // ExceptionDescribe
+  std::vector<std::string> strings;  // the Java strings made, in order
+  // The classes whose natives were registered, with their number, and those not found.
+  std::vector<std::string> classes;
+};
+
 // In force from construction to destruction, for the environment's thread. One at a time.
 class PatchedJava {
  public:
-  // The names of classes (with slashes) and of static methods that are not found.
+  // Hides the classes (with slashes) and static methods of the names `missing`.
   explicit PatchedJava(JNIEnv* env, const std::set<std::string>& missing = {});
   ~PatchedJava();
   PatchedJava(const PatchedJava&) = delete;
   PatchedJava& operator=(const PatchedJava&) = delete;
 
-  // The Java strings made, in order.
-  const std::vector<std::string>& strings() const;
-  // The classes whose natives were registered, with their number, and those not found.
-  const std::vector<std::string>& classes() const;
-  // How many exceptions were printed.
-  int described() const;
+  // The calls since construction.
+  const JavaCalls& calls() const;
+
+  // Fails the n-th call from now on that needs memory, 1 being the next: an OutOfMemoryError is
+  // pending, and there is no result.
+  void failOn(int n);
+
+  // Returns whether that call has come.
+  bool hasFailed() const;
 
  private:
   JNIEnv* const env_;
