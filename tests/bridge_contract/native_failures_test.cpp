@@ -88,12 +88,12 @@ const Row kRows[] = {
 };
 
 struct Site {
-  const char* native;
-  std::function<bool()> call;  // whether the result was the default
-  const char* path;            // in messages
+  std::string native;
+  std::string path;  // in messages
   bool isQuery;
   Names operations;
   std::set<std::string> swallowed;
+  std::function<bool()> call;  // returns whether the result was the default
 };
 
 class NativeFailures : public ContractTest {
@@ -102,158 +102,91 @@ class NativeFailures : public ContractTest {
     ContractTest::SetUp();
     context_ = nativeCreateTransactionContext(env_, nullptr);
     listener_ = make("com/velonix/services/settings/RecordingListener", "()V");
+    listSites();
   }
   void TearDown() override {
     nativeDeleteTransactionContext(env_, nullptr, context_);
     ContractTest::TearDown();
   }
 
-  std::vector<Site> sites() {
+  // A native that gives something.
+  template <class Native>
+  void gives(const std::string& name, const std::string& path, const Names& operations,
+             const Native& native, bool isQuery = false,
+             const std::set<std::string>& swallowed = {}) {
+    sites_.push_back({name, path, isQuery, operations, swallowed, [=] { return !native(); }});
+  }
+  // A native that only does something.
+  template <class Native>
+  void does(const std::string& name, const std::string& path, const Names& operations,
+            const Native& native, bool isQuery = false) {
+    const auto call = [=] {
+      native();
+      return true;
+    };
+    sites_.push_back({name, path, isQuery, operations, {}, call});
+  }
+
+  void handled(bool asRuntime) {
+    try {
+      k_->isKey();
+    } catch (...) {
+      handleException(env_, nodePath_, key_, asRuntime);
+    }
+  }
+
+  void listSites() {
     const std::set<std::string> absent = {"NoSuchKey", "NoSuchNode"};
     const std::set<std::string> absentOrOther = {"NoSuchKey", "NoSuchNode", "NotANodeName",
                                                  "NotAKeyName"};
-    const auto handled = [this](bool asRuntime) {
-      try {
-        k_->isKey();
-      } catch (...) {
-        handleException(env_, nodePath_, key_, asRuntime);
-      }
-      return true;
-    };
-    return {
-        {"handleException", [=] { return handled(false); }, "n.x.k", false, {"isKey"}, {}},
-        {"handleException as a query", [=] { return handled(true); }, "n.x.k", true, {"isKey"}, {}},
-        {"nativeGet",
-         [this] { return !nativeGet(env_, nullptr, handle_, nodePath_, key_, user_); },
-         "n.x.k",
-         false,
-         {"findDescendant", "isKey", "getValue", "getKeyType"},
-         {}},
-        {"nativeGetLevel",
-         [this] { return !nativeGetLevel(env_, nullptr, handle_, nodePath_, key_); },
-         "n.x.k",
-         false,
-         {"findDescendant", "isSet"},
-         {}},
-        {"nativeIsSet",
-         [this] { return !nativeIsSet(env_, nullptr, handle_, nodePath_, key_, user_); },
-         "n.x.k",
-         true,
-         {"findDescendant", "isSet"},
-         absentOrOther},
-        {"nativeExists",
-         [this] { return !nativeExists(env_, nullptr, handle_, nodePath_, key_); },
-         "n.x.k",
-         true,
-         {"findDescendant", "getChild"},
-         absent},
-        {"nativeIsChildNode",
-         [this] { return !nativeIsChildNode(env_, nullptr, handle_, nodePath_, str("m")); },
-         "n.x.m",
-         false,
-         {"findDescendant", "isKey"},
-         {}},
-        {"nativeGetChildren",
-         [this] { return !nativeGetChildren(env_, nullptr, handle_, nodePath_, 1); },
-         "n.x",
-         true,
-         {"findDescendant", "getChildren", "isKey", "getName"},
-         {}},
-        {"nativeSet",
-         [this] {
-           nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, five_, user_);
-           return true;
-         },
-         "n.x.k",
-         false,
-         {"findDescendant", "setAny"},
-         {}},
-        {"nativeSet of a transaction",
-         [this] {
-           nativeSet(env_, nullptr, context_, handle_, nodePath_, key_, five_, user_);
-           return true;
-         },
-         "n.x.k",
-         false,
-         {"findDescendant", "getChild", "getPath"},
-         {}},
-        {"nativeUnset",
-         [this] {
-           nativeUnset(env_, nullptr, handle_, nodePath_, key_, user_);
-           return true;
-         },
-         "n.x.k",
-         false,
-         {"findDescendant", "unset"},
-         {}},
-        {"nativeAddKey",
+    does("handleException", "n.x.k", {"isKey"}, [this] { handled(false); });
+    does(
+        "handleException of a query", "n.x.k", {"isKey"}, [this] { handled(true); }, true);
+    gives("nativeGet", "n.x.k", {"findDescendant", "isKey", "getValue", "getKeyType"},
+          [this] { return nativeGet(env_, nullptr, handle_, nodePath_, key_, user_); });
+    gives("nativeGetLevel", "n.x.k", {"findDescendant", "isSet"},
+          [this] { return nativeGetLevel(env_, nullptr, handle_, nodePath_, key_); });
+    gives(
+        "nativeIsSet", "n.x.k", {"findDescendant", "isSet"},
+        [this] { return nativeIsSet(env_, nullptr, handle_, nodePath_, key_, user_); }, true,
+        absentOrOther);
+    gives(
+        "nativeExists", "n.x.k", {"findDescendant", "getChild"},
+        [this] { return nativeExists(env_, nullptr, handle_, nodePath_, key_); }, true, absent);
+    gives("nativeIsChildNode", "n.x.m", {"findDescendant", "isKey"},
+          [this] { return nativeIsChildNode(env_, nullptr, handle_, nodePath_, str("m")); });
+    gives(
+        "nativeGetChildren", "n.x", {"findDescendant", "getChildren", "isKey", "getName"},
+        [this] { return nativeGetChildren(env_, nullptr, handle_, nodePath_, 1); }, true);
+    gives("nativeLoadSettings", "f.xml", {"importAsStandaloneObject"},
+          [this] { return nativeLoadSettings(env_, nullptr, str("f.xml")); });
+    gives("nativeLoadSettings of no file", "", {"createSettingsNode"},
+          [this] { return nativeLoadSettings(env_, nullptr, nullptr); });
+    does("nativeSet", "n.x.k", {"findDescendant", "setAny"},
+         [this] { nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, five_, user_); });
+    does("nativeSet of a transaction", "n.x.k", {"findDescendant", "getChild", "getPath"},
+         [this] { nativeSet(env_, nullptr, context_, handle_, nodePath_, key_, five_, user_); });
+    does("nativeUnset", "n.x.k", {"findDescendant", "unset"},
+         [this] { nativeUnset(env_, nullptr, handle_, nodePath_, key_, user_); });
+    does("nativeAddKey", "n.x.new", {"findDescendant", "createSettingsNode", "attachTo", "setAny"},
          [this] {
            nativeAddKey(env_, nullptr, handle_, nodePath_, str("new"), five_, user_, nullptr,
                         nullptr);
-           return true;
-         },
-         "n.x.new",
-         false,
-         {"findDescendant", "createSettingsNode", "attachTo", "setAny"},
-         {}},
-        {"nativeAddNode",
-         [this] {
-           nativeAddNode(env_, nullptr, handle_, nodePath_, str("new"), nullptr, nullptr);
-           return true;
-         },
-         "n.x.new",
-         false,
-         {"findDescendant", "createSettingsNode", "attachTo"},
-         {}},
-        {"nativeDelete of a key",
-         [this] {
-           nativeDelete(env_, nullptr, handle_, nodePath_, key_);
-           return true;
-         },
-         "n.x.k",
-         false,
-         {"findDescendant", "getChild", "isKey", "removeKey"},
-         {}},
-        {"nativeDelete of a node",
-         [this] {
-           nativeDelete(env_, nullptr, handle_, nodePath_, str("m"));
-           return true;
-         },
-         "n.x.m",
-         false,
-         {"removeNode"},
-         {}},
-        {"nativeCopySubtree",
-         [this] {
-           nativeCopySubtree(env_, nullptr, handle_, nodePath_, handle_, nullptr, str("new"));
-           return true;
-         },
-         "n.x",
-         false,
-         {"findDescendant", "copySubtree"},
-         {}},
-        {"nativeAddRemoveListener",
+         });
+    does("nativeAddNode", "n.x.new", {"findDescendant", "createSettingsNode", "attachTo"}, [this] {
+      nativeAddNode(env_, nullptr, handle_, nodePath_, str("new"), nullptr, nullptr);
+    });
+    does("nativeDelete of a key", "n.x.k", {"findDescendant", "getChild", "isKey", "removeKey"},
+         [this] { nativeDelete(env_, nullptr, handle_, nodePath_, key_); });
+    does("nativeDelete of a node", "n.x.m", {"removeNode"},
+         [this] { nativeDelete(env_, nullptr, handle_, nodePath_, str("m")); });
+    does("nativeCopySubtree", "n.x", {"findDescendant", "copySubtree"}, [this] {
+      nativeCopySubtree(env_, nullptr, handle_, nodePath_, handle_, nullptr, str("new"));
+    });
+    does("nativeAddRemoveListener", "n.x.k", {"findDescendant", "getChild", "canHaveListeners"},
          [this] {
            nativeAddRemoveListener(env_, nullptr, key_, handle_, nodePath_, key_, listener_);
-           return true;
-         },
-         "n.x.k",
-         false,
-         {"findDescendant", "getChild", "canHaveListeners"},
-         {}},
-        {"nativeLoadSettings",
-         [this] { return nativeLoadSettings(env_, nullptr, str("f.xml")) == 0; },
-         "f.xml",
-         false,
-         {"importAsStandaloneObject"},
-         {}},
-        {"nativeLoadSettings of no file",
-         [this] { return nativeLoadSettings(env_, nullptr, nullptr) == 0; },
-         "",
-         false,
-         {"createSettingsNode"},
-         {}},
-    };
+         });
   }
 
   static std::string expected(const Row& row, const Site& site) {
@@ -262,15 +195,16 @@ class NativeFailures : public ContractTest {
            (row.hasPath ? site.path : "") + row.after;
   }
 
+  std::vector<Site> sites_;
   jlong context_ = 0;
   jobject listener_ = nullptr;
 };
 
 TEST_F(NativeFailures, EachBecomesItsJavaExceptionWhereverItIsThrown) {
-  for (const Site& site : sites()) {
+  for (const Site& site : sites_) {
     for (const std::string& operation : site.operations) {
       for (const Row& row : kRows) {
-        SCOPED_TRACE(std::string(site.native) + ", " + row.name + " from " + operation);
+        SCOPED_TRACE(site.native + ", " + row.name + " from " + operation);
         ASSERT_EQ(JNI_OK, env_->PushLocalFrame(32));
         failAt(operation, row.raise);
         EXPECT_TRUE(site.call());
@@ -283,20 +217,19 @@ TEST_F(NativeFailures, EachBecomesItsJavaExceptionWhereverItIsThrown) {
 
 // A service that calls Java may leave an exception behind.
 TEST_F(NativeFailures, APendingJavaExceptionIsReplaced) {
-  for (const Site& site : sites()) {
-    const std::string name(site.native);
+  for (const Site& site : sites_) {
     const std::string operation = site.operations.back();
-    SCOPED_TRACE(name);
+    SCOPED_TRACE(site.native);
     failAt(operation, [this] {
       env_->ThrowNew(env_->FindClass("java/lang/ArithmeticException"), "earlier");
       throw Failure<ValidationFailure>("refused");
     });
     site.call();
-    const bool sets = operation == "setAny" || name == "nativeSet of a transaction";
-    EXPECT_EQ(sets                    ? RUNTIME ": Attempting to set"
-              : name == "nativeUnset" ? RUNTIME ": Attempting to unset"
-              : site.isQuery          ? RUNTIME ": refused"
-                                      : INVALID ": refused",
+    const bool sets = operation == "setAny" || site.native == "nativeSet of a transaction";
+    EXPECT_EQ(sets                           ? RUNTIME ": Attempting to set"
+              : site.native == "nativeUnset" ? RUNTIME ": Attempting to unset"
+              : site.isQuery                 ? RUNTIME ": refused"
+                                             : INVALID ": refused",
               takeException(env_));
   }
 }

@@ -66,80 +66,25 @@ TEST_F(Changing, ASetStoresAtItsLevelOnly) {
 }
 
 TEST_F(Changing, EachFailureOfASetHasItsExceptionAndChangesNothing) {
-  const struct {
-    const char* what;
-    Names node;
-    const char* key;
-    jobject settingInfo;
-    const char* level;
-    const char* expected;
-  } cases[] = {
-      {"missing node",
-       {"x"},
-       "k",
-       info(integer(1)),
-       "user",
-       SETTINGS_PACKAGE "SettingNotFoundException: x.k"},
-      {"missing key",
-       {"a"},
-       "x",
-       info(integer(1)),
-       "user",
-       SETTINGS_PACKAGE "SettingNotFoundException: a.x"},
-      {"unknown level",
-       {"a", "b"},
-       "k",
-       info(integer(1)),
-       "galaxy",
-       "java.lang.RuntimeException: Unsupported level for a.b.k"},
-      {"null level",
-       {"a", "b"},
-       "k",
-       info(integer(1)),
-       nullptr,
-       "java.lang.RuntimeException: Unsupported level for a.b.k"},
-      {"no kind of value",
-       {"a", "b"},
-       "k",
-       info(env_->NewIntArray(1)),
-       "user",
-       SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type"},
-      {"neither value nor type",
-       {"a", "b"},
-       "k",
-       infoOfClass(nullptr),
-       "user",
-       SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type"},
-      {"null value of a type",
-       {"a", "b"},
-       "k",
-       infoOfClass(env_->FindClass("java/lang/Integer")),
-       "user",
-       "java.lang.RuntimeException: std::exception for \"a.b.k\": null value"},
-      {"null info",
-       {"a", "b"},
-       "k",
-       nullptr,
-       "user",
-       "java.lang.RuntimeException: std::exception for \"a.b.k\": null value"},
-      {"getValue throws: silent on purpose",
-       {"a", "b"},
-       "k",
-       make("ThrowingInfo", "(Z)V", JNI_TRUE),
-       "user",
-       ""},
-      {"getType throws",
-       {"a", "b"},
-       "k",
-       make("ThrowingInfo", "(Z)V", JNI_FALSE),
-       "user",
-       "java.lang.RuntimeException: Attempting to set"},
-  };
-  for (const auto& one : cases) {
-    SCOPED_TRACE(one.what);
-    EXPECT_EQ(one.expected, set(one.node, one.key, one.settingInfo, one.level));
-    EXPECT_EQ("7", read({"a", "b"}, "k"));
-  }
+  const std::string missing = SETTINGS_PACKAGE "SettingNotFoundException: ";
+  const std::string noKind =
+      SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type";
+  const std::string unknownLevel = "java.lang.RuntimeException: Unsupported level for a.b.k";
+  const std::string null = "java.lang.RuntimeException: std::exception for \"a.b.k\": null value";
+  const Names ab = {"a", "b"};
+  jobject one = info(integer(1));
+  EXPECT_EQ(missing + "x.k", set({"x"}, "k", one));
+  EXPECT_EQ(missing + "a.x", set({"a"}, "x", one));
+  EXPECT_EQ(unknownLevel, set(ab, "k", one, "galaxy"));
+  EXPECT_EQ(unknownLevel, set(ab, "k", one, nullptr));
+  EXPECT_EQ(noKind, set(ab, "k", info(env_->NewIntArray(1))));
+  EXPECT_EQ(noKind, set(ab, "k", infoOfClass(nullptr))) << "neither value nor type";
+  EXPECT_EQ(null, set(ab, "k", infoOfClass(env_->FindClass("java/lang/Integer"))));
+  EXPECT_EQ(null, set(ab, "k", nullptr));
+  EXPECT_EQ("", set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_TRUE))) << "getValue() throws";
+  EXPECT_EQ("java.lang.RuntimeException: Attempting to set",
+            set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_FALSE)))
+      << "getType() throws";
   const std::string wrongType = set({"a", "b"}, "k", info(str("text")));
   EXPECT_EQ(0u, wrongType.find(SETTINGS_PACKAGE "SettingValidationException: ")) << wrongType;
   EXPECT_EQ("7", read({"a", "b"}, "k"));

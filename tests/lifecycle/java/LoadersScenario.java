@@ -163,7 +163,11 @@ public final class LoadersScenario {
         return "libraries " + count(mapped(".so")) + ", descriptors "
                 + count(Files.list(Path.of("/proc/self/fd"))) + ", threads "
                 + count(Files.list(Path.of("/proc/self/task"))) + ", temporary files "
-                + count(Files.list(temporary).filter(file -> !file.getFileName().toString().startsWith("hsperf")));
+                + count(Files.list(temporary).filter(file -> !isOfTheJvm(file)));
+    }
+
+    private static boolean isOfTheJvm(Path file) {
+        return file.getFileName().toString().startsWith("hsperf");
     }
 
     private static long count(Stream<?> things) {

@@ -140,6 +140,23 @@ public final class ApiFuzz {
         operations.put(name, new Operation(call, List.of(allowed)));
     }
 
+    private SettingPath addGuardedNode() throws SettingException {
+        return path().addNode(random.name(), random.validator(), random.string());
+    }
+
+    private Setting<?> addKey() throws SettingException {
+        return path().addKey(random.name(), random.value());
+    }
+
+    private Setting<?> addGuardedKey() throws SettingException {
+        return path().addKey(random.name(), random.value(), random.level(), random.validator(),
+                random.string());
+    }
+
+    private void copy() throws SettingException {
+        path().copyTo(path(), random.name());
+    }
+
     private void declare() {
         Class<SettingException> service = SettingException.class;
         Class<SettingUnsupportedTypeRuntimeException> type =
@@ -155,26 +172,11 @@ public final class ApiFuzz {
         operation("exists", () -> path().exists());
         operation("isNode", () -> path().isNode(random.string()), service);
         operation("addNode", () -> keep(paths, path().addNode(random.name())), service, argument);
-        operation("addNode guarded",
-                ()
-                        -> keep(paths,
-                                path().addNode(random.name(), random.validator(), random.string())),
-                service, argument);
-        operation("addKey",
-                ()
-                        -> keep(settings, path().addKey(random.name(), random.value())),
-                service, argument, type);
-        operation("addKey guarded",
-                ()
-                        -> keep(settings,
-                                path().addKey(random.name(), random.value(), random.level(),
-                                        random.validator(), random.string())),
-                service, argument, type);
+        operation("addNode guarded", () -> keep(paths, addGuardedNode()), service, argument);
+        operation("addKey", () -> keep(settings, addKey()), service, argument, type);
+        operation("addKey guarded", () -> keep(settings, addGuardedKey()), service, argument, type);
         operation("delete", () -> path().delete(random.name()), service);
-        operation("copyTo",
-                ()
-                        -> path().copyTo(path(), random.name()),
-                service, argument, UnsupportedOperationException.class);
+        operation("copyTo", this::copy, service, argument, UnsupportedOperationException.class);
         operation("listen to a node",
                 () -> keep(registrations, path().addListener(random.listener(root()))), service);
         operation("factoryDir", () -> path().factoryDir());

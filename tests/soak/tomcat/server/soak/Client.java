@@ -30,7 +30,7 @@ final class Client extends Thread {
         start();
     }
 
-    /** Waits until its last request is answered. Throws AssertionError if one was not as expected. */
+    /** Waits for its last answer. Throws AssertionError if one was not as expected. */
     void end() throws InterruptedException {
         stopped = true;
         join();
@@ -51,7 +51,9 @@ final class Client extends Thread {
     @Override
     public void run() {
         try {
-            while (!stopped && failure == null && answered + missing < MOST_REQUESTS) request(last + 1);
+            while (!stopped && failure == null && answered + missing < MOST_REQUESTS) {
+                request(last + 1);
+            }
         } catch (IOException | RuntimeException failed) {
             failure = url + ": " + failed;
         }
@@ -63,7 +65,8 @@ final class Client extends Thread {
         int status = connection.getResponseCode();
         boolean right = status == HttpURLConnection.HTTP_OK;
         try (InputStream body = right ? connection.getInputStream() : connection.getErrorStream()) {
-            String text = body == null ? "" : new String(body.readAllBytes(), StandardCharsets.UTF_8);
+            byte[] bytes = body == null ? new byte[0] : body.readAllBytes();
+            String text = new String(bytes, StandardCharsets.UTF_8);
             if (right && text.equals(String.valueOf(last))) {
                 last = value;
                 answered++;

@@ -66,8 +66,10 @@ public final class Redeploys {
         Usage before = Usage.now();
         long librariesBefore = libraries();
         redeployUnderLoad(times - REDEPLOYS_BEFORE_COUNTING);
-        await("threads and open files are as before",
-                () -> Usage.now().threads() <= before.threads() && Usage.now().files() <= before.files());
+        await("threads and open files are as before", () -> {
+            Usage now = Usage.now();
+            return now.threads() <= before.threads() && now.files() <= before.files();
+        });
         Usage after = Usage.now();
         report("libraries mapped", librariesBefore, libraries());
         report("threads", before.threads(), after.threads());

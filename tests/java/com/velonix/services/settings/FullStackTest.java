@@ -4,7 +4,9 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.velonix.util.types.UnsignedLong;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.List;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -19,19 +21,16 @@ class FullStackTest {
         private static final long STACK = 512 << 10;
 
         private SettingPath root;
-        private final Use[] uses = {
-                ()
-                        -> root = SettingPath.standalone(),
-                ()
-                        -> check(SettingLevel.USER, SettingLevel.defaultLevel()),
-                ()
-                        -> keep("number", 1, 2),
-                ()
-                        -> keep("text", "one", "two"),
-                ()
-                        -> keep("unsigned", new UnsignedLong(1), new UnsignedLong(2)),
-                () -> keep("texts", new String[] {"one"}, new String[] {"two", "three"}),
-        };
+        private final List<Use> uses = new ArrayList<>();
+
+        Child() {
+            uses.add(() -> root = SettingPath.standalone());
+            uses.add(() -> check(SettingLevel.USER, SettingLevel.defaultLevel()));
+            uses.add(() -> keep("number", 1, 2));
+            uses.add(() -> keep("text", "one", "two"));
+            uses.add(() -> keep("unsigned", new UnsignedLong(1), new UnsignedLong(2)));
+            uses.add(() -> keep("texts", new String[] {"one"}, new String[] {"two", "three"}));
+        }
 
         public static void main(String[] arguments) throws Exception {
             // The machine's own classes have the same weakness: what it needs to load from this jar

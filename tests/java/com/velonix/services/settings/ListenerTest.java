@@ -73,7 +73,8 @@ class ListenerTest extends OneKeyTree {
         try (Registration again = key.onChanged(event -> heard.add("again"))) {
             key.set(6);
         }
-        assertEquals(List.of("first", "second", "third", "second", "third", "third", "again"), heard);
+        assertEquals(
+                List.of("first", "second", "third", "second", "third", "third", "again"), heard);
     }
 
     @Test

@@ -25,10 +25,8 @@ class LoadingTest {
             // From many threads at once, through different classes.
             List<Thread> threads = new ArrayList<>();
             for (int i = 0; i < 8; ++i) {
-                Runnable use = i % 2 == 0 ? ()
-                        -> SettingPath.standalone().close()
-                        : SettingLevel::defaultLevel;
-                threads.add(new Thread(use));
+                Runnable tree = () -> SettingPath.standalone().close();
+                threads.add(new Thread(i % 2 == 0 ? tree : SettingLevel::defaultLevel));
             }
             threads.forEach(Thread::start);
             for (Thread thread : threads) thread.join();

@@ -33,73 +33,51 @@ class RefusalTest {
         root.close();
     }
 
+    private static void refusesNull(Executable call) {
+        Exception refused = assertThrows(NullPointerException.class, call);
+        // The argument's name, not the machine's own account.
+        assertTrue(refused.getMessage().matches("[a-zA-Z0-9 \\[\\]]+"), refused.getMessage());
+    }
+
+    private static void refusesWhenClosed(Executable call) {
+        Exception refused = assertThrows(IllegalStateException.class, call);
+        assertEquals("standalone settings has been closed", refused.getMessage());
+    }
+
     @Test
     void nullArguments() throws Exception {
         try (SettingTransaction transaction = new SettingTransaction()) {
-            for (Executable call : List.<Executable>of(()
-                                                               -> SettingPath.load(null),
-                         ()
-                                 -> root.path((String[]) null),
-                         ()
-                                 -> root.path("a", null),
-                         ()
-                                 -> root.setting(null, String.class),
-                         ()
-                                 -> root.setting("key", (Class<?>) null),
-                         ()
-                                 -> root.isNode(null),
-                         ()
-                                 -> root.delete(null),
-                         ()
-                                 -> root.addNode(null),
-                         ()
-                                 -> root.addNode("n", null, "1..2"),
-                         ()
-                                 -> root.addNode("n", Range.class, null),
-                         ()
-                                 -> root.addKey(null, 1),
-                         ()
-                                 -> root.addKey("k", null),
-                         ()
-                                 -> root.copyTo(null, "copy"),
-                         ()
-                                 -> root.copyTo(root, null),
-                         ()
-                                 -> root.addListener(null),
-                         ()
-                                 -> root.onChanged(null),
-                         ()
-                                 -> root.onAdded(null),
-                         ()
-                                 -> root.onRemoved(null),
-                         ()
-                                 -> key.get(null),
-                         ()
-                                 -> key.find(null),
-                         ()
-                                 -> key.isSet(null),
-                         ()
-                                 -> key.set(null),
-                         ()
-                                 -> key.set(1, null),
-                         ()
-                                 -> key.unset(null),
-                         ()
-                                 -> key.addListener(null),
-                         ()
-                                 -> Setting.isValidName(null),
-                         ()
-                                 -> SettingLevel.USER.overrides(null),
-                         ()
-                                 -> SettingTestEnvironment.setDirectories(null, Path.of("u")),
-                         ()
-                                 -> SettingTestEnvironment.setDirectories(Path.of("f"), null),
-                         () -> transaction.commit(null), () -> transaction.set(null, 1))) {
-                Exception refused = assertThrows(NullPointerException.class, call);
-                // The argument's name, not the machine's own account.
-                assertTrue(
-                        refused.getMessage().matches("[a-zA-Z0-9 \\[\\]]+"), refused.getMessage());
-            }
+            refusesNull(() -> SettingPath.load(null));
+            refusesNull(() -> root.path((String[]) null));
+            refusesNull(() -> root.path("a", null));
+            refusesNull(() -> root.setting(null, String.class));
+            refusesNull(() -> root.setting("key", (Class<?>) null));
+            refusesNull(() -> root.isNode(null));
+            refusesNull(() -> root.delete(null));
+            refusesNull(() -> root.addNode(null));
+            refusesNull(() -> root.addNode("n", null, "1..2"));
+            refusesNull(() -> root.addNode("n", Range.class, null));
+            refusesNull(() -> root.addKey(null, 1));
+            refusesNull(() -> root.addKey("k", null));
+            refusesNull(() -> root.copyTo(null, "copy"));
+            refusesNull(() -> root.copyTo(root, null));
+            refusesNull(() -> root.addListener(null));
+            refusesNull(() -> root.onChanged(null));
+            refusesNull(() -> root.onAdded(null));
+            refusesNull(() -> root.onRemoved(null));
+            refusesNull(() -> key.get(null));
+            refusesNull(() -> key.find(null));
+            refusesNull(() -> key.isSet(null));
+            refusesNull(() -> key.set(null));
+            refusesNull(() -> key.set(1, null));
+            refusesNull(() -> key.unset(null));
+            refusesNull(() -> key.addListener(null));
+            refusesNull(() -> Setting.isValidName(null));
+            refusesNull(() -> SettingLevel.USER.overrides(null));
+            refusesNull(() -> SettingTestEnvironment.setDirectories(null, Path.of("u")));
+            refusesNull(() -> SettingTestEnvironment.setDirectories(Path.of("f"), null));
+            refusesNull(() -> transaction.commit(null));
+            refusesNull(() -> transaction.set(null, 1));
         }
         assertEquals(1, key.get());
         assertEquals(List.of("key"), root.children());
@@ -159,30 +137,25 @@ class RefusalTest {
         copy.close();
         root.close();
         try (SettingPath other = SettingPath.standalone()) {
-            for (Executable call : List.<Executable>of(key::get, key::find, key::level, key::exists,
-                         key::isSet, key::declaredType,
-                         ()
-                                 -> key.set(1),
-                         key::unset,
-                         ()
-                                 -> key.onChanged(event -> {}),
-                         node::exists, node::children, root::factoryDir,
-                         ()
-                                 -> root.isNode("node"),
-                         ()
-                                 -> root.addNode("n"),
-                         ()
-                                 -> root.addKey("k", 1),
-                         ()
-                                 -> root.delete("key"),
-                         ()
-                                 -> node.copyTo(other, "copy"),
-                         ()
-                                 -> other.copyTo(root, "copy"),
-                         () -> root.addListener(new SettingListener() {}))) {
-                Exception refused = assertThrows(IllegalStateException.class, call);
-                assertEquals("standalone settings has been closed", refused.getMessage());
-            }
+            refusesWhenClosed(key::get);
+            refusesWhenClosed(key::find);
+            refusesWhenClosed(key::level);
+            refusesWhenClosed(key::exists);
+            refusesWhenClosed(key::isSet);
+            refusesWhenClosed(key::declaredType);
+            refusesWhenClosed(() -> key.set(1));
+            refusesWhenClosed(key::unset);
+            refusesWhenClosed(() -> key.onChanged(event -> {}));
+            refusesWhenClosed(node::exists);
+            refusesWhenClosed(node::children);
+            refusesWhenClosed(root::factoryDir);
+            refusesWhenClosed(() -> root.isNode("node"));
+            refusesWhenClosed(() -> root.addNode("n"));
+            refusesWhenClosed(() -> root.addKey("k", 1));
+            refusesWhenClosed(() -> root.delete("key"));
+            refusesWhenClosed(() -> node.copyTo(other, "copy"));
+            refusesWhenClosed(() -> other.copyTo(root, "copy"));
+            refusesWhenClosed(() -> root.addListener(new SettingListener() {}));
         }
         root.close();
     }

@@ -241,8 +241,7 @@ class ValidatorTest {
             "noClass, there is no class com.velonix.NoSuchClass",
             "noValidator, does not implement com.velonix.services.settings.ValueValidator",
     })
-    void
-    validatorsThatAFileNamesSayWhatIsWrong(String key, String reason) throws Exception {
+    void validatorsThatAFileNamesSayWhatIsWrong(String key, String reason) throws Exception {
         Path file = Path.of(System.getProperty("test.data"), "files", "guarded.xml");
         try (SettingPath guarded = SettingPath.load(file)) {
             Setting<Integer> setting = guarded.setting(key, Integer.class);
@@ -261,8 +260,7 @@ class ValidatorTest {
             "..-3, -3, -Infinity, -2, NaN",
             "18446744073709551615.., 18446744073709551615, 1e30, 18446744073709551614, -1",
     })
-    void
-    rangesIncludeTheirBounds(String range, String low, String high, String below, String above) {
+    void rangesIncludeTheirBounds(String range, String low, String high, String below, String above) {
         ValueValidator validator = new Range(range);
         for (String accepted : List.of(low, high)) {
             assertEquals(Optional.empty(), problem(validator, number(accepted)), accepted);

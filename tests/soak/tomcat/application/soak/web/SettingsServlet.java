@@ -17,9 +17,9 @@ import java.util.concurrent.ConcurrentHashMap;
 
 /**
  * Sets the number that a client brings, under the client's own key, in the process's tree at the
- * session level and in a tree in memory; answers with the number that the process's tree had before,
- * also when an earlier deployment had set it. What does not behave as promised is an exception,
- * which the client sees as status 500. Each client has one request at a time.
+ * session level and in a tree in memory; answers with the number that the process's tree had
+ * before, also when an earlier deployment had set it. Throws an exception, which the client sees as
+ * status 500, when a setting does not behave as promised. Each client has one request at a time.
  */
 @WebServlet(urlPatterns = "/*", loadOnStartup = 1)
 public final class SettingsServlet extends HttpServlet {

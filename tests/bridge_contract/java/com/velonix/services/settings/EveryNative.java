@@ -15,7 +15,7 @@ import java.util.TreeSet;
 
 /**
  * Calls every native method, with the libraries as they are built and with no Java class but those
- * that the natives name. Arguments: an empty directory for factory settings, and one for the user's.
+ * that the natives name. Arguments: an empty directory for factory settings and one for the user's.
  */
 public final class EveryNative {
     private static final Set<String> called = new HashSet<>();
@@ -111,11 +111,11 @@ public final class EveryNative {
                         0, handle, N, "k", new SettingInfo(new Object()), "user")));
         Setting.nativeUnset(handle, N, "k", "session");
         check("nativeUnset", 5, Setting.nativeGet(handle, N, "k", null).getValue());
+        String[] copy = {"n", "copy"};
         SettingPath.nativeCopySubtree(handle, N, handle, N, "copy");
-        check("nativeCopySubtree", 5,
-                Setting.nativeGet(handle, new String[] {"n", "copy"}, "k", null).getValue());
+        check("nativeCopySubtree", 5, Setting.nativeGet(handle, copy, "k", null).getValue());
         SettingPath.nativeDelete(handle, N, "copy");
-        check("nativeDelete", false, Setting.nativeExists(handle, new String[] {"n", "copy"}, null));
+        check("nativeDelete", false, Setting.nativeExists(handle, copy, null));
         check("nativeAddRemoveListener",
                 "changed source[n]k null false; changed source[n]k null false; "
                         + "added source[n]copy null true; removed source[n]copy null true; ",
