@@ -19,7 +19,7 @@ import java.util.function.BinaryOperator;
 public final class LoaderUser implements BinaryOperator<String> {
     private static final AtomicInteger asked = new AtomicInteger();
 
-    /** Refuses negative numbers; needs a further class for 13. Every loader has one of this name. */
+    /** Refuses negative numbers; needs another class for 13. Every loader has one of this name. */
     public static final class Own implements ValueValidator {
         public Own(String ignored) {}
 

@@ -260,7 +260,8 @@ class ValidatorTest {
             "..-3, -3, -Infinity, -2, NaN",
             "18446744073709551615.., 18446744073709551615, 1e30, 18446744073709551614, -1",
     })
-    void rangesIncludeTheirBounds(String range, String low, String high, String below, String above) {
+    void rangesIncludeTheirBounds(
+            String range, String low, String high, String below, String above) {
         ValueValidator validator = new Range(range);
         for (String accepted : List.of(low, high)) {
             assertEquals(Optional.empty(), problem(validator, number(accepted)), accepted);
