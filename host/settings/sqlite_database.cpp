@@ -50,6 +50,8 @@ SqliteDatabase::SqliteDatabase(const std::string& name, int flags, int lockWait)
   // The file may hold anything: nothing in its schema is trusted to run code.
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  // A directory for temporary files may be full, or missing: SQLite uses none then.
+  sqlite3_exec(handle_, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
 }
 
 SqliteDatabase::~SqliteDatabase() { sqlite3_close(handle_); }

@@ -168,6 +168,14 @@ boost::any vectorFrom(std::string_view text) {
 
 }  // namespace
 
+void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& column) {
+  if (column.isBlob) {
+    statement.bindBlob(parameter, column.bytes);
+  } else {
+    statement.bindText(parameter, column.bytes);
+  }
+}
+
 ColumnValue columnFromNarrow(const std::string& narrow) {
   if (std::optional<std::string> utf8 = exactUtf8(narrow)) return {false, std::move(*utf8)};
   return {true, narrow};

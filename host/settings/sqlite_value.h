@@ -7,7 +7,7 @@
 //             Infinity, -Infinity in quotes, a string that TEXT cannot hold as {"bytes":"<hex>"}
 //   NaN       "NaN"; one with other bits than the usual one "NaN:<bits in hex>"
 //
-// Pure functions; any thread.
+// Any thread; a statement belongs to one.
 #pragma once
 
 #include <boost/any.hpp>
@@ -15,12 +15,17 @@
 #include <string>
 #include <string_view>
 
+#include "host/settings/sqlite_database.h"
+
 namespace zlutil::settings::host {
 
 struct ColumnValue {
   bool isBlob;
   std::string bytes;
 };
+
+// Borrows the bytes until the statement is reset.
+void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& column);
 
 ColumnValue columnFromNarrow(const std::string& narrow);
 // Nothing when the bytes are no text.

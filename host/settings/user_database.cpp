@@ -41,14 +41,6 @@ constexpr char kBadPath[] = "no entry can have this path";
 constexpr char kBadDefinition[] = "its definition is not understood";
 constexpr char kBadValue[] = "its value is not understood";
 
-void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& column) {
-  if (column.isBlob) {
-    statement.bindBlob(parameter, column.bytes);
-  } else {
-    statement.bindText(parameter, column.bytes);
-  }
-}
-
 // Columns from `column` on: entry, type, validator, first, second. Nothing when they say nothing
 // that is known.
 std::optional<Change> definitionIn(const SqliteStatement& row, const std::string& path,
@@ -98,6 +90,23 @@ std::string byPath(bool descending) {
   return descending ? " ORDER BY path DESC" : " ORDER BY path";
 }
 
+// Reads a table with the columns path, type and value.
+void readValuesOf(SqliteDatabase& database, const std::string& table, bool descending,
+                  const UserDatabase::Report& report, Changes& contents) {
+  SqliteStatement row(database, "SELECT path, type, value FROM " + table + byPath(descending));
+  while (row.step()) {
+    std::string path(row.bytes(0));
+    boost::any value = valueIn(row, 1);
+    if (!isPath(path)) {
+      report(path, kBadPath);
+    } else if (value.empty()) {
+      report(path, kBadValue);
+    } else {
+      contents.push_back(PutValue{std::move(path), std::move(value)});
+    }
+  }
+}
+
 struct SignOf {
   char operator()(const PutValue&) const { return JournalEntry::kValue; }
   char operator()(const EraseValue&) const { return JournalEntry::kValue; }
@@ -142,12 +151,7 @@ UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
       beginReading_(*database_, "BEGIN"),
       commit_(*database_, "COMMIT"),
       rollBack_(*database_, "ROLLBACK"),
-      setAside_(*database_,
-                "REPLACE INTO set_aside SELECT path, type, value FROM settings"
-                " WHERE path = ?1 AND type <> ?2"),
-      putValue_(*database_,
-                "INSERT INTO settings(path, type, value) VALUES(?1, ?2, ?3) ON CONFLICT(path)"
-                " DO UPDATE SET type = excluded.type, value = excluded.value"),
+      values_(*database_),
       eraseValue_(*database_, "DELETE FROM settings WHERE path = ?1"),
       keepType_(*database_,
                 "UPDATE definitions SET type = (SELECT type FROM settings WHERE path = ?1)"
@@ -200,18 +204,14 @@ void UserDatabase::readDefinitions(SqliteDatabase& database, bool descending, co
 
 void UserDatabase::readValues(SqliteDatabase& database, bool descending, const Report& report,
                               Changes& contents) {
-  SqliteStatement row(database, "SELECT path, type, value FROM settings" + byPath(descending));
-  while (row.step()) {
-    std::string path(row.bytes(0));
-    boost::any value = valueIn(row, 1);
-    if (!isPath(path)) {
-      report(path, kBadPath);
-    } else if (value.empty()) {
-      report(path, kBadValue);
-    } else {
-      contents.push_back(PutValue{std::move(path), std::move(value)});
-    }
-  }
+  readValuesOf(database, "settings", descending, report, contents);
+}
+
+void UserDatabase::readSetAside(SqliteDatabase& database, bool descending, const Report& report,
+                                Changes& contents) {
+  const bool hasTable =
+      database.number("SELECT count(*) FROM sqlite_schema WHERE name = 'set_aside'") > 0;
+  if (hasTable) readValuesOf(database, "set_aside", descending, report, contents);
 }
 
 Changes UserDatabase::readAll(const Report& report) {
@@ -234,20 +234,26 @@ void UserDatabase::rollBack() noexcept {
   }
 }
 
-void UserDatabase::put(const Change& change) {
-  std::visit([this](const auto& kind) { write(kind); }, change);
+void UserDatabase::put(const Changes& changes) {
+  std::vector<const PutValue*> values;  // next to each other; not written yet
+  const auto writeValues = [&] {
+    values_.write(values);
+    values.clear();
+  };
+  const auto putOne = [&](const auto& change) {
+    if constexpr (std::is_same_v<decltype(change), const PutValue&>) {
+      values.push_back(&change);
+    } else {
+      writeValues();
+      write(change);
+    }
+  };
+  for (const Change& change : changes) std::visit(putOne, change);
+  writeValues();
 }
 
-void UserDatabase::write(const PutValue& change) {
-  const ColumnValue column = columnFromValue(change.value);
-  const std::string_view type = boostany::kindName(boostany::kindOfType(change.value.type()));
-  setAside_.bindText(1, change.path);
-  setAside_.bindText(2, type);
-  setAside_.run();
-  putValue_.bindText(1, change.path);
-  putValue_.bindText(2, type);
-  bindColumn(putValue_, 3, column);
-  putValue_.run();
+void UserDatabase::putAside(const Changes& values) {
+  for (const Change& value : values) values_.writeAside(std::get<PutValue>(value));
 }
 
 void UserDatabase::write(const EraseValue& change) {

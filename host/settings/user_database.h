@@ -21,6 +21,7 @@
 
 #include "host/settings/sqlite_database.h"
 #include "host/settings/store.h"
+#include "host/settings/value_writer.h"
 
 namespace zlutil::settings::host {
 
@@ -53,6 +54,9 @@ class UserDatabase {
                               Changes& contents);
   static void readValues(SqliteDatabase& database, bool descending, const Report& report,
                          Changes& contents);
+  // Values in the table set_aside, which a database of an earlier version does not have.
+  static void readSetAside(SqliteDatabase& database, bool descending, const Report& report,
+                           Changes& contents);
 
   // Everything that it holds, definitions first.
   Changes readAll(const Report& report);
@@ -64,7 +68,9 @@ class UserDatabase {
   void rollBack() noexcept;
 
   // Within a write transaction.
-  void put(const Change& change);
+  void put(const Changes& changes);
+  // Adds values (PutValue) to the table set_aside.
+  void putAside(const Changes& values);
   // Notes in the journal what the transaction has done; gives its number.
   std::int64_t record(const Changes& changes);
 
@@ -90,7 +96,6 @@ class UserDatabase {
   SqliteDatabase& connection() { return *database_; }
 
  private:
-  void write(const PutValue& change);
   void write(const EraseValue& change);
   void write(const DefineEntry& change);
   void write(const RemoveSubtree& change);
@@ -100,7 +105,8 @@ class UserDatabase {
   const std::unique_ptr<SqliteDatabase> database_;
   const std::string identity_;
   SqliteStatement beginWriting_, beginReading_, commit_, rollBack_;
-  SqliteStatement setAside_, putValue_, eraseValue_, keepType_, define_, fixType_, addType_;
+  ValueWriter values_;
+  SqliteStatement eraseValue_, keepType_, define_, fixType_, addType_;
   SqliteStatement removeDefinitions_, removeValues_;
   SqliteStatement record_, prune_, lastRevision_, firstRevision_, journalAfter_;
   SqliteStatement findValue_, findDefinition_, dataVersion_;

@@ -171,7 +171,7 @@ bool UserStore::store(const Changes& changes, const Receiver& receive, const Use
 
 // Within a write transaction.
 std::int64_t UserStore::store(const Changes& changes) {
-  for (const Change& change : changes) database_->put(change);
+  database_->put(changes);
   const std::int64_t revision = database_->record(changes);
   try {
     database_->commit();

@@ -51,7 +51,7 @@ void removeFile(const std::string& file) {
 
 // What can be read of a database that is damaged.
 struct Salvage {
-  Changes definitions, values;
+  Changes definitions, values, setAside;
   bool isComplete = false;
 
   // `noted` is the last transaction that it should have. The file is changed.
@@ -63,6 +63,7 @@ struct Salvage {
       isComplete = isInOrder(database, noted) && isComplete;
       read(database, &UserDatabase::readDefinitions, definitions);
       read(database, &UserDatabase::readValues, values);
+      read(database, &UserDatabase::readSetAside, setAside);
     } catch (const SqliteError& error) {
       // Of this nothing has been found out; it may be open to the next who tries.
       if (error.code() == SQLITE_CANTOPEN) throw;
@@ -132,9 +133,9 @@ void build(const std::string& file, const std::optional<std::string>& backup,
   UserDatabase::makeSchema(*connection, identity);
   UserDatabase database(std::move(connection));
   database.beginWriting();
-  for (const Changes* changes : {&salvage.definitions, &salvage.values}) {
-    for (const Change& change : *changes) database.put(change);
-  }
+  database.put(salvage.definitions);
+  database.put(salvage.values);
+  database.putAside(salvage.setAside);
   database.record({});
   database.commit();
 }

@@ -216,11 +216,18 @@ TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
     const TemporaryDirectory directory;
     const std::string file = directory.write(kDatabase, database_);
     SqliteDatabase(file, SQLITE_OPEN_READWRITE, 0)
-        .execute((std::string(c.damage) + "; PRAGMA journal_mode=DELETE").c_str());
-    const auto [found, said] = open(directory.read(kDatabase), "");
+        .execute((std::string(c.damage) + "; INSERT INTO set_aside VALUES('n0.k0', 'int', '7');"
+                                          " PRAGMA journal_mode=DELETE")
+                     .c_str());
+    testing::internal::CaptureStderr();
+    const std::string found = contentsOf(openTree(storeIn(directory.path())));
+    const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find(c.said), std::string::npos) << said;
     // Of 200 keys and 10 nodes.
     EXPECT_EQ(lines(found), c.keepsValues ? lines(contents_) : 210u);
+    EXPECT_EQ(SqliteDatabase(file, SQLITE_OPEN_READWRITE, 0)
+                  .text("SELECT path || type || value FROM set_aside"),
+              "n0.k0int7");
   }
 }
 

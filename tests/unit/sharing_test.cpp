@@ -98,9 +98,14 @@ TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllAndForEver) {
 }
 
 TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDestroyed) {
+  constexpr int kOthers = 100;
+  std::string others;
+  for (int key = 0; key < kOthers; ++key) {
+    others += "<key name=\"k" + std::to_string(key) + "\" type=\"int\"/>";
+  }
   const auto withType = [&](const std::string& type) {
-    factory.write("a.xml",
-                  "<settings version=\"1\"><key name=\"k\" type=\"" + type + "\"/></settings>");
+    factory.write("a.xml", "<settings version=\"1\"><key name=\"k\" type=\"" + type + "\"/>" +
+                               others + "</settings>");
     return openTree(storeIn(directory.path()), factory.path());
   };
   withType("string")->setAny("k", std::string("precious"), "user");
@@ -111,7 +116,12 @@ TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDest
                 ": \"k\" is left out: the stored value is string, and the key holds int "
                 "values; it stays stored\n");
   EXPECT_FALSE(root->isSet("k", "user"));
-  root->setAny("k", 1, "user");
+  // Many at once are stored together.
+  SettingsValues values;
+  for (const SettingsPtr& key : root->getChildren()) values.emplace_back(key, 1);
+  EXPECT_EQ(setAll(root, values, "user"), SettingsProblems());
+  EXPECT_EQ(shell()->number("SELECT count(*) FROM settings WHERE type = 'int' AND value = '1'"),
+            kOthers + 1);
   root->setAny("k", 2, "user");
   EXPECT_EQ(shell()->text("SELECT path || type || value FROM set_aside"), "kstringprecious");
   EXPECT_EQ(intAt(withType("int"), "k"), 2);
