@@ -82,31 +82,45 @@ jint levelOf(JNIEnv* env, jclass, jstring name) {
   return static_cast<jint>(found - levels.begin());
 }
 
-// Calls `use(value)` with the key's value if it has one and that is of the kind.
-template <class Use>
+// Kinds of value that one native serves.
+struct Numbers {
+  template <class Type>
+  static constexpr bool kHas = std::is_arithmetic_v<Type>;
+};
+struct Arrays {
+  template <class Type>
+  static constexpr bool kHas = kIsVector<Type>;
+};
+
+// Calls `use(value)` with the key's value if it has one and that is of the kind, one of `Kinds`.
+template <class Kinds, class Use>
 bool readOfKind(JNIEnv* env, jlong key, jint kind, jint level, const Use& use) noexcept {
   return done(env, [&] {
     boost::any value;
     return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
              using Type = typename decltype(tag)::type;
-             if (const Type* found = boost::any_cast<Type>(&value)) use(*found);
+             if constexpr (Kinds::template kHas<Type>) {
+               if (const Type* found = boost::any_cast<Type>(&value)) use(*found);
+             }
            });
   });
 }
 
 jlong getNumber(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
   jlong bits = kNotDone;
-  readOfKind(env, key, kind, level, [&](const auto& value) {
-    if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>) bits = bitsOf(value);
-  });
+  readOfKind<Numbers>(env, key, kind, level, [&](auto number) { bits = bitsOf(number); });
   return bits;
 }
 
 jstring getText(JNIEnv* env, jclass, jlong key, jint level) {
   jstring text = nullptr;
-  readOfKind(env, key, kKindOf<std::string>, level, [&](const auto& value) {
-    using Type = std::decay_t<decltype(value)>;
-    if constexpr (std::is_same_v<Type, std::string>) text = jzi::ToJava::javaString(env, value);
+  done(env, [&] {
+    boost::any value;
+    if (!keyOf(key).getValue(level, value)) return false;
+    if (const auto* found = boost::any_cast<std::string>(&value)) {
+      text = jzi::ToJava::javaString(env, *found);
+    }
+    return true;
   });
   return text;
 }
@@ -123,9 +137,7 @@ jobject toArray(JNIEnv* env, const std::vector<Element>& values) {
 
 jobject getArray(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
   jobject array = nullptr;
-  readOfKind(env, key, kind, level, [&](const auto& value) {
-    if constexpr (kIsVector<std::decay_t<decltype(value)>>) array = toArray(env, value);
-  });
+  readOfKind<Arrays>(env, key, kind, level, [&](auto& values) { array = toArray(env, values); });
   return array;
 }
 
@@ -138,24 +150,23 @@ bool setOrRecord(jlong context, BoundKey& key, int level, boost::any& value) {
   return true;
 }
 
-// Sets or records the value that `make(tag of the kind's type)` gives.
-template <class Make>
+// Sets or records the value that `make(tag of the type)` gives for the kind, one of `Kinds`.
+template <class Kinds, class Make>
 jboolean setOfKind(JNIEnv* env, jlong context, jlong key, jint kind, jint level,
                    const Make& make) noexcept {
   return done(env, [&] {
     boost::any value;
-    withTypeOfKind(kind, [&](auto tag) { value = make(tag); });
+    withTypeOfKind(kind, [&](auto tag) {
+      if constexpr (Kinds::template kHas<typename decltype(tag)::type>) value = make(tag);
+    });
     return setOrRecord(context, keyOf(key), level, value);
   });
 }
 
 jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
                    jlong bits) {
-  return setOfKind(env, context, key, kind, level, [&](auto tag) -> boost::any {
-    using Type = typename decltype(tag)::type;
-    if constexpr (std::is_arithmetic_v<Type>) return fromBits<Type>(bits);
-    return {};
-  });
+  return setOfKind<Numbers>(env, context, key, kind, level,
+                            [&](auto tag) { return fromBits<typename decltype(tag)::type>(bits); });
 }
 
 jboolean setText(JNIEnv* env, jclass, jlong context, jlong key, jint level, jstring text) {
@@ -182,14 +193,13 @@ std::vector<std::string> textsOf(JNIEnv* env, jobjectArray array) {
 
 jboolean setArray(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
                   jobject array) {
-  return setOfKind(env, context, key, kind, level, [&](auto tag) -> boost::any {
-    using Type = typename decltype(tag)::type;
-    if constexpr (std::is_same_v<Type, std::vector<std::string>>) {
+  return setOfKind<Arrays>(env, context, key, kind, level, [&](auto tag) {
+    using Element = ElementOf<typename decltype(tag)::type>;
+    if constexpr (std::is_same_v<Element, std::string>) {
       return textsOf(env, static_cast<jobjectArray>(array));
-    } else if constexpr (kIsVector<Type>) {
-      return fromPrimitiveArray<ElementOf<Type>>(env, array);
+    } else {
+      return fromPrimitiveArray<Element>(env, array);
     }
-    return {};
   });
 }
 
