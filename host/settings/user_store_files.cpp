@@ -42,6 +42,18 @@ bool giveToOwnerOfDirectory(int made, const std::string& name) {
   return directory.st_uid == 0 || fchown(made, directory.st_uid, directory.st_gid) == 0;
 }
 
+// Removes a file at the end, unless it has got another name.
+class RemovedAtTheEnd {
+ public:
+  explicit RemovedAtTheEnd(const std::string& file) : file_(file) {}
+  ~RemovedAtTheEnd() { unlink(file_.c_str()); }
+  RemovedAtTheEnd(const RemovedAtTheEnd&) = delete;
+  RemovedAtTheEnd& operator=(const RemovedAtTheEnd&) = delete;
+
+ private:
+  const std::string file_;
+};
+
 // Whether the file still has the name under which it was opened.
 bool isNamed(int descriptor, const std::string& name) {
   struct stat opened, named;
@@ -181,6 +193,8 @@ void backUpDaily(const UserStoreFiles& files, int lockWait) {
   }
   const std::string unfinished = files.backup(0);
   unlink(unfinished.c_str());
+  // Also where nothing is to be copied, or the disk is full.
+  const RemovedAtTheEnd removed(unfinished);
   makeFile(unfinished);
   {
     // SQLite keeps the locks of this process's other connections to the file.

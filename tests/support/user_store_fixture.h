@@ -23,10 +23,10 @@ class UserStoreTest : public testing::Test {
   }
   std::string database() { return directory.file("settings-1.db"); }
 
-  // Waits until `holds`, for as long as the poll of the other tree may take and more.
+  // Waits until `holds`, for far longer than the poll of the other tree takes on a slow machine.
   template <class Condition>
   static bool eventually(const Condition& holds) {
-    for (int wait = 0; wait < 5000 && !holds(); ++wait) {
+    for (int wait = 0; wait < 30000 && !holds(); ++wait) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return holds();

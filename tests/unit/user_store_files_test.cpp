@@ -78,6 +78,12 @@ TEST_F(UserStoreFilesTest, ABackupIsMadeOnceADayAndThreeAreKept) {
   const auto keysIn = [](const std::string& file) {
     return SqliteDatabase(file, SQLITE_OPEN_READONLY, 0).number("SELECT count(*) FROM definitions");
   };
+  // An empty store gets none, nor the beginning of one.
+  { openTree(storeIn(directory_.path())); }
+  backUpDaily(files_, kWait);
+  for (const int generation : {0, 1}) {
+    EXPECT_FALSE(std::filesystem::exists(files_.backup(generation))) << generation;
+  }
   for (int day = 1; day <= 5; ++day) {
     // The store is closed again, and its thread with it.
     { addKey(openTree(storeIn(directory_.path())), "k" + std::to_string(day)); }
