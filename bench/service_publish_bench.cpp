@@ -3,7 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/tree.h"
-#include "host/settings/publication.h"
+#include "host/change/publication.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include "service/new_key.h"
 #include "service/settings.h"
 #include "service/z_settings.h"
-#include "values/class_records.h"
-#include "values/java_values.h"
+#include "values/java/class_records.h"
+#include "values/java/java_values.h"
 
 namespace nativesettings {
 

@@ -4,7 +4,7 @@
 
 #include "bridge/java_layer.h"
 #include "nativesettings/paths.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace nativesettings {
 

@@ -9,8 +9,8 @@
 #include "service/failures.h"
 #include "service/settings.h"
 #include "service/validators.h"
-#include "values/class_records.h"
-#include "values/java_values.h"
+#include "values/java/class_records.h"
+#include "values/java/java_values.h"
 
 namespace nativesettings {
 

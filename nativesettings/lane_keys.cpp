@@ -12,10 +12,10 @@
 #include "nativesettings/transactions.h"
 #include "service/bound_key.h"
 #include "service/settings.h"
-#include "values/class_records.h"
-#include "values/local_frames.h"
-#include "values/object_array.h"
-#include "values/primitive_arrays.h"
+#include "values/java/class_records.h"
+#include "values/java/local_frames.h"
+#include "values/java/object_array.h"
+#include "values/java/primitive_arrays.h"
 
 namespace nativesettings {
 namespace {

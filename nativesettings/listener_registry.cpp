@@ -2,7 +2,7 @@
 
 #include "base/never_destroyed.h"
 #include "bridge/java_layer.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace nativesettings {
 namespace {

@@ -9,7 +9,7 @@
 #include "nativesettings/listener_registry.h"
 #include "nativesettings/registration.h"
 #include "service/validators.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 using zlutil::settings::JValidator;
 

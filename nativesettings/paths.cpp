@@ -7,9 +7,9 @@
 #include "bridge/java_layer.h"
 #include "nativesettings/handles.h"
 #include "service/settings.h"
-#include "values/class_records.h"
-#include "values/local_frames.h"
-#include "values/object_array.h"
+#include "values/java/class_records.h"
+#include "values/java/local_frames.h"
+#include "values/java/object_array.h"
 
 namespace nativesettings {
 

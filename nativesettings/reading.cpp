@@ -10,9 +10,9 @@
 #include "nativesettings/records.h"
 #include "service/failures.h"
 #include "service/settings.h"
-#include "values/class_records.h"
-#include "values/java_values.h"
-#include "values/object_array.h"
+#include "values/java/class_records.h"
+#include "values/java/java_values.h"
+#include "values/java/object_array.h"
 
 namespace nativesettings {
 

@@ -1,4 +1,4 @@
-#include "host/settings/stored_value.h"
+#include "values/stored_value.h"
 
 #include <cstring>
 

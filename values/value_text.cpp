@@ -1,4 +1,4 @@
-#include "host/settings/value_text.h"
+#include "values/value_text.h"
 
 #include <charconv>
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include <atomic>
 
-#include "host/settings/publication.h"
-#include "host/settings/stored_value.h"
+#include "host/change/publication.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings {

@@ -4,7 +4,7 @@
 // lock held. May be called from any thread.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

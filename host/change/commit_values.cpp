@@ -1,11 +1,11 @@
 // Many values as one operation: setMultiple and validateMultiple. Time is linear in the number of
 // values: each phase passes over them once, and one acquisition of a lock serves a whole pass.
-#include "host/settings/candidates.h"
-#include "host/settings/foreign_changes.h"
-#include "host/settings/foreign_events.h"
-#include "host/settings/given_text.h"
-#include "host/settings/publication.h"
-#include "host/settings/stored_value.h"
+#include "host/change/external_changes.h"
+#include "host/change/external_events.h"
+#include "host/change/given_text.h"
+#include "host/change/publication.h"
+#include "host/change/value_batch.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

@@ -1,13 +1,13 @@
-#include "host/settings/foreign_changes.h"
+#include "host/change/external_changes.h"
 
 #include <boost/make_shared.hpp>
 
-#include "host/settings/foreign_events.h"
-#include "host/settings/report.h"
-#include "host/settings/stored_difference.h"
-#include "host/settings/stored_value.h"
-#include "host/settings/subtree.h"
+#include "host/change/external_events.h"
+#include "host/change/store_diff.h"
+#include "host/os/report.h"
+#include "host/tree/subtree.h"
 #include "service/identifier.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

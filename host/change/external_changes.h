@@ -3,7 +3,7 @@
 // foreign_events.h). Any thread.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,11 +1,11 @@
-#include "host/settings/foreign_events.h"
+#include "host/change/external_events.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <system_error>
 #include <thread>
 
-#include "host/settings/signals_blocked.h"
+#include "host/os/signals_blocked.h"
 
 namespace zlutil::settings::host {
 namespace {

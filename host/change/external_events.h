@@ -14,7 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/settings/publication.h"
+#include "host/change/publication.h"
 
 namespace zlutil::settings::host {
 

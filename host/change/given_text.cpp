@@ -1,4 +1,4 @@
-#include "host/settings/given_text.h"
+#include "host/change/given_text.h"
 
 #include <boost/variant/get.hpp>
 

@@ -1,13 +1,13 @@
-#include "host/settings/new_key.h"
+#include "host/change/new_key.h"
 
 #include <boost/make_shared.hpp>
 
 #include "base/loaded_library.h"
-#include "host/settings/given_text.h"
-#include "host/settings/java_proxies.h"
-#include "host/settings/publication.h"
-#include "host/settings/structure.h"
-#include "host/settings/value_checks.h"
+#include "host/change/given_text.h"
+#include "host/change/publication.h"
+#include "host/change/structure.h"
+#include "host/change/value_checks.h"
+#include "host/tree/java_proxies.h"
 #include "service/new_key.h"
 #include "values/value_kinds.h"
 

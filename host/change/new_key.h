@@ -2,7 +2,7 @@
 // Any thread; what waits belongs to its thread.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,7 +1,7 @@
 // Resolution of the paths of a transaction.
 #include <typeinfo>
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::detail {

@@ -1,4 +1,4 @@
-#include "host/settings/publication.h"
+#include "host/change/publication.h"
 
 #include "service/events.h"
 

@@ -6,7 +6,7 @@
 #include <boost/container/small_vector.hpp>
 #include <utility>
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,13 +1,13 @@
 // One value at a time: setAny and unset.
-#include "host/settings/commit.h"
-#include "host/settings/foreign_changes.h"
-#include "host/settings/foreign_events.h"
-#include "host/settings/given_text.h"
-#include "host/settings/new_key.h"
-#include "host/settings/publication.h"
-#include "host/settings/stored_value.h"
-#include "host/settings/value_checks.h"
+#include "host/change/commit.h"
+#include "host/change/external_changes.h"
+#include "host/change/external_events.h"
+#include "host/change/given_text.h"
+#include "host/change/new_key.h"
+#include "host/change/publication.h"
+#include "host/change/value_checks.h"
 #include "service/failures.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

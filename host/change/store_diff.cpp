@@ -1,4 +1,4 @@
-#include "host/settings/stored_difference.h"
+#include "host/change/store_diff.h"
 
 #include <unordered_map>
 #include <unordered_set>

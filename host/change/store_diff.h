@@ -1,7 +1,7 @@
 // Comparing a tree with everything that a store holds, where what has changed is not known.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,13 +1,13 @@
-#include "host/settings/structure.h"
+#include "host/change/structure.h"
 
 #include <boost/make_shared.hpp>
 
-#include "host/settings/foreign_changes.h"
-#include "host/settings/foreign_events.h"
-#include "host/settings/new_key.h"
-#include "host/settings/publication.h"
-#include "host/settings/subtree.h"
-#include "host/settings/value_checks.h"
+#include "host/change/external_changes.h"
+#include "host/change/external_events.h"
+#include "host/change/new_key.h"
+#include "host/change/publication.h"
+#include "host/change/value_checks.h"
+#include "host/tree/subtree.h"
 #include "service/failures.h"
 #include "service/identifier.h"
 

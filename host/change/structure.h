@@ -2,7 +2,7 @@
 // published; the store of the user level keeps what was added at run time. Any thread.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,11 +1,11 @@
-#include "host/settings/candidates.h"
+#include "host/change/value_batch.h"
 
 #include <stdexcept>
 #include <typeinfo>
 
-#include "host/settings/stored_value.h"
-#include "host/settings/value_checks.h"
+#include "host/change/value_checks.h"
 #include "service/failures.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

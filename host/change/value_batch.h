@@ -7,7 +7,7 @@
 #include <optional>
 #include <unordered_map>
 
-#include "host/settings/commit.h"
+#include "host/change/commit.h"
 
 namespace zlutil::settings::host {
 

@@ -1,7 +1,7 @@
-#include "host/settings/value_checks.h"
+#include "host/change/value_checks.h"
 
-#include "host/settings/stored_value.h"
 #include "service/failures.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

@@ -3,7 +3,7 @@
 // checkKind alone.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -18,7 +18,7 @@
 
 #include "base/loaded_library.h"
 #include "base/mutex.h"
-#include "host/settings/subscribers.h"
+#include "host/events/subscribers.h"
 
 namespace zlutil::eventmgr {
 namespace {

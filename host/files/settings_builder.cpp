@@ -1,14 +1,14 @@
-#include "host/settings/settings_builder.h"
+#include "host/files/settings_builder.h"
 
 #include <boost/make_shared.hpp>
 #include <cstring>
 #include <initializer_list>
 
 #include "base/text.h"
-#include "host/settings/value_text.h"
 #include "service/identifier.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
+#include "values/value_text.h"
 
 namespace zlutil::settings::host {
 namespace {

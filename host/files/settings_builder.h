@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/settings/settings_parser.h"
+#include "host/files/settings_parser.h"
 
 namespace zlutil::settings::host {
 

@@ -1,9 +1,9 @@
 #include "service/settings_file.h"
 
-#include "host/settings/file_name.h"
-#include "host/settings/replace_file.h"
-#include "host/settings/settings_reader.h"
-#include "host/settings/settings_writer.h"
+#include "host/files/settings_reader.h"
+#include "host/files/settings_writer.h"
+#include "host/os/file_name.h"
+#include "host/os/replace_file.h"
 #include "service/failures.h"
 #include "service/z_settings.h"
 

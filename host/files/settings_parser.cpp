@@ -1,4 +1,4 @@
-#include "host/settings/settings_parser.h"
+#include "host/files/settings_parser.h"
 
 #include <expat.h>
 
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/settings/settings_builder.h"
+#include "host/files/settings_builder.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,4 +1,4 @@
-#include "host/settings/settings_reader.h"
+#include "host/files/settings_reader.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
-#include "host/settings/file_descriptor.h"
-#include "host/settings/file_name.h"
+#include "host/os/file_descriptor.h"
+#include "host/os/file_name.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {

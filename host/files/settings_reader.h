@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/settings/settings_parser.h"
+#include "host/files/settings_parser.h"
 
 namespace zlutil::settings::host {
 

@@ -1,11 +1,11 @@
-#include "host/settings/settings_writer.h"
+#include "host/files/settings_writer.h"
 
 #include <boost/variant/get.hpp>
 #include <optional>
 
-#include "host/settings/value_text.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
+#include "values/value_text.h"
 
 namespace zlutil::settings::host {
 namespace {

@@ -4,7 +4,7 @@
 #include <bitset>
 #include <string>
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,14 +1,14 @@
-#include "host/settings/xml_directory_store.h"
+#include "host/files/xml_directory_store.h"
 
 #include <strings.h>
 
 #include <algorithm>
 #include <filesystem>
 
-#include "host/settings/file_name.h"
-#include "host/settings/report.h"
-#include "host/settings/settings_reader.h"
-#include "host/settings/subtree.h"
+#include "host/files/settings_reader.h"
+#include "host/os/file_name.h"
+#include "host/os/report.h"
+#include "host/tree/subtree.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {

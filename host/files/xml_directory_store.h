@@ -4,7 +4,7 @@
 // not exist holds nothing; standard error says so when somebody has asked for it.
 #pragma once
 
-#include "host/settings/store.h"
+#include "host/tree/store.h"
 
 namespace zlutil::settings::host {
 

@@ -1,4 +1,4 @@
-#include "host/settings/directories.h"
+#include "host/os/directories.h"
 
 #include <dlfcn.h>
 #include <pwd.h>

@@ -1,4 +1,4 @@
-#include "host/settings/file_name.h"
+#include "host/os/file_name.h"
 
 #include <system_error>
 

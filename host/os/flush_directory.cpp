@@ -1,8 +1,8 @@
-#include "host/settings/flush_directory.h"
+#include "host/os/flush_directory.h"
 
 #include <fcntl.h>
 
-#include "host/settings/file_descriptor.h"
+#include "host/os/file_descriptor.h"
 
 namespace zlutil::settings::host {
 

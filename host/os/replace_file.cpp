@@ -1,4 +1,4 @@
-#include "host/settings/replace_file.h"
+#include "host/os/replace_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "host/settings/file_name.h"
-#include "host/settings/flush_directory.h"
+#include "host/os/file_name.h"
+#include "host/os/flush_directory.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {

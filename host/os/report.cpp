@@ -1,4 +1,4 @@
-#include "host/settings/report.h"
+#include "host/os/report.h"
 
 #include <cstdio>
 

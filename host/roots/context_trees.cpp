@@ -1,4 +1,4 @@
-#include "host/settings/context_trees.h"
+#include "host/roots/context_trees.h"
 
 #include <boost/make_shared.hpp>
 #include <charconv>
@@ -9,12 +9,12 @@
 #include <optional>
 
 #include "base/mutex.h"
-#include "host/settings/file_name.h"
-#include "host/settings/fill_from_stores.h"
-#include "host/settings/memory_store.h"
-#include "host/settings/report.h"
-#include "host/settings/user_store.h"
-#include "host/settings/xml_directory_store.h"
+#include "host/files/xml_directory_store.h"
+#include "host/os/file_name.h"
+#include "host/os/report.h"
+#include "host/roots/fill_from_stores.h"
+#include "host/tree/memory_store.h"
+#include "host/user_store/user_store.h"
 #include "service/z_settings.h"
 
 namespace zlutil::settings {

@@ -2,8 +2,8 @@
 // long as the process, so that listeners, handles and stores never outlive it. Any thread.
 #pragma once
 
-#include "host/settings/directories.h"
-#include "host/settings/node.h"
+#include "host/os/directories.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

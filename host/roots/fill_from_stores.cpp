@@ -1,6 +1,6 @@
-#include "host/settings/fill_from_stores.h"
+#include "host/roots/fill_from_stores.h"
 
-#include "host/settings/foreign_changes.h"
+#include "host/change/external_changes.h"
 
 namespace zlutil::settings::host {
 

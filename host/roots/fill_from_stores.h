@@ -1,7 +1,7 @@
 // Connects a new tree with its stores. One thread, before anyone else knows the tree.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

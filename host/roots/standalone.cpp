@@ -2,9 +2,9 @@
 #include <boost/make_shared.hpp>
 
 #include "base/loaded_library.h"
-#include "host/settings/file_name.h"
-#include "host/settings/given_text.h"
-#include "host/settings/settings_reader.h"
+#include "host/change/given_text.h"
+#include "host/files/settings_reader.h"
+#include "host/os/file_name.h"
 #include "service/failures.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"

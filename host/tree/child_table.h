@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/settings/entry.h"
+#include "host/tree/entry.h"
 
 namespace zlutil::settings::host {
 

@@ -1,10 +1,10 @@
-#include "host/settings/entry.h"
+#include "host/tree/entry.h"
 
 #include <atomic>
 
-#include "host/settings/commit.h"
-#include "host/settings/node.h"
-#include "host/settings/structure.h"
+#include "host/change/commit.h"
+#include "host/change/structure.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings {
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "host/settings/tree.h"
-#include "host/settings/validation.h"
+#include "host/tree/tree.h"
+#include "host/tree/validation.h"
 #include "service/settings.h"
 
 namespace zlutil::settings::host {

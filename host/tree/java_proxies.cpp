@@ -1,4 +1,4 @@
-#include "host/settings/java_proxies.h"
+#include "host/tree/java_proxies.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,9 +1,9 @@
-#include "host/settings/key.h"
+#include "host/tree/key.h"
 
-#include "host/settings/node.h"
-#include "host/settings/stored_value.h"
+#include "host/tree/node.h"
 #include "service/change_counts.h"
 #include "service/failures.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

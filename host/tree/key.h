@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "host/settings/entry.h"
+#include "host/tree/entry.h"
 
 namespace zlutil::settings::host {
 

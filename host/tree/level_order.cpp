@@ -1,4 +1,4 @@
-#include "host/settings/level_order.h"
+#include "host/tree/level_order.h"
 
 #include <array>
 #include <boost/make_shared.hpp>

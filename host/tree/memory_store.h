@@ -2,7 +2,7 @@
 // the store has no state and one object serves every tree. Any thread.
 #pragma once
 
-#include "host/settings/store.h"
+#include "host/tree/store.h"
 
 namespace zlutil::settings::host {
 

@@ -1,9 +1,9 @@
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 #include <atomic>
 
-#include "host/settings/commit.h"
-#include "host/settings/structure.h"
+#include "host/change/commit.h"
+#include "host/change/structure.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 

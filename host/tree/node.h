@@ -1,8 +1,8 @@
 // A node: an inner entry with children, found by name without allocating and listed in name order.
 #pragma once
 
-#include "host/settings/child_table.h"
-#include "host/settings/key.h"
+#include "host/tree/child_table.h"
+#include "host/tree/key.h"
 
 namespace zlutil::settings::host {
 

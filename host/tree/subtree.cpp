@@ -1,4 +1,4 @@
-#include "host/settings/subtree.h"
+#include "host/tree/subtree.h"
 
 #include <algorithm>
 #include <boost/make_shared.hpp>

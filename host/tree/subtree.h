@@ -1,7 +1,7 @@
 // Whole subtrees: measuring, copying and describing them. Every recursion is bounded by kMaxDepth.
 #pragma once
 
-#include "host/settings/node.h"
+#include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 

@@ -1,8 +1,8 @@
-#include "host/settings/tree.h"
+#include "host/tree/tree.h"
 
-#include "host/settings/entry.h"
-#include "host/settings/foreign_events.h"
-#include "host/settings/memory_store.h"
+#include "host/change/external_events.h"
+#include "host/tree/entry.h"
+#include "host/tree/memory_store.h"
 #include "service/change_counts.h"
 
 namespace zlutil::settings::host {

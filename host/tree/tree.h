@@ -17,10 +17,10 @@
 #include <memory>
 #include <string>
 
-#include "host/settings/level_order.h"
-#include "host/settings/store.h"
-#include "host/settings/tree_lock.h"
-#include "host/settings/writer_mutex.h"
+#include "host/tree/level_order.h"
+#include "host/tree/store.h"
+#include "host/tree/tree_lock.h"
+#include "host/tree/writer_mutex.h"
 #include "service/context.h"
 
 namespace zlutil::settings::host {

@@ -1,4 +1,4 @@
-#include "host/settings/validation.h"
+#include "host/tree/validation.h"
 
 #include <boost/variant/apply_visitor.hpp>
 #include <boost/variant/get.hpp>
@@ -9,7 +9,7 @@
 
 #include "base/loaded_library.h"
 #include "base/mutex.h"
-#include "host/settings/subscribers.h"
+#include "host/events/subscribers.h"
 #include "service/failures.h"
 
 namespace zlutil::settings {

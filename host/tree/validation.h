@@ -9,7 +9,7 @@
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #include <string>
 
-#include "host/settings/java_proxies.h"
+#include "host/tree/java_proxies.h"
 #include "service/validators.h"
 
 namespace zlutil::settings::host {

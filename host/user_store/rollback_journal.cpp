@@ -1,4 +1,4 @@
-#include "host/settings/rollback_journal.h"
+#include "host/user_store/rollback_journal.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -16,8 +16,7 @@ constexpr std::uint32_t kToTheEnd = 0xFFFFFFFF;
 constexpr std::uint32_t kSmallestPage = 512, kLargestPage = 65536;
 // Of a database's first page.
 constexpr std::size_t kDatabaseHeader = 100, kPageSizeAt = 16, kFormatAt = 18,
-                      kChangeCounterAt = 24,
-                      kDatabaseSizeAt = 28;
+                      kChangeCounterAt = 24, kDatabaseSizeAt = 28;
 constexpr char kWithoutLog = 1;
 
 std::uint32_t number(std::string_view bytes, std::size_t at, int size = 4) {
@@ -74,8 +73,8 @@ class Journal {
     databaseSize_ = number(bytes_, at_ + 16);
     const std::uint32_t nonce = number(bytes_, at_ + 12), sector = number(bytes_, at_ + 20);
     pageSize_ = number(bytes_, at_ + 24);
-    if (!isPageSize(pageSize_) || sector < kHeader || sector > kLargestPage || (sector & (sector - 1)) != 0 ||
-        bytes_.size() - at_ < sector) {
+    if (!isPageSize(pageSize_) || sector < kHeader || sector > kLargestPage ||
+        (sector & (sector - 1)) != 0 || bytes_.size() - at_ < sector) {
       isWhole_ = false;
       return;
     }

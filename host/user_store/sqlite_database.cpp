@@ -1,9 +1,9 @@
-#include "host/settings/sqlite_database.h"
+#include "host/user_store/sqlite_database.h"
 
 #include <cerrno>
 #include <thread>
 
-#include "host/settings/file_name.h"
+#include "host/os/file_name.h"
 
 namespace zlutil::settings::host {
 namespace {

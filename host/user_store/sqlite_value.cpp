@@ -1,4 +1,4 @@
-#include "host/settings/sqlite_value.h"
+#include "host/user_store/sqlite_value.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,9 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
-#include "host/settings/stored_value.h"
-#include "host/settings/value_text.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
+#include "values/value_text.h"
 
 namespace zlutil::settings::host {
 namespace {

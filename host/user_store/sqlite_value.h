@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/settings/sqlite_database.h"
+#include "host/user_store/sqlite_database.h"
 
 namespace zlutil::settings::host {
 

@@ -1,4 +1,4 @@
-#include "host/settings/stamp_watch.h"
+#include "host/user_store/stamp_watch.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -11,10 +11,10 @@
 #include <thread>
 #include <utility>
 
-#include "host/settings/file_descriptor.h"
-#include "host/settings/file_name.h"
-#include "host/settings/report.h"
-#include "host/settings/signals_blocked.h"
+#include "host/os/file_descriptor.h"
+#include "host/os/file_name.h"
+#include "host/os/report.h"
+#include "host/os/signals_blocked.h"
 
 namespace zlutil::settings::host {
 namespace {

@@ -1,10 +1,10 @@
-#include "host/settings/user_database.h"
+#include "host/user_store/user_database.h"
 
 #include <algorithm>
 #include <boost/variant/get.hpp>
 #include <unordered_map>
 
-#include "host/settings/sqlite_value.h"
+#include "host/user_store/sqlite_value.h"
 #include "service/identifier.h"
 #include "values/value_kinds.h"
 

@@ -19,9 +19,9 @@
 #include <optional>
 #include <vector>
 
-#include "host/settings/sqlite_database.h"
-#include "host/settings/store.h"
-#include "host/settings/value_writer.h"
+#include "host/tree/store.h"
+#include "host/user_store/sqlite_database.h"
+#include "host/user_store/value_writer.h"
 
 namespace zlutil::settings::host {
 

@@ -1,11 +1,11 @@
-#include "host/settings/user_store.h"
+#include "host/user_store/user_store.h"
 
 #include <algorithm>
 #include <cerrno>
 
-#include "host/settings/file_name.h"
-#include "host/settings/foreign_changes.h"
-#include "host/settings/report.h"
+#include "host/change/external_changes.h"
+#include "host/os/file_name.h"
+#include "host/os/report.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {

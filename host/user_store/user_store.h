@@ -15,10 +15,10 @@
 
 #include "base/mutex.h"
 #include "base/thread_annotations.h"
-#include "host/settings/file_identity.h"
-#include "host/settings/stamp_watch.h"
-#include "host/settings/user_store_opening.h"
-#include "host/settings/user_store_stamp.h"
+#include "host/os/file_identity.h"
+#include "host/user_store/stamp_watch.h"
+#include "host/user_store/user_store_opening.h"
+#include "host/user_store/user_store_stamp.h"
 
 namespace zlutil::settings::host {
 

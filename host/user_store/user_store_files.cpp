@@ -1,4 +1,4 @@
-#include "host/settings/user_store_files.h"
+#include "host/user_store/user_store_files.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,9 +11,9 @@
 #include <filesystem>
 #include <thread>
 
-#include "host/settings/file_name.h"
-#include "host/settings/flush_directory.h"
-#include "host/settings/sqlite_database.h"
+#include "host/os/file_name.h"
+#include "host/os/flush_directory.h"
+#include "host/user_store/sqlite_database.h"
 
 namespace zlutil::settings::host {
 namespace {

@@ -17,7 +17,7 @@
 #include <optional>
 #include <string>
 
-#include "host/settings/file_descriptor.h"
+#include "host/os/file_descriptor.h"
 
 namespace zlutil::settings::host {
 

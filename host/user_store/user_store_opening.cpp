@@ -1,4 +1,4 @@
-#include "host/settings/user_store_opening.h"
+#include "host/user_store/user_store_opening.h"
 
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "host/settings/file_name.h"
-#include "host/settings/rollback_journal.h"
-#include "host/settings/user_store_recovery.h"
-#include "host/settings/user_store_stamp.h"
+#include "host/os/file_name.h"
+#include "host/user_store/rollback_journal.h"
+#include "host/user_store/user_store_recovery.h"
+#include "host/user_store/user_store_stamp.h"
 
 namespace zlutil::settings::host {
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "host/settings/user_database.h"
-#include "host/settings/user_store_files.h"
+#include "host/user_store/user_database.h"
+#include "host/user_store/user_store_files.h"
 
 namespace zlutil::settings::host {
 

@@ -1,4 +1,4 @@
-#include "host/settings/user_store_recovery.h"
+#include "host/user_store/user_store_recovery.h"
 
 #include <sys/stat.h>
 
@@ -7,10 +7,10 @@
 #include <ctime>
 #include <filesystem>
 
-#include "host/settings/file_name.h"
-#include "host/settings/report.h"
-#include "host/settings/rollback_journal.h"
-#include "host/settings/user_database.h"
+#include "host/os/file_name.h"
+#include "host/os/report.h"
+#include "host/user_store/rollback_journal.h"
+#include "host/user_store/user_database.h"
 
 namespace zlutil::settings::host {
 namespace {

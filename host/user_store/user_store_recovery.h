@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "host/settings/user_store_files.h"
-#include "host/settings/user_store_stamp.h"
+#include "host/user_store/user_store_files.h"
+#include "host/user_store/user_store_stamp.h"
 
 namespace zlutil::settings::host {
 

@@ -1,11 +1,11 @@
-#include "host/settings/user_store_stamp.h"
+#include "host/user_store/user_store_stamp.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <string_view>
 
-#include "host/settings/user_store_files.h"
+#include "host/user_store/user_store_files.h"
 
 namespace zlutil::settings::host {
 namespace {

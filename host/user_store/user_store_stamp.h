@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/settings/file_descriptor.h"
+#include "host/os/file_descriptor.h"
 
 namespace zlutil::settings::host {
 

@@ -10,7 +10,7 @@
 #include "service/failures.h"
 #include "tests/bridge_contract/contract_test.h"
 #include "tests/support/patched_java.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace {
 

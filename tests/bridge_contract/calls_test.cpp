@@ -7,8 +7,8 @@
 #include "nativesettings/reading.h"
 #include "tests/bridge_contract/contract_test.h"
 #include "tests/support/patched_java.h"
-#include "values/class_records.h"
-#include "values/object_array.h"
+#include "values/java/class_records.h"
+#include "values/java/object_array.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "nativesettings/java_validator.h"
 #include "tests/bridge_contract/contract_test.h"
 #include "tests/support/patched_java.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
 extern "C" void JNICALL JNI_OnUnload(JavaVM*, void*);

@@ -1,6 +1,6 @@
 // The contract suite run on the embedded settings service: on a standalone tree and on the tree of
 // a context whose directories are empty.
-#include "host/settings/context_trees.h"
+#include "host/roots/context_trees.h"
 #include "tests/contract/service_contract.h"
 
 namespace test {

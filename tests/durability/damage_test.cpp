@@ -2,7 +2,7 @@
 // and what it held does not vanish without a word.
 #include <random>
 
-#include "host/settings/rollback_journal.h"
+#include "host/user_store/rollback_journal.h"
 #include "tests/durability/failing_system.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"

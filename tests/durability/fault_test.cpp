@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <thread>
 
-#include "host/settings/foreign_changes.h"
-#include "host/settings/user_store_recovery.h"
+#include "host/change/external_changes.h"
+#include "host/user_store/user_store_recovery.h"
 #include "tests/durability/failing_system.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"

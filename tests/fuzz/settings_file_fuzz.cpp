@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/settings/settings_parser.h"
-#include "host/settings/settings_writer.h"
+#include "host/files/settings_parser.h"
+#include "host/files/settings_writer.h"
 #include "service/failures.h"
 
 namespace {

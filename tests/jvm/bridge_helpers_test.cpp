@@ -9,7 +9,7 @@
 #include "bridge/shared_object.h"
 #include "tests/support/bridge_test.h"
 #include "tests/support/patched_java.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace {
 

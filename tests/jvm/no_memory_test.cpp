@@ -8,7 +8,7 @@
 #include "nativesettings/reading.h"
 #include "tests/support/bridge_test.h"
 #include "tests/support/patched_java.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Typed values through the bridge: every kind, both directions, at the edges.
-#include "values/java_values.h"
+#include "values/java/java_values.h"
 
 #include <cmath>
 #include <cstring>
 #include <limits>
 
 #include "tests/support/bridge_test.h"
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 namespace {
 

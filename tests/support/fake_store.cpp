@@ -1,6 +1,6 @@
 #include "tests/support/fake_store.h"
 
-#include "host/settings/foreign_changes.h"
+#include "host/change/external_changes.h"
 #include "service/failures.h"
 
 namespace test {

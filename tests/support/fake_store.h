@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "host/settings/store.h"
+#include "host/tree/store.h"
 
 namespace test {
 

@@ -1,7 +1,7 @@
 #include "tests/support/user_tree.h"
 
-#include "host/settings/sqlite_value.h"
-#include "host/settings/subtree.h"
+#include "host/tree/subtree.h"
+#include "host/user_store/sqlite_value.h"
 #include "values/value_kinds.h"
 
 namespace test {

@@ -3,10 +3,10 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/settings/fill_from_stores.h"
-#include "host/settings/memory_store.h"
-#include "host/settings/user_store.h"
-#include "host/settings/xml_directory_store.h"
+#include "host/files/xml_directory_store.h"
+#include "host/roots/fill_from_stores.h"
+#include "host/tree/memory_store.h"
+#include "host/user_store/user_store.h"
 #include "tests/support/settings_verbs.h"
 
 namespace test {

@@ -1,4 +1,4 @@
-#include "values/class_info.h"
+#include "values/java/class_info.h"
 
 #include <string>
 

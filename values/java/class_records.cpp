@@ -1,4 +1,4 @@
-#include "values/class_records.h"
+#include "values/java/class_records.h"
 
 #include "base/never_destroyed.h"
 #include "bridge/java_layer.h"

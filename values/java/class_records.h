@@ -9,7 +9,7 @@
 #include <set>
 #include <string>
 
-#include "values/class_info.h"
+#include "values/java/class_info.h"
 #include "values/value_kinds.h"
 
 namespace nativesettings {

@@ -4,10 +4,10 @@
 
 #include "bridge/converters.h"
 #include "bridge/java_layer.h"
-#include "values/class_records.h"
-#include "values/java_values.h"
-#include "values/my_wrapper.h"
-#include "values/object_array.h"
+#include "values/java/class_records.h"
+#include "values/java/java_values.h"
+#include "values/java/my_wrapper.h"
+#include "values/java/object_array.h"
 #include "values/try_next_type.h"
 
 namespace nativesettings {

@@ -1,6 +1,6 @@
 // Setting values between the service's boost::any and Java's boxed objects and arrays. The kinds
 // and their order are those of values/value_kinds.h, the Java classes those of
-// values/class_records.h. Unsigned values travel as the bit pattern of the same width.
+// values/java/class_records.h. Unsigned values travel as the bit pattern of the same width.
 //
 // Threads: any, with that thread's environment. Results are local references.
 #pragma once

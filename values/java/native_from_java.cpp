@@ -2,10 +2,10 @@
 #include <stdexcept>
 
 #include "bridge/java_layer.h"
-#include "values/class_records.h"
-#include "values/java_values.h"
-#include "values/local_frames.h"
-#include "values/my_wrapper.h"
+#include "values/java/class_records.h"
+#include "values/java/java_values.h"
+#include "values/java/local_frames.h"
+#include "values/java/my_wrapper.h"
 #include "values/try_next_type.h"
 
 namespace nativesettings {

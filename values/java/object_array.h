@@ -6,7 +6,7 @@
 #include <boost/numeric/conversion/cast.hpp>
 #include <cstddef>
 
-#include "values/local_frames.h"
+#include "values/java/local_frames.h"
 
 namespace nativesettings {
 

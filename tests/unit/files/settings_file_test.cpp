@@ -4,9 +4,9 @@
 
 #include <limits>
 
-#include "host/settings/stored_value.h"
 #include "tests/support/settings_verbs.h"
 #include "tests/support/temporary_directory.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace test {

@@ -1,5 +1,5 @@
 // The tree of a context, read from its directories.
-#include "host/settings/context_trees.h"
+#include "host/roots/context_trees.h"
 #include "tests/support/settings_verbs.h"
 #include "tests/support/temporary_directory.h"
 

@@ -1,6 +1,6 @@
 // The lock of a tree's memory, seen through what it guards: two plain numbers that differ only
 // while a writer is inside. Under the thread sanitizer an access that nothing orders fails as well.
-#include "host/settings/tree_lock.h"
+#include "host/tree/tree_lock.h"
 
 #include <gtest/gtest.h>
 

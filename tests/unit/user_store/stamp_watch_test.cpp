@@ -1,5 +1,5 @@
 // The thread that watches a stamp file, without a store.
-#include "host/settings/stamp_watch.h"
+#include "host/user_store/stamp_watch.h"
 
 #include <gtest/gtest.h>
 

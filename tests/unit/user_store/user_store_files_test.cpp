@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/settings/report.h"
-#include "host/settings/user_store_stamp.h"
+#include "host/os/report.h"
+#include "host/user_store/user_store_stamp.h"
 #include "tests/support/user_store_fixture.h"
 
 namespace test {

@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-#include "host/settings/foreign_changes.h"
+#include "host/change/external_changes.h"
 #include "tests/support/user_store_fixture.h"
 
 namespace test {

@@ -3,9 +3,9 @@
 #include <boost/variant/get.hpp>
 #include <limits>
 
-#include "host/settings/sqlite_value.h"
-#include "host/settings/stored_value.h"
+#include "host/user_store/sqlite_value.h"
 #include "tests/support/user_store_fixture.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace test {

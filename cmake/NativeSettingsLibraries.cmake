@@ -1,0 +1,53 @@
+# The rooms, lowest first, and the two libraries made of them. ARCHITECTURE.md draws the same arrows.
+add_room(ns_base FOLDER base LIBRARIES TBB::tbb ${CMAKE_DL_LIBS})
+add_room(ns_service FOLDER service USES ns_base)
+add_room(ns_values FOLDER values USES ns_base)
+
+add_room(host_os FOLDER host/os USES ns_base ns_service)
+add_room(host_process FOLDER host/process USES ns_base ns_service)
+add_room(host_events FOLDER host/events USES ns_base ns_service)
+add_room(host_tree FOLDER host/tree USES ns_base ns_service ns_values host_events)
+add_room(host_change FOLDER host/change
+  USES ns_base ns_service ns_values host_os host_events host_tree)
+add_room(host_files FOLDER host/files
+  USES ns_base ns_service ns_values host_os host_tree LIBRARIES EXPAT::EXPAT)
+add_room(host_user_store FOLDER host/user_store
+  USES ns_base ns_service ns_values host_os host_tree host_change
+  LIBRARIES SQLite::SQLite3 nlohmann_json::nlohmann_json)
+add_room(host_roots FOLDER host/roots
+  USES ns_base ns_service ns_values host_os host_tree host_change host_files host_user_store)
+
+# The settings service without a JVM, for tests and fuzz targets that reach what is behind the
+# contract.
+collect_rooms(host_rooms ns_base ns_service ns_values host_os host_process host_events host_tree
+  host_change host_files host_user_store host_roots)
+
+# libsettingshost: the settings service, the Java layer and engine sessions. It may own threads, so it
+# is never unmapped. And it is there once in a process, for all bridges: its symbols carry its version,
+# so that the linker refuses a bridge that was built for another.
+add_library(settingshost SHARED)
+target_link_libraries(settingshost PUBLIC build_settings PRIVATE host_rooms)
+set(version_script ${CMAKE_CURRENT_BINARY_DIR}/settingshost.version)
+file(CONFIGURE OUTPUT ${version_script} CONTENT "SETTINGSHOST_${PROJECT_VERSION} { global: *; };\n")
+target_link_options(settingshost PRIVATE -Wl,-z,nodelete -Wl,--version-script=${version_script})
+
+if(NATIVESETTINGS_JAVA)
+  add_room(ns_bridge FOLDER bridge USES ns_base LIBRARIES jni_headers)
+  add_room(host_javalayer FOLDER host/javalayer USES ns_base ns_bridge)
+  target_sources(settingshost PRIVATE $<TARGET_OBJECTS:host_javalayer>)
+  target_link_libraries(settingshost PRIVATE jni_headers)
+
+  add_room(ns_java_values FOLDER values/java USES ns_base ns_values ns_bridge)
+  add_room(ns_natives FOLDER nativesettings
+    USES ns_base ns_service ns_values ns_bridge ns_java_values)
+  collect_rooms(bridge_rooms ns_bridge ns_java_values ns_natives)
+
+  # The bridge brings its own conversions of text, so that it asks nothing of a host but the contract.
+  add_library(bridge_base STATIC base/text.cpp)
+  target_link_libraries(bridge_base PUBLIC build_settings)
+
+  # libnativesettings: the bridge. It shows only what its contract names.
+  add_library(nativesettings SHARED)
+  target_link_libraries(nativesettings PRIVATE bridge_rooms bridge_base settingshost)
+  target_link_options(nativesettings PRIVATE -Wl,--exclude-libs,ALL)
+endif()
