@@ -71,7 +71,7 @@ void recordChange(SettingContext& context, const Settings& node, const std::stri
 // Sets or, with a context, records the value. The caller has opened the guard.
 void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstring key,
               jobject settingInfo, jstring level) {
-  translating(Failed(env, path, key, false, "Attempting to set"), [&] {
+  translating(FailureTranslator(env, path, key, false, "Attempting to set"), [&] {
     const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, key);
     const boost::optional<GivenValue> given = readInfo(env, settingInfo);
@@ -94,7 +94,7 @@ void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstri
 
 // Adds the key without its value if it is still waiting for it. Listeners hear of that, so a
 // pending exception is put aside meanwhile.
-void settle(JNIEnv* env, const Failed& failed) {
+void settle(JNIEnv* env, const FailureTranslator& failed) {
   jthrowable pending = env->ExceptionOccurred();
   env->ExceptionClear();
   translating(failed, [] { NewKey::settle(); });
@@ -111,7 +111,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   const bool asOne = isKey && &NewKey::expectValue && &NewKey::settle;
   if (asOne) NewKey::expectValue();
   bool added = false;
-  translating(Failed(env, path, name, false), [&] {
+  translating(FailureTranslator(env, path, name, false), [&] {
     const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
     if (!parent) return throwNotFound(env, path, nullptr);
     const std::string entryName = zljGetStdString(env, name);
@@ -126,7 +126,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   // Within the same guard: a key must not come without its value because the JVM goes down between
   // the two steps.
   if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
-  if (asOne) settle(env, Failed(env, path, name, false));
+  if (asOne) settle(env, FailureTranslator(env, path, name, false));
 }
 
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,
@@ -144,7 +144,7 @@ void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring k
         const std::string keyName = zljGetStdString(env, key);
         node->unset(keyName, zljGetStdString(env, level));
       },
-      Failed(env, path, key, false, "Attempting to unset"));
+      FailureTranslator(env, path, key, false, "Attempting to unset"));
 }
 
 void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
@@ -171,7 +171,7 @@ void nativeDelete(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring 
           parent->removeNode(childName);
         }
       },
-      Failed(env, path, name, false));
+      FailureTranslator(env, path, name, false));
 }
 
 void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firstPath,
@@ -185,7 +185,7 @@ void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firs
         if (!first) return throwNotFound(env, firstPath, nullptr);
         first->copySubtree(second, newName);
       },
-      Failed(env, firstPath, nullptr, false));
+      FailureTranslator(env, firstPath, nullptr, false));
 }
 
 jboolean nativeIsKeyNameValid(JNIEnv* env, jclass, jstring name) {

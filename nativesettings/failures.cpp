@@ -28,7 +28,7 @@ void throwNotFound(JNIEnv* env, jobjectArray path, jstring key) {
                            getDotPathFromJava(env, path, key).c_str());
 }
 
-bool Failed::begin(std::string& path) const {
+bool FailureTranslator::begin(std::string& path) const {
   if (env_->ExceptionCheck()) {
     if (whenPending_) {
       throwJavaExceptionHelper(env_, runtimeException, whenPending_);
@@ -44,33 +44,34 @@ bool Failed::begin(std::string& path) const {
   }
 }
 
-void Failed::withPath(jzi::ConsInfo& cls, const char* prefix) const {
+void FailureTranslator::withPath(jzi::ConsInfo& cls, const char* prefix) const {
   std::string path;
   if (begin(path)) throwJavaExceptionHelper(env_, chosen(cls), (prefix + path).c_str());
 }
 
-void Failed::with(jzi::ConsInfo& cls, const std::string& message) const {
+void FailureTranslator::with(jzi::ConsInfo& cls, const std::string& message) const {
   std::string path;
   if (begin(path)) throwJavaExceptionHelper(env_, chosen(cls), message.c_str());
 }
 
-void Failed::composed(jzi::ConsInfo& cls, const char* prefix, const std::string& detail) const {
+void FailureTranslator::composed(jzi::ConsInfo& cls, const char* prefix,
+                                 const std::string& detail) const {
   std::string path;
   if (!begin(path)) return;
   throwJavaExceptionMessageHelper(env_, prefix, path.c_str(), detail, chosen(cls));
 }
 
-void Failed::unknown() const {
+void FailureTranslator::unknown() const {
   std::string path;
   static_cast<void>(begin(path));
 }
 
-jzi::ConsInfo& Failed::chosen(jzi::ConsInfo& cls) const {
+jzi::ConsInfo& FailureTranslator::chosen(jzi::ConsInfo& cls) const {
   return asRuntime_ ? runtimeException : cls;
 }
 
 void handleException(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime) {
-  translating(Failed(env, path, key, asRuntime), [] { throw; });
+  translating(FailureTranslator(env, path, key, asRuntime), [] { throw; });
 }
 
 }  // namespace nativesettings

@@ -29,10 +29,10 @@ void throwNotFound(JNIEnv* env, jobjectArray path, jstring key);
 // its arguments and may be null; `asRuntime` makes every settings failure a RuntimeException. A
 // Java exception that is pending already is replaced: by a RuntimeException with the text
 // `whenPending` if that is not null, otherwise as if it had not been there.
-class Failed {
+class FailureTranslator {
  public:
-  Failed(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime,
-         const char* whenPending = nullptr)
+  FailureTranslator(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime,
+                    const char* whenPending = nullptr)
       : env_(env), path_(path), key_(key), asRuntime_(asRuntime), whenPending_(whenPending) {}
 
   // Raises an exception of the class with the dotted path, after the prefix.
@@ -60,7 +60,7 @@ class Failed {
 // swallowed, on purpose. A template, so that the exception is caught where the body is: handing it
 // on and throwing it again would take longer than the rest of a failure.
 template <class Body>
-void translating(const Failed& failed, Body&& body) {
+void translating(const FailureTranslator& failed, Body&& body) {
   using namespace KORVEN::settings::core;
   using zlutil::settings::Failure;
   // The order is the meaning: the last clauses would catch what the first ones are for.

@@ -35,7 +35,7 @@ class NativeFrame {
 // Runs `body()`; a C++ exception becomes a Java exception as `failed` says. Returns the result of
 // the body, or `failure` when it threw or when the JVM is going down.
 template <class Result, class Body>
-Result guarded(JNIEnv* env, Result failure, Body&& body, const Failed& failed) {
+Result guarded(JNIEnv* env, Result failure, Body&& body, const FailureTranslator& failed) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return failure;
   Result result = failure;
@@ -45,7 +45,7 @@ Result guarded(JNIEnv* env, Result failure, Body&& body, const Failed& failed) {
 
 // The same for a method without a result.
 template <class Body>
-void guardedVoid(JNIEnv* env, Body&& body, const Failed& failed) {
+void guardedVoid(JNIEnv* env, Body&& body, const FailureTranslator& failed) {
   const NativeFrame frame(env);
   if (frame.isOpen()) translating(failed, std::forward<Body>(body));
 }

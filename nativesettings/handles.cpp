@@ -60,7 +60,7 @@ jlong nativeLoadSettings(JNIEnv* env, jclass, jstring fileName) {
         throwJavaExceptionHelper(env, runtimeException, message.c_str());
         return 0;
       },
-      Failed(env, nullptr, fileName, false));
+      FailureTranslator(env, nullptr, fileName, false));
 }
 
 jstring nativeGetFactoryDir(JNIEnv* env, jclass, jlong handle) {

@@ -7,20 +7,20 @@
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
 #include "nativesettings/native_row.h"
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 
 namespace nativesettings {
 namespace {
 
-using zlutil::settings::ChangeCounts;
+using zlutil::settings::ChangeCounters;
 
 constexpr const char* kLaneClass = "com/velonix/services/settings/NativeLane";
 
 // Returns the memory of the service's change counters, which Java borrows for good: the host is
 // never unmapped. Null when the host has none.
 jobject changeCounters(JNIEnv* env, jclass) {
-  if (!&ChangeCounts::table) return nullptr;
-  ChangeCounts::Table& table = ChangeCounts::table();
+  if (!&ChangeCounters::table) return nullptr;
+  ChangeCounters::Table& table = ChangeCounters::table();
   return env->NewDirectByteBuffer(table.data(), sizeof(table));
 }
 

@@ -61,7 +61,7 @@ void nativeAddRemoveListener(JNIEnv* env, jclass, jobject source, jlong handle, 
                              jstring keyName, jobject listener) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return;
-  translating(Failed(env, path, keyName, false), [&] {
+  translating(FailureTranslator(env, path, keyName, false), [&] {
     const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, nullptr);
     const SettingsPtr target = keyName ? getChildFromJava(env, node, keyName, false) : node;

@@ -62,7 +62,7 @@ jobject nativeGet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring 
         if (value) return jzi::construct(env, globalConsInfos, &settingInfoObjCons, value);
         return env->ExceptionCheck() ? nullptr : typeOnly(env, node, key);
       },
-      Failed(env, path, key, false));
+      FailureTranslator(env, path, key, false));
 }
 
 jstring nativeGetLevel(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key) {
@@ -81,7 +81,7 @@ jstring nativeGetLevel(JNIEnv* env, jclass, jlong handle, jobjectArray path, jst
                          [&](const std::string& level) { return node->isSet(name, level); });
         return found == levels.end() ? nullptr : jzi::ToJava::javaString(env, *found);
       },
-      Failed(env, path, key, false));
+      FailureTranslator(env, path, key, false));
 }
 
 jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key,
@@ -99,7 +99,7 @@ jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstri
         }
         return JNI_FALSE;  // what does not exist is not set
       },
-      Failed(env, path, key, true));
+      FailureTranslator(env, path, key, true));
 }
 
 jboolean nativeExists(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key) {
@@ -115,7 +115,7 @@ jboolean nativeExists(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstr
         }
         return JNI_FALSE;
       },
-      Failed(env, path, key, true));
+      FailureTranslator(env, path, key, true));
 }
 
 jboolean nativeIsChildNode(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name) {
@@ -128,7 +128,7 @@ jboolean nativeIsChildNode(JNIEnv* env, jclass, jlong handle, jobjectArray path,
         throwNotFound(env, path, name);
         return JNI_FALSE;
       },
-      Failed(env, path, name, false));
+      FailureTranslator(env, path, name, false));
 }
 
 jobjectArray nativeGetChildren(JNIEnv* env, jclass, jlong handle, jobjectArray path,
@@ -153,7 +153,7 @@ jobjectArray nativeGetChildren(JNIEnv* env, jclass, jlong handle, jobjectArray p
           return jzi::ToJava::javaString(env, first[i]->getName());
         });
       },
-      Failed(env, path, nullptr, true));
+      FailureTranslator(env, path, nullptr, true));
 }
 
 }  // namespace nativesettings

@@ -12,11 +12,11 @@ packages=(
   g++ cmake ninja-build ccache openjdk-17-jdk-headless libboost-dev libtbb-dev libexpat1-dev libsqlite3-dev
   nlohmann-json3-dev
   # to test
-  libgtest-dev libbenchmark-dev junit5 clang-14 clang-tidy-14 libclang-rt-14-dev binutils
+  libgtest-dev libbenchmark-dev junit5 clang-14 clang-tidy-14 libclang-rt-14-dev binutils python3
 )
 case ${1:-} in
   bench)
-    packages+=(python3 pkg-config libglib2.0-dev libequinox-preferences-java libequinox-common-java
+    packages+=(pkg-config libglib2.0-dev libequinox-preferences-java libequinox-common-java
       libeclipse-osgi-java libosgi-compendium-java libcommons-configuration2-java)
     ;;
   coverage) packages+=(gcovr libjacoco-java) ;;

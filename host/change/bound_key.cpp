@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "host/change/publication.h"
+#include "host/change/tree_edit.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
 
@@ -26,22 +26,27 @@ class BoundKeyInTree final : public BoundKey {
     });
   }
 
+  // A level that outlives the tree is left to the node: there the store takes the time.
   bool setAny(int level, boost::any& value) noexcept override {
-    boost::any replaced;
-    return change(level, [&](Key& key, ChangedKeys& changed) {
-      if (key.guard() || !isOfKind(key, value)) return false;
-      if (sameValue(key.value(level), value)) return true;
-      replaced.swap(value);
-      show(key, level, replaced, changed);
+    return orRefused([&] {
+      tree().look();
+      TreeEdit edit(tree());
+      Key* const key = findToChange(level);
+      if (!key || key->effectiveValidator() || !isOfKind(*key, value)) return false;
+      edit.replaceValue(*key, level, std::move(value));
+      edit.finish();
       return true;
     });
   }
 
   bool unset(int level) noexcept override {
-    boost::any replaced;
-    return change(level, [&](Key& key, ChangedKeys& changed) {
-      if (key.value(level).empty()) return false;
-      show(key, level, replaced, changed);
+    return orRefused([&] {
+      tree().look();
+      TreeEdit edit(tree());
+      Key* const key = findToChange(level);
+      if (!key || key->value(level).empty()) return false;
+      edit.replaceValue(*key, level, boost::any());
+      edit.finish();
       return true;
     });
   }
@@ -60,24 +65,6 @@ class BoundKeyInTree final : public BoundKey {
     } catch (const std::exception&) {
       return false;
     }
-  }
-
-  // Runs `body(key, changed)` as the only writer, and then tells of what it has changed; false when
-  // the body returns false. A level that outlives the tree is left to the node: there the store
-  // takes the time.
-  template <class Body>
-  bool change(int level, const Body& body) noexcept {
-    return orRefused([&] {
-      tree().look();
-      ChangedKeys changed;
-      {
-        WriterLock writer(tree().writer());
-        Key* const key = findToChange(level);
-        if (!key || !body(*key, changed)) return false;
-      }
-      changed.publish();
-      return true;
-    });
   }
 
   Tree& tree() const { return root_->tree(); }
@@ -115,12 +102,6 @@ class BoundKeyInTree final : public BoundKey {
     if (tree().isReadOnly(level) || tree().store(level).keepsChanges()) return nullptr;
     Key* const key = find();
     return key && key->isAttached() ? key : nullptr;
-  }
-
-  static void show(Key& key, int level, boost::any& value, ChangedKeys& changed) {
-    WriteLock lock(key.tree().lock());
-    key.swapValue(level, value);
-    changed.add(key);
   }
 
   const NodePtr root_;

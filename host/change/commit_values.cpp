@@ -1,9 +1,8 @@
-// Many values as one operation: setMultiple and validateMultiple. Time is linear in the number of
-// values: each phase passes over them once, and one acquisition of a lock serves a whole pass.
-#include "host/change/external_changes.h"
-#include "host/change/external_events.h"
+// Many values as one operation: Entry::setMultiple and validateMultiple. Time is linear in the
+// number of values: each phase passes over them once, and one acquisition of a lock serves a whole
+// pass.
 #include "host/change/given_text.h"
-#include "host/change/publication.h"
+#include "host/change/tree_edit.h"
 #include "host/change/value_batch.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
@@ -11,13 +10,7 @@
 namespace zlutil::settings::host {
 namespace {
 
-using Candidate = Candidates::Candidate;
-
-// A changed key with its new value, and after the exchange with its old one.
-struct KeyChange {
-  Key* key;
-  boost::any value;
-};
+using Candidate = ValueBatch::Candidate;
 
 // What the candidates come to: for each key, in order of first appearance, its last value. A key's
 // mark says where it stands in the list; a mark that an earlier commit has left says nothing, and
@@ -39,9 +32,8 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
 
 // The changes that remain when values that are stored already are left out; none is where others
 // may have stored another one meanwhile (`isCurrent` is false). The caller holds the writer.
-std::vector<KeyChange> changesOf(const std::vector<Candidate>& candidates, int level,
-                                 bool isCurrent) {
-  std::vector<KeyChange> changes;
+KeyChanges changesOf(const std::vector<Candidate>& candidates, int level, bool isCurrent) {
+  KeyChanges changes;
   changes.reserve(candidates.size());
   for (const Candidate* candidate : lastOfEachKey(candidates)) {
     if (isCurrent && sameValue(candidate->key->value(level), *candidate->value)) continue;
@@ -51,7 +43,7 @@ std::vector<KeyChange> changesOf(const std::vector<Candidate>& candidates, int l
 }
 
 // The caller holds the writer.
-Changes describe(Tree& tree, const std::vector<KeyChange>& changes) {
+Changes describe(Tree& tree, const KeyChanges& changes) {
   Changes batch;
   batch.reserve(changes.size());
   ReadLock lock(tree.lock());
@@ -65,30 +57,37 @@ Changes describe(Tree& tree, const std::vector<KeyChange>& changes) {
   return batch;
 }
 
-// Stores the candidates and makes them visible. False, and nothing done, when one of them cannot go
-// into its key, or when validators have to be asked and have not been.
-bool commit(Tree& tree, Candidates& candidates, int level, bool validated, ChangedKeys& changed) {
-  std::vector<KeyChange> changes;  // the old values are let go of after the locks
-  const TellOfOthers telling(tree);
-  WriterLock writer(tree.writer());
-  const auto fit = [&] { return candidates.fit() && (validated || !candidates.hasValidators()); };
-  if (!fit()) return false;
-  Store& store = tree.store(level);
-  changes = changesOf(candidates.list(), level, store.isCurrent());
+// Stores the batch and makes it visible. Returns false, with nothing done, if one of the values
+// cannot go into its key, or if validators have to judge and have not.
+bool tryCommitting(TreeEdit& edit, Tree& tree, ValueBatch& batch, int level, bool isValidated) {
+  const auto isPossible = [&] {
+    return batch.resolve() && (isValidated || !batch.hasValidators());
+  };
+  if (!isPossible()) return false;
+  KeyChanges changes = changesOf(batch.list(), level, tree.store(level).isCurrent());
   if (changes.empty()) return true;
-  if (store.keepsChanges() &&
-      !store.apply(describe(tree, changes), [&](const ForeignChanges& foreign) {
-        bringIn(tree, level, foreign);
-        return fit();
-      })) {
+  if (!edit.store(
+          level, [&] { return describe(tree, changes); }, isPossible))
     return false;
-  }
-  WriteLock lock(tree.lock());
-  for (KeyChange& change : changes) {
-    change.key->swapValue(level, change.value);
-    if (!sameValue(change.key->value(level), change.value)) changed.add(*change.key);
-  }
+  edit.replaceValues(level, std::move(changes));
   return true;
+}
+
+// Commits the batch, or returns why it cannot be.
+SettingsProblems commit(Tree& tree, ValueBatch& batch, int level) {
+  for (bool isValidated = false;;) {
+    {
+      TreeEdit edit(tree);
+      if (tryCommitting(edit, tree, batch, level, isValidated)) {
+        edit.finish();
+        return {};
+      }
+    }
+    // Another writer may come before the next attempt; what is impossible by then is found there.
+    SettingsProblems problems = batch.findProblems();
+    if (!problems.empty()) return problems;
+    isValidated = batch.hasValidators();
+  }
 }
 
 // Runs `operation`, which gives problems; what it throws becomes one more. For a failure of the
@@ -108,38 +107,29 @@ SettingsProblems withoutThrowing(const ValueRange& values, const Operation& oper
 
 }  // namespace
 
-SettingsProblems commitValues(Tree& tree, const ValueRange& given, const std::string& levelText) {
+SettingsProblems Entry::setMultiple(const ValueRange& given, const std::string& levelText, int) {
   return withoutThrowing(given, [&] {
     const int level = requireLevel(levelText);
     SettingsValues place;
     SettingsProblems noTexts;
     const ValueRange values = withNarrowTexts(given, place, noTexts);
     if (!noTexts.empty()) return noTexts;
-    tree.look();
-    Candidates candidates(tree, values, level);
-    ChangedKeys changed;
-    // Another writer may come between the validators and the next attempt; what has become
-    // impossible by then is found by the next check.
-    for (bool validated = false; !commit(tree, candidates, level, validated, changed);) {
-      SettingsProblems problems = candidates.check();
-      if (!problems.empty()) return problems;
-      validated = candidates.hasValidators();
-    }
-    changed.publish();
-    return SettingsProblems();
+    tree().look();
+    ValueBatch batch(tree(), values, level);
+    return commit(tree(), batch, level);
   });
 }
 
-SettingsProblems validateValues(Tree& tree, const ValueRange& given) {
+SettingsProblems Entry::validateMultiple(const ValueRange& given, int) const {
   return withoutThrowing(given, [&] {
     SettingsValues place;
     SettingsProblems noTexts;
     const ValueRange values = withNarrowTexts(given, place, noTexts);
     if (!noTexts.empty()) return noTexts;
-    tree.look();
-    Candidates candidates(tree, values, std::nullopt);
-    candidates.fit();
-    return candidates.check();
+    tree().look();
+    ValueBatch batch(tree(), values, std::nullopt);
+    batch.resolve();
+    return batch.findProblems();
   });
 }
 

@@ -4,7 +4,8 @@
 
 #include "host/change/external_events.h"
 #include "host/change/store_diff.h"
-#include "host/os/report.h"
+#include "host/change/tree_edit.h"
+#include "host/os/log_error.h"
 #include "host/tree/subtree.h"
 #include "service/identifier.h"
 #include "values/stored_value.h"
@@ -57,7 +58,7 @@ class Application {
     entry->setDefinedAt(level_);
     parent.insertChild(entry);
     countStructureChange(*entry, parent);
-    note(ForeignEvent::kAdded, &parent, entry, audienceOf(*entry));
+    note(ExternalEvent::kAdded, &parent, entry, audienceOf(*entry));
   }
 
   void operator()(const RemoveSubtree& change) {
@@ -71,20 +72,20 @@ class Application {
     const EntryPtr removed = parent.takeChild(entry->name());
     removed->setRemoved();
     countStructureChange(*removed, parent);
-    note(ForeignEvent::kRemoved, &parent, removed, std::move(audience));
+    note(ExternalEvent::kRemoved, &parent, removed, std::move(audience));
   }
 
   // What to tell listeners, in the order of the changes; keeps what has been removed.
-  std::vector<ForeignEvent> takeEvents() { return std::move(events_); }
+  std::vector<ExternalEvent> takeEvents() { return std::move(events_); }
 
   // With no lock on the tree's memory held.
   void reportLeftOut(const std::string& holder) const {
     for (std::size_t at = 0; at < leftOut_.size() && at < kReportedLines; ++at) {
-      report(holder + ": " + leftOut_[at] + "; it stays stored");
+      logError(holder + ": " + leftOut_[at] + "; it stays stored");
     }
     if (leftOut_.size() > kReportedLines) {
-      report(holder + ": " + std::to_string(leftOut_.size() - kReportedLines) +
-             " more are left out for such reasons");
+      logError(holder + ": " + std::to_string(leftOut_.size() - kReportedLines) +
+               " more are left out for such reasons");
     }
   }
 
@@ -108,7 +109,7 @@ class Application {
       (*this)(FixKind{change.path, change.kind});
   }
 
-  void note(ForeignEvent::Kind kind, Node* parent, const EntryPtr& entry, Audience audience) {
+  void note(ExternalEvent::Kind kind, Node* parent, const EntryPtr& entry, Audience audience) {
     NodePtr shared;
     if (parent) shared = boost::static_pointer_cast<Node>(parent->shared_from_this());
     events_.push_back({kind, std::move(shared), entry, std::move(audience)});
@@ -122,48 +123,45 @@ class Application {
 
   void exchange(Key& key, boost::any value) {
     if (sameValue(key.value(level_), value)) return;
-    key.swapValue(level_, value);
-    note(ForeignEvent::kChanged, nullptr, key.shared_from_this(), audienceOf(key));
+    key.replaceValue(level_, value);
+    note(ExternalEvent::kChanged, nullptr, key.shared_from_this(), audienceOf(key));
     replaced_.push_back(std::move(value));
   }
 
   Node& root_;
   const int level_;
-  std::vector<ForeignEvent> events_;
+  std::vector<ExternalEvent> events_;
   std::vector<boost::any> replaced_;
   std::vector<std::string> leftOut_;
 };
 
 }  // namespace
 
-void bringIn(Node& root, int level, const ForeignChanges& foreign) {
-  if (foreign.changes.empty() && !foreign.isEverything) return;
+void applyExternalChanges(Node& root, int level, const ExternalChanges& external) {
+  if (external.changes.empty() && !external.isEverything) return;
   Application application(root, level);
   Changes difference;
-  if (foreign.isEverything) difference = differenceFrom(root, level, foreign.changes);
+  if (external.isEverything) difference = diffWithStore(root, level, external.changes);
   {
     WriteLock lock(root.tree().lock());
-    for (const Change& change : foreign.isEverything ? difference : foreign.changes) {
+    for (const Change& change : external.isEverything ? difference : external.changes) {
       std::visit(application, change);
     }
   }
-  application.reportLeftOut(foreign.holder);
-  if (ForeignEvents* const events = root.tree().foreignEvents()) {
+  application.reportLeftOut(external.holder);
+  if (ExternalEvents* const events = root.tree().externalEvents()) {
     events->note(application.takeEvents());
   }
 }
 
-void bringIn(Tree& tree, int level, const ForeignChanges& foreign) {
-  if (const EntryPtr root = tree.root()) bringIn(static_cast<Node&>(*root), level, foreign);
+void applyExternalChanges(Tree& tree, int level, const ExternalChanges& external) {
+  if (const EntryPtr root = tree.root())
+    applyExternalChanges(static_cast<Node&>(*root), level, external);
 }
 
 void catchUp(Tree& tree, int level) {
-  const TellOfOthers telling(tree);
-  WriterLockAhead writer(tree.writer());
-  tree.store(level).catchUp([&](const ForeignChanges& foreign) {
-    bringIn(tree, level, foreign);
-    return true;
-  });
+  TreeEdit edit(tree, TreeEdit::kAhead);
+  edit.catchUp(level);
 }
 
 }  // namespace zlutil::settings::host

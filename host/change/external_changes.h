@@ -1,6 +1,6 @@
 // Changes that others have made to what a store holds, brought into the tree: made visible in one
 // step, and then told like changes of this process, by a thread that waits for nobody (see
-// foreign_events.h). Any thread.
+// external_events.h). Any thread.
 #pragma once
 
 #include "host/tree/node.h"
@@ -11,10 +11,10 @@ namespace zlutil::settings::host {
 // not fit the tree (no such key, another kind, an entry that a file defines) is left out; of a
 // value or an entry, standard error says so. What is to be told is noted, and told when somebody
 // says TellOfOthers. The caller holds the tree's writer(), or is the only one who knows the tree.
-void bringIn(Node& root, int level, const ForeignChanges& foreign);
+void applyExternalChanges(Node& root, int level, const ExternalChanges& external);
 
 // The same below the tree's root; nothing happens when that is gone.
-void bringIn(Tree& tree, int level, const ForeignChanges& foreign);
+void applyExternalChanges(Tree& tree, int level, const ExternalChanges& external);
 
 // Brings in what the level's store has to give. With no lock held.
 void catchUp(Tree& tree, int level);

@@ -10,14 +10,14 @@
 namespace zlutil::settings::host {
 namespace {
 
-void publish(const ForeignEvent& event) noexcept {
+void publish(const ExternalEvent& event) noexcept {
   try {
     switch (event.kind) {
-      case ForeignEvent::kAdded:
+      case ExternalEvent::kAdded:
         return publishAdded(event.parent, event.entry, event.audience);
-      case ForeignEvent::kRemoved:
+      case ExternalEvent::kRemoved:
         return publishRemoved(event.parent, event.entry, event.audience);
-      case ForeignEvent::kChanged:
+      case ExternalEvent::kChanged:
         return publishChanged(event.entry, event.audience);
     }
   } catch (const std::exception& failure) {
@@ -38,34 +38,43 @@ void forAll(const Entry& entry, const Visit& visit) {
 
 }  // namespace
 
-void ForeignEvents::note(std::vector<ForeignEvent> events) {
+Tree::~Tree() {
+  if (externalEvents_) externalEvents_->stop();
+}
+
+void Tree::connect(const boost::weak_ptr<Entry>& root) {
+  root_ = root;
+  externalEvents_ = std::make_shared<ExternalEvents>();
+}
+
+void ExternalEvents::note(std::vector<ExternalEvent> events) {
   Events dropped;  // entries may die with it: with no lock held
   const std::lock_guard<std::mutex> lock(mutex_);
-  for (ForeignEvent& event : events) {
+  for (ExternalEvent& event : events) {
     if (!event.audience.empty()) add(std::move(event), dropped);
   }
 }
 
-void ForeignEvents::add(ForeignEvent event, Events& dropped) {
+void ExternalEvents::add(ExternalEvent event, Events& dropped) {
   const Entry* const entry = event.entry.get();
-  if (event.kind == ForeignEvent::kChanged) {
+  if (event.kind == ExternalEvent::kChanged) {
     const auto earlier = changed_.find(entry);
     if (earlier != changed_.end()) {
       earlier->second->audience = std::move(event.audience);
       return;
     }
-  } else if (event.kind == ForeignEvent::kRemoved && added_.count(entry) != 0 &&
+  } else if (event.kind == ExternalEvent::kRemoved && added_.count(entry) != 0 &&
              !takeBack(*entry, event.audience, dropped)) {
     return;
   }
   const auto at = events_.insert(events_.end(), std::move(event));
-  if (at->kind == ForeignEvent::kAdded) added_.emplace(entry, at);
-  if (at->kind == ForeignEvent::kChanged) changed_.emplace(entry, at);
+  if (at->kind == ExternalEvent::kAdded) added_.emplace(entry, at);
+  if (at->kind == ExternalEvent::kChanged) changed_.emplace(entry, at);
 }
 
 // Drops what was to be told of the entry and all below it, and leaves of the audience of its
 // removal who listens there; false when nobody does.
-bool ForeignEvents::takeBack(const Entry& entry, Audience& audience, Events& dropped) {
+bool ExternalEvents::takeBack(const Entry& entry, Audience& audience, Events& dropped) {
   Audience own;
   forAll(entry, [&](const Entry& at) {
     for (auto* const places : {&added_, &changed_}) {
@@ -82,7 +91,7 @@ bool ForeignEvents::takeBack(const Entry& entry, Audience& audience, Events& dro
   return !audience.empty();
 }
 
-void ForeignEvents::tell() noexcept {
+void ExternalEvents::tell() noexcept {
   std::unique_lock<std::mutex> lock(mutex_);
   if (events_.empty() || isPublishing_) return;
   if (hasThread()) {
@@ -93,7 +102,7 @@ void ForeignEvents::tell() noexcept {
 }
 
 // Starts the thread where it does not run yet; false when that is not possible.
-bool ForeignEvents::hasThread() {
+bool ExternalEvents::hasThread() {
   if (hasThread_) return true;
   try {
     const SignalsBlocked blocked;
@@ -106,7 +115,7 @@ bool ForeignEvents::hasThread() {
   return hasThread_;
 }
 
-void ForeignEvents::runThread() {
+void ExternalEvents::runThread() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (true) {
     wake_.wait(lock, [this] { return isStopped_ || !events_.empty(); });
@@ -115,13 +124,13 @@ void ForeignEvents::runThread() {
   }
 }
 
-void ForeignEvents::publishAll(std::unique_lock<std::mutex>& lock) {
+void ExternalEvents::publishAll(std::unique_lock<std::mutex>& lock) {
   isPublishing_ = true;
   while (!events_.empty()) {
     Events next;
     next.splice(next.end(), events_, events_.begin());
-    if (next.front().kind == ForeignEvent::kAdded) added_.erase(next.front().entry.get());
-    if (next.front().kind == ForeignEvent::kChanged) changed_.erase(next.front().entry.get());
+    if (next.front().kind == ExternalEvent::kAdded) added_.erase(next.front().entry.get());
+    if (next.front().kind == ExternalEvent::kChanged) changed_.erase(next.front().entry.get());
     lock.unlock();
     publish(next.front());
     next.clear();
@@ -130,7 +139,7 @@ void ForeignEvents::publishAll(std::unique_lock<std::mutex>& lock) {
   isPublishing_ = false;
 }
 
-void ForeignEvents::stop() {
+void ExternalEvents::stop() {
   const std::lock_guard<std::mutex> lock(mutex_);
   isStopped_ = true;
   wake_.notify_one();

@@ -18,7 +18,7 @@
 
 namespace zlutil::settings::host {
 
-struct ForeignEvent {
+struct ExternalEvent {
   enum Kind { kAdded, kRemoved, kChanged };
   Kind kind;
   NodePtr parent;  // null for a change
@@ -26,11 +26,11 @@ struct ForeignEvent {
   Audience audience;
 };
 
-class ForeignEvents : public std::enable_shared_from_this<ForeignEvents> {
+class ExternalEvents : public std::enable_shared_from_this<ExternalEvents> {
  public:
   // In the order of the changes; what nobody hears is not kept. The caller holds the tree's
   // writer(), and not its lock().
-  void note(std::vector<ForeignEvent> events);
+  void note(std::vector<ExternalEvent> events);
 
   // Has the noted events told. With no lock held; does not wait for the listeners, where there is a
   // thread.
@@ -40,9 +40,9 @@ class ForeignEvents : public std::enable_shared_from_this<ForeignEvents> {
   void stop();
 
  private:
-  using Events = std::list<ForeignEvent>;
+  using Events = std::list<ExternalEvent>;
 
-  void add(ForeignEvent event, Events& dropped);
+  void add(ExternalEvent event, Events& dropped);
   bool takeBack(const Entry& entry, Audience& audience, Events& dropped);
   bool hasThread();
   void runThread();
@@ -57,21 +57,6 @@ class ForeignEvents : public std::enable_shared_from_this<ForeignEvents> {
   bool hasThread_ = false;
   bool isPublishing_ = false;  // somebody is, and takes what comes meanwhile
   bool isStopped_ = false;
-};
-
-// Ends with telling of what others have changed. The first object of an operation that may bring
-// such changes in, so that no lock is held any more.
-class TellOfOthers {
- public:
-  explicit TellOfOthers(const Tree& tree) : events_(tree.foreignEvents()) {}
-  ~TellOfOthers() {
-    if (events_) events_->tell();
-  }
-  TellOfOthers(const TellOfOthers&) = delete;
-  TellOfOthers& operator=(const TellOfOthers&) = delete;
-
- private:
-  ForeignEvents* const events_;
 };
 
 }  // namespace zlutil::settings::host

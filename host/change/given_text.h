@@ -6,7 +6,7 @@
 #include <boost/any.hpp>
 #include <string>
 
-#include "host/change/commit.h"
+#include "host/tree/entry.h"
 #include "service/validators.h"
 
 namespace zlutil::settings::host {

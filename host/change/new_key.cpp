@@ -4,7 +4,6 @@
 
 #include "base/loaded_library.h"
 #include "host/change/given_text.h"
-#include "host/change/publication.h"
 #include "host/change/structure.h"
 #include "host/change/value_checks.h"
 #include "host/tree/java_proxies.h"
@@ -31,12 +30,12 @@ std::vector<Expected>& expected() {
 class FirstValue {
  public:
   FirstValue(Key& key, int level, boost::any value) : key_(key), level_(level) {
-    key_.swapValue(level_, value);
+    key_.replaceValue(level_, value);
   }
   ~FirstValue() {
     if (isKept_) return;
     boost::any nothing;
-    key_.swapValue(level_, nothing);
+    key_.replaceValue(level_, nothing);
     key_.setKind(boostany::kNoValue);
   }
   FirstValue(const FirstValue&) = delete;
@@ -68,27 +67,24 @@ KeyPtr waitingKey(const Node& parent, const std::string& name) {
 void addWithValue(Node& parent, const KeyPtr& key, const boost::any& value,
                   const std::string& levelText) {
   const int level = requireLevel(levelText);
-  ValidatorPtr guard = key->validator();
+  ValidatorPtr validator = key->validator();
   {
     ReadLock lock(parent.tree().lock());
     checkWritable(parent, level);
     checkKind(*key, boostany::kNoValue, value);
-    if (!guard) guard = parent.guard();
+    if (!validator) validator = parent.effectiveValidator();
   }
-  if (guard) runValidator(*guard, parent.shared_from_this(), key->name(), value);
+  if (validator) runValidator(*validator, parent.shared_from_this(), key->name(), value);
   FirstValue first(*key, level, value);
-  insertEntry(parent, key);
-  first.keep();
-  publishAdded(parent.shared_from_this(), key);
-  for (Expected& place : expected()) {
-    if (place.key == key) place = {};
-  }
-  Audience audience;
-  {
-    ReadLock lock(parent.tree().lock());
-    audience = audienceOf(*key);
-  }
-  if (!audience.empty()) publishChanged(key, audience);
+  editTree(parent.tree(), [&](TreeEdit& edit) {
+    if (!tryInserting(edit, parent, key)) return false;
+    first.keep();
+    for (Expected& place : expected()) {
+      if (place.key == key) place = {};
+    }
+    edit.noteChanged(*key);
+    return true;
+  });
 }
 
 }  // namespace host
@@ -96,12 +92,12 @@ void addWithValue(Node& parent, const KeyPtr& key, const boost::any& value,
 void NewKey::add(const boost::shared_ptr<Settings>& parent, const std::string& name,
                  const ValidatorChoice& validator, const boost::any& value,
                  const std::string& level) {
-  const host::ValidatorPtr guard = host::makeValidator(
+  const host::ValidatorPtr made = host::makeValidator(
       host::withNarrowTexts(validator, name),
       host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
   const auto key =
       boost::make_shared<host::Key>(host::Tree::makeStandalone(), host::narrowText(name, "a name"),
-                                    boostany::kNoValue, true, guard);
+                                    boostany::kNoValue, true, made);
   boost::any place;
   host::addWithValue(*host::requirePlace(key, parent), key,
                      host::withNarrowTexts(value, name, place), level);
@@ -113,8 +109,9 @@ void NewKey::settle() {
   const host::Expected last = std::move(host::expected().back());
   host::expected().pop_back();
   if (!last.key) return;
-  host::insertEntry(*last.parent, last.key);
-  host::publishAdded(last.parent, last.key);
+  host::editTree(last.parent->tree(), [&](host::TreeEdit& edit) {
+    return host::tryInserting(edit, *last.parent, last.key);
+  });
 }
 
 }  // namespace zlutil::settings

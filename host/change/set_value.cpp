@@ -1,10 +1,7 @@
-// One value at a time: setAny and unset.
-#include "host/change/commit.h"
-#include "host/change/external_changes.h"
-#include "host/change/external_events.h"
+// One value at a time: Node::setAny and Node::unset.
 #include "host/change/given_text.h"
 #include "host/change/new_key.h"
-#include "host/change/publication.h"
+#include "host/change/tree_edit.h"
 #include "host/change/value_checks.h"
 #include "service/failures.h"
 #include "values/stored_value.h"
@@ -15,146 +12,113 @@ namespace {
 
 using namespace KORVEN::settings::core;
 
-// The change of one key at one level. An attempt looks the key up, and ends when others have
-// changed what it has found; the next one finds out what that means.
-class ValueChange {
+// The key that an edit is to change at a level, and all that the change depends on.
+class Target {
  public:
-  ValueChange(Node& node, const std::string& name, const std::string& level)
-      : node_(node), tree_(node.tree()), name_(name), level_(requireLevel(level)) {}
-
-  void set(const boost::any& value) {
-    ValidatorPtr validated;
-    while (!trySetting(value, validated)) {
+  // Finds the key and checks that it can take the value, or, for null, that its value can go. The
+  // caller holds the tree's writer(). Throws what Settings::setAny and unset throw.
+  Target(Node& node, const std::string& name, int level, const boost::any* value)
+      : node_(node), name_(name), level_(level), value_(value) {
+    ReadLock lock(node.tree().lock());
+    key_ = &node.requireKey(name);
+    checkWritable(*key_, level);
+    if (value) {
+      checkKind(*key_, key_->kind(), *value);
+      validator_ = key_->effectiveValidator();
     }
-    changed_.publish();
+    if (!key_->isAttached()) throw Failure<NoSuchKey>(node.name(), name);
+    if (!value && key_->value(level).empty()) {
+      throw Failure<ValueNotDefinedForGivenLevel>(key_->path(), levelName(level));
+    }
+    if (store().keepsChanges()) path_ = key_->path();
   }
 
-  void unset() {
-    while (!tryUnsetting()) {
+  Key& key() const { return *key_; }
+  const ValidatorPtr& validator() const { return validator_; }
+  Store& store() const { return node_.tree().store(level_); }
+
+  // Returns false when setting the value would change nothing, here or in the store.
+  bool needsChange() const {
+    return !store().keepsChanges() || !sameValue(key_->value(level_), *value_) ||
+           !store().isCurrent();
+  }
+
+  Changes describe() const {
+    if (!value_) return {EraseValue{path_}};
+    Changes changes;
+    if (key_->kind() == boostany::kNoValue) {
+      changes.push_back(FixKind{path_, kindOfValue(*value_)});
     }
-    changed_.publish();
+    changes.push_back(PutValue{path_, *value_});
+    return changes;
+  }
+
+  // Returns whether the change is still possible, and judged by the same validator, after changes
+  // by others have come into the tree.
+  bool isStillPossible() const {
+    ReadLock lock(node_.tree().lock());
+    // If another key stands at the address of the one that was found, the checks are of that key.
+    if (node_.child(name_) != key_ || !key_->isAttached()) return false;
+    if (!value_) return !key_->value(level_).empty();
+    const int kind = key_->kind();
+    return key_->effectiveValidator() == validator_ &&
+           (kind == boostany::kNoValue || kind == kindOfValue(*value_));
   }
 
  private:
-  // What has been found, under the tree's lock.
-  struct Found {
-    Key* key;
-    ValidatorPtr guard;
-    std::string path;  // if the level's store keeps changes
-  };
-
-  Found find(const boost::any* value) const {
-    ReadLock lock(tree_.lock());
-    Found found{&node_.requireKey(name_), {}, {}};
-    checkWritable(*found.key, level_);
-    if (value) {
-      checkKind(*found.key, found.key->kind(), *value);
-      found.guard = found.key->guard();
-    }
-    if (!found.key->isAttached()) throw Failure<NoSuchKey>(node_.name(), name_);
-    if (store().keepsChanges()) found.path = found.key->path();
-    return found;
-  }
-
-  // A validator is somebody else's code and runs without a lock. False when it is another one by
-  // the time that the lock is there.
-  bool trySetting(const boost::any& value, ValidatorPtr& validated) {
-    const TellOfOthers telling(tree_);
-    ValidatorPtr guard;
-    {
-      WriterLock writer(tree_.writer());
-      const Found found = find(&value);
-      if (found.guard == validated) return storeAndShow(found, value);
-      guard = found.guard;
-    }
-    if (guard) runValidator(*guard, node_.shared_from_this(), name_, value);
-    validated = guard;
-    return false;
-  }
-
-  // The caller holds the writer, as of all that follows.
-  bool storeAndShow(const Found& found, const boost::any& value) {
-    Key& key = *found.key;
-    // Setting the same value again is no change; but others may have stored another one meanwhile.
-    if (sameValue(key.value(level_), value) && store().isCurrent()) return true;
-    boost::any copy = ownCopy(value);
-    if (store().keepsChanges()) {
-      Changes changes;
-      if (key.kind() == boostany::kNoValue) {
-        changes.push_back(FixKind{found.path, kindOfValue(value)});
-      }
-      changes.push_back(PutValue{found.path, value});
-      if (!apply(changes, found, &value)) return false;
-    }
-    if (!sameValue(key.value(level_), value)) show(key, copy);
-    return true;
-  }
-
-  bool tryUnsetting() {
-    const TellOfOthers telling(tree_);
-    WriterLock writer(tree_.writer());
-    const Found found = find(nullptr);
-    if (found.key->value(level_).empty()) {
-      ReadLock lock(tree_.lock());
-      throw Failure<ValueNotDefinedForGivenLevel>(found.key->path(), levelName(level_));
-    }
-    if (store().keepsChanges() && !apply({EraseValue{found.path}}, found, nullptr)) return false;
-    boost::any nothing;
-    show(*found.key, nothing);
-    return true;
-  }
-
-  // False when what others have changed leaves not all as it was found.
-  bool apply(const Changes& changes, const Found& found, const boost::any* value) {
-    return store().apply(changes, [&](const ForeignChanges& foreign) {
-      bringIn(tree_, level_, foreign);
-      return isStill(found, value);
-    });
-  }
-
-  bool isStill(const Found& found, const boost::any* value) const {
-    ReadLock lock(tree_.lock());
-    // Should another key have taken the place of the one that was found, and its address, then it
-    // is that one which is checked here.
-    if (node_.child(name_) != found.key || !found.key->isAttached()) return false;
-    if (!value) return !found.key->value(level_).empty();
-    const int kind = found.key->kind();
-    return found.key->guard() == found.guard &&
-           (kind == boostany::kNoValue || kind == kindOfValue(*value));
-  }
-
-  // Puts `value` in its place and keeps what was there until the locks are gone.
-  void show(Key& key, boost::any& value) {
-    replaced_.swap(value);
-    WriteLock lock(tree_.lock());
-    key.swapValue(level_, replaced_);
-    changed_.add(key);
-  }
-
-  Store& store() const { return tree_.store(level_); }
-
-  Node& node_;
-  Tree& tree_;
+  const Node& node_;
   const std::string& name_;
   const int level_;
-  boost::any replaced_;
-  ChangedKeys changed_;
+  const boost::any* const value_;
+  Key* key_;
+  ValidatorPtr validator_;
+  std::string path_;  // if the level's store keeps changes
 };
+
+bool storeTarget(TreeEdit& edit, const Target& target, int level) {
+  return edit.store(
+      level, [&] { return target.describe(); }, [&] { return target.isStillPossible(); });
+}
+
+// Returns false if changes by others have come in that the target does not agree with.
+bool trySetting(TreeEdit& edit, const Target& target, int level, const boost::any& value) {
+  if (!target.needsChange()) return true;
+  boost::any copy = ownCopy(value);
+  if (!storeTarget(edit, target, level)) return false;
+  edit.replaceValue(target.key(), level, std::move(copy));
+  return true;
+}
 
 }  // namespace
 
-void setValue(Node& node, const std::string& name, const boost::any& given,
-              const std::string& level) {
+void Node::setAny(const std::string& name, const boost::any& given, const std::string& levelText) {
   boost::any place;
   const boost::any& value = withNarrowTexts(given, name, place);
-  node.tree().look();
-  if (const KeyPtr key = waitingKey(node, name)) return addWithValue(node, key, value, level);
-  ValueChange(node, name, level).set(value);
+  tree().look();
+  if (const KeyPtr key = waitingKey(*this, name)) return addWithValue(*this, key, value, levelText);
+  const int level = requireLevel(levelText);
+  for (ValidatorPtr judge;;) {
+    ValidatorPtr validator;
+    {
+      TreeEdit edit(tree());
+      const Target target(*this, name, level, &value);
+      validator = target.validator();
+      if (validator == judge && trySetting(edit, target, level, value)) return edit.finish();
+    }
+    if (validator && validator != judge) runValidator(*validator, shared_from_this(), name, value);
+    judge = validator;
+  }
 }
 
-void unsetValue(Node& node, const std::string& name, const std::string& level) {
-  node.tree().look();
-  ValueChange(node, name, level).unset();
+void Node::unset(const std::string& name, const std::string& levelText) {
+  tree().look();
+  const int level = requireLevel(levelText);
+  editTree(tree(), [&](TreeEdit& edit) {
+    const Target target(*this, name, level, nullptr);
+    if (!storeTarget(edit, target, level)) return false;
+    edit.replaceValue(target.key(), level, boost::any());
+    return true;
+  });
 }
 
 }  // namespace zlutil::settings::host

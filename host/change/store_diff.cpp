@@ -52,7 +52,7 @@ class Difference {
 
 }  // namespace
 
-Changes differenceFrom(const Node& root, int level, const Changes& stored) {
+Changes diffWithStore(const Node& root, int level, const Changes& stored) {
   Difference difference(level, stored);
   difference.addRemovals(root, "");
   Changes changes = difference.takeRemovals();

@@ -2,10 +2,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/change/external_changes.h"
-#include "host/change/external_events.h"
 #include "host/change/new_key.h"
-#include "host/change/publication.h"
 #include "host/change/value_checks.h"
 #include "host/tree/subtree.h"
 #include "service/failures.h"
@@ -68,12 +65,11 @@ bool makeRoom(Node& parent) {
   return true;
 }
 
-// Inserts a subtree that nobody else knows; false when others have taken its place meanwhile.
-bool tryInserting(Node& parent, const EntryPtr& entry) {
+}  // namespace
+
+bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry) {
   Tree& tree = parent.tree();
-  const TellOfOthers telling(tree);
   const int height = heightOf(*entry);
-  WriterLock writer(tree.writer());
   LevelChanges changes;
   {
     ReadLock lock(tree.lock());
@@ -84,29 +80,14 @@ bool tryInserting(Node& parent, const EntryPtr& entry) {
   makeRoom(parent);
   for (int level = 0; level < kLevelCount; ++level) {
     if (changes[level].empty()) continue;
-    const bool isApplied =
-        tree.store(level).apply(changes[level], [&](const ForeignChanges& foreign) {
-          bringIn(tree, level, foreign);
-          return canStand(parent, *entry, height) && makeRoom(parent);
-        });
-    if (!isApplied) return false;
+    const auto describe = [&]() -> const Changes& { return changes[level]; };
+    const auto isPossible = [&] { return canStand(parent, *entry, height) && makeRoom(parent); };
+    if (!edit.store(level, describe, isPossible)) return false;
   }
   markDefinedAt(*entry, kUser);
   if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
-  {
-    WriteLock lock(tree.lock());
-    parent.insertChild(entry);
-  }
-  ReadLock lock(tree.lock());
-  countStructureChange(*entry, parent);
+  edit.insert(parent, entry);
   return true;
-}
-
-}  // namespace
-
-void insertEntry(Node& parent, const EntryPtr& entry) {
-  while (!tryInserting(parent, entry)) {
-  }
 }
 
 NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
@@ -137,37 +118,36 @@ NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& p
   return node;
 }
 
-void attachEntry(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
-  const NodePtr node = requirePlace(entry, parent);
-  if (waitsForValue(entry, node)) return;
-  insertEntry(*node, entry);
-  publishAdded(node, entry);
+void Entry::attachTo(const boost::shared_ptr<Settings>& parent) {
+  const EntryPtr self = shared_from_this();
+  const NodePtr node = requirePlace(self, parent);
+  if (waitsForValue(self, node)) return;
+  editTree(node->tree(), [&](TreeEdit& edit) { return tryInserting(edit, *node, self); });
 }
 
-void copyEntries(Node& parent, const boost::shared_ptr<Settings>& source, const std::string& name) {
+void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::string& name) {
   const auto from = boost::dynamic_pointer_cast<Entry>(source);
-  if (!from) throw Failure<NoSuchNode>(parent.name(), name);
-  if (from->isKey()) throw Failure<NotANodeName>(parent.name(), from->name());
-  checkName(parent, name, false);
-  parent.tree().look();
+  if (!from) throw Failure<NoSuchNode>(this->name(), name);
+  if (from->isKey()) throw Failure<NotANodeName>(this->name(), from->name());
+  checkName(*this, name, false);
+  tree().look();
   from->tree().look();
   {
-    ReadLock lock(parent.tree().lock());
-    const Entry* const taken = parent.child(name);
+    ReadLock lock(tree().lock());
+    const Entry* const taken = child(name);
     if (taken && !taken->isKey() && static_cast<const Node*>(taken)->hasChildren()) {
-      throw Failure<CannotMergeWithNodeContainsChildren>(parent.name(), name);
+      throw Failure<CannotMergeWithNodeContainsChildren>(this->name(), name);
     }
   }
   // Made before the lock is taken: what there is of a copy that fails half-way dies after it.
   const auto copy =
-      boost::make_shared<Node>(parent.treePtr(), name, from->canHaveListeners(), from->validator());
+      boost::make_shared<Node>(treePtr(), name, from->canHaveListeners(), from->validator());
   {
     ReadLock lock(from->tree().lock());
     copyChildren(static_cast<const Node&>(*from), *copy);
   }
-  moveToWritableLevels(*copy, parent.tree());
-  insertEntry(parent, copy);
-  publishAdded(parent.shared_from_this(), copy);
+  moveToWritableLevels(*copy, tree());
+  editTree(tree(), [&](TreeEdit& edit) { return tryInserting(edit, *this, copy); });
 }
 
 namespace {
@@ -189,51 +169,41 @@ Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   return *found;
 }
 
-// Null when others have changed meanwhile what is to be removed.
-EntryPtr tryRemoving(Node& parent, const std::string& name, bool isKey, Audience& audience) {
+// Returns false if others have changed meanwhile what is to be removed.
+bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isKey) {
   Tree& tree = parent.tree();
-  const TellOfOthers telling(tree);
-  WriterLock writer(tree.writer());
-  std::string path;
   const Entry* found;
+  std::string path;
+  Audience audience;
   {
     ReadLock lock(tree.lock());
     found = &requireRemovable(parent, name, isKey);
     path = found->path();
     audience = audienceOfRemoval(*found);
   }
+  const auto isPossible = [&] {
+    ReadLock lock(tree.lock());
+    if (!parent.isAttached() || parent.child(name) != found) return false;
+    audience = audienceOfRemoval(*found);
+    return found->isKey() == isKey;
+  };
   for (int level = 0; level < kLevelCount; ++level) {
-    Store& store = tree.store(level);
-    if (tree.isReadOnly(level) || !store.keepsChanges()) continue;
-    const bool isApplied = store.apply({RemoveSubtree{path}}, [&](const ForeignChanges& foreign) {
-      bringIn(tree, level, foreign);
-      ReadLock lock(tree.lock());
-      if (!parent.isAttached() || parent.child(name) != found) return false;
-      audience = audienceOfRemoval(*found);
-      return found->isKey() == isKey;
-    });
-    if (!isApplied) return {};
+    if (tree.isReadOnly(level)) continue;
+    const auto describe = [&]() -> Changes { return {RemoveSubtree{path}}; };
+    if (!edit.store(level, describe, isPossible)) return false;
   }
-  EntryPtr removed;
-  {
-    WriteLock lock(tree.lock());
-    removed = parent.takeChild(name);
-    removed->setRemoved();
-  }
-  // Before another writer can add an entry of that name, which would not be counted.
-  ReadLock lock(tree.lock());
-  countStructureChange(*removed, parent);
-  return removed;
+  edit.remove(parent, *found, std::move(audience));
+  return true;
+}
+
+void removeChild(Node& parent, const std::string& name, bool isKey) {
+  parent.tree().look();
+  editTree(parent.tree(), [&](TreeEdit& edit) { return tryRemoving(edit, parent, name, isKey); });
 }
 
 }  // namespace
 
-void removeEntry(Node& parent, const std::string& name, bool isKey) {
-  parent.tree().look();
-  Audience audience;
-  EntryPtr removed;
-  while (!removed) removed = tryRemoving(parent, name, isKey, audience);
-  publishRemoved(parent.shared_from_this(), removed, audience);
-}
+void Node::removeKey(const std::string& name) { removeChild(*this, name, true); }
+void Node::removeNode(const std::string& name) { removeChild(*this, name, false); }
 
 }  // namespace zlutil::settings::host

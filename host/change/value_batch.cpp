@@ -32,7 +32,7 @@ std::optional<std::string> reasonOf(const Check& check) {
 
 }  // namespace
 
-bool Candidates::fit() {
+bool ValueBatch::resolve() {
   candidates_.clear();
   candidates_.reserve(values_.size());
   refused_.clear();
@@ -44,35 +44,35 @@ bool Candidates::fit() {
   for (std::size_t position = 0; position < values_.size(); ++position) {
     Key* const key = keyAt(position);
     candidates_.push_back({key, &values_[position].second, key ? placeOf(*key) : 0});
-    if (key && guardOf(candidates_.back())) hasValidators_ = true;
+    if (key && validatorOf(candidates_.back())) hasValidators_ = true;
     if (!key || isReadOnly || !fits(candidates_.back())) refused_.push_back(position);
   }
   return refused_.empty();
 }
 
-Key* Candidates::keyAt(std::size_t position) const {
+Key* ValueBatch::keyAt(std::size_t position) const {
   Settings* const entry = values_[position].first.get();
   if (!entry || typeid(*entry) != typeid(Key)) return nullptr;
   Key* const key = static_cast<Key*>(entry);
   return &key->tree() == &tree_ ? key : nullptr;
 }
 
-std::size_t Candidates::placeOf(const Key& key) {
+std::size_t ValueBatch::placeOf(const Key& key) {
   const Node* const node = key.parent();
   if (places_.empty() || places_.back().node != node) {
-    places_.push_back(node ? Place{node, node->isAttached(), node->guard()}
+    places_.push_back(node ? Place{node, node->isAttached(), node->effectiveValidator()}
                            : Place{nullptr, false, ValidatorPtr()});
   }
   return places_.size() - 1;
 }
 
-const ValidatorPtr& Candidates::guardOf(const Candidate& candidate) const {
+const ValidatorPtr& ValueBatch::validatorOf(const Candidate& candidate) const {
   const ValidatorPtr& own = candidate.key->validator();
-  return own ? own : places_[candidate.place].guard;
+  return own ? own : places_[candidate.place].validator;
 }
 
 // Of several values for a key without a kind the first one decides.
-bool Candidates::fits(const Candidate& candidate) {
+bool ValueBatch::fits(const Candidate& candidate) {
   const Key& key = *candidate.key;
   const bool isAttached = key.parent() ? places_[candidate.place].isAttached : !key.isRemoved();
   const int kind = kindOfValue(*candidate.value);
@@ -81,7 +81,7 @@ bool Candidates::fits(const Candidate& candidate) {
   return firstKinds_.emplace(&key, kind).first->second == kind;
 }
 
-SettingsProblems Candidates::check() {
+SettingsProblems ValueBatch::findProblems() {
   ProblemsAt problems;
   const auto note = [&](std::size_t position, const auto& check) {
     const std::optional<std::string> reason = reasonOf(check);
@@ -104,7 +104,7 @@ SettingsProblems Candidates::check() {
 }
 
 // Throws what stands against the value, as the tree is now.
-void Candidates::checkKey(std::size_t position) const {
+void ValueBatch::checkKey(std::size_t position) const {
   if (!candidates_[position].key) {
     const Settings* const entry = values_[position].first.get();
     throw std::runtime_error(!entry            ? "There is no such entry."
@@ -120,8 +120,8 @@ void Candidates::checkKey(std::size_t position) const {
             *candidates_[position].value);
 }
 
-void Candidates::validate(const Candidate& candidate) const {
-  const ValidatorPtr& guard = guardOf(candidate);
+void ValueBatch::validate(const Candidate& candidate) const {
+  const ValidatorPtr& guard = validatorOf(candidate);
   if (!guard) return;
   const boost::shared_ptr<Settings> node = candidate.key->getParent();
   if (!node && places_[candidate.place].node) throw std::runtime_error(kRemoved);

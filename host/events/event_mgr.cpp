@@ -3,6 +3,7 @@
 // began. A filter of counters in front of the table lets a publisher skip everything for an entry
 // that nobody has subscribed to.
 #include "service/event_mgr.h"
+#include "base/never_destroyed.h"
 
 #include <array>
 #include <atomic>
@@ -113,8 +114,8 @@ class Table {
 };
 
 Table& table() {
-  static Table& instance = *new Table;
-  return instance;
+  static base::NeverDestroyed<Table> instance;
+  return instance.get();
 }
 
 void destroy(Subscription* subscription) {

@@ -1,26 +1,23 @@
 #include "service/events.h"
 
+#include "base/never_destroyed.h"
+
 namespace zlutil::settings {
-namespace {
 
-// The text that topics begin with; it must not end in a digit, because an identity follows.
-const std::string& constant(const char* text) { return *new std::string(text); }
-
-}  // namespace
-
+// The topics of the events. None may end in a digit, because the identity of an entry follows.
 const std::string& SettingsValueChangeEvent::EventType() {
-  static const std::string& type = constant("SettingsValueChangeEvent:");
-  return type;
+  static base::NeverDestroyed<std::string> type("SettingsValueChangeEvent:");
+  return type.get();
 }
 
 const std::string& SettingsAddNodeEvent::EventType() {
-  static const std::string& type = constant("SettingsAddNodeEvent:");
-  return type;
+  static base::NeverDestroyed<std::string> type("SettingsAddNodeEvent:");
+  return type.get();
 }
 
 const std::string& SettingsRemoveNodeEvent::EventType() {
-  static const std::string& type = constant("SettingsRemoveNodeEvent:");
-  return type;
+  static base::NeverDestroyed<std::string> type("SettingsRemoveNodeEvent:");
+  return type.get();
 }
 
 bool SettingsValueChangeEvent::isKindOf(const std::string& eventType) const {

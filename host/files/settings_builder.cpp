@@ -230,7 +230,7 @@ void SettingsBuilder::endValue() {
       value = boost::any(std::move(*parsed));
     }
   });
-  key_->swapValue(level_, value);
+  key_->replaceValue(level_, value);
 }
 
 void SettingsBuilder::endItem() {

@@ -7,7 +7,7 @@
 
 #include "host/files/settings_reader.h"
 #include "host/os/file_name.h"
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "host/tree/subtree.h"
 #include "service/failures.h"
 
@@ -31,12 +31,12 @@ std::vector<std::string> filesIn(const std::string& directory, bool isAskedFor) 
     const std::string extension = at->path().extension().string();
     if (extension == kExtension) files.push_back(at->path().string());
     if (isExtensionInCapitals(extension)) {
-      report(shownFileName(at->path().string()) +
-             ": is not read: the name of a settings file ends in \".xml\"");
+      logError(shownFileName(at->path().string()) +
+               ": is not read: the name of a settings file ends in \".xml\"");
     }
   }
   if (error && (isAskedFor || error != std::errc::no_such_file_or_directory)) {
-    report(shownFileName(directory) + ": " + error.message());
+    logError(shownFileName(directory) + ": " + error.message());
   }
   std::sort(files.begin(), files.end());
   return files;
@@ -62,7 +62,7 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
     try {
       merge(*readSettingsTree(file, rules), root, level);
     } catch (const std::exception& failure) {
-      report(failure.what());
+      logError(failure.what());
     }
   }
 }

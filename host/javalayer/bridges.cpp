@@ -1,6 +1,7 @@
 #include "host/javalayer/bridges.h"
 
 #include "base/loaded_library.h"
+#include "base/never_destroyed.h"
 
 namespace javalayer {
 
@@ -34,7 +35,8 @@ Bridge& bridgeOf(const void* address) {
     base::Mutex mutex;
     std::map<const void*, std::unique_ptr<Bridge>> byLibrary GUARDED_BY(mutex);
   };
-  static Bridges& bridges = *new Bridges;
+  static base::NeverDestroyed<Bridges> all;
+  Bridges& bridges = all.get();
   const void* library = base::libraryOf(address);
   base::MutexLock lock(bridges.mutex);
   std::unique_ptr<Bridge>& bridge = bridges.byLibrary[library];

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "base/mutex.h"
+#include "base/never_destroyed.h"
 
 namespace zvm {
 namespace {
@@ -14,8 +15,8 @@ struct SessionTable {
 };
 
 SessionTable& table() {
-  static SessionTable& instance = *new SessionTable;
-  return instance;
+  static base::NeverDestroyed<SessionTable> instance;
+  return instance.get();
 }
 
 }  // namespace

@@ -9,9 +9,10 @@
 #include <optional>
 
 #include "base/mutex.h"
+#include "base/never_destroyed.h"
 #include "host/files/xml_directory_store.h"
 #include "host/os/file_name.h"
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "host/roots/fill_from_stores.h"
 #include "host/tree/memory_store.h"
 #include "host/user_store/user_store.h"
@@ -34,8 +35,8 @@ struct ContextTrees {
 };
 
 ContextTrees& contextTrees() {
-  static ContextTrees& instance = *new ContextTrees;
-  return instance;
+  static base::NeverDestroyed<ContextTrees> instance;
+  return instance.get();
 }
 
 contextmgr::ZcrID contextMeantBy(contextmgr::ZcrID context) {
@@ -50,8 +51,8 @@ std::optional<int> lockWaitFromEnvironment() {
   const char* const end = text + std::strlen(text);
   const auto [at, error] = std::from_chars(text, end, milliseconds);
   if (error == std::errc() && at == end && milliseconds >= 0) return milliseconds;
-  report("SETTINGS_LOCK_WAIT is \"" + shownFileName(text) +
-         "\", which is no number of milliseconds. The usual time is taken.");
+  logError("SETTINGS_LOCK_WAIT is \"" + shownFileName(text) +
+           "\", which is no number of milliseconds. The usual time is taken.");
   return std::nullopt;
 }
 
@@ -93,14 +94,14 @@ boost::shared_ptr<Settings> Settings::getSettingsRoot(const contextmgr::ZcrID& c
     all.trees.emplace(meant, host::ContextTree{root, directories.factory});
     return root;
   } catch (const std::exception& failure) {
-    std::fprintf(stderr, "cannot make the settings tree: %s\n", failure.what());
+    host::logError(std::string("cannot make the settings tree: ") + failure.what());
     return {};
   }
 }
 
 boost::shared_mutex& Settings::getTheRootMutex() {
-  static boost::shared_mutex& mutex = *new boost::shared_mutex;
-  return mutex;
+  static base::NeverDestroyed<boost::shared_mutex> mutex;
+  return mutex.get();
 }
 
 std::string ZSettings::getFactoryDir(const contextmgr::ZcrID& context) {

@@ -2,6 +2,7 @@
 #include <boost/make_shared.hpp>
 
 #include "base/loaded_library.h"
+#include "base/never_destroyed.h"
 #include "host/change/given_text.h"
 #include "host/files/settings_reader.h"
 #include "host/os/file_name.h"
@@ -15,8 +16,8 @@ namespace {
 // Detached keys share a tree that nothing is ever attached to: all that one can do with such a key
 // is ask for its name and attach it elsewhere.
 const host::TreePtr& treeOfDetachedKeys() {
-  static const host::TreePtr& tree = *new host::TreePtr(host::Tree::makeStandalone());
-  return tree;
+  static base::NeverDestroyed<host::TreePtr> tree(host::Tree::makeStandalone());
+  return tree.get();
 }
 
 }  // namespace

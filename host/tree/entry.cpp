@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "host/change/commit.h"
-#include "host/change/structure.h"
 #include "host/tree/node.h"
 
 namespace zlutil::settings {
@@ -45,21 +43,6 @@ bool Entry::isRoot() const {
   return !isKey_ && !parent_ && !isRemoved();
 }
 
-SettingsProblems Entry::setMultiple(
-    const boost::iterator_range<SettingsValues::const_iterator>& values, const std::string& level,
-    int) {
-  return commitValues(*tree_, values, level);
-}
-
-SettingsProblems Entry::validateMultiple(
-    const boost::iterator_range<SettingsValues::const_iterator>& values, int) const {
-  return validateValues(*tree_, values);
-}
-
-void Entry::attachTo(const boost::shared_ptr<Settings>& parent) {
-  attachEntry(shared_from_this(), parent);
-}
-
 bool Entry::isAttached() const {
   const Entry* entry = this;
   while (entry->parent_) entry = entry->parent_;
@@ -99,7 +82,7 @@ int Entry::depth() const {
   return depth;
 }
 
-ValidatorPtr Entry::guard() const {
+ValidatorPtr Entry::effectiveValidator() const {
   const Entry* entry = this;
   while (!entry->validator_ && entry->parent_) entry = entry->parent_;
   return entry->validator_;

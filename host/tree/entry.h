@@ -26,6 +26,8 @@ inline constexpr int kMaxDepth = 200;
 using ChildLink = boost::intrusive::unordered_set_base_hook<
     boost::intrusive::link_mode<boost::intrusive::normal_link>>;
 
+using ValueRange = boost::iterator_range<SettingsValues::const_iterator>;
+
 class Entry : public Settings, public boost::enable_shared_from_this<Entry>, public ChildLink {
  public:
   Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners, ValidatorPtr validator);
@@ -37,11 +39,9 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   contextmgr::ZcrID getZcrID() const override { return tree_->context(); }
   bool canHaveListeners() const override { return mayHaveListeners_; }
   boost::shared_ptr<Settings> getSharedSelf() override { return shared_from_this(); }
-  SettingsProblems setMultiple(const boost::iterator_range<SettingsValues::const_iterator>& values,
-                               const std::string& level, int reserved) override;
-  SettingsProblems validateMultiple(
-      const boost::iterator_range<SettingsValues::const_iterator>& values,
-      int reserved) const override;
+  SettingsProblems setMultiple(const ValueRange& values, const std::string& level,
+                               int reserved) override;
+  SettingsProblems validateMultiple(const ValueRange& values, int reserved) const override;
   exchange::IDType getID() const override { return id_; }
   void attachTo(const boost::shared_ptr<Settings>& parent) override;
   bool isRoot() const override;
@@ -67,7 +67,7 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   // Whether a store at that level has defined the entry.
   bool isDefinedAt(int level) const { return standing_ & (1u << level); }
   // The entry's own validator, else that of the nearest enclosing node that has one; may be null.
-  ValidatorPtr guard() const;
+  ValidatorPtr effectiveValidator() const;
 
   // The following change what the tree guards.
 

@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "base/never_destroyed.h"
+
 namespace zlutil::settings::host {
 
 using KORVEN::settings::core::FailedToRunJavaValidator;
@@ -11,8 +13,8 @@ using KORVEN::settings::core::JVMNotReadyForProcessingJavaFunction;
 using KORVEN::settings::core::ValidationFailure;
 
 JavaProxies& JavaProxies::instance() {
-  static JavaProxies& proxies = *new JavaProxies;
-  return proxies;
+  static base::NeverDestroyed<JavaProxies> proxies;
+  return proxies.get();
 }
 
 JavaProxyPtr JavaProxies::install(const void* library, const JValidator::Proxy& function) {

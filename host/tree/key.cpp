@@ -1,7 +1,7 @@
 #include "host/tree/key.h"
 
 #include "host/tree/node.h"
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "service/failures.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
@@ -47,11 +47,11 @@ const boost::any& Key::valueInEffect() const {
   return values_.back();
 }
 
-void Key::swapValue(int level, boost::any& value) {
+void Key::replaceValue(int level, boost::any& value) {
   values_[level].swap(value);
   if (kind_ == boostany::kNoValue) setKind(kindOfValue(values_[level]));
   // A key without a node is found by nobody.
-  if (parent()) ChangeCounts::add(parent()->name(), name());
+  if (parent()) ChangeCounters::add(parent()->name(), name());
 }
 
 }  // namespace zlutil::settings::host

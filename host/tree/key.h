@@ -40,7 +40,7 @@ class Key final : public Entry {
 
   // Exchanges the value of the level with `value`, and counts the change; the first value fixes the
   // kind.
-  void swapValue(int level, boost::any& value);
+  void replaceValue(int level, boost::any& value);
   void setKind(int kind) { kind_ = static_cast<std::int8_t>(kind); }
 
   // A place for the running commit to note where it met this key; what it says between commits

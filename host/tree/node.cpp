@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "host/change/commit.h"
-#include "host/change/structure.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 
@@ -82,21 +80,6 @@ boost::shared_ptr<Settings> Node::findDescendant(const std::vector<std::string>&
   }
   return const_cast<Entry*>(entry)->shared_from_this();
 }
-
-void Node::setAny(const std::string& key, const boost::any& value, const std::string& level) {
-  setValue(*this, key, value, level);
-}
-
-void Node::unset(const std::string& key, const std::string& level) {
-  unsetValue(*this, key, level);
-}
-
-void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::string& name) {
-  copyEntries(*this, source, name);
-}
-
-void Node::removeNode(const std::string& name) { removeEntry(*this, name, false); }
-void Node::removeKey(const std::string& name) { removeEntry(*this, name, true); }
 
 Entry* Node::child(std::string_view name) const { return children_.find(name); }
 

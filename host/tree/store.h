@@ -47,7 +47,7 @@ using Change = std::variant<PutValue, EraseValue, DefineEntry, RemoveSubtree, Fi
 using Changes = std::vector<Change>;
 
 // What others have changed and the tree does not have yet.
-struct ForeignChanges {
+struct ExternalChanges {
   Changes changes;
   // Whether it is all that the store holds, because nobody knows any more what has changed.
   bool isEverything = false;
@@ -59,7 +59,7 @@ class Store {
  public:
   // Brings changes by others into the tree. False when the change that is about to be stored cannot
   // be made any more. Called with the tree's writer() held.
-  using Receiver = std::function<bool(const ForeignChanges& changes)>;
+  using Receiver = std::function<bool(const ExternalChanges& changes)>;
   using Watcher = std::function<void()>;
 
   virtual ~Store() = default;

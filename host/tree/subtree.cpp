@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <boost/make_shared.hpp>
 
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
@@ -19,16 +19,16 @@ void mergeEntry(Entry& from, Entry& into, int level) {
   Key& key = static_cast<Key&>(from);
   Key& target = static_cast<Key&>(into);
   boost::any value;
-  key.swapValue(level, value);
-  if (!value.empty()) target.swapValue(level, value);
+  key.replaceValue(level, value);
+  if (!value.empty()) target.replaceValue(level, value);
   if (target.kind() == boostany::kNoValue) target.setKind(key.kind());
 }
 
 // Counts the keys that stand in the subtree, and the lists of its nodes' children.
 void countEntries(const Entry& entry, const Node& parent) {
-  if (entry.isKey()) return ChangeCounts::add(parent.name(), entry.name());
+  if (entry.isKey()) return ChangeCounters::add(parent.name(), entry.name());
   const Node& node = static_cast<const Node&>(entry);
-  ChangeCounts::addList(node.name());
+  ChangeCounters::addList(node.name());
   for (const EntryPtr& child : node.childrenByName()) countEntries(*child, node);
 }
 
@@ -51,7 +51,7 @@ void copyChildren(const Node& source, Node& copy) {
                                                 key.canHaveListeners(), key.validator());
       for (int level = 0; level < kLevelCount; ++level) {
         boost::any value = key.value(level);
-        if (!value.empty()) twin->swapValue(level, value);
+        if (!value.empty()) twin->replaceValue(level, value);
       }
       copy.insertChild(twin);
     } else {
@@ -75,9 +75,9 @@ void moveToWritableLevels(Entry& entry, const Tree& tree) {
   for (int level = 0; level < kLevelCount; ++level) {
     if (!tree.isReadOnly(level) || key.value(level).empty()) continue;
     boost::any value;
-    key.swapValue(level, value);
+    key.replaceValue(level, value);
     // The first one found is the one in effect among those that have to move.
-    if (key.value(kUser).empty()) key.swapValue(kUser, value);
+    if (key.value(kUser).empty()) key.replaceValue(kUser, value);
   }
 }
 
@@ -106,7 +106,7 @@ void describe(const Entry& entry, const std::string& path, int level, bool defin
 }
 
 void countStructureChange(const Entry& entry, const Node& parent) {
-  ChangeCounts::addList(parent.name());
+  ChangeCounters::addList(parent.name());
   countEntries(entry, parent);
 }
 

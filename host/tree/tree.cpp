@@ -1,34 +1,26 @@
 #include "host/tree/tree.h"
 
-#include "host/change/external_events.h"
+#include "base/never_destroyed.h"
 #include "host/tree/entry.h"
 #include "host/tree/memory_store.h"
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 
 namespace zlutil::settings::host {
 
 Tree::Tree(contextmgr::ZcrID context, Stores stores)
     : context_(context), stores_(std::move(stores)) {}
 
-Tree::~Tree() {
-  if (foreignEvents_) foreignEvents_->stop();
-}
-
 TreePtr Tree::makeStandalone() {
-  static const auto& memory = *new std::shared_ptr<Store>(std::make_shared<MemoryStore>());
+  static base::NeverDestroyed<std::shared_ptr<Store>> store(std::make_shared<MemoryStore>());
+  const std::shared_ptr<Store>& memory = store.get();
   return TreePtr(new Tree(contextmgr::AnyZcrID, {memory, memory, memory, memory}));
-}
-
-void Tree::connect(const boost::weak_ptr<Entry>& root) {
-  root_ = root;
-  foreignEvents_ = std::make_shared<ForeignEvents>();
 }
 
 void Tree::lookAtStores() {
   for (const std::shared_ptr<Store>& store : stores_) store->look();
   // Whoever keeps what it reads hears of changes by nobody else: nothing that is read now may be
   // kept.
-  ChangeCounts::addAll();
+  ChangeCounters::addAll();
 }
 
 }  // namespace zlutil::settings::host

@@ -26,7 +26,7 @@
 namespace zlutil::settings::host {
 
 class Entry;
-class ForeignEvents;
+class ExternalEvents;
 
 class Tree : public boost::intrusive_ref_counter<Tree> {
  public:
@@ -55,7 +55,7 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   // Empty when the tree is not connected, or its root is gone.
   boost::shared_ptr<Entry> root() const { return root_.lock(); }
   // What listeners are still to hear of changes by others; null when the tree is not connected.
-  ForeignEvents* foreignEvents() const { return foreignEvents_.get(); }
+  ExternalEvents* externalEvents() const { return externalEvents_.get(); }
 
   // To be called with no lock held before anything is read or changed: catches up with others where
   // nothing else does it.
@@ -72,8 +72,8 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   WriterMutex writer_;
   const Stores stores_;
   boost::weak_ptr<Entry> root_;  // constant after connect()
-  std::shared_ptr<ForeignEvents>
-      foreignEvents_;  // constant after connect(); shared with its thread
+  std::shared_ptr<ExternalEvents>
+      externalEvents_;  // constant after connect(); shared with its thread
   bool mustLook_ = false;
 };
 using TreePtr = boost::intrusive_ptr<Tree>;

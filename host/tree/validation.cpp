@@ -9,6 +9,7 @@
 
 #include "base/loaded_library.h"
 #include "base/mutex.h"
+#include "base/never_destroyed.h"
 #include "host/events/subscribers.h"
 #include "service/failures.h"
 
@@ -43,8 +44,8 @@ class InstalledEvaluator {
 };
 
 InstalledEvaluator& evaluator() {
-  static auto& installed = *new InstalledEvaluator;
-  return installed;
+  static base::NeverDestroyed<InstalledEvaluator> installed;
+  return installed.get();
 }
 
 class Run : public boost::static_visitor<void> {
@@ -110,8 +111,8 @@ ValidatorPtr makeValidator(const ValidatorChoice& choice, const JavaProxyPtr& or
 }
 
 const ValidatorChoice& choiceOf(const ValidatorPtr& validator) {
-  static const auto& none = *new ValidatorChoice;
-  return validator ? validator->choice : none;
+  static base::NeverDestroyed<ValidatorChoice> none;
+  return validator ? validator->choice : none.get();
 }
 
 void runValidator(const Validator& validator, const boost::shared_ptr<const Settings>& node,

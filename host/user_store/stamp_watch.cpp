@@ -13,7 +13,7 @@
 
 #include "host/os/file_descriptor.h"
 #include "host/os/file_name.h"
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "host/os/signals_blocked.h"
 
 namespace zlutil::settings::host {
@@ -88,7 +88,7 @@ StampWatch::StampWatch(const std::string& file, std::function<void()> wake)
     const SignalsBlocked blocked;
     shared_->thread = std::thread([shared = shared_] { shared->run(); });
   } catch (const std::system_error& failure) {
-    report(shownFileName(file) + " is not watched: " + failure.what());
+    logError(shownFileName(file) + " is not watched: " + failure.what());
   }
 }
 

@@ -5,7 +5,7 @@
 
 #include "host/change/external_changes.h"
 #include "host/os/file_name.h"
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {
@@ -30,7 +30,7 @@ constexpr char kAnother[] =
 UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {
   return
       [name = shownFileName(files.database())](const std::string& path, const std::string& reason) {
-        report(name + ": \"" + path + "\" is left out: " + reason);
+        logError(name + ": \"" + path + "\" is left out: " + reason);
       };
 }
 
@@ -100,7 +100,7 @@ void UserStore::close(const std::string& reason) {
 }
 
 void UserStore::readAll(Node& root, int level) {
-  ForeignChanges contents{{}, false, shownFileName(files_.database())};
+  ExternalChanges contents{{}, false, shownFileName(files_.database())};
   {
     base::MutexLock lock(mutex_);
     try {
@@ -114,15 +114,15 @@ void UserStore::readAll(Node& root, int level) {
     } catch (const SqliteError& failure) {
       close(failure.what());
       contents.changes.clear();
-      report(contents.holder + ": settings cannot be stored: " + failure.what());
+      logError(contents.holder + ": settings cannot be stored: " + failure.what());
       try {
         contents.changes = readWithoutWriting(files_, reportLeftOut(files_));
       } catch (const SqliteError& unreadable) {
-        report(contents.holder + ": stored settings cannot be read: " + unreadable.what());
+        logError(contents.holder + ": stored settings cannot be read: " + unreadable.what());
       }
     }
   }
-  bringIn(root, level, contents);
+  applyExternalChanges(root, level, contents);
 }
 
 bool UserStore::apply(const Changes& changes, const Receiver& receive) {
@@ -187,7 +187,7 @@ std::int64_t UserStore::store(const Changes& changes) {
 bool UserStore::handOver(const Receiver& receive) {
   const std::int64_t dataVersion = database_->dataVersion();
   const std::int64_t last = database_->lastRevision();
-  ForeignChanges foreign{{}, false, shownFileName(files_.database())};
+  ExternalChanges foreign{{}, false, shownFileName(files_.database())};
   foreign.isEverything = mustCompare_ || last < seen_ || database_->firstRevision() > seen_ + 1;
   foreign.changes =
       foreign.isEverything
@@ -216,8 +216,8 @@ void UserStore::catchUp(const Receiver& receive) {
   } catch (const SqliteError& failure) {
     // What is locked is looked at again, as it is after every commit.
     if (failure.code() == SQLITE_BUSY) return;
-    report(shownFileName(files_.database()) +
-           ": changes by other processes cannot be read: " + failure.what());
+    logError(shownFileName(files_.database()) +
+             ": changes by other processes cannot be read: " + failure.what());
   }
 }
 
@@ -255,13 +255,13 @@ bool UserStore::isCurrent() {
   try {
     if (!database_) return false;
     const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
-    return !hasForeignChanges();
+    return !hasExternalChanges();
   } catch (const SqliteError&) {
     return false;
   }
 }
 
-bool UserStore::hasForeignChanges() {
+bool UserStore::hasExternalChanges() {
   database_->connection().setLockWait(kLookWait);
   return mustCompare_ || database_->dataVersion() != dataVersion_;
 }
@@ -298,7 +298,7 @@ bool UserStore::isBackedUp() {
     backUpDaily(files_, kLookWait);
   } catch (const SqliteError& failure) {
     if (failure.code() == SQLITE_BUSY) return false;
-    report(shownFileName(files_.database()) + ": no backup: " + failure.what());
+    logError(shownFileName(files_.database()) + ": no backup: " + failure.what());
   }
   return true;
 }
@@ -331,7 +331,7 @@ bool UserStore::needsCatchingUp() {
       mustCompare_ = true;
     }
     const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
-    const bool isBehind = hasForeignChanges();
+    const bool isBehind = hasExternalChanges();
     database_->connection().useRollbackJournal();
     return isBehind;
   } catch (const SqliteError& failure) {

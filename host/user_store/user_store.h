@@ -49,7 +49,7 @@ class UserStore final : public Store {
   bool handOver(const Receiver& receive) REQUIRES(mutex_);
   void noteOwn(std::int64_t revision) REQUIRES(mutex_);
   bool hasStayed(std::int64_t revision) REQUIRES(mutex_);
-  bool hasForeignChanges() REQUIRES(mutex_);
+  bool hasExternalChanges() REQUIRES(mutex_);
   bool isTimeToOpen() REQUIRES(mutex_);
   bool needsCatchingUp();
   bool isBackedUp();

@@ -8,7 +8,7 @@
 #include <filesystem>
 
 #include "host/os/file_name.h"
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "host/user_store/rollback_journal.h"
 #include "host/user_store/user_database.h"
 
@@ -18,7 +18,7 @@ namespace {
 constexpr int kNoWait = 0;
 
 void say(const UserStoreFiles& files, const std::string& message) {
-  report(shownFileName(files.database()) + ": " + message);
+  logError(shownFileName(files.database()) + ": " + message);
 }
 
 std::string transactions(std::int64_t count) {

@@ -1,6 +1,6 @@
-#include "host/settings/value_writer.h"
+#include "host/user_store/value_writer.h"
 
-#include "host/settings/stored_value.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {

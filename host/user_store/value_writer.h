@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/settings/sqlite_value.h"
-#include "host/settings/store.h"
+#include "host/tree/store.h"
+#include "host/user_store/sqlite_value.h"
 
 namespace zlutil::settings::host {
 

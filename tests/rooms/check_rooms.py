@@ -12,7 +12,7 @@ import re
 import sys
 
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
-TABLE_ROW = re.compile(r"^\| `([a-z_/]+)/` \|.*\| ([^|]*) \|$", re.MULTILINE)
+TABLE_ROW = re.compile(r"^\| `([a-z_/]+)/` \|.*\|([^|]*)\|$", re.MULTILINE)
 
 
 def room_of(file, rooms):

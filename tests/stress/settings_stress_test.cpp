@@ -4,7 +4,7 @@
 #include <memory>
 #include <thread>
 
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "tests/support/settings_verbs.h"
 
 namespace test {
@@ -106,8 +106,8 @@ TEST_F(SettingsStress, EntriesComeAndGoWhileOthersReadThem) {
 }
 
 TEST_F(SettingsStress, AnEntryInThePlaceOfARemovedOneIsNotFoundUnderTheCountOfThat) {
-  using zlutil::settings::ChangeCounts;
-  const auto& count = ChangeCounts::table()[ChangeCounts::place("n", "last")];
+  using zlutil::settings::ChangeCounters;
+  const auto& count = ChangeCounters::table()[ChangeCounters::place("n", "last")];
   const SettingsPtr large = addNode(root_, "large"), small = addNode(root_, "small");
   for (int i = 0; i < 10 * kRounds; ++i) addKey(large, "k" + std::to_string(i));
   addKey(large, "last");

@@ -37,22 +37,22 @@ struct ApplyTo {
 }  // namespace
 
 void FakeStore::readAll(Node& root, int level) {
-  ForeignChanges contents;  // in path order, so parents come before children
+  ExternalChanges contents;  // in path order, so parents come before children
   for (const auto& entry : record_->entries) contents.changes.push_back(entry.second);
   for (const auto& value : record_->values)
     contents.changes.push_back(PutValue{value.first, value.second});
-  bringIn(root, level, contents);
+  applyExternalChanges(root, level, contents);
 }
 
 void FakeStore::changeFromOutside(const Changes& changes, bool unnoticed) {
-  foreign_.changes.insert(foreign_.changes.end(), changes.begin(), changes.end());
+  external_.changes.insert(external_.changes.end(), changes.begin(), changes.end());
   if (!unnoticed) watcher_();
 }
 
 void FakeStore::catchUp(const Receiver& receive) {
-  ForeignChanges foreign{{}, false, foreign_.holder};
-  foreign.changes.swap(foreign_.changes);
-  receive(foreign);
+  ExternalChanges external{{}, false, external_.holder};
+  external.changes.swap(external_.changes);
+  receive(external);
 }
 
 bool FakeStore::apply(const Changes& changes, const Receiver& receive) {
@@ -62,7 +62,7 @@ bool FakeStore::apply(const Changes& changes, const Receiver& receive) {
         readOnlyReason_.empty() ? std::string("the disk is full") : readOnlyReason_);
   }
   bool isWelcome = true;
-  if (!isCurrent()) catchUp([&](const auto& foreign) { return isWelcome = receive(foreign); });
+  if (!isCurrent()) catchUp([&](const auto& external) { return isWelcome = receive(external); });
   if (!isWelcome) return false;
   ++record_->applied;
   for (const Change& change : changes) std::visit(ApplyTo{*record_}, change);

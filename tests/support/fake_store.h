@@ -35,7 +35,7 @@ class FakeStore final : public zlutil::settings::host::Store {
   bool apply(const zlutil::settings::host::Changes& changes, const Receiver& receive) override;
   void catchUp(const Receiver& receive) override;
   bool keepsChanges() const override { return true; }
-  bool isCurrent() override { return foreign_.changes.empty(); }
+  bool isCurrent() override { return external_.changes.empty(); }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
   bool watch(const Watcher& watcher) override {
     watcher_ = watcher;
@@ -50,7 +50,7 @@ class FakeStore final : public zlutil::settings::host::Store {
   const std::string readOnlyReason_;
   int failIn_ = 0;
   bool isWatched_ = true;
-  zlutil::settings::host::ForeignChanges foreign_{{}, false, "the fake store"};
+  zlutil::settings::host::ExternalChanges external_{{}, false, "the fake store"};
   Watcher watcher_;
 };
 

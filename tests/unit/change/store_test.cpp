@@ -2,7 +2,7 @@
 // fails.
 #include <boost/variant/get.hpp>
 
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "service/new_key.h"
 #include "tests/support/fake_store.h"
 #include "tests/support/temporary_directory.h"
@@ -218,14 +218,14 @@ TEST_F(TreeOverStore, ChangesByOthersAppearAndArePublished) {
 }
 
 TEST_F(TreeOverStore, ChangesAndRemovalsByOthersAreCountedForThoseWhoKeepValues) {
-  using zlutil::settings::ChangeCounts;
+  using zlutil::settings::ChangeCounters;
   const NodePtr root = treeOver(store);
   addKey(addNode(addNode(root, "above"), "n"), "k");
   for (const Change& change : {Change(PutValue{"above.n.k", 1}), Change(EraseValue{"above.n.k"}),
                                Change(RemoveSubtree{"above"})}) {
-    const std::uint64_t before = ChangeCounts::table()[ChangeCounts::place("n", "k")];
+    const std::uint64_t before = ChangeCounters::table()[ChangeCounters::place("n", "k")];
     store->changeFromOutside({change});
-    EXPECT_NE(before, ChangeCounts::table()[ChangeCounts::place("n", "k")]) << change.index();
+    EXPECT_NE(before, ChangeCounters::table()[ChangeCounters::place("n", "k")]) << change.index();
   }
 }
 

@@ -1,7 +1,7 @@
 // What processes that share a store mean to each other, with a tree for each of them.
 #include <future>
 
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "tests/support/fake_store.h"
 #include "tests/support/user_store_fixture.h"
 
@@ -85,7 +85,7 @@ TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllAndForEver) {
     root->unset(name, "user");
     // What the other process hears before its own change is stored decides whether it can be.
     bool isFixed = false;
-    EXPECT_FALSE(deaf->apply({PutValue{name, 1}}, [&](const ForeignChanges& foreign) {
+    EXPECT_FALSE(deaf->apply({PutValue{name, 1}}, [&](const ExternalChanges& foreign) {
       for (const Change& change : foreign.changes) {
         const auto* const fixed = std::get_if<FixKind>(&change);
         if (fixed && fixed->path == name) isFixed = true;
@@ -216,9 +216,9 @@ TEST(UnwatchedTree, CatchesUpWheneverItIsReadOrChanged) {
     store->changeFromOutside({DefineEntry{name, false, 0, {}}}, true);
     return Names{name};
   };
-  using zlutil::settings::ChangeCounts;
+  using zlutil::settings::ChangeCounters;
   const auto count = [] {
-    return ChangeCounts::table()[ChangeCounts::place("settings", "k")].load();
+    return ChangeCounters::table()[ChangeCounters::place("settings", "k")].load();
   };
   change();
   EXPECT_EQ(intAt(root, "k"), 1);

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 #include "host/user_store/user_store_stamp.h"
 #include "tests/support/user_store_fixture.h"
 
@@ -222,7 +222,7 @@ TEST_F(UserStoreFilesTest, AMissingOrEmptiedDatabaseIsRestoredAndWhatStoodBeside
 
 TEST_F(UserStoreFilesTest, WhatIsReportedIsOneLineThatCommandsNoTerminal) {
   testing::internal::CaptureStderr();
-  report("a\nb \x1B[2J \xC0\x80 \xC2\x9B caf\xC3\xA9");
+  logError("a\nb \x1B[2J \xC0\x80 \xC2\x9B caf\xC3\xA9");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "a\\nb \\u001b[2J \\u0000 \\u009b caf\xC3\xA9\n");
 }

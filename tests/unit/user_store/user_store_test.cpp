@@ -247,7 +247,7 @@ TEST_F(UserStoreTest, AnOlderFileInItsPlaceIsReadByAll) {
     if (!c.isAnotherFile) {
       bool comparesAll = false;
       behind.catchUp(
-          [&](const ForeignChanges& foreign) { return comparesAll = foreign.isEverything; });
+          [&](const ExternalChanges& foreign) { return comparesAll = foreign.isEverything; });
       EXPECT_TRUE(comparesAll);
     }
     EXPECT_TRUE(eventually([&] { return contentsOf(there) == contents; })) << contentsOf(there);
@@ -282,9 +282,9 @@ TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
   std::atomic<int> looks{0};
   testing::internal::CaptureStderr();
   store.watch([&] {
-    store.catchUp([&](const ForeignChanges& foreign) {
+    store.catchUp([&](const ExternalChanges& foreign) {
       if (++looks == 1) throw std::bad_alloc();
-      bringIn(*behind, kUser, foreign);
+      applyExternalChanges(*behind, kUser, foreign);
       return true;
     });
   });

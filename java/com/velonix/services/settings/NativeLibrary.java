@@ -72,7 +72,7 @@ final class NativeLibrary {
             loaded = failure == null;
         }
         if (loaded) {
-            InitialClasses.initialise();
+            EagerInitialisation.initialise();
             ready = true;
         }
         return failure;

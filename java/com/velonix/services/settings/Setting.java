@@ -17,6 +17,9 @@ import java.util.Optional;
  * @param <T> the class of the values
  */
 public final class Setting<T> implements Listenable {
+    /** How often an entry may come and go while a listener is registered on it. */
+    private static final int LISTEN_ATTEMPTS = 100;
+
     private final SettingPath parent;
     private final TreeHandle tree;
     private final String name;
@@ -27,7 +30,7 @@ public final class Setting<T> implements Listenable {
     private final int kind;
 
     /** What was read last, or null. Any thread may replace it at any time: it knows if it holds. */
-    private KeptValue<T> kept;
+    private CachedValue<T> kept;
 
     /** The key, once it has been used; null before. */
     private BoundKey bound;
@@ -38,7 +41,7 @@ public final class Setting<T> implements Listenable {
         this.tree = parent.tree();
         this.name = name;
         this.type = type;
-        this.counter = ChangeCounts.place(parent.lastName(), name);
+        this.counter = ChangeCounters.place(parent.lastName(), name);
         this.kind = ValueTypes.kindOf(type);
     }
 
@@ -67,7 +70,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get() throws SettingException {
-        KeptValue<T> now = inEffect();
+        CachedValue<T> now = inEffect();
         T value = now.value();
         if (value == null) {
             throw new SettingNotFoundException(
@@ -335,31 +338,34 @@ public final class Setting<T> implements Listenable {
     static Registration listen(TreeHandle tree, String[] path, String key,
             SettingListener listener, Object source) throws SettingException {
         try (NativeCall call = new NativeCall(tree)) {
-            Registration registration = call.tree.listen(path, key, listener, source);
-            if (registration != null && !NativeLane.wasRefused())
-                return registration;
-            if (registration != null)
-                registration.close();
-            // Removing what was never added does nothing, but says what is wrong with the place.
-            nativeAddRemoveListener(null, call.address, path, key, listener);
-            NativeCall.check("a listener");
+            for (int attempt = 0; attempt < LISTEN_ATTEMPTS; ++attempt) {
+                Registration registration = call.tree.listen(path, key, listener, source);
+                if (registration != null && !NativeLane.wasRefused())
+                    return registration;
+                if (registration != null)
+                    registration.close();
+                // Removing a listener that was never added does nothing, but says what is wrong with
+                // the place. If nothing is, another thread has added the entry meanwhile.
+                nativeAddRemoveListener(null, call.address, path, key, listener);
+                NativeCall.check("a listener");
+            }
             throw NativeCall.unanswered("a listener on " + Names.dotted(Arrays.asList(path), key));
         }
     }
 
     /** The value in effect, as it is kept or else as it is now. */
-    private KeptValue<T> inEffect() throws SettingException {
-        KeptValue<T> last = kept;
-        if (last != null && last.holdsUnder(ChangeCounts.of(counter)) && tree.isOpen())
+    private CachedValue<T> inEffect() throws SettingException {
+        CachedValue<T> last = kept;
+        if (last != null && last.holdsUnder(ChangeCounters.of(counter)) && tree.isOpen())
             return last;
         // The count first: a change that the value misses moves it on from here.
-        boolean keeps = ChangeCounts.areThere();
-        long count = keeps ? ChangeCounts.of(counter) : 0;
-        KeptValue<T> next;
+        boolean keeps = ChangeCounters.areThere();
+        long count = keeps ? ChangeCounters.of(counter) : 0;
+        CachedValue<T> next;
         try {
-            next = new KeptValue<>(count, now(NativeLane.IN_EFFECT, null));
+            next = new CachedValue<>(count, now(NativeLane.IN_EFFECT, null));
         } catch (SettingNotFoundException missing) {
-            next = KeptValue.missing(count);
+            next = CachedValue.missing(count);
         }
         if (keeps)
             kept = next;

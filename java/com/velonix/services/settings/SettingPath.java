@@ -29,7 +29,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * The lists that were read last, by their selectors plus one; null before the first. Any thread
      * may replace one at any time: it knows if it holds.
      */
-    private KeptNames[] kept;
+    private CachedNames[] kept;
 
     private SettingPath(TreeHandle tree, String[] names) {
         this.tree = tree;
@@ -347,22 +347,22 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     private List<String> list(int selector) throws SettingException {
-        KeptNames[] all = kept;
+        CachedNames[] all = kept;
         if (all == null)
-            kept = all = new KeptNames[3];
-        KeptNames last = all[selector + 1];
-        if (last != null && last.count() == ChangeCounts.of(counter()) && tree.isOpen())
+            kept = all = new CachedNames[3];
+        CachedNames last = all[selector + 1];
+        if (last != null && last.count() == ChangeCounters.of(counter()) && tree.isOpen())
             return last.names();
-        if (!ChangeCounts.areThere())
+        if (!ChangeCounters.areThere())
             return listNow(selector);
         // The count first: a change that the names miss moves it on from here.
-        KeptNames next = new KeptNames(ChangeCounts.of(counter()), listNow(selector));
+        CachedNames next = new CachedNames(ChangeCounters.of(counter()), listNow(selector));
         all[selector + 1] = next;
         return next.names();
     }
 
     private int counter() {
-        return ChangeCounts.placeOfList(lastName());
+        return ChangeCounters.placeOfList(lastName());
     }
 
     private List<String> listNow(int selector) throws SettingException {

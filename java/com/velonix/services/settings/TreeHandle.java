@@ -19,7 +19,7 @@ final class TreeHandle {
     private final boolean ofProcess;
 
     /** Null until it is needed, and again once the tree has been closed. */
-    private RecentSettings recent;
+    private SettingCache recent;
 
     /**
      * Takes over a handle.
@@ -54,11 +54,11 @@ final class TreeHandle {
 
     /** A setting of this tree; the type has been checked. */
     <T> Setting<T> setting(SettingPath parent, String name, Class<T> type) {
-        RecentSettings table = recent;
+        SettingCache table = recent;
         if (table == null) {
             if (opening.closed)
                 return new Setting<>(parent, name, type);
-            recent = table = new RecentSettings();
+            recent = table = new SettingCache();
         }
         return table.of(parent, name, type);
     }

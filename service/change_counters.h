@@ -30,7 +30,7 @@
 namespace zlutil {
 namespace settings {
 
-class SETTINGS_HOST_API ChangeCounts {
+class SETTINGS_HOST_API ChangeCounters {
  public:
   using Counter = std::atomic<std::uint64_t>;
   static_assert(sizeof(Counter) == sizeof(std::uint64_t) && Counter::is_always_lock_free,
@@ -42,7 +42,7 @@ class SETTINGS_HOST_API ChangeCounts {
   SETTINGS_HOST_OPTION static Table& table();
 
   // Where the counter of a key of a node stands; an empty name is no node's. A reader in another
-  // language has to come to the same place (ChangeCounts.java).
+  // language has to come to the same place (ChangeCounters.java).
   static std::size_t place(std::string_view node, std::string_view key) {
     return (31 * mark(key) + mark(node)) * 0x9E3779B9u >> 20;
   }

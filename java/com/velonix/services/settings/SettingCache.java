@@ -8,7 +8,7 @@ import java.util.Arrays;
  * pushes out what is second. Threads use it without any order: what one of them misses is only made
  * again.
  */
-final class RecentSettings {
+final class SettingCache {
     /** A power of two; also the most settings, and values, that a tree keeps of its own accord. */
     private static final int SIZE = 1024;
 

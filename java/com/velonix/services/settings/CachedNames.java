@@ -8,4 +8,4 @@ import java.util.List;
  * @param count the count of the list before the names were read
  * @param names immutable
  */
-record KeptNames(long count, List<String> names) {}
+record CachedNames(long count, List<String> names) {}

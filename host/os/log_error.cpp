@@ -1,4 +1,4 @@
-#include "host/os/report.h"
+#include "host/os/log_error.h"
 
 #include <cstdio>
 
@@ -6,7 +6,7 @@
 
 namespace zlutil::settings::host {
 
-void report(const std::string& problem) {
+void logError(const std::string& problem) {
   std::fprintf(stderr, "%s\n", base::displayFromNarrow(base::withControlsEscaped(problem)).c_str());
 }
 

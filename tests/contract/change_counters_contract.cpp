@@ -1,20 +1,20 @@
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 #include "tests/contract/service_contract.h"
 
 namespace test {
 namespace {
 
 using zlutil::eventmgr::ScopedConnection;
-using zlutil::settings::ChangeCounts;
+using zlutil::settings::ChangeCounters;
 using zlutil::settings::SettingsRemoveNodeEvent;
 using zlutil::settings::SettingsValueChangeEvent;
 
 // The counts of the key "k" of the node "n", by the node's name and without it. Other keys may
 // share a counter, so tests only say that one has moved, except where nothing at all happens.
 struct Counts {
-  std::uint64_t below = ChangeCounts::table()[ChangeCounts::place("n", "k")];
-  std::uint64_t alone = ChangeCounts::table()[ChangeCounts::place("", "k")];
-  std::uint64_t list = ChangeCounts::table()[ChangeCounts::place("n", "")];
+  std::uint64_t below = ChangeCounters::table()[ChangeCounters::place("n", "k")];
+  std::uint64_t alone = ChangeCounters::table()[ChangeCounters::place("", "k")];
+  std::uint64_t list = ChangeCounters::table()[ChangeCounters::place("n", "")];
 
   bool bothMovedTo(const Counts& now) const { return below != now.below && alone != now.alone; }
   bool operator==(const Counts& now) const { return below == now.below && alone == now.alone; }

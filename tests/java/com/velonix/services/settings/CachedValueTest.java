@@ -21,7 +21,7 @@ import org.junit.jupiter.api.Test;
  * Values that a setting keeps. Each native call makes a text anew, so the same text again shows
  * that there was none.
  */
-class KeptValueTest extends OneKeyTree {
+class CachedValueTest extends OneKeyTree {
     private static final int READERS = 3;
     private static final int CHANGES = 20_000;
 

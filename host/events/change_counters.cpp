@@ -1,8 +1,8 @@
-#include "service/change_counts.h"
+#include "service/change_counters.h"
 
 namespace zlutil::settings {
 
-ChangeCounts::Table& ChangeCounts::table() {
+ChangeCounters::Table& ChangeCounters::table() {
   alignas(64) static Table counters{};
   return counters;
 }

@@ -6,15 +6,15 @@ import java.lang.reflect.Array;
  * A value in effect that was read from the tree, with the count under which it holds. Immutable, so
  * that it may pass between threads without any order.
  */
-final class KeptValue<T> {
+final class CachedValue<T> {
     private final long count;
     private final T value;
     private final boolean isArray;
     private final boolean isMissing;
 
     /** Keeps that there is no key. */
-    static <T> KeptValue<T> missing(long count) {
-        return new KeptValue<>(count, null, true);
+    static <T> CachedValue<T> missing(long count) {
+        return new CachedValue<>(count, null, true);
     }
 
     /**
@@ -23,11 +23,11 @@ final class KeptValue<T> {
      * @param count the count at the key's place before the value was read
      * @param value the value, or null when no level has one
      */
-    KeptValue(long count, T value) {
+    CachedValue(long count, T value) {
         this(count, value, false);
     }
 
-    private KeptValue(long count, T value, boolean isMissing) {
+    private CachedValue(long count, T value, boolean isMissing) {
         this.count = count;
         this.value = value;
         this.isArray = value != null && value.getClass().isArray();

@@ -8,14 +8,14 @@ import java.nio.ByteOrder;
 /**
  * The settings service's counters of changes, in the service's own memory: by them a value that has
  * been read can be kept, and a look at memory tells whether it still holds. {@code
- * service/change_counts.h} says what the service promises.
+ * service/change_counters.h} says what the service promises.
  */
-final class ChangeCounts {
+final class ChangeCounters {
     private static final ByteBuffer MEMORY = NativeLane.changeCounters();
     private static final VarHandle LONGS =
             MethodHandles.byteBufferViewVarHandle(long[].class, ByteOrder.nativeOrder());
 
-    private ChangeCounts() {}
+    private ChangeCounters() {}
 
     /** Whether there are counters; without them nothing may be kept. */
     static boolean areThere() {

@@ -1,0 +1,109 @@
+// One change of a tree. Every change of values or entries takes the same steps:
+//
+//   1. validate   The caller runs the validator, with no edit under way.
+//   2. lock       The constructor acquires the tree's writer().
+//   3. check      The caller checks that the change is possible, and that the validator is still
+//   the
+//                 one that has judged.
+//   4. store      store() hands the change to the level's store. The store first hands over what
+//                 other processes have changed; the edit applies that to the tree, and the caller
+//                 checks again.
+//   5. memory     replaceValue(), insert() and remove() change the entries and the change counters.
+//   6. unlock     finish() releases writer().
+//   7. publish    finish() tells the listeners, on this thread, and then destroys what was
+//   replaced.
+//
+// Lock rules. writer() is held from step 2 to step 6, also during the store's I/O. lock() is
+// acquired for writing in step 5 only, for as long as the memory changes, and for reading whenever
+// entries are read that may stand in a removed subtree. No lock is held while a validator or a
+// listener runs, nor while an entry or a value is destroyed. Nothing after step 4 may fail: what a
+// step needs is prepared before it.
+//
+// An edit that ends without finish() publishes nothing of its own. One thread at a time.
+#pragma once
+
+#include <boost/container/small_vector.hpp>
+#include <functional>
+#include <optional>
+
+#include "host/change/external_changes.h"
+#include "host/change/publication.h"
+
+namespace zlutil::settings::host {
+
+// A key and the value that replaces its value at the level of the edit.
+struct KeyChange {
+  Key* key;
+  boost::any value;
+};
+using KeyChanges = boost::container::small_vector<KeyChange, 1>;
+
+class TreeEdit {
+ public:
+  enum Priority { kOrdinary, kAhead };
+
+  // Acquires the tree's writer(), with kAhead before all but one of the other writers that wait.
+  explicit TreeEdit(Tree& tree, Priority priority = kOrdinary);
+  ~TreeEdit();
+  TreeEdit(const TreeEdit&) = delete;
+  TreeEdit& operator=(const TreeEdit&) = delete;
+
+  // Stores the changes that `describe()` returns, if the level's store keeps changes. Returns
+  // false, with nothing stored, if `isPossible()` returns false after changes by other processes
+  // have come into the tree. Throws StoreFailure.
+  template <class Describe, class IsPossible>
+  bool store(int level, const Describe& describe, const IsPossible& isPossible) {
+    if (!tree_.store(level).keepsChanges()) return true;
+    return apply(level, describe(), isPossible);
+  }
+
+  // Applies what other processes have changed in the level's store.
+  void catchUp(int level);
+
+  // Replaces values at the level, and notes those that differ for the listeners.
+  void replaceValue(Key& key, int level, boost::any value);
+  void replaceValues(int level, KeyChanges changes);
+
+  // Inserts the entry, which only this thread knows, below the parent. parent.makeRoomForChild()
+  // has been called.
+  void insert(Node& parent, const EntryPtr& entry);
+
+  // Notes a change of the key that an insertion has brought.
+  void noteChanged(Key& key);
+
+  // Removes the child from its parent. `audience` is audienceOfRemoval() of the child.
+  void remove(Node& parent, const Entry& child, Audience audience);
+
+  // Releases the writer, publishes the events and destroys what was replaced.
+  void finish();
+
+ private:
+  // An entry that was inserted or removed.
+  struct Structure {
+    boost::shared_ptr<Settings> parent;
+    EntryPtr entry;
+    std::optional<Audience> ofRemoval;
+  };
+
+  bool apply(int level, const Changes& changes, const std::function<bool()>& isPossible);
+  void unlock();
+
+  Tree& tree_;
+  bool isLocked_ = true;
+  bool hasExternalEvents_ = false;
+  KeyChanges replaced_;
+  ChangedKeys changed_;
+  Structure structure_;
+};
+
+// Repeats `attempt(edit)`, each time with a new edit of the tree, until it returns true, and then
+// finishes the edit.
+template <class Attempt>
+void editTree(Tree& tree, const Attempt& attempt) {
+  while (true) {
+    TreeEdit edit(tree);
+    if (attempt(edit)) return edit.finish();
+  }
+}
+
+}  // namespace zlutil::settings::host
