@@ -28,7 +28,7 @@ struct BareKey {
   jobject javaPath = nullptr, javaName = nullptr;
   std::string name;
 
-  const boost::any& valueInEffect() const {
+  const boost::any& effectiveValue() const {
     for (const boost::any& value : values) {
       if (!value.empty()) return value;
     }
@@ -36,7 +36,7 @@ struct BareKey {
   }
 
   const boost::any& value(std::string_view level) const {
-    return level.empty() ? valueInEffect() : values[indexOf(level)];
+    return level.empty() ? effectiveValue() : values[indexOf(level)];
   }
 
   static std::size_t indexOf(std::string_view level) {

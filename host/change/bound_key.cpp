@@ -21,12 +21,13 @@ class BoundKeyInTree final : public BoundKey {
       ReadLock lock(tree().lock());
       const Key* const key = find();
       if (!key || !isLevelOrInEffect(level)) return false;
-      value = level == kInEffect ? key->valueInEffect() : key->value(level);
+      value = level == kInEffect ? key->effectiveValue() : key->value(level);
       return true;
     });
   }
 
-  // A level that outlives the tree is left to the node: there the store takes the time.
+  // Refuses levels whose store keeps changes: there the I/O takes the time, and Settings::setAny
+  // does it.
   bool setAny(int level, boost::any& value) noexcept override {
     return orRefused([&] {
       tree().look();
@@ -76,8 +77,8 @@ class BoundKeyInTree final : public BoundKey {
     return given != boostany::kNoValue && (key.kind() == boostany::kNoValue || key.kind() == given);
   }
 
-  // Returns the key that stands at the place; null when there is none. The caller holds the tree's
-  // lock() or writer(), so several readers may find it at once; they note the same.
+  // Returns the key at the path, or null. The caller holds the tree's lock() or writer(). Several
+  // readers may look it up at once; all of them cache the same key.
   Key* find() const {
     const std::uint64_t removals = Node::removals();
     if (asOf_.load(std::memory_order_acquire) != removals || !key_.load()) {
@@ -96,7 +97,8 @@ class BoundKeyInTree final : public BoundKey {
     return entry && entry->isKey() ? static_cast<Key*>(entry) : nullptr;
   }
 
-  // The same for a level that is kept in memory only. Null also when the root is no root any more.
+  // Returns the key if its value at the level is kept in memory only and can be changed; otherwise
+  // null.
   Key* findToChange(int level) const {
     if (level < 0 || level >= kLevelCount) return nullptr;
     if (tree().isReadOnly(level) || tree().store(level).keepsChanges()) return nullptr;
@@ -106,8 +108,7 @@ class BoundKeyInTree final : public BoundKey {
 
   const NodePtr root_;
   const std::vector<std::string> names_;
-  // The key, which the tree keeps alive as long as nothing has been removed since; null when there
-  // was none.
+  // The cached key, or null. The tree keeps it alive as long as no entry has been removed since.
   mutable std::atomic<Key*> key_{nullptr};
   mutable std::atomic<std::uint64_t> asOf_{0};
 };

@@ -1,6 +1,5 @@
 // Many values as one operation: Entry::setMultiple and validateMultiple. Time is linear in the
-// number of values: each phase passes over them once, and one acquisition of a lock serves a whole
-// pass.
+// number of values: each phase passes over them once, and acquires each lock once.
 #include "host/change/given_text.h"
 #include "host/change/tree_edit.h"
 #include "host/change/value_batch.h"
@@ -12,9 +11,9 @@ namespace {
 
 using Candidate = ValueBatch::Candidate;
 
-// What the candidates come to: for each key, in order of first appearance, its last value. A key's
-// mark says where it stands in the list; a mark that an earlier commit has left says nothing, and
-// shows it by leading to another key or to none. The caller holds the writer.
+// Returns the last value of each key, in the order in which the keys appear first. A key's mark is
+// its index in the result; a mark of an earlier commit leads to another key or to none. The caller
+// holds the tree's writer().
 std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candidates) {
   std::vector<const Candidate*> last;
   last.reserve(candidates.size());
@@ -30,8 +29,8 @@ std::vector<const Candidate*> lastOfEachKey(const std::vector<Candidate>& candid
   return last;
 }
 
-// The changes that remain when values that are stored already are left out; none is where others
-// may have stored another one meanwhile (`isCurrent` is false). The caller holds the writer.
+// Returns the changes without those that set the present value again, which are left out only if
+// the store has no newer one (`isCurrent`). The caller holds the tree's writer().
 KeyChanges changesOf(const std::vector<Candidate>& candidates, int level, bool isCurrent) {
   KeyChanges changes;
   changes.reserve(candidates.size());
@@ -42,7 +41,7 @@ KeyChanges changesOf(const std::vector<Candidate>& candidates, int level, bool i
   return changes;
 }
 
-// The caller holds the writer.
+// Returns what the store has to do. The caller holds the tree's writer().
 Changes describe(Tree& tree, const KeyChanges& changes) {
   Changes batch;
   batch.reserve(changes.size());
@@ -57,8 +56,8 @@ Changes describe(Tree& tree, const KeyChanges& changes) {
   return batch;
 }
 
-// Stores the batch and makes it visible. Returns false, with nothing done, if one of the values
-// cannot go into its key, or if validators have to judge and have not.
+// Stores the batch and makes it visible. Returns false, with nothing changed, if one of the keys
+// cannot take its value, or if there are validators and the batch is not validated.
 bool tryCommitting(TreeEdit& edit, Tree& tree, ValueBatch& batch, int level, bool isValidated) {
   const auto isPossible = [&] {
     return batch.resolve() && (isValidated || !batch.hasValidators());
@@ -73,7 +72,7 @@ bool tryCommitting(TreeEdit& edit, Tree& tree, ValueBatch& batch, int level, boo
   return true;
 }
 
-// Commits the batch, or returns why it cannot be.
+// Commits the batch. Returns the problems if it cannot.
 SettingsProblems commit(Tree& tree, ValueBatch& batch, int level) {
   for (bool isValidated = false;;) {
     {
@@ -83,15 +82,15 @@ SettingsProblems commit(Tree& tree, ValueBatch& batch, int level) {
         return {};
       }
     }
-    // Another writer may come before the next attempt; what is impossible by then is found there.
+    // Another writer may come before the next attempt, which then finds what has become impossible.
     SettingsProblems problems = batch.findProblems();
     if (!problems.empty()) return problems;
     isValidated = batch.hasValidators();
   }
 }
 
-// Runs `operation`, which gives problems; what it throws becomes one more. For a failure of the
-// whole operation rather than of one value, the path is that of the first value.
+// Returns the problems that `operation` returns. What it throws becomes a problem with the path of
+// the first value.
 template <class Operation>
 SettingsProblems withoutThrowing(const ValueRange& values, const Operation& operation) {
   SettingsProblems problems;
@@ -110,9 +109,9 @@ SettingsProblems withoutThrowing(const ValueRange& values, const Operation& oper
 SettingsProblems Entry::setMultiple(const ValueRange& given, const std::string& levelText, int) {
   return withoutThrowing(given, [&] {
     const int level = requireLevel(levelText);
-    SettingsValues place;
+    SettingsValues copy;
     SettingsProblems noTexts;
-    const ValueRange values = withNarrowTexts(given, place, noTexts);
+    const ValueRange values = withNarrowTexts(given, copy, noTexts);
     if (!noTexts.empty()) return noTexts;
     tree().look();
     ValueBatch batch(tree(), values, level);
@@ -122,9 +121,9 @@ SettingsProblems Entry::setMultiple(const ValueRange& given, const std::string& 
 
 SettingsProblems Entry::validateMultiple(const ValueRange& given, int) const {
   return withoutThrowing(given, [&] {
-    SettingsValues place;
+    SettingsValues copy;
     SettingsProblems noTexts;
-    const ValueRange values = withNarrowTexts(given, place, noTexts);
+    const ValueRange values = withNarrowTexts(given, copy, noTexts);
     if (!noTexts.empty()) return noTexts;
     tree().look();
     ValueBatch batch(tree(), values, std::nullopt);

@@ -18,8 +18,8 @@ constexpr std::size_t kReportedLines = 10;
 
 std::string valuesOf(int kind) { return std::string(boostany::kindName(kind)) + " values"; }
 
-// Applies one batch. Its methods change what the tree guards; the objects that they replace are
-// kept until the lock is gone.
+// Applies one batch. The caller holds the tree's lock() for writing; replaced values and removed
+// entries are kept until this object is destroyed, without the lock.
 class Application {
  public:
   Application(Node& root, int level) : root_(root), level_(level) {}
@@ -75,10 +75,10 @@ class Application {
     note(ExternalEvent::kRemoved, &parent, removed, std::move(audience));
   }
 
-  // What to tell listeners, in the order of the changes; keeps what has been removed.
+  // Returns the events, in the order of the changes. They share the removed entries.
   std::vector<ExternalEvent> takeEvents() { return std::move(events_); }
 
-  // With no lock on the tree's memory held.
+  // The caller does not hold the tree's lock().
   void reportLeftOut(const std::string& holder) const {
     for (std::size_t at = 0; at < leftOut_.size() && at < kReportedLines; ++at) {
       logError(holder + ": " + leftOut_[at] + "; it stays stored");
@@ -99,7 +99,7 @@ class Application {
     leftOut_.push_back('"' + path + "\" is left out: " + reason);
   }
 
-  // What the tree has already stays as it is, and takes over what it has not decided.
+  // Completes an entry that exists already: it keeps what it has, and gets a kind if it has none.
   void agree(Entry& present, const DefineEntry& change) {
     if (present.isKey() != change.isKey) {
       return leaveOut(change.path, present.isKey() ? "it is a key here" : "it is a node here");

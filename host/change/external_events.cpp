@@ -21,7 +21,7 @@ void publish(const ExternalEvent& event) noexcept {
         return publishChanged(event.entry, event.audience);
     }
   } catch (const std::exception& failure) {
-    // Listeners' own exceptions do not come here; what does is that there was no memory.
+    // The listeners' own exceptions have been dropped; this one says that there was no memory.
     std::fprintf(stderr, "an event of a change by another process is lost: %s\n", failure.what());
   }
 }
@@ -72,8 +72,8 @@ void ExternalEvents::add(ExternalEvent event, Events& dropped) {
   if (at->kind == ExternalEvent::kChanged) changed_.emplace(entry, at);
 }
 
-// Drops what was to be told of the entry and all below it, and leaves of the audience of its
-// removal who listens there; false when nobody does.
+// Drops the queued events of the entry and all below it. Reduces the audience of its removal to the
+// subscriptions on these entries themselves, and returns false if there are none.
 bool ExternalEvents::takeBack(const Entry& entry, Audience& audience, Events& dropped) {
   Audience own;
   forAll(entry, [&](const Entry& at) {
@@ -101,7 +101,7 @@ void ExternalEvents::tell() noexcept {
   }
 }
 
-// Starts the thread where it does not run yet; false when that is not possible.
+// Starts the thread unless it runs. Returns false if that is not possible.
 bool ExternalEvents::hasThread() {
   if (hasThread_) return true;
   try {
@@ -109,7 +109,7 @@ bool ExternalEvents::hasThread() {
     std::thread([self = shared_from_this()] { self->runThread(); }).detach();
     hasThread_ = true;
   } catch (const std::system_error&) {
-    // The next events may have one.
+    // The next event tries again.
   } catch (const std::bad_alloc&) {
   }
   return hasThread_;

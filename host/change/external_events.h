@@ -1,11 +1,11 @@
-// What listeners are still to hear of changes that others have made. A thread of its own tells
-// them, in the order of the changes, so that a listener that takes its time keeps neither the tree
-// from what others change nor this process from changing the tree itself. Meanwhile several changes
-// of a key become one event, and what was added and is gone again before anybody was told of it
-// none: so there is never more to tell than the tree has entries.
+// A queue of the events of changes by other processes. A thread of its own publishes them, in the
+// order of the changes, so a slow listener delays neither external changes nor changes by this
+// process. The queue merges events: several changes of a key become one event, and an entry that is
+// added and removed before its addition was published causes none. So it never has more events than
+// the tree has entries.
 //
-// The thread begins with the first event. Where the process can have no further thread, whoever has
-// brought the changes in tells of them. Any thread.
+// The thread starts with the first event. If the process can start no thread, the thread that has
+// applied the changes publishes their events. Any thread.
 #pragma once
 
 #include <condition_variable>
@@ -28,15 +28,15 @@ struct ExternalEvent {
 
 class ExternalEvents : public std::enable_shared_from_this<ExternalEvents> {
  public:
-  // In the order of the changes; what nobody hears is not kept. The caller holds the tree's
-  // writer(), and not its lock().
+  // Queues the events, in the order of the changes; drops those without an audience. The caller
+  // holds the tree's writer(), and not its lock().
   void note(std::vector<ExternalEvent> events);
 
-  // Has the noted events told. With no lock held; does not wait for the listeners, where there is a
-  // thread.
+  // Starts publishing the queued events. Does not wait for the listeners, unless the process can
+  // start no thread. The caller holds no lock.
   void tell() noexcept;
 
-  // Ends the thread. Nothing is noted after that.
+  // Ends the thread. The caller queues no events afterwards.
   void stop();
 
  private:
@@ -52,10 +52,10 @@ class ExternalEvents : public std::enable_shared_from_this<ExternalEvents> {
   std::condition_variable wake_;
   // The rest is guarded by mutex_.
   Events events_;
-  // Where the additions and the changes stand among them.
+  // The queued additions and changes, by entry.
   std::unordered_map<const Entry*, Events::iterator> added_, changed_;
   bool hasThread_ = false;
-  bool isPublishing_ = false;  // somebody is, and takes what comes meanwhile
+  bool isPublishing_ = false;  // a thread is publishing, and takes events that come meanwhile
   bool isStopped_ = false;
 };
 

@@ -27,12 +27,12 @@ std::string narrowText(const std::string& text, const std::string& what) {
 }
 
 const boost::any& withNarrowTexts(const boost::any& value, const std::string& key,
-                                  boost::any& place) {
+                                  boost::any& copy) {
   const std::string what = '"' + key + '"';
   if (const auto* const text = boost::any_cast<std::string>(&value)) {
     if (base::isNarrow(*text)) return value;
-    place = narrowText(*text, what);
-    return place;
+    copy = narrowText(*text, what);
+    return copy;
   }
   const auto* const texts = boost::any_cast<std::vector<std::string>>(&value);
   if (!texts || areNarrow(*texts)) return value;
@@ -41,11 +41,11 @@ const boost::any& withNarrowTexts(const boost::any& value, const std::string& ke
   for (const std::string& text : *texts) {
     narrow.push_back(narrowText(text, "element " + std::to_string(narrow.size()) + " of " + what));
   }
-  place = std::move(narrow);
-  return place;
+  copy = std::move(narrow);
+  return copy;
 }
 
-ValueRange withNarrowTexts(const ValueRange& values, SettingsValues& place,
+ValueRange withNarrowTexts(const ValueRange& values, SettingsValues& copy,
                            SettingsProblems& problems) {
   for (std::size_t at = 0; at < values.size(); ++at) {
     const boost::any& value = values[at].second;
@@ -59,10 +59,10 @@ ValueRange withNarrowTexts(const ValueRange& values, SettingsValues& place,
       problems.emplace_back(entry ? entry->getPath() : std::string(), failure.GetMessageTxt());
       continue;
     }
-    if (place.empty()) place.assign(values.begin(), values.end());
-    place[at].second.swap(changed);
+    if (copy.empty()) copy.assign(values.begin(), values.end());
+    copy[at].second.swap(changed);
   }
-  return place.empty() ? values : boost::make_iterator_range(place.cbegin(), place.cend());
+  return copy.empty() ? values : boost::make_iterator_range(copy.cbegin(), copy.cend());
 }
 
 ValidatorChoice withNarrowTexts(const ValidatorChoice& validator, const std::string& entry) {

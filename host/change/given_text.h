@@ -1,6 +1,6 @@
-// Texts as a C++ program gives them: most are narrow text already (base/text.h). Standard UTF-8 for
-// supplementary characters and a zero byte for U+0000 have one meaning, and are put into that form.
-// Bytes that are no text are refused. Pure functions; any thread.
+// Conversion of texts that C++ programs hand in to narrow text (base/text.h). Most are narrow text
+// already. Standard UTF-8 for supplementary characters and a zero byte for U+0000 are converted;
+// bytes that are no text are refused. Pure functions; any thread.
 #pragma once
 
 #include <boost/any.hpp>
@@ -11,18 +11,18 @@
 
 namespace zlutil::settings::host {
 
-// `value` with its texts in the narrow form: itself, or a copy in `place`. Throws ValidationFailure
-// that names the key when there are bytes that are no text.
+// Returns `value` with its texts in the narrow form: itself, or `copy`, which is assigned. Throws
+// ValidationFailure, which names the key, if there are bytes that are no text.
 const boost::any& withNarrowTexts(const boost::any& value, const std::string& key,
-                                  boost::any& place);
+                                  boost::any& copy);
 
-// The same for all values of a commit. `place` gets a copy of all of them when one has to be
-// changed; the result is where the values are. For each value that has to be refused, `problems`
-// gets one.
-ValueRange withNarrowTexts(const ValueRange& values, SettingsValues& place,
+// Returns the values of a commit with their texts in the narrow form: themselves, or `copy`, which
+// is assigned if one of them has to be converted. Adds a problem for each value that is refused.
+ValueRange withNarrowTexts(const ValueRange& values, SettingsValues& copy,
                            SettingsProblems& problems);
 
-// The text in the narrow form. Throws ValidationFailure when it is none; `what` says for whom.
+// Returns the text in the narrow form. Throws ValidationFailure if its bytes are no text; `what` is
+// what the message calls it.
 std::string narrowText(const std::string& text, const std::string& what);
 ValidatorChoice withNarrowTexts(const ValidatorChoice& validator, const std::string& entry);
 

@@ -14,8 +14,7 @@ namespace zlutil::settings {
 namespace host {
 namespace {
 
-// One expectValue() without its settle(); empty until a key waits, and again when it has been
-// added.
+// An expectValue() whose settle() is still to come; empty while no key waits.
 struct Expected {
   NodePtr parent;
   KeyPtr key;
@@ -26,7 +25,8 @@ std::vector<Expected>& expected() {
   return list;
 }
 
-// The value goes into the key before anybody knows the key, and out again when it is not added.
+// Gives a key its first value before any other thread knows the key; the destructor takes it back
+// unless keep() was called.
 class FirstValue {
  public:
   FirstValue(Key& key, int level, boost::any value) : key_(key), level_(level) {
@@ -58,8 +58,10 @@ bool waitsForValue(const EntryPtr& key, const NodePtr& parent) {
 }
 
 KeyPtr waitingKey(const Node& parent, const std::string& name) {
-  for (const Expected& place : expected()) {
-    if (place.key && place.parent.get() == &parent && place.key->name() == name) return place.key;
+  for (const Expected& waiting : expected()) {
+    if (waiting.key && waiting.parent.get() == &parent && waiting.key->name() == name) {
+      return waiting.key;
+    }
   }
   return {};
 }
@@ -79,8 +81,8 @@ void addWithValue(Node& parent, const KeyPtr& key, const boost::any& value,
   editTree(parent.tree(), [&](TreeEdit& edit) {
     if (!tryInserting(edit, parent, key)) return false;
     first.keep();
-    for (Expected& place : expected()) {
-      if (place.key == key) place = {};
+    for (Expected& waiting : expected()) {
+      if (waiting.key == key) waiting = {};
     }
     edit.noteChanged(*key);
     return true;
@@ -98,9 +100,9 @@ void NewKey::add(const boost::shared_ptr<Settings>& parent, const std::string& n
   const auto key =
       boost::make_shared<host::Key>(host::Tree::makeStandalone(), host::narrowText(name, "a name"),
                                     boostany::kNoValue, true, made);
-  boost::any place;
+  boost::any copy;
   host::addWithValue(*host::requirePlace(key, parent), key,
-                     host::withNarrowTexts(value, name, place), level);
+                     host::withNarrowTexts(value, name, copy), level);
 }
 
 void NewKey::expectValue() { host::expected().emplace_back(); }

@@ -9,8 +9,8 @@ namespace {
 
 using namespace KORVEN::settings::core;
 
-// The path seen from the start. The paths of a standalone tree begin with its root's name; nothing
-// when this one does not.
+// Returns the path below `start`. The paths of a standalone tree begin with the name of its root;
+// nothing is returned for a path that does not.
 std::optional<std::string_view> pathFrom(const host::Node& start, std::string_view path) {
   if (!start.tree().isStandalone()) return path;
   const std::string& root = start.name();

@@ -1,6 +1,6 @@
-// Telling listeners of a change: on the topics of the entry concerned and of all its ancestors; of
-// a removal on those of everything below the entry too. Called on the thread that made the change,
-// after it is visible and with no lock held. Any thread.
+// Publication of changes: on the topics of the entry concerned and of all its ancestors, and for a
+// removal on those of all entries below it. The publishing functions are called after the change is
+// visible, with no lock held. Any thread.
 #pragma once
 
 #include <boost/container/small_vector.hpp>
@@ -10,44 +10,44 @@
 
 namespace zlutil::settings::host {
 
-// The entries on whose topics an event is published: those of the entry concerned and its ancestors
-// that may have subscribers.
+// The entries on whose topics an event is published: those that may have subscribers, seldom more
+// than a few.
 using Audience = std::vector<exchange::IDType>;
 
-// Of an entry that has been added or changed. Reads what the tree guards.
+// Returns the audience of an event about an entry that was added or changed. The caller holds the
+// tree's lock().
 Audience audienceOf(const Entry& entry);
 
-// Of an entry that is to be removed: with those of all that goes with it. Reads what the tree
-// guards.
+// Returns the audience of a removal, which includes the entries below. The caller holds the tree's
+// lock().
 Audience audienceOfRemoval(const Entry& entry);
 
-// The keys whose values one operation has changed. Belongs to one thread.
+// The keys whose values one edit has changed, with their audiences. One thread at a time.
 class ChangedKeys {
  public:
-  // Notes the key and who is to hear of it. Reads what the tree guards.
+  // Adds a key, unless it has no audience. The caller holds the tree's lock().
   void add(Key& key);
 
-  // Tells them, in the order in which the keys were noted.
+  // Publishes a change of each key, in the order in which they were added.
   void publish() const;
 
  private:
-  // The keys that somebody may hear of; of the others nothing is kept.
   boost::container::small_vector<std::pair<KeyPtr, Audience>, 1> heard_;
-  // The parent of the last key, which most often is that of the next one too, and who may hear of
-  // it and of all that is below it.
+  // The parent of the last key, and the audience from there upwards: the next key mostly has the
+  // same.
   const Node* parent_ = nullptr;
   Audience above_;
 };
 
-// The key's value was changed.
+// Publishes a change of the key's value.
 void publishChanged(const EntryPtr& key, const Audience& audience);
 
-// The entry was added below `parent`; without an audience, those who may hear of it now.
+// Publishes that the entry was added below `parent`; without `audience`, to its present audience.
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry);
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry,
                   const Audience& audience);
 
-// The entry was removed from `parent`; `audience` is what it was while the entry stood there.
+// Publishes that the entry was removed from `parent`; `audience` is from before the removal.
 void publishRemoved(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry,
                     const Audience& audience);
 

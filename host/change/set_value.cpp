@@ -83,17 +83,17 @@ bool storeTarget(TreeEdit& edit, const Target& target, int level) {
 // Returns false if changes by others have come in that the target does not agree with.
 bool trySetting(TreeEdit& edit, const Target& target, int level, const boost::any& value) {
   if (!target.needsChange()) return true;
-  boost::any copy = ownCopy(value);
+  boost::any stored = ownCopy(value);
   if (!storeTarget(edit, target, level)) return false;
-  edit.replaceValue(target.key(), level, std::move(copy));
+  edit.replaceValue(target.key(), level, std::move(stored));
   return true;
 }
 
 }  // namespace
 
 void Node::setAny(const std::string& name, const boost::any& given, const std::string& levelText) {
-  boost::any place;
-  const boost::any& value = withNarrowTexts(given, name, place);
+  boost::any copy;
+  const boost::any& value = withNarrowTexts(given, name, copy);
   tree().look();
   if (const KeyPtr key = waitingKey(*this, name)) return addWithValue(*this, key, value, levelText);
   const int level = requireLevel(levelText);

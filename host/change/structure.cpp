@@ -23,8 +23,8 @@ void checkName(const Entry& parent, const std::string& name, bool isKey) {
   throw Failure<NotANodeName>(parent.name(), name);
 }
 
-// Throws when the entry cannot stand below the parent. Reads what the parent's tree guards; the
-// entry belongs to the caller.
+// Throws if the entry cannot stand below the parent. The caller holds the lock() of the parent's
+// tree, and is the only one who knows the entry.
 void checkPlace(const Node& parent, const Entry& entry, int height) {
   if (!parent.isAttached()) throw Failure<NoSuchNode>(std::string("(removed)"), parent.name());
   if (parent.child(entry.name())) refuse(parent, entry, "the name is taken");
@@ -41,7 +41,8 @@ bool canStand(const Node& parent, const Entry& entry, int height) {
          parent.depth() + 1 + height <= kMaxDepth;
 }
 
-// What each level's store has to do to hold the new subtree. The caller holds the writer.
+// For each level, what its store has to do to hold the new subtree. The caller holds the tree's
+// writer().
 using LevelChanges = std::array<Changes, kLevelCount>;
 
 LevelChanges changesFor(const Tree& tree, const Entry& entry, const std::string& path) {
@@ -58,7 +59,7 @@ std::string pathBelow(const Node& parent, const std::string& name) {
   return path.empty() ? name : path + '.' + name;
 }
 
-// Nothing that follows the store may fail: what it has kept has to be in the tree.
+// Prepares the insertion, so that it cannot fail after the entry has been stored. Returns true.
 bool makeRoom(Node& parent) {
   WriteLock lock(parent.tree().lock());
   parent.makeRoomForChild();
@@ -106,7 +107,7 @@ NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& p
     ReadLock lock(entry->tree().lock());
     if (entry->parent()) refuse(*at, *entry, "it stands in a tree already");
     if (entry->isRemoved()) refuse(*at, *entry, "it has been removed from a tree");
-    // The root of a context's tree is the one entry without a parent that is no detached one.
+    // Only the root of a context's tree has neither a parent nor a standalone tree.
     if (!entry->tree().isStandalone()) refuse(*at, *entry, "it is the root of a tree");
   }
   if (!entry->isKey() && &entry->tree() == &at->tree())
@@ -139,7 +140,8 @@ void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::str
       throw Failure<CannotMergeWithNodeContainsChildren>(this->name(), name);
     }
   }
-  // Made before the lock is taken: what there is of a copy that fails half-way dies after it.
+  // Created before the lock is acquired: if copying fails, the half-made copy must be destroyed
+  // without the lock.
   const auto copy =
       boost::make_shared<Node>(treePtr(), name, from->canHaveListeners(), from->validator());
   {
@@ -152,7 +154,8 @@ void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::str
 
 namespace {
 
-// The child to remove. Reads what the tree guards.
+// Returns the child to remove, or throws why it cannot be removed. The caller holds the tree's
+// lock().
 Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   Entry* const found = parent.isAttached() ? parent.child(name) : nullptr;
   if (!found && isKey) throw Failure<NoSuchKey>(parent.name(), name);
@@ -169,7 +172,7 @@ Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   return *found;
 }
 
-// Returns false if others have changed meanwhile what is to be removed.
+// Returns false if external changes leave the removal impossible.
 bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isKey) {
   Tree& tree = parent.tree();
   const Entry* found;

@@ -6,12 +6,13 @@
 
 namespace zlutil::settings::host {
 
-// Returns the node below which the entry, a detached one, can stand. Throws what Settings::attachTo
-// throws.
+// Returns `parent` as a node below which the entry, a detached one, can stand. Throws what
+// Settings::attachTo throws.
 NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
 
-// Inserts an entry that nobody else knows, with all that is below it. Returns false, with nothing
-// inserted, if others have changed the place meanwhile. Throws what Settings::attachTo throws.
+// Inserts an entry that no other thread knows, with all entries below it. Returns false, with
+// nothing inserted, if external changes leave that impossible. Throws what Settings::attachTo
+// throws.
 bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry);
 
 }  // namespace zlutil::settings::host

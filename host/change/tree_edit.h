@@ -1,25 +1,23 @@
 // One change of a tree. Every change of values or entries takes the same steps:
 //
-//   1. validate   The caller runs the validator, with no edit under way.
-//   2. lock       The constructor acquires the tree's writer().
-//   3. check      The caller checks that the change is possible, and that the validator is still
-//   the
-//                 one that has judged.
-//   4. store      store() hands the change to the level's store. The store first hands over what
-//                 other processes have changed; the edit applies that to the tree, and the caller
-//                 checks again.
-//   5. memory     replaceValue(), insert() and remove() change the entries and the change counters.
-//   6. unlock     finish() releases writer().
-//   7. publish    finish() tells the listeners, on this thread, and then destroys what was
-//   replaced.
+//   1. validate  The caller runs the validator, with no edit under way.
+//   2. lock      The constructor acquires the tree's writer().
+//   3. check     The caller checks that the change is possible, and still judged by the validator
+//                that has run.
+//   4. store     store() hands the change to the level's store. The store first hands over what
+//                other processes have changed; the edit applies that to the tree, and the caller
+//                checks again.
+//   5. memory    replaceValue(), insert() and remove() change the entries and the change counters.
+//   6. unlock    finish() releases writer().
+//   7. publish   finish() publishes the events on this thread. Then what was replaced is destroyed.
 //
 // Lock rules. writer() is held from step 2 to step 6, also during the store's I/O. lock() is
-// acquired for writing in step 5 only, for as long as the memory changes, and for reading whenever
+// acquired for writing in step 5 only, for as long as the memory changes, and for reading wherever
 // entries are read that may stand in a removed subtree. No lock is held while a validator or a
 // listener runs, nor while an entry or a value is destroyed. Nothing after step 4 may fail: what a
-// step needs is prepared before it.
+// later step needs is prepared before it.
 //
-// An edit that ends without finish() publishes nothing of its own. One thread at a time.
+// An edit that ends without finish() publishes no events of its own. One thread at a time.
 #pragma once
 
 #include <boost/container/small_vector.hpp>

@@ -15,7 +15,7 @@ using namespace KORVEN::settings::core;
 
 constexpr char kRemoved[] = "The key has been removed.";
 
-// Why `check` fails; nothing when it does not.
+// Returns why `check` fails, or nothing.
 template <class Check>
 std::optional<std::string> reasonOf(const Check& check) {
   try {
@@ -36,14 +36,14 @@ bool ValueBatch::resolve() {
   candidates_.clear();
   candidates_.reserve(values_.size());
   refused_.clear();
-  places_.clear();
+  parents_.clear();
   firstKinds_.clear();
   hasValidators_ = false;
   const bool isReadOnly = level_ && tree_.isReadOnly(*level_);
   ReadLock lock(tree_.lock());
   for (std::size_t position = 0; position < values_.size(); ++position) {
     Key* const key = keyAt(position);
-    candidates_.push_back({key, &values_[position].second, key ? placeOf(*key) : 0});
+    candidates_.push_back({key, &values_[position].second, key ? parentOf(*key) : 0});
     if (key && validatorOf(candidates_.back())) hasValidators_ = true;
     if (!key || isReadOnly || !fits(candidates_.back())) refused_.push_back(position);
   }
@@ -57,24 +57,24 @@ Key* ValueBatch::keyAt(std::size_t position) const {
   return &key->tree() == &tree_ ? key : nullptr;
 }
 
-std::size_t ValueBatch::placeOf(const Key& key) {
+std::size_t ValueBatch::parentOf(const Key& key) {
   const Node* const node = key.parent();
-  if (places_.empty() || places_.back().node != node) {
-    places_.push_back(node ? Place{node, node->isAttached(), node->effectiveValidator()}
-                           : Place{nullptr, false, ValidatorPtr()});
+  if (parents_.empty() || parents_.back().node != node) {
+    parents_.push_back(node ? Parent{node, node->isAttached(), node->effectiveValidator()}
+                            : Parent{nullptr, false, ValidatorPtr()});
   }
-  return places_.size() - 1;
+  return parents_.size() - 1;
 }
 
 const ValidatorPtr& ValueBatch::validatorOf(const Candidate& candidate) const {
   const ValidatorPtr& own = candidate.key->validator();
-  return own ? own : places_[candidate.place].validator;
+  return own ? own : parents_[candidate.parent].validator;
 }
 
-// Of several values for a key without a kind the first one decides.
+// Of several values for a key without a kind the first one fixes the kind.
 bool ValueBatch::fits(const Candidate& candidate) {
   const Key& key = *candidate.key;
-  const bool isAttached = key.parent() ? places_[candidate.place].isAttached : !key.isRemoved();
+  const bool isAttached = key.parent() ? parents_[candidate.parent].isAttached : !key.isRemoved();
   const int kind = kindOfValue(*candidate.value);
   if (!isAttached || kind == boostany::kNoValue) return false;
   if (key.kind() != boostany::kNoValue) return key.kind() == kind;
@@ -103,7 +103,7 @@ SettingsProblems ValueBatch::findProblems() {
   return list;
 }
 
-// Throws what stands against the value, as the tree is now.
+// Throws the reason why the key cannot take the value, as the tree is now.
 void ValueBatch::checkKey(std::size_t position) const {
   if (!candidates_[position].key) {
     const Settings* const entry = values_[position].first.get();
@@ -124,7 +124,7 @@ void ValueBatch::validate(const Candidate& candidate) const {
   const ValidatorPtr& guard = validatorOf(candidate);
   if (!guard) return;
   const boost::shared_ptr<Settings> node = candidate.key->getParent();
-  if (!node && places_[candidate.place].node) throw std::runtime_error(kRemoved);
+  if (!node && parents_[candidate.parent].node) throw std::runtime_error(kRemoved);
   runValidator(*guard, node, candidate.key->name(), *candidate.value);
 }
 

@@ -1,6 +1,5 @@
-// The values of one commit or validation on their way into their keys: which of them can go there,
-// and why the others cannot. Borrows the caller's range. Belongs to one thread; may run validators,
-// so findProblems() is called with no lock held.
+// The values of one commit or validation: finds the key of each, whether it can take the value, and
+// if not why. Borrows the caller's range. One thread at a time.
 #pragma once
 
 #include <map>
@@ -16,28 +15,28 @@ class ValueBatch {
   struct Candidate {
     Key* key;  // null when the value's entry is no key of the tree
     const boost::any* value;
-    std::size_t place;  // of its enclosing node, in places_
+    std::size_t parent;  // of its enclosing node, in parents_
   };
 
-  // `level` is where the values are to go, or nothing when they go nowhere.
+  // `level` is the level to change; none for a validation.
   ValueBatch(Tree& tree, const ValueRange& values, std::optional<int> level)
       : tree_(tree), values_(values), level_(level) {}
 
-  // One pass over the values, as the tree is now: whether each can go into its key. Validators are
-  // not asked; hasValidators() says whether there are any to ask.
+  // Finds the keys, as the tree is now, and returns whether each can take its value. Runs no
+  // validators; hasValidators() returns whether there are any to run.
   bool resolve();
   bool hasValidators() const { return hasValidators_; }
 
-  // Finds the problems of the last pass, validators' too: (path, reason) in the order of the
-  // values.
+  // Returns the problems of the last resolve(), and those that the validators find, as (path,
+  // reason) in the order of the values. The caller holds no lock.
   SettingsProblems findProblems();
 
-  // In the order of the values, as the last pass found them.
+  // The result of the last resolve(), in the order of the values.
   const std::vector<Candidate>& list() const { return candidates_; }
 
  private:
-  // A node above some of the keys, and what the keys have from it.
-  struct Place {
+  // A node that is the parent of some of the keys.
+  struct Parent {
     const Node* node;
     bool isAttached;
     ValidatorPtr validator;
@@ -46,7 +45,7 @@ class ValueBatch {
 
   Key* keyAt(std::size_t position) const;
   bool fits(const Candidate& candidate);
-  std::size_t placeOf(const Key& key);
+  std::size_t parentOf(const Key& key);
   const ValidatorPtr& validatorOf(const Candidate& candidate) const;
   void checkKey(std::size_t position) const;
   void validate(const Candidate& candidate) const;
@@ -56,7 +55,7 @@ class ValueBatch {
   const std::optional<int> level_;
   std::vector<Candidate> candidates_;
   std::vector<std::size_t> refused_;  // the positions of those that cannot go into their keys
-  std::vector<Place> places_;
+  std::vector<Parent> parents_;
   std::unordered_map<const Key*, int> firstKinds_;  // of keys that have no kind yet
   bool hasValidators_ = false;
 };

@@ -1,7 +1,6 @@
 // The event manager's table of subscriptions. A topic maps to an immutable list of subscribers,
-// replaced on every subscription and end of one; a delivery walks the list that was current when it
-// began. A filter of counters in front of the table lets a publisher skip everything for an entry
-// that nobody has subscribed to.
+// which is replaced at every subscription and end of one; a publisher walks the list that was
+// current when it began. A filter of counters lets publishers skip entries without subscribers.
 #include "service/event_mgr.h"
 #include "base/never_destroyed.h"
 
@@ -24,11 +23,10 @@
 namespace zlutil::eventmgr {
 namespace {
 
-// Long enough for the topics of entries, so that publishing takes no memory.
+// Long enough for the topics of entries, so that publishing allocates nothing.
 using Topic = boost::container::small_vector<char, 64>;
 
-// How many subscriptions there may be about an identity. Identities share counters, so the answer
-// may be too high, but never 0 for an identity that somebody has subscribed to.
+// An upper bound of the number of subscriptions for each identity; identities share counters.
 class SubscriptionFilter {
  public:
   std::atomic<std::uint32_t>& counterOf(const std::string& topic) {
@@ -47,7 +45,7 @@ class SubscriptionFilter {
   static std::size_t slot(std::uint64_t id) { return (id * 0x9E3779B97F4A7C15u) >> 52; }
 
   std::array<std::atomic<std::uint32_t>, kSlots> counters_{};
-  // Subscriptions to topics that do not end in a number: they count for every identity.
+  // Subscriptions to topics that do not end in a number; they count for every identity.
   std::atomic<std::uint32_t> unnumbered_{0};
 };
 
@@ -91,8 +89,8 @@ class Table {
     filter_.counterOf(topic).fetch_sub(1, std::memory_order_relaxed);
   }
 
-  // How many subscriptions of the library have ended and have not yet been destroyed: deliveries
-  // that have begun may still hold them. The counter is never removed.
+  // The number of the library's subscriptions that have ended and are not yet destroyed, because
+  // publishers that have begun still hold them. The counter is never removed.
   std::atomic<std::size_t>& endingOf(const void* library) EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
     return ending_[library];
@@ -185,7 +183,7 @@ void EventMgr::publish(const std::string& eventType, const exchange::IDType& id,
     try {
       subscription->callback(event);
     } catch (...) {
-      // One subscriber's failure is not the next one's, nor the publisher's.
+      // A failing subscriber stops neither the others nor the publisher.
     }
   }
 }

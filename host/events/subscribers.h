@@ -1,10 +1,10 @@
-// What the event manager knows of the libraries that have subscribed.
+// Subscriptions of a library, for its unloading.
 #pragma once
 
 namespace zlutil::eventmgr {
 
-// Whether some thread, which was publishing when a subscription of that library ended, has not yet
-// let go of the callback, and so may still run the code that destroys it. Any thread.
+// Returns whether a publishing thread still holds a callback of the library whose subscription has
+// ended, and so may still run code of the library. Any thread.
 bool isLettingGo(const void* library);
 
 }  // namespace zlutil::eventmgr

@@ -38,7 +38,7 @@ class Matching {
               isNode ? static_cast<const host::Node*>(present) : nullptr);
         continue;
       }
-      const boost::any& value = static_cast<const host::Key&>(*child).valueInEffect();
+      const boost::any& value = static_cast<const host::Key&>(*child).effectiveValue();
       if (value.empty()) continue;
       if (present && present->isKey()) {
         values_.emplace_back(present->shared_from_this(), value);

@@ -1,7 +1,6 @@
-// The children of one node: found by name through a hash table whose links stand in the entries
-// themselves, and kept in name order beside it. Compared with a container that allocates for each
-// entry this saves about 50 bytes a key and a good part of the time of loading a file.
-// Guarded by the tree of the node that owns it.
+// The children of one node: a hash table, whose links are members of the entries, and a vector in
+// name order. Compared with a container that allocates for each entry this saves about 50 bytes a
+// key and much of the time of loading a file. Guarded by the lock() of the node's tree.
 #pragma once
 
 #include <algorithm>
@@ -23,13 +22,13 @@ class ChildTable {
 
   bool empty() const { return byName_.empty(); }
 
-  // Null when there is none.
+  // Returns null if there is none.
   Entry* find(std::string_view name) const {
     const auto found = index_.find(name, std::hash<std::string_view>(), std::equal_to<>());
     return found == index_.end() ? nullptr : const_cast<Entry*>(&*found);
   }
 
-  // Makes room for one more child: the next insert() or append() takes no memory and cannot fail.
+  // Allocates memory for one more child: the next insert() or append() cannot fail.
   void makeRoom() {
     if (byName_.size() == byName_.capacity()) {
       byName_.reserve(std::max<std::size_t>(1, 2 * byName_.size()));
@@ -37,14 +36,14 @@ class ChildTable {
     if (byName_.size() == index_.bucket_count()) grow();
   }
 
-  // Adds a child in its place; false, and nothing added, when the name is taken.
+  // Adds a child. Returns false, with nothing added, if the name is taken.
   bool insert(const EntryPtr& child) {
     if (!enter(child)) return false;
     byName_.insert(place(child->name()), child);
     return true;
   }
 
-  // Adds a child at the end: for adding many, after which sort() has to follow.
+  // Adds a child at the end of the vector; sort() must follow. Returns false if the name is taken.
   bool append(const EntryPtr& child) {
     if (!enter(child)) return false;
     byName_.push_back(child);
@@ -57,7 +56,7 @@ class ChildTable {
     }
   }
 
-  // Takes the child out; null when there is none.
+  // Removes the child and returns it, or null if there is none.
   EntryPtr take(std::string_view name) {
     Entry* const found = find(name);
     if (!found) return {};
@@ -68,7 +67,7 @@ class ChildTable {
     return child;
   }
 
-  // Takes all children out, in name order.
+  // Removes all children and returns them in name order.
   std::vector<EntryPtr> takeAll() {
     index_.clear();
     return std::exchange(byName_, {});
@@ -98,7 +97,7 @@ class ChildTable {
   }
 
   bool enter(const EntryPtr& child) {
-    // First of all: the index only borrows the child, so there must be no way back from here.
+    // Allocates first: the index only borrows the child, so nothing may fail afterwards.
     makeRoom();
     return index_.insert(*child).second;
   }

@@ -34,7 +34,7 @@ std::string Entry::getPath() const {
 
 boost::shared_ptr<Settings> Entry::getParent() const {
   ReadLock lock(tree_->lock());
-  // The parent may be dying, waiting for the lock to let go of this entry.
+  // The parent may be in its destructor, waiting for the lock.
   return parent_ ? parent_->weak_from_this().lock() : EntryPtr();
 }
 
@@ -49,7 +49,7 @@ bool Entry::isAttached() const {
   return !entry->isRemoved();
 }
 
-std::string Entry::place() const {
+std::string Entry::pathBelowTop() const {
   const Entry* chain[kMaxDepth];
   int length = 0;
   std::size_t size = 0;
@@ -57,23 +57,23 @@ std::string Entry::place() const {
     chain[length++] = entry;
     size += entry->name_.size() + 1;
   }
-  std::string place;
-  place.reserve(size);
+  std::string path;
+  path.reserve(size);
   while (length > 0) {
-    place += chain[--length]->name_;
-    if (length > 0) place += '.';
+    path += chain[--length]->name_;
+    if (length > 0) path += '.';
   }
-  return place;
+  return path;
 }
 
 std::string Entry::path() const {
   const Entry* top = this;
   while (top->parent_) top = top->parent_;
-  // Every other top is named, so that its paths do not resolve in this tree, and one that has been
-  // removed so that they resolve nowhere.
-  if (!tree_->isStandalone() && !top->isRemoved()) return place();
+  // Paths in a standalone tree begin with the name of its top, so that they do not resolve in
+  // another tree; those in a removed subtree with "(removed)", so that they resolve nowhere.
+  if (!tree_->isStandalone() && !top->isRemoved()) return pathBelowTop();
   const std::string name = top->isRemoved() ? "(removed)." + top->name_ : top->name_;
-  return top == this ? name : name + '.' + place();
+  return top == this ? name : name + '.' + pathBelowTop();
 }
 
 int Entry::depth() const {

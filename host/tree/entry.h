@@ -1,8 +1,8 @@
-// What nodes and keys have in common. A tree's entries are shared by their parent node and by
-// whoever holds them; an entry borrows its parent, which lets go of it when it dies.
+// The base class of nodes and keys. An entry is shared by its parent node and by callers that hold
+// it; it borrows its parent.
 //
-// Fields are constant after construction unless said otherwise. "Guarded by the tree" means the
-// tree's lock(); whoever builds entries that nobody else has seen yet needs no lock.
+// Fields are constant after construction unless they say otherwise. "Guarded by the tree" means the
+// tree's lock(). A thread that builds entries which no other thread knows needs no lock.
 #pragma once
 
 #include <boost/intrusive/unordered_set_hook.hpp>
@@ -19,10 +19,10 @@ namespace zlutil::settings::host {
 
 class Node;
 
-// Entries below a root, counted along the deepest path. Bounds every recursion over a tree.
+// The greatest number of entries on a path below a root. Bounds every recursion over a tree.
 inline constexpr int kMaxDepth = 200;
 
-// The link of an entry in the table of its parent's children.
+// The link of an entry in its parent's table of children.
 using ChildLink = boost::intrusive::unordered_set_base_hook<
     boost::intrusive::link_mode<boost::intrusive::normal_link>>;
 
@@ -51,32 +51,32 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   const TreePtr& treePtr() const { return tree_; }
   const ValidatorPtr& validator() const { return validator_; }
 
-  // The following read what the tree guards.
+  // The caller of the following holds the tree's lock(), at least for reading.
 
-  // Null for a root, a detached and a removed entry.
+  // Null for a root and for a detached or removed entry.
   Node* parent() const { return parent_; }
   bool isRemoved() const { return standing_ & kRemoved; }
-  // False when this entry or one above it has been removed.
+  // Returns false if this entry or one above it has been removed.
   bool isAttached() const;
-  // The names from just below the topmost entry, this one's last, joined with ".".
-  std::string place() const;
+  // The names below the topmost entry, joined with ".".
+  std::string pathBelowTop() const;
   // The path in the service's notation.
   std::string path() const;
-  // How many entries stand above this one.
+  // The number of entries above this one.
   int depth() const;
-  // Whether a store at that level has defined the entry.
+  // Returns whether the store of that level has defined the entry.
   bool isDefinedAt(int level) const { return standing_ & (1u << level); }
-  // The entry's own validator, else that of the nearest enclosing node that has one; may be null.
+  // The entry's own validator, or else that of the nearest node above that has one; may be null.
   ValidatorPtr effectiveValidator() const;
 
-  // The following change what the tree guards.
+  // The caller of the following holds the tree's lock() for writing.
 
   void setDefinedAt(int level) { standing_ |= static_cast<std::uint8_t>(1u << level); }
   void setParent(Node* parent) { parent_ = parent; }
   void setRemoved() { standing_ |= kRemoved; }
-  // Only while the entry is being built.
+  // The caller is building the entry.
   void setValidator(ValidatorPtr validator) { validator_ = std::move(validator); }
-  // Moves this entry, and all below it, to another tree. Only while it belongs to one thread.
+  // Moves this entry, with all entries below it, to another tree. No other thread knows the entry.
   virtual void moveToTree(const TreePtr& tree) { tree_ = tree; }
 
  private:
@@ -89,7 +89,7 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   ValidatorPtr validator_;
   const bool isKey_;
   const bool mayHaveListeners_;
-  // A bit for each level whose store defines the entry, and kRemoved; guarded by the tree.
+  // A bit for each level whose store has defined the entry, and kRemoved; guarded by the tree.
   std::uint8_t standing_ = 0;
 };
 

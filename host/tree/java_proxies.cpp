@@ -53,7 +53,7 @@ void JavaProxies::run(const WeakJavaProxy& preferred, const JValidator& validato
                       const boost::any& value) const {
   std::optional<Failure<FailedToRunJavaValidator>> unknown;
   for (const WeakJavaProxy& weak : installed(preferred)) {
-    // Shared to the end of the handlers: what was thrown is of the proxy's library too.
+    // Shared until the handlers have ended: the exception's code belongs to the proxy's library.
     const JavaProxyPtr proxy = weak.lock();
     if (!proxy) continue;
     try {

@@ -1,6 +1,6 @@
-// The proxies that run Java validators: one for each library that has installed one, because
-// several bridges may use the one host of a process, each with the classes of its own class loader.
-// Any thread; no lock is held while a proxy runs.
+// The functions that run Java validators, one for each library that has installed one: several
+// bridges may share the host of a process, each with the classes of its own class loader. No lock
+// is held while a proxy runs. Any thread.
 #pragma once
 
 #include <boost/any.hpp>
@@ -23,27 +23,27 @@ using WeakJavaProxy = std::weak_ptr<const JavaProxy>;
 
 class JavaProxies {
  public:
-  // The process's proxies. Leaked on purpose: threads may validate while the process exits.
+  // The proxies of the process. Leaked on purpose: threads may validate while the process exits.
   static JavaProxies& instance();
 
-  // Makes `function` the library's proxy, or takes it away when it is empty. Gives what was there:
-  // whoever is in a call of it shares it.
+  // Installs `function` as the library's proxy, or removes the proxy if it is empty. Returns the
+  // previous one, which running calls share.
   JavaProxyPtr install(const void* library, const JValidator::Proxy& function) EXCLUDES(mutex_);
 
-  // The library's proxy; null when it has none.
+  // The library's proxy, or null.
   JavaProxyPtr of(const void* library) const EXCLUDES(mutex_);
 
-  // Has the validator run by `preferred`, if it is still installed, else by the others in the order
-  // of their installation, until one knows its class. Returns when the value is valid, or when
-  // there is no proxy at all. Throws what the proxy throws that knows the class; what the first one
-  // has said when none does. What is thrown is the host's own: a proxy's library may be unmapped as
-  // soon as this has returned.
+  // Runs the validator by `preferred`, if it is still installed, or else by the others in the order
+  // of their installation, until one knows its class. Returns if the value is valid, and if there
+  // is no proxy. Throws what the proxy that knows the class throws, or what the first one has
+  // thrown if none does. The exceptions are copies made by the host: a proxy's library may be
+  // unmapped after the call.
   void run(const WeakJavaProxy& preferred, const JValidator& validator,
            const boost::shared_ptr<const Settings>& node, const std::string& key,
            const boost::any& value) const EXCLUDES(mutex_);
 
  private:
-  // Weak, so that nobody's library has to wait for a call of another's proxy.
+  // Weak, so that no library waits for calls of another library's proxy.
   std::vector<WeakJavaProxy> installed(const WeakJavaProxy& first) const EXCLUDES(mutex_);
 
   mutable base::Mutex mutex_;

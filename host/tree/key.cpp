@@ -40,7 +40,7 @@ boost::shared_ptr<Settings> Key::findDescendant(const std::vector<std::string>& 
   return const_cast<Key*>(this)->getSharedSelf();
 }
 
-const boost::any& Key::valueInEffect() const {
+const boost::any& Key::effectiveValue() const {
   for (const boost::any& value : values_) {
     if (!value.empty()) return value;
   }
@@ -50,7 +50,7 @@ const boost::any& Key::valueInEffect() const {
 void Key::replaceValue(int level, boost::any& value) {
   values_[level].swap(value);
   if (kind_ == boostany::kNoValue) setKind(kindOfValue(values_[level]));
-  // A key without a node is found by nobody.
+  // No reader can find a key without a parent.
   if (parent()) ChangeCounters::add(parent()->name(), name());
 }
 

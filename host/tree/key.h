@@ -9,12 +9,13 @@ namespace zlutil::settings::host {
 
 class Key final : public Entry {
  public:
-  // `kind` is the declared kind, or kNoValue when the first value decides it.
+  // `kind` is the declared kind, or kNoValue if the first value is to fix it.
   Key(TreePtr tree, std::string name, int kind, bool mayHaveListeners, ValidatorPtr validator)
       : Entry(std::move(tree), std::move(name), true, mayHaveListeners, std::move(validator)),
         kind_(static_cast<std::int8_t>(kind)) {}
 
-  // A key has no children, so each of these says that there is none of that name.
+  // A key has no children: these throw NoSuchKey, NoSuchNode or ErrorAddingChildNodeOrKey, or
+  // return nothing.
   boost::any getValue(const std::string& key, const std::string& level) const override;
   void unset(const std::string& key, const std::string& level) override;
   bool isSet(const std::string& key, const std::string& level) const override;
@@ -27,28 +28,28 @@ class Key final : public Entry {
   void removeKey(const std::string& name) override;
   void setAny(const std::string& key, const boost::any& value, const std::string& level) override;
 
-  // The following read what the tree guards. A change needs the tree's writer() too, so a writer
-  // may read them without the tree's lock().
+  // The caller of the following holds the tree's lock(). A change needs writer() too, so a thread
+  // that holds writer() may call them without lock().
 
   int kind() const { return kind_; }
-  // Empty when the level has none.
+  // Empty if the level has none.
   const boost::any& value(int level) const { return values_[level]; }
-  // The first level's that has one.
-  const boost::any& valueInEffect() const;
+  // The value of the first level that has one; empty if none has.
+  const boost::any& effectiveValue() const;
 
-  // The following change what the tree guards.
+  // The caller of the following holds the tree's lock() for writing.
 
-  // Exchanges the value of the level with `value`, and counts the change; the first value fixes the
+  // Exchanges the value of the level with `value`, and counts the change. The first value fixes the
   // kind.
   void replaceValue(int level, boost::any& value);
   void setKind(int kind) { kind_ = static_cast<std::int8_t>(kind); }
 
-  // A place for the running commit to note where it met this key; what it says between commits
-  // means nothing. Only under the tree's writer().
+  // The index of the key in the running commit; meaningless between commits. The caller holds
+  // writer().
   std::uint32_t& commitMark() { return commitMark_; }
 
  private:
-  // In this order the small fields fill what the base class leaves of its last word.
+  // In this order the small fields fill the padding of the base class.
   std::int8_t kind_;
   std::uint32_t commitMark_ = 0;
   std::array<boost::any, kLevelCount> values_;

@@ -1,6 +1,6 @@
-// The levels in priority order, as numbers. One list: every loop over levels goes from 0 to
-// kLevelCount, and the first level that has a value supplies the value in effect.
-// Constants and pure functions; may be used from any thread.
+// The levels in priority order, as numbers: loops over levels go from 0 to kLevelCount, and the
+// first level that has a value supplies the effective value. Constants and pure functions; any
+// thread.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,7 @@ std::string levelName(int level);
 // The level of that name, or nothing.
 std::optional<int> findLevel(std::string_view name);
 
-// The level of that name; throws UnSupportedLevel.
+// The level of that name. Throws UnSupportedLevel.
 int requireLevel(const std::string& name);
 
 }  // namespace zlutil::settings::host

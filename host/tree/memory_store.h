@@ -1,5 +1,5 @@
-// The store of a level that lives and dies with its tree. The tree's own memory is all there is, so
-// the store has no state and one object serves every tree. Any thread.
+// The store of a level whose values end with the tree. It has no state, so one object serves all
+// trees. Any thread.
 #pragma once
 
 #include "host/tree/store.h"

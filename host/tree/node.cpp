@@ -12,16 +12,16 @@ using namespace KORVEN::settings::core;
 
 std::atomic<std::uint64_t> removalCount{1};
 
-// The value that a level name means; "" means the one in effect.
+// Returns the value of the level of that name; "" means the effective value.
 const boost::any& valueOf(const Key& key, const std::string& level) {
-  return level.empty() ? key.valueInEffect() : key.value(requireLevel(level));
+  return level.empty() ? key.effectiveValue() : key.value(requireLevel(level));
 }
 
 }  // namespace
 
 Node::~Node() {
   if (children_.empty()) return;
-  // A child that somebody still holds stays readable, as the top of what is left.
+  // A child that is still held stays readable, as the top of what is below it.
   WriteLock lock(tree().lock());
   for (const EntryPtr& child : childrenByName()) {
     child->setParent(nullptr);
@@ -38,7 +38,7 @@ auto Node::readKey(const std::string& name, const Read& read) const {
     found = child(name);
     if (found && found->isKey()) return read(static_cast<const Key&>(*found));
   }
-  // Thrown without the lock: unwinding through its release would double the price of a failure.
+  // Thrown without the lock: unwinding through its release would double the time of a failure.
   if (found) throw Failure<NotAKeyName>(this->name(), name);
   throw Failure<NoSuchKey>(this->name(), name);
 }

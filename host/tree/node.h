@@ -1,4 +1,4 @@
-// A node: an inner entry with children, found by name without allocating and listed in name order.
+// A node: an entry with children, found by name without allocation and listed in name order.
 #pragma once
 
 #include "host/tree/child_table.h"
@@ -24,38 +24,38 @@ class Node final : public Entry {
   void removeKey(const std::string& name) override;
   void setAny(const std::string& key, const boost::any& value, const std::string& level) override;
 
-  // The following read what the tree guards.
+  // The caller of the following holds the tree's lock().
 
-  // Null when there is none.
+  // Returns null if there is none.
   Entry* child(std::string_view name) const;
-  // The child key; throws NoSuchKey or NotAKeyName.
+  // Returns the child key. Throws NoSuchKey or NotAKeyName.
   Key& requireKey(const std::string& name) const;
-  // The entry at the path below this node, in the service's notation; null when there is none.
+  // Returns the entry at the dotted path below this node, or null.
   Entry* atPath(std::string_view path) const;
-  // How many times entries have left any tree. As long as it is the same, what was found below a
-  // root is still there. Grows under the lock() of the tree concerned.
+  // The number of removals of entries from any tree. While it is the same, every entry that was
+  // found below a root is still there. Grows under the lock() of the tree concerned. Needs no lock.
   static std::uint64_t removals();
   bool hasChildren() const { return !children_.empty(); }
   // The children in name order.
   const std::vector<EntryPtr>& childrenByName() const { return children_.byName(); }
 
-  // The following change what the tree guards.
+  // The caller of the following holds the tree's lock() for writing.
 
-  // Makes room for one more child, so that adding it cannot fail for want of memory.
+  // Allocates memory for one more child, so that adding it cannot fail.
   void makeRoomForChild() { children_.makeRoom(); }
-  // Adds a child; false, and nothing added, when the name is taken.
+  // Adds a child. Returns false, with nothing added, if the name is taken.
   bool insertChild(const EntryPtr& child);
-  // The same for a node that is being built: the children are in order once sortChildren() is done.
+  // The same for a node that is being built; sortChildren() must follow.
   bool appendChild(const EntryPtr& child);
   void sortChildren() { children_.sort(); }
-  // Takes the child out and gives it to the caller, who must not let go of it under the lock.
+  // Removes the child and returns it, or null. The caller must not destroy it under the lock.
   EntryPtr takeChild(std::string_view name);
-  // Takes all children out.
+  // Removes all children and returns them. The caller must not destroy them under the lock.
   std::vector<EntryPtr> takeChildren();
   void moveToTree(const TreePtr& tree) override;
 
  private:
-  // What `read` makes of the child key, under the lock; throws NoSuchKey or NotAKeyName.
+  // Returns read(key) for the child key, called under the lock. Throws NoSuchKey or NotAKeyName.
   template <class Read>
   auto readKey(const std::string& name, const Read& read) const;
 

@@ -1,9 +1,9 @@
-// What stands behind one level of a tree: where the level's values come from and where they are
-// kept. The tree holds every value in memory itself; a store holds what must outlive the tree.
+// The persistence of one level of a tree. The tree has all values in memory; a store keeps what
+// must outlive the tree.
 //
 // A store belongs to one tree and one level. The tree calls it from any thread, one call at a time
-// but for look(), with no lock on the tree's memory held; calls may do I/O. The store calls the
-// tree back only through the functions that it is given.
+// except for look(), and never with its lock() held; calls may do I/O. The store calls the tree
+// only through the functions that it is given.
 #pragma once
 
 #include <boost/any.hpp>
@@ -18,7 +18,7 @@ namespace zlutil::settings::host {
 
 class Node;
 
-// One change of what a store holds. Paths are the names below the tree's root joined with ".".
+// A change of a store's content. A path has the names below the tree's root, joined with ".".
 struct PutValue {
   std::string path;
   boost::any value;
@@ -27,18 +27,19 @@ struct EraseValue {
   std::string path;
 };
 // An entry that was added at run time; its parent is defined already. `kind` is the key's kind, or
-// kNoValue for a node and for a key that has no type yet. A C++ validator is code and is not kept.
+// kNoValue for a node and for a key whose kind is not fixed. A C++ validator is code and is not
+// stored.
 struct DefineEntry {
   std::string path;
   bool isKey;
   int kind;
   ValidatorChoice validator;
 };
-// An entry with everything below it, definitions and values.
+// An entry with all entries below it, their definitions and values.
 struct RemoveSubtree {
   std::string path;
 };
-// The kind of a key that had none: its first value has fixed it, also for when that value goes.
+// The kind of a key that had none. The first value has fixed it; it stays when that value is unset.
 struct FixKind {
   std::string path;
   int kind;
@@ -46,55 +47,54 @@ struct FixKind {
 using Change = std::variant<PutValue, EraseValue, DefineEntry, RemoveSubtree, FixKind>;
 using Changes = std::vector<Change>;
 
-// What others have changed and the tree does not have yet.
+// Changes by other processes that the tree does not have yet.
 struct ExternalChanges {
   Changes changes;
-  // Whether it is all that the store holds, because nobody knows any more what has changed.
+  // Whether `changes` is the whole content of the store, because the changes are not known.
   bool isEverything = false;
-  // What holds it, by the name to use in messages; narrow text.
+  // The name of the store in messages; narrow text.
   std::string holder;
 };
 
 class Store {
  public:
-  // Brings changes by others into the tree. False when the change that is about to be stored cannot
-  // be made any more. Called with the tree's writer() held.
+  // Applies external changes to the tree. Returns false if the change that is about to be stored
+  // has become impossible. The caller holds the tree's writer().
   using Receiver = std::function<bool(const ExternalChanges& changes)>;
   using Watcher = std::function<void()>;
 
   virtual ~Store() = default;
 
-  // Adds everything that it holds to the tree below `root`, its values at `level`. Called once,
-  // before anyone else knows the tree. What cannot be read is reported on standard error and left
-  // out; it does not throw for it.
+  // Adds the whole content to the tree below `root`, the values at `level`. Called once, before any
+  // other thread knows the tree. Reports on standard error, and leaves out, what cannot be read.
   virtual void readAll(Node& root, int level) = 0;
 
-  // Applies the changes in order, all of them or, when it throws StoreFailure, none. Gives
-  // `receive` what others have changed first; nobody can change more until the changes are stored.
-  // False, and nothing stored, when `receive` says so.
+  // Stores the changes in order: all of them or, if it throws StoreFailure, none. First hands
+  // external changes to `receive`; no other process can change more until the changes are stored.
+  // Returns false, with nothing stored, if `receive` returns false.
   virtual bool apply(const Changes& changes, const Receiver& receive) = 0;
 
-  // Gives `receive` what others have changed, if they have. Does not throw for what cannot be read.
+  // Hands external changes to `receive`, if there are any. Does not throw if they cannot be read.
   virtual void catchUp(const Receiver& receive) = 0;
 
-  // False when nothing outlives the tree: the tree then need not describe its changes, and does not
-  // call apply().
+  // Returns false if no value outlives the tree: the tree then does not call apply().
   virtual bool keepsChanges() const = 0;
 
-  // Whether the tree has all that the store holds; false when others may have changed something of
-  // which the tree has not been told. The caller holds the tree's writer().
+  // Returns false if there may be external changes that the tree does not have. The caller holds
+  // the tree's writer().
   virtual bool isCurrent() = 0;
 
-  // Why values cannot be changed; empty when they can. Constant for the life of the store.
+  // The reason why values cannot be changed; empty if they can. Constant.
   virtual const std::string& readOnlyReason() const = 0;
 
-  // From now on calls `watcher`, on a thread of the store's, when others have changed what it
-  // holds; the tree then has to catch up. No call is running or begins once the store's destructor
-  // has returned; except that the watcher itself may let go of the store. False when the process
-  // can have no such thread: the tree then has to call look() whenever it matters.
+  // From now on calls `watcher`, on a thread of the store, when there are external changes; the
+  // tree then calls catchUp(). No call is running once the store's destructor has returned, except
+  // one that has destroyed the store itself. Returns false if the process can start no thread: the
+  // tree then must call look() before every read and change.
   virtual bool watch(const Watcher& watcher) = 0;
 
-  // Does at once what the thread would do. Any thread, any time after watch(), with no lock held.
+  // Looks for external changes now, as the thread does. Any thread, after watch(), with no lock
+  // held.
   virtual void look() = 0;
 };
 

@@ -24,7 +24,7 @@ void mergeEntry(Entry& from, Entry& into, int level) {
   if (target.kind() == boostany::kNoValue) target.setKind(key.kind());
 }
 
-// Counts the keys that stand in the subtree, and the lists of its nodes' children.
+// Counts a change of each key in the subtree, and of the list of each node's children.
 void countEntries(const Entry& entry, const Node& parent) {
   if (entry.isKey()) return ChangeCounters::add(parent.name(), entry.name());
   const Node& node = static_cast<const Node&>(entry);
@@ -57,7 +57,8 @@ void copyChildren(const Node& source, Node& copy) {
     } else {
       const auto twin = boost::make_shared<Node>(copy.treePtr(), child->name(),
                                                  child->canHaveListeners(), child->validator());
-      // First of all, so that no node with children dies here, under the lock, should this throw.
+      // Inserted first, so that no node with children is destroyed under the lock if copying
+      // throws.
       copy.insertChild(twin);
       copyChildren(static_cast<const Node&>(*child), *twin);
     }
@@ -76,7 +77,7 @@ void moveToWritableLevels(Entry& entry, const Tree& tree) {
     if (!tree.isReadOnly(level) || key.value(level).empty()) continue;
     boost::any value;
     key.replaceValue(level, value);
-    // The first one found is the one in effect among those that have to move.
+    // The first of these values was the effective one among them.
     if (key.value(kUser).empty()) key.replaceValue(kUser, value);
   }
 }

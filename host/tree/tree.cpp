@@ -18,8 +18,7 @@ TreePtr Tree::makeStandalone() {
 
 void Tree::lookAtStores() {
   for (const std::shared_ptr<Store>& store : stores_) store->look();
-  // Whoever keeps what it reads hears of changes by nobody else: nothing that is read now may be
-  // kept.
+  // Readers that cache values hear of external changes by the counters only.
   ChangeCounters::addAll();
 }
 

@@ -1,13 +1,9 @@
-// What the entries of one tree have in common: its context, its lock, and the store behind each
-// level. Every entry shares it, so it outlives the last of them, also when an entry has been
-// removed or its root is gone.
+// The state that the entries of one tree share: its context, its locks, and the store of each
+// level. Every entry shares the tree, so it outlives the last of them.
 //
-// Two locks, taken in this order:
-//   writer()  held by the one thread that is changing the tree, over the store's I/O
-//   lock()    guards the entries' memory: held for reading by everyone who looks, and for writing
-//             only while a change is made visible
-// Neither is held while a validator or a listener runs. Readers take lock() only, so they never
-// wait for validation, storage or listeners.
+// Two locks, acquired in this order: writer() by the one thread that changes the tree, lock() to
+// read the entries' memory or to change it. TreeEdit (host/change/tree_edit.h) has the rules for
+// changes. Readers acquire lock() only, so they never wait for validators, storage or listeners.
 #pragma once
 
 #include <array>
@@ -35,7 +31,7 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   Tree(contextmgr::ZcrID context, Stores stores);
   ~Tree();
 
-  // A tree in memory only, with every level writable, which belongs to no context.
+  // Returns a tree in memory that belongs to no context; every level is writable.
   static boost::intrusive_ptr<Tree> makeStandalone();
 
   contextmgr::ZcrID context() const { return context_; }
@@ -47,18 +43,19 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   Store& store(int level) const { return *stores_[level]; }
   bool isReadOnly(int level) const { return !store(level).readOnlyReason().empty(); }
 
-  // From now on changes by others come in below `root`. Once at most, before anyone else knows the
-  // tree.
+  // From now on external changes are applied below `root`. Called once at most, before any other
+  // thread knows the tree.
   void connect(const boost::weak_ptr<Entry>& root);
-  // Nobody will say when there are such changes. Before anyone else but stores knows the tree.
+  // Makes every read and change call look(), because no thread watches the stores. Called before
+  // any other thread, except those of stores, knows the tree.
   void setMustLook() { mustLook_ = true; }
-  // Empty when the tree is not connected, or its root is gone.
+  // Empty if the tree is not connected, or its root is gone.
   boost::shared_ptr<Entry> root() const { return root_.lock(); }
-  // What listeners are still to hear of changes by others; null when the tree is not connected.
+  // The queue of events of external changes; null if the tree is not connected.
   ExternalEvents* externalEvents() const { return externalEvents_.get(); }
 
-  // To be called with no lock held before anything is read or changed: catches up with others where
-  // nothing else does it.
+  // Applies external changes if no thread watches for them. Called before every read and change,
+  // with no lock held.
   bool mustLook() const { return mustLook_; }
   void look() {
     if (mustLook_) lookAtStores();

@@ -1,15 +1,15 @@
-// The lock of one tree's memory: many readers, one writer, and readers that do not slow each other.
+// The lock of one tree's memory: a readers-writer lock whose readers do not slow each other.
 //
 // A reader counts itself in the counter of its thread's stripe, so readers on different threads
-// touch different cache lines. A writer raises a flag and waits until every counter is zero;
-// readers that meet the flag step back. A reader costs two atomic additions, a writer about as much
-// as reading the counters of the stripes that have had readers. Either waits for the other awake at
-// first, because most hold the lock for less time than it takes to wake a thread: readers that
-// slept as soon as they met a writer would lose a fifth of their time beside a thread that sets
-// without a pause. After that writers give way, and readers queue at the gate. Holders do no I/O
-// and call nobody. Reading does not nest: a thread that holds the lock must not take it again. It
-// must not let go of the last reference to an entry either, because a node that dies takes the lock
-// for writing.
+// touch different cache lines. A writer raises a flag and waits until all counters are zero; a
+// reader that meets the flag steps back. A reader costs two atomic additions; a writer reads the
+// counters of the stripes that have ever had a reader. Both first spin for a few microseconds,
+// which is longer than most hold the lock and shorter than it takes to wake a thread: a reader that
+// slept at once would lose a fifth of its time beside a thread that sets without pause. Then
+// writers yield, and readers queue at the gate.
+//
+// Holders do no I/O and call no foreign code. The lock is not recursive. A holder must not destroy
+// an entry, because the destructor of a node acquires the lock for writing.
 #pragma once
 
 #include <array>
@@ -27,7 +27,7 @@ class CAPABILITY("mutex") TreeLock {
  public:
   void lock() ACQUIRE() NO_THREAD_SAFETY_ANALYSIS {
     gate_.lock();
-    // Sequentially consistent, like the reader's pair below: either the reader sees the flag or
+    // Sequentially consistent, like the reader's pair below: either the reader sees the flag, or
     // this thread sees the reader.
     writing_.store(true, std::memory_order_seq_cst);
     int spins = kSpins;
@@ -56,10 +56,10 @@ class CAPABILITY("mutex") TreeLock {
     std::atomic<int> readers{0};
   };
 
-  // A few microseconds: a writer that gives a single key its value is done long before.
+  // A few microseconds: longer than a single value takes.
   static constexpr int kSpins = 256;
 
-  // Tells the processor that this thread waits for another.
+  // Tells the processor that this thread is spinning.
   static void relax() {
 #if defined(__x86_64__)
     __builtin_ia32_pause();
@@ -70,7 +70,7 @@ class CAPABILITY("mutex") TreeLock {
 
   std::atomic<int>& enterAsReader() {
     const std::size_t stripe = base::threadStripe();
-    // Comes before the reader's pair, so a writer that misses the bit is seen by the reader.
+    // Before the reader's pair: a writer that misses the bit is seen by the reader.
     const std::uint32_t bit = std::uint32_t{1} << stripe;
     if ((used_.load(std::memory_order_acquire) & bit) == 0) {
       used_.fetch_or(bit, std::memory_order_seq_cst);
@@ -82,7 +82,7 @@ class CAPABILITY("mutex") TreeLock {
       readers.fetch_sub(1, std::memory_order_release);
       while (writing_.load(std::memory_order_relaxed) && --spins > 0) relax();
     }
-    // No writer is inside while the gate is held here, and the next one sees the counter.
+    // No writer holds the lock while the gate is held here, and the next one sees the counter.
     base::MutexLock lock(gate_);
     readers.fetch_add(1, std::memory_order_seq_cst);
     return readers;

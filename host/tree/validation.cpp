@@ -21,7 +21,7 @@ using host::WeakJavaProxy;
 using KORVEN::settings::core::CValidationError;
 using KORVEN::settings::core::ValidationFailure;
 
-// The evaluator of scripts, which is installed, dropped and replaced while calls may be running.
+// The evaluator of scripts. It is installed and replaced while calls may be running.
 class InstalledEvaluator {
  public:
   using Pointer = std::shared_ptr<const ZValidator::Evaluator>;
@@ -32,7 +32,7 @@ class InstalledEvaluator {
     evaluate_.swap(next);
   }
 
-  // To call with no lock held; null when there is none.
+  // The evaluator, or null. The caller calls it with no lock held.
   Pointer get() const EXCLUDES(mutex_) {
     base::MutexLock lock(mutex_);
     return evaluate_;

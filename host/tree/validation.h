@@ -1,6 +1,6 @@
-// Validators inside the service: how an entry owns one, and how one is run.
-// All functions may be called from any thread, and none may be called with a lock held, because a
-// validator is code of somebody else that may read and change settings.
+// Validators inside the service: how an entry owns one, and how one is run. No function may be
+// called with a lock held, because a validator is foreign code that may read and change settings.
+// Any thread.
 #pragma once
 
 #include <boost/any.hpp>
@@ -14,24 +14,24 @@
 
 namespace zlutil::settings::host {
 
-// An entry's validator, shared by the entry and by whoever is about to run it. Immutable.
+// An entry's validator, shared by the entry and by the threads that run it. Immutable.
 struct Validator : boost::intrusive_ref_counter<Validator> {
   Validator(const ValidatorChoice& validator, const JavaProxyPtr& proxy)
       : choice(validator), origin(proxy) {}
   const ValidatorChoice choice;
-  // Of the library that has brought a Java validator; none when it came from a file.
+  // The proxy of the library that has brought a Java validator; none if it came from a file.
   const WeakJavaProxy origin;
 };
 using ValidatorPtr = boost::intrusive_ptr<const Validator>;
 
-// Null for the choice `void_`.
+// Returns null for the choice `void_`.
 ValidatorPtr makeValidator(const ValidatorChoice& choice, const JavaProxyPtr& origin = {});
 
-// The choice of a validator; `void_` for null.
+// Returns the choice of a validator; `void_` for null.
 const ValidatorChoice& choiceOf(const ValidatorPtr& validator);
 
-// Runs the validator on a candidate for the key `key` of `node`. Throws what refuses the value:
-// ValidationFailure, CValidationError, or what the Java proxy throws.
+// Runs the validator on a value for the key `key` of `node`. Throws ValidationFailure,
+// CValidationError, or what the Java proxy throws, if it refuses the value.
 void runValidator(const Validator& validator, const boost::shared_ptr<const Settings>& node,
                   const std::string& key, const boost::any& value);
 

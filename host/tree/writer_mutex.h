@@ -1,7 +1,6 @@
-// The mutex of those who change a tree, in which some go ahead of the others: a thread that brings
-// in what other processes have changed must not be left behind threads that change the tree without
-// a pause, as with a plain mutex it would be. Once it has come, every other thread takes the mutex
-// once more at most before it. Any thread.
+// A writer mutex with a priority lane: once a thread waits in lockAhead(), each other thread
+// acquires the mutex at most once before it. Threads that apply external changes use it, because
+// threads that change the tree without pause would starve them at a plain mutex. Any thread.
 #pragma once
 
 #include <atomic>

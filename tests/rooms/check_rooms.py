@@ -5,13 +5,15 @@ check_rooms.py ROOT ROOMS DOCUMENT
 
 ROOMS has a line for each room, as CMake has written it: its folder, and the folders of the rooms that
 it uses. Every `#include "..."` of a room's file must name a header of the room itself or of one that it
-uses. The table of rooms in DOCUMENT must say the same.
+uses. The table of rooms in DOCUMENT must say the same, and every file that DOCUMENT names must exist:
+one that it names without its folder, somewhere in the source tree.
 """
 import pathlib
 import re
 import sys
 
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
+FILE_NAME = re.compile(r"[\w./-]*\w\.(?:h|cpp|java|cmake|md|py)\b")
 TABLE_ROW = re.compile(r"^\| `([a-z_/]+)/` \|.*\|([^|]*)\|$", re.MULTILINE)
 
 
@@ -45,13 +47,26 @@ def problems_of_table(document, rooms):
             )
 
 
+def problems_of_file_names(document, root):
+    folders = ("base", "bridge", "cmake", "docs", "host", "java", "nativesettings", "service", "values")
+    present = {path.name for folder in folders for path in (root / folder).rglob("*.*")}
+    for name in sorted(set(FILE_NAME.findall(document))):
+        folder, _, last = name.rpartition("/")
+        is_whole = folder and "..." not in folder
+        if not ((root / name).exists() if is_whole else last in present):
+            yield f"the document names {name}, which is not there"
+
+
 def main(root, rooms_file, document):
+    root = pathlib.Path(root)
+    document = pathlib.Path(document).read_text()
     rooms = {}
     for line in pathlib.Path(rooms_file).read_text().splitlines():
         room, _, uses = line.partition(":")
         rooms[room] = set(uses.split())
-    problems = list(problems_of_includes(pathlib.Path(root), rooms))
-    problems += problems_of_table(pathlib.Path(document).read_text(), rooms)
+    problems = list(problems_of_includes(root, rooms))
+    problems += problems_of_table(document, rooms)
+    problems += problems_of_file_names(document, root)
     print("\n".join(problems) or f"{len(rooms)} rooms, and no arrow points upwards")
     return bool(problems)
 
