@@ -4,15 +4,15 @@
 
 #include "values/value_kinds.h"
 
-namespace zlutil::settings::host {
+namespace zlutil::boostany {
 namespace {
 
 template <class Type>
 bool equal(const Type& left, const Type& right) {
-  using Element = boostany::ElementOf<Type>;
+  using Element = ElementOf<Type>;
   if constexpr (!std::is_floating_point_v<Element>) {
     return left == right;
-  } else if constexpr (boostany::kIsVector<Type>) {
+  } else if constexpr (kIsVector<Type>) {
     return left.size() == right.size() &&
            (left.empty() ||
             std::memcmp(left.data(), right.data(), left.size() * sizeof(Element)) == 0);
@@ -23,12 +23,12 @@ bool equal(const Type& left, const Type& right) {
 
 }  // namespace
 
-int kindOfValue(const boost::any& value) { return boostany::kindOfType(value.type()); }
+int kindOfValue(const boost::any& value) { return kindOfType(value.type()); }
 
 bool sameValue(const boost::any& left, const boost::any& right) {
   if (left.type() != right.type()) return false;
   bool same = true;
-  boostany::withTypeOfKind(kindOfValue(left), [&](auto tag) {
+  withTypeOfKind(kindOfValue(left), [&](auto tag) {
     using Type = typename decltype(tag)::type;
     same = equal(*boost::unsafe_any_cast<Type>(&left), *boost::unsafe_any_cast<Type>(&right));
   });
@@ -37,11 +37,11 @@ bool sameValue(const boost::any& left, const boost::any& right) {
 
 boost::any ownCopy(const boost::any& value) {
   boost::any copy;
-  boostany::withTypeOfKind(kindOfValue(value), [&](auto tag) {
+  withTypeOfKind(kindOfValue(value), [&](auto tag) {
     using Type = typename decltype(tag)::type;
     copy = *boost::unsafe_any_cast<Type>(&value);
   });
   return copy;
 }
 
-}  // namespace zlutil::settings::host
+}  // namespace zlutil::boostany

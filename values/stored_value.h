@@ -3,7 +3,7 @@
 
 #include <boost/any.hpp>
 
-namespace zlutil::settings::host {
+namespace zlutil::boostany {
 
 // The kind (values/value_kinds.h) of the value; kNoValue for an empty one or for a type outside the
 // list.
@@ -17,4 +17,4 @@ bool sameValue(const boost::any& left, const boost::any& right);
 // caller's library, which may be unmapped while the tree still has the value.
 boost::any ownCopy(const boost::any& value);
 
-}  // namespace zlutil::settings::host
+}  // namespace zlutil::boostany

@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "values/value_kinds.h"
 
-namespace zlutil::settings::host {
+namespace zlutil::boostany {
 namespace {
 
 constexpr std::string_view kNaN = "NaN";
@@ -99,4 +99,4 @@ SETTINGS_ELEMENT(float);
 SETTINGS_ELEMENT(double);
 #undef SETTINGS_ELEMENT
 
-}  // namespace zlutil::settings::host
+}  // namespace zlutil::boostany

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace zlutil::settings::host {
+namespace zlutil::boostany {
 
 // The value that standard UTF-8 `text` stands for; nothing when it stands for none of that type.
 // White space around anything but a string is ignored; a string is taken exactly.
@@ -18,4 +18,4 @@ std::optional<Element> valueFromText(std::string_view text);
 template <class Element>
 std::optional<std::string> textOfValue(const Element& value);
 
-}  // namespace zlutil::settings::host
+}  // namespace zlutil::boostany

@@ -73,7 +73,7 @@ class BoundKeyInTree final : public BoundKey {
   static bool isLevelOrInEffect(int level) { return level >= kInEffect && level < kLevelCount; }
 
   static bool isOfKind(const Key& key, const boost::any& value) {
-    const int given = kindOfValue(value);
+    const int given = boostany::kindOfValue(value);
     return given != boostany::kNoValue && (key.kind() == boostany::kNoValue || key.kind() == given);
   }
 

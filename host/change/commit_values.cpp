@@ -35,8 +35,8 @@ KeyChanges changesOf(const std::vector<Candidate>& candidates, int level, bool i
   KeyChanges changes;
   changes.reserve(candidates.size());
   for (const Candidate* candidate : lastOfEachKey(candidates)) {
-    if (isCurrent && sameValue(candidate->key->value(level), *candidate->value)) continue;
-    changes.push_back({candidate->key, ownCopy(*candidate->value)});
+    if (isCurrent && boostany::sameValue(candidate->key->value(level), *candidate->value)) continue;
+    changes.push_back({candidate->key, boostany::ownCopy(*candidate->value)});
   }
   return changes;
 }
@@ -49,7 +49,7 @@ Changes describe(Tree& tree, const KeyChanges& changes) {
   for (const KeyChange& change : changes) {
     const std::string path = change.key->path();
     if (change.key->kind() == boostany::kNoValue) {
-      batch.push_back(FixKind{path, kindOfValue(change.value)});
+      batch.push_back(FixKind{path, boostany::kindOfValue(change.value)});
     }
     batch.push_back(PutValue{path, change.value});
   }

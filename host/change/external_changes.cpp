@@ -26,7 +26,7 @@ class Application {
 
   void operator()(const PutValue& change) {
     Key* const key = keyAt(change.path);
-    const int kind = kindOfValue(change.value);
+    const int kind = boostany::kindOfValue(change.value);
     if (!key) return leaveOut(change.path, "a value is stored for it, and there is no such key");
     if (key->kind() != boostany::kNoValue && key->kind() != kind) {
       return leaveOut(change.path, "the stored value is " + std::string(boostany::kindName(kind)) +
@@ -122,7 +122,7 @@ class Application {
   }
 
   void exchange(Key& key, boost::any value) {
-    if (sameValue(key.value(level_), value)) return;
+    if (boostany::sameValue(key.value(level_), value)) return;
     key.replaceValue(level_, value);
     note(ExternalEvent::kChanged, nullptr, key.shared_from_this(), audienceOf(key));
     replaced_.push_back(std::move(value));

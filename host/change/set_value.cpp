@@ -39,7 +39,7 @@ class Target {
 
   // Returns false when setting the value would change nothing, here or in the store.
   bool needsChange() const {
-    return !store().keepsChanges() || !sameValue(key_->value(level_), *value_) ||
+    return !store().keepsChanges() || !boostany::sameValue(key_->value(level_), *value_) ||
            !store().isCurrent();
   }
 
@@ -47,7 +47,7 @@ class Target {
     if (!value_) return {EraseValue{path_}};
     Changes changes;
     if (key_->kind() == boostany::kNoValue) {
-      changes.push_back(FixKind{path_, kindOfValue(*value_)});
+      changes.push_back(FixKind{path_, boostany::kindOfValue(*value_)});
     }
     changes.push_back(PutValue{path_, *value_});
     return changes;
@@ -62,7 +62,7 @@ class Target {
     if (!value_) return !key_->value(level_).empty();
     const int kind = key_->kind();
     return key_->effectiveValidator() == validator_ &&
-           (kind == boostany::kNoValue || kind == kindOfValue(*value_));
+           (kind == boostany::kNoValue || kind == boostany::kindOfValue(*value_));
   }
 
  private:
@@ -83,7 +83,7 @@ bool storeTarget(TreeEdit& edit, const Target& target, int level) {
 // Returns false if changes by others have come in that the target does not agree with.
 bool trySetting(TreeEdit& edit, const Target& target, int level, const boost::any& value) {
   if (!target.needsChange()) return true;
-  boost::any stored = ownCopy(value);
+  boost::any stored = boostany::ownCopy(value);
   if (!storeTarget(edit, target, level)) return false;
   edit.replaceValue(target.key(), level, std::move(stored));
   return true;

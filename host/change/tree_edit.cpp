@@ -50,7 +50,7 @@ void TreeEdit::replaceValues(int level, KeyChanges changes) {
   replaced_ = std::move(changes);
   WriteLock lock(tree_.lock());
   for (KeyChange& change : replaced_) {
-    if (sameValue(change.key->value(level), change.value)) continue;
+    if (boostany::sameValue(change.key->value(level), change.value)) continue;
     change.key->replaceValue(level, change.value);
     changed_.add(*change.key);
   }

@@ -75,7 +75,7 @@ const ValidatorPtr& ValueBatch::validatorOf(const Candidate& candidate) const {
 bool ValueBatch::fits(const Candidate& candidate) {
   const Key& key = *candidate.key;
   const bool isAttached = key.parent() ? parents_[candidate.parent].isAttached : !key.isRemoved();
-  const int kind = kindOfValue(*candidate.value);
+  const int kind = boostany::kindOfValue(*candidate.value);
   if (!isAttached || kind == boostany::kNoValue) return false;
   if (key.kind() != boostany::kNoValue) return key.kind() == kind;
   return firstKinds_.emplace(&key, kind).first->second == kind;

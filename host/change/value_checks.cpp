@@ -20,7 +20,7 @@ void checkWritable(const Entry& entry, int level) {
 
 void checkKind(const Key& key, int kind, const boost::any& value) {
   if (value.empty()) throw Failure<DefaultValidationFailedOnVoidType>(key.path());
-  const int given = kindOfValue(value);
+  const int given = boostany::kindOfValue(value);
   if (given == boostany::kNoValue) {
     throw Failure<ValidationFailure>("\"" + key.path() + "\" cannot hold a value of this type.");
   }

@@ -225,7 +225,7 @@ void SettingsBuilder::endValue() {
     if constexpr (boostany::kIsVector<Type>) {
       value.swap(vector_);
     } else {
-      auto parsed = valueFromText<Type>(text_);
+      auto parsed = boostany::valueFromText<Type>(text_);
       if (!parsed) failOnValue(key_->kind(), text_);
       value = boost::any(std::move(*parsed));
     }
@@ -238,7 +238,7 @@ void SettingsBuilder::endItem() {
     using Type = typename decltype(tag)::type;
     if constexpr (boostany::kIsVector<Type>) {
       using Element = boostany::ElementOf<Type>;
-      auto parsed = valueFromText<Element>(text_);
+      auto parsed = boostany::valueFromText<Element>(text_);
       if (!parsed) failOnValue(boostany::kKindOf<Element>, text_);
       boost::unsafe_any_cast<Type>(&vector_)->push_back(std::move(*parsed));
     }

@@ -70,11 +70,11 @@ class Writer {
       if constexpr (boostany::kIsVector<Type>) {
         for (const boostany::ElementOf<Type>& item : value) {
           text_ += "<item>";
-          writeText(key, textOfValue<boostany::ElementOf<Type>>(item), false);
+          writeText(key, boostany::textOfValue<boostany::ElementOf<Type>>(item), false);
           text_ += "</item>";
         }
       } else {
-        writeText(key, textOfValue<Type>(value), false);
+        writeText(key, boostany::textOfValue<Type>(value), false);
       }
     });
     text_ += "</value>\n";
@@ -84,13 +84,13 @@ class Writer {
     const ValidatorChoice& choice = choiceOf(entry.validator());
     if (const JValidator* const java = boost::get<JValidator>(&choice)) {
       open("<java-validator class=\"", indent);
-      writeText(entry, textOfValue(java->first()), true);
+      writeText(entry, boostany::textOfValue(java->first()), true);
       text_ += "\" argument=\"";
-      writeText(entry, textOfValue(java->second()), true);
+      writeText(entry, boostany::textOfValue(java->second()), true);
       text_ += "\"/>\n";
     } else if (const ZValidator* const script = boost::get<ZValidator>(&choice)) {
       open("<script-validator>", indent);
-      writeText(entry, textOfValue(script->text()), false);
+      writeText(entry, boostany::textOfValue(script->text()), false);
       text_ += "</script-validator>\n";
     }
   }

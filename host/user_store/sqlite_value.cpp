@@ -56,7 +56,7 @@ std::string textOfElement(const Element& element) {
       return text;
     }
   }
-  return *textOfValue(element);
+  return *boostany::textOfValue(element);
 }
 
 template <class Element>
@@ -72,7 +72,7 @@ std::optional<Element> elementFrom(std::string_view text) {
       return std::isnan(number) ? std::optional<Element>(number) : std::nullopt;
     }
   }
-  return valueFromText<Element>(text);
+  return boostany::valueFromText<Element>(text);
 }
 
 // JSON of an element. A float is written as the double that it equals, which becomes it again.
@@ -190,7 +190,7 @@ std::optional<std::string> narrowFromColumn(std::string_view bytes, bool isBlob)
 
 ColumnValue columnFromValue(const boost::any& value) {
   ColumnValue column{false, {}};
-  boostany::withTypeOfKind(kindOfValue(value), [&](auto tag) {
+  boostany::withTypeOfKind(boostany::kindOfValue(value), [&](auto tag) {
     using Type = typename decltype(tag)::type;
     const Type& typed = *boost::unsafe_any_cast<Type>(&value);
     if constexpr (std::is_same_v<Type, std::string>) {

@@ -50,7 +50,8 @@ void ValueWriter::writeAside(const PutValue& value) {
 }
 
 ValueWriter::Row ValueWriter::rowOf(const PutValue& value) {
-  return {value.path, boostany::kindName(kindOfValue(value.value)), columnFromValue(value.value)};
+  return {value.path, boostany::kindName(boostany::kindOfValue(value.value)),
+          columnFromValue(value.value)};
 }
 
 void ValueWriter::write(const std::vector<Row>& rows) {

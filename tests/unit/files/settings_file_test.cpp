@@ -221,8 +221,8 @@ TEST_F(SettingsFileTest, EveryValueLevelAndValidatorComesBackExactly) {
     if (!key->isKey()) continue;
     EXPECT_EQ(twin->getKeyType(key->getName()), node->getKeyType(key->getName()));
     for (const std::string& level : kAllLevels) {
-      EXPECT_TRUE(zlutil::settings::host::sameValue(twin->getValue(key->getName(), level),
-                                                    node->getValue(key->getName(), level)))
+      EXPECT_TRUE(zlutil::boostany::sameValue(twin->getValue(key->getName(), level),
+                                              node->getValue(key->getName(), level)))
           << key->getName() << " at " << level;
     }
   }

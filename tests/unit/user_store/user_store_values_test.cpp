@@ -58,7 +58,9 @@ TEST_F(UserStoreTest, EveryValueOfEveryKindComesBackExactly) {
   }
   const NodePtr root = open();
   for (std::size_t at = 0; at < values.size(); ++at) {
-    EXPECT_TRUE(sameValue(root->getValue("k" + std::to_string(at), "user"), values[at])) << at;
+    EXPECT_TRUE(
+        zlutil::boostany::sameValue(root->getValue("k" + std::to_string(at), "user"), values[at]))
+        << at;
   }
 }
 
@@ -114,11 +116,13 @@ TEST_F(UserStoreTest, ArraysThatTheDatabaseItselfHasMadeAreRead) {
       "UPDATE settings SET value = json_array(-1, 2.5, 1e10) WHERE path = 'numbers';"
       "UPDATE settings SET value = '[ true ,\tfalse\n]' WHERE path = 'flags'");
   const NodePtr root = open();
+  EXPECT_TRUE(zlutil::boostany::sameValue(
+      root->getValue("texts", ""),
+      std::vector<std::string>{"a\n\b\x7F/\"", "\xC3\xA9\xED\xA0\xBD\xED\xB8\x80"}));
+  EXPECT_TRUE(zlutil::boostany::sameValue(root->getValue("numbers", ""),
+                                          std::vector<float>{-1, 2.5, 1e10}));
   EXPECT_TRUE(
-      sameValue(root->getValue("texts", ""),
-                std::vector<std::string>{"a\n\b\x7F/\"", "\xC3\xA9\xED\xA0\xBD\xED\xB8\x80"}));
-  EXPECT_TRUE(sameValue(root->getValue("numbers", ""), std::vector<float>{-1, 2.5, 1e10}));
-  EXPECT_TRUE(sameValue(root->getValue("flags", ""), std::vector<bool>{true, false}));
+      zlutil::boostany::sameValue(root->getValue("flags", ""), std::vector<bool>{true, false}));
 }
 
 TEST_F(UserStoreTest, DefinitionsKeepKindAndValidator) {
