@@ -81,59 +81,87 @@ std::string narrow(std::string_view utf8) { return *base::narrowFromUtf8(utf8); 
 
 SettingsBuilder::SettingsBuilder(const ParseRules& rules) : rules_(rules) {
   nodes_.push_back(boost::make_shared<Node>(rules.tree, kStandaloneRootName, true, ValidatorPtr()));
-  alongside_.push_back(rules.alongside);
+  earlierNodes_.push_back(rules.earlier);
 }
 
 void SettingsBuilder::beginElement(std::string_view element, const char* const* attributes) {
-  const In in = in_.back();
-  if (in == In::kDocument && element == "settings") {
-    beginSettings(attributes);
-  } else if ((in == In::kSettings || in == In::kNode) && element == "node") {
-    beginNode(attributes);
-  } else if ((in == In::kSettings || in == In::kNode) && element == "key") {
-    beginKey(attributes);
-  } else if (in == In::kKey && element == "value") {
-    beginValue(attributes);
-  } else if (in == In::kValue && isVector() && element == "item") {
-    Attributes("item", attributes, {});
-    text_.clear();
-    in_.push_back(In::kItem);
-  } else if ((in == In::kNode || in == In::kKey) && element == "java-validator") {
-    beginJavaValidator(attributes);
-  } else if ((in == In::kNode || in == In::kKey) && element == "script-validator") {
-    Attributes("script-validator", attributes, {});
-    text_.clear();
-    in_.push_back(In::kScript);
-  } else {
-    static constexpr const char* kExpected[] = {"expected <settings>",
-                                                "expected <node> or <key>",
-                                                "expected <node>, <key> or a validator",
-                                                "expected <value> or a validator",
-                                                "expected the value's text, or <item> for a vector",
-                                                "expected text only",
-                                                "expected text only",
-                                                "expected nothing here"};
-    fail("found <" + quoted(element) + ">, " + kExpected[static_cast<int>(in)]);
+  struct Rule {
+    State state;  // in which the element may begin
+    std::string_view element;
+    void (SettingsBuilder::*begin)(const char* const*);
+  };
+  static constexpr Rule kRules[] = {
+      {State::kDocument, "settings", &SettingsBuilder::beginSettings},
+      {State::kSettings, "node", &SettingsBuilder::beginNode},
+      {State::kSettings, "key", &SettingsBuilder::beginKey},
+      {State::kNode, "node", &SettingsBuilder::beginNode},
+      {State::kNode, "key", &SettingsBuilder::beginKey},
+      {State::kNode, "java-validator", &SettingsBuilder::beginJavaValidator},
+      {State::kNode, "script-validator", &SettingsBuilder::beginScriptValidator},
+      {State::kKey, "value", &SettingsBuilder::beginValue},
+      {State::kKey, "java-validator", &SettingsBuilder::beginJavaValidator},
+      {State::kKey, "script-validator", &SettingsBuilder::beginScriptValidator},
+      {State::kVector, "item", &SettingsBuilder::beginItem},
+  };
+  const State state = states_.back();
+  for (const Rule& rule : kRules) {
+    if (rule.state == state && rule.element == element) return (this->*rule.begin)(attributes);
   }
+  fail("found <" + quoted(element) + ">, expected " + expectedIn(state));
+}
+
+const char* SettingsBuilder::expectedIn(State state) {
+  switch (state) {
+    case State::kDocument:
+      return "<settings>";
+    case State::kSettings:
+      return "<node> or <key>";
+    case State::kNode:
+      return "<node>, <key> or a validator";
+    case State::kKey:
+      return "<value> or a validator";
+    case State::kScalar:
+    case State::kVector:
+      return "the value's text, or <item> for a vector";
+    case State::kItem:
+    case State::kScriptValidator:
+      return "text only";
+    case State::kJavaValidator:
+      break;
+  }
+  return "nothing here";
 }
 
 void SettingsBuilder::endElement() {
-  const In in = in_.back();
-  in_.pop_back();
-  if (in == In::kSettings || in == In::kNode) nodes_.back()->sortChildren();
-  if (in == In::kNode) {
-    nodes_.pop_back();
-    alongside_.pop_back();
-    hasContent_ = true;
-  } else if (in == In::kKey) {
-    key_.reset();
-    hasContent_ = true;
-  } else if (in == In::kValue) {
-    endValue();
-  } else if (in == In::kItem) {
-    endItem();
-  } else if (in == In::kScript) {
-    guardWith(ZValidator(narrow(text_)));
+  const State state = states_.back();
+  states_.pop_back();
+  switch (state) {
+    case State::kSettings:
+      nodes_.back()->sortChildren();
+      break;
+    case State::kNode:
+      nodes_.back()->sortChildren();
+      nodes_.pop_back();
+      earlierNodes_.pop_back();
+      hasContent_ = true;
+      break;
+    case State::kKey:
+      key_.reset();
+      hasContent_ = true;
+      break;
+    case State::kScalar:
+    case State::kVector:
+      endValue();
+      break;
+    case State::kItem:
+      endItem();
+      break;
+    case State::kScriptValidator:
+      setValidator(ZValidator(narrow(text_)));
+      break;
+    case State::kDocument:
+    case State::kJavaValidator:
+      break;
   }
 }
 
@@ -150,7 +178,7 @@ void SettingsBuilder::beginSettings(const char* const* list) {
   if (std::strcmp(version, "1") != 0) {
     fail("version " + quoted(version) + " of the format is not known, expected \"1\"");
   }
-  in_.push_back(In::kSettings);
+  states_.push_back(State::kSettings);
 }
 
 void SettingsBuilder::beginNode(const char* const* list) {
@@ -159,11 +187,11 @@ void SettingsBuilder::beginNode(const char* const* list) {
   checkAgainstEarlier(name, false, boostany::kNoValue);
   const auto node = boost::make_shared<Node>(rules_.tree, name, true, ValidatorPtr());
   add(node);
-  const Node* const beside = alongside_.back();
-  alongside_.push_back(beside ? static_cast<const Node*>(beside->child(name)) : nullptr);
+  const Node* const earlier = earlierNodes_.back();
+  earlierNodes_.push_back(earlier ? static_cast<const Node*>(earlier->child(name)) : nullptr);
   nodes_.push_back(node);
   hasContent_ = false;
-  in_.push_back(In::kNode);
+  states_.push_back(State::kNode);
 }
 
 void SettingsBuilder::beginKey(const char* const* list) {
@@ -180,7 +208,7 @@ void SettingsBuilder::beginKey(const char* const* list) {
   key_ = boost::make_shared<Key>(rules_.tree, name, kind, true, ValidatorPtr());
   add(key_);
   hasContent_ = false;
-  in_.push_back(In::kKey);
+  states_.push_back(State::kKey);
 }
 
 void SettingsBuilder::beginValue(const char* const* list) {
@@ -202,20 +230,35 @@ void SettingsBuilder::beginValue(const char* const* list) {
   if (!key_->value(level_).empty()) {
     fail("a second value at the level " + quoted(levelName(level_)));
   }
+  states_.push_back(State::kScalar);
   boostany::withTypeOfKind(key_->kind(), [this](auto tag) {
     using Type = typename decltype(tag)::type;
-    if constexpr (boostany::kIsVector<Type>) vector_ = Type();
+    if constexpr (boostany::kIsVector<Type>) {
+      vector_ = Type();
+      states_.back() = State::kVector;
+    }
   });
   text_.clear();
   hasContent_ = true;
-  in_.push_back(In::kValue);
+}
+
+void SettingsBuilder::beginItem(const char* const* list) {
+  Attributes("item", list, {});
+  text_.clear();
+  states_.push_back(State::kItem);
 }
 
 void SettingsBuilder::beginJavaValidator(const char* const* list) {
   const Attributes attributes("java-validator", list, {"class", "argument"});
-  guardWith(
+  setValidator(
       JValidator(narrow(attributes.require("class")), narrow(attributes.require("argument"))));
-  in_.push_back(In::kJava);
+  states_.push_back(State::kJavaValidator);
+}
+
+void SettingsBuilder::beginScriptValidator(const char* const* list) {
+  Attributes("script-validator", list, {});
+  text_.clear();
+  states_.push_back(State::kScriptValidator);
 }
 
 void SettingsBuilder::endValue() {
@@ -256,7 +299,7 @@ void SettingsBuilder::checkName(const char* name) const {
 }
 
 void SettingsBuilder::checkAgainstEarlier(const char* name, bool isKey, int kind) const {
-  const Entry* const earlier = alongside_.back() ? alongside_.back()->child(name) : nullptr;
+  const Entry* const earlier = earlierNodes_.back() ? earlierNodes_.back()->child(name) : nullptr;
   if (!earlier) return;
   if (earlier->isKey() != isKey) {
     fail(quoted(name) + (isKey ? " is a node" : " is a key") + " in an earlier file");
@@ -274,18 +317,16 @@ void SettingsBuilder::add(const EntryPtr& entry) {
   if (!nodes_.back()->appendChild(entry)) fail("a second entry named " + quoted(entry->name()));
 }
 
-void SettingsBuilder::guardWith(const ValidatorChoice& validator) {
+void SettingsBuilder::setValidator(const ValidatorChoice& validator) {
   Entry& entry = key_ ? static_cast<Entry&>(*key_) : *nodes_.back();
   if (entry.validator()) fail("a second validator");
   if (hasContent_) fail("a validator stands before everything else in its entry");
   entry.setValidator(makeValidator(validator));
 }
 
-bool SettingsBuilder::isVector() const { return key_->kind() > boostany::kElementKinds; }
-
 bool SettingsBuilder::keepsText() const {
-  const In in = in_.back();
-  return in == In::kItem || in == In::kScript || (in == In::kValue && !isVector());
+  const State state = states_.back();
+  return state == State::kScalar || state == State::kItem || state == State::kScriptValidator;
 }
 
 }  // namespace zlutil::settings::host

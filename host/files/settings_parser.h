@@ -11,10 +11,10 @@
 namespace zlutil::settings::host {
 
 struct ParseRules {
-  TreePtr tree;                     // that the entries are made for
-  int level = kFactory;             // of values that name no level
-  bool isOnlyLevel = false;         // whether a value may name no other one
-  const Node* alongside = nullptr;  // entries that the file's must agree with in kind; may be null
+  TreePtr tree;                   // the tree of the new entries
+  int level = kFactory;           // of values that name no level
+  bool isOnlyLevel = false;       // whether other levels are refused
+  const Node* earlier = nullptr;  // the root of earlier files, with which kinds must agree, or null
 };
 
 class SettingsParser {

@@ -57,7 +57,7 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   rules.tree = root.treePtr();
   rules.level = level;
   rules.isOnlyLevel = true;
-  rules.alongside = &root;
+  rules.earlier = &root;
   for (const std::string& file : filesIn(directory_, isAskedFor_)) {
     try {
       merge(*readSettingsTree(file, rules), root, level);

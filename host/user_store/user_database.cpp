@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <boost/variant/get.hpp>
-#include <unordered_map>
+#include <unordered_set>
 
 #include "host/user_store/sqlite_value.h"
 #include "service/identifier.h"
@@ -116,6 +116,18 @@ struct SignOf {
 };
 
 std::string lineOf(const JournalEntry& entry) { return static_cast<char>(entry.sign) + entry.path; }
+
+// Returns the last entry of each sign and path, in their order. The earlier ones are superseded,
+// because changes are read from what the database holds now.
+std::vector<const JournalEntry*> lastOfEach(const std::vector<JournalEntry>& entries) {
+  std::unordered_set<std::string> seen;
+  std::vector<const JournalEntry*> last;
+  for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+    if (seen.insert(lineOf(*entry)).second) last.push_back(&*entry);
+  }
+  std::reverse(last.begin(), last.end());
+  return last;
+}
 
 const std::string& pathOf(const Change& change) {
   return std::visit([](const auto& kind) -> const std::string& { return kind.path; }, change);
@@ -354,47 +366,52 @@ std::vector<JournalEntry> UserDatabase::journalAfter(std::int64_t revision,
 }
 
 Changes UserDatabase::changesFor(const std::vector<JournalEntry>& entries, const Report& report) {
-  // What the database holds now is what several changes of one kind to one path have come to, so
-  // the last of them stands for all.
-  std::unordered_map<std::string, std::size_t> last;
-  for (std::size_t at = 0; at < entries.size(); ++at) {
-    last[lineOf(entries[at])] = at;
-  }
   Changes changes;
-  for (std::size_t at = 0; at < entries.size(); ++at) {
-    const auto& [sign, path] = entries[at];
-    if (last[lineOf(entries[at])] != at) continue;
-    if (sign == JournalEntry::kRemove) {
-      changes.push_back(RemoveSubtree{path});
-    } else if (sign == JournalEntry::kDefine || sign == JournalEntry::kType) {
-      findDefinition_.bindText(1, path);
-      if (!findDefinition_.step()) continue;
-      std::optional<Change> definition = definitionIn(findDefinition_, path, 0);
-      findDefinition_.reset();
-      if (!definition) {
-        report(path, kBadDefinition);
-      } else if (const auto* key = std::get_if<DefineEntry>(&*definition);
-                 key && sign == JournalEntry::kType) {
-        changes.push_back(FixKind{path, key->kind});
-      } else {
-        changes.push_back(std::move(*definition));
-      }
-    } else {
-      findValue_.bindText(1, path);
-      if (!findValue_.step()) {
-        changes.push_back(EraseValue{path});
-        continue;
-      }
-      boost::any value = valueIn(findValue_, 0);
-      findValue_.reset();
-      if (value.empty()) {
-        report(path, kBadValue);
-      } else {
-        changes.push_back(PutValue{path, std::move(value)});
-      }
-    }
+  for (const JournalEntry* entry : lastOfEach(entries)) {
+    if (auto change = changeFor(*entry, report)) changes.push_back(std::move(*change));
   }
   return changes;
+}
+
+std::optional<Change> UserDatabase::changeFor(const JournalEntry& entry, const Report& report) {
+  switch (entry.sign) {
+    case JournalEntry::kRemove:
+      return RemoveSubtree{entry.path};
+    case JournalEntry::kDefine:
+      return storedDefinition(entry.path, report);
+    case JournalEntry::kType:
+      return storedType(entry.path, report);
+    case JournalEntry::kValue:
+      break;
+  }
+  return storedValue(entry.path, report);
+}
+
+std::optional<Change> UserDatabase::storedDefinition(const std::string& path,
+                                                     const Report& report) {
+  findDefinition_.bindText(1, path);
+  if (!findDefinition_.step()) return std::nullopt;
+  std::optional<Change> definition = definitionIn(findDefinition_, path, 0);
+  findDefinition_.reset();
+  if (!definition) report(path, kBadDefinition);
+  return definition;
+}
+
+std::optional<Change> UserDatabase::storedType(const std::string& path, const Report& report) {
+  std::optional<Change> definition = storedDefinition(path, report);
+  if (!definition) return std::nullopt;
+  const auto* const added = std::get_if<DefineEntry>(&*definition);
+  return added ? FixKind{path, added->kind} : definition;
+}
+
+std::optional<Change> UserDatabase::storedValue(const std::string& path, const Report& report) {
+  findValue_.bindText(1, path);
+  if (!findValue_.step()) return EraseValue{path};
+  boost::any value = valueIn(findValue_, 0);
+  findValue_.reset();
+  if (!value.empty()) return PutValue{path, std::move(value)};
+  report(path, kBadValue);
+  return std::nullopt;
 }
 
 }  // namespace zlutil::settings::host

@@ -101,6 +101,11 @@ class UserDatabase {
   void write(const RemoveSubtree& change);
   void write(const FixKind& change);
   void note(std::int64_t revision, const std::string& changes);
+  // Each returns nothing if there is nothing to change; reports a row that is not understood.
+  std::optional<Change> changeFor(const JournalEntry& entry, const Report& report);
+  std::optional<Change> storedDefinition(const std::string& path, const Report& report);
+  std::optional<Change> storedType(const std::string& path, const Report& report);
+  std::optional<Change> storedValue(const std::string& path, const Report& report);
 
   const std::unique_ptr<SqliteDatabase> database_;
   const std::string identity_;
