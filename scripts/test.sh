@@ -6,6 +6,7 @@
 #   scripts/test.sh tsan       the tests without a JVM under the thread sanitizer
 #   scripts/test.sh clang      a clang build with thread-safety analysis, and the fuzzer for
 #                              FUZZ_SECONDS (60) seconds
+#   scripts/test.sh format     whether clang-format would change a C++ source
 #   scripts/test.sh tidy       clang-tidy over all sources; not part of continuous integration
 #
 # Several parts may be named at once; the first one is called dev.
@@ -15,7 +16,7 @@ scripts/install_packages.sh
 
 run_ctest() {
   echo "== $1: testing"
-  ctest --test-dir "build/$1" --output-on-failure -j 2 --no-tests=error |
+  ctest --preset "$1" |
     grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed '
 }
 
@@ -33,6 +34,11 @@ run_clang() {
     -artifact_prefix=build/clang/ build/clang/corpus tests/fuzz/corpus 2>&1 |
     grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done'
   [[ ${PIPESTATUS[0]} -eq 0 ]]
+}
+
+run_format() {
+  echo "== format: clang-format"
+  git ls-files '*.h' '*.cpp' | xargs clang-format-14 --dry-run -Werror
 }
 
 run_tidy() {
