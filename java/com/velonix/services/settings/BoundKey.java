@@ -4,11 +4,13 @@ import com.velonix.util.types.UnsignedByte;
 import com.velonix.util.types.UnsignedInteger;
 import com.velonix.util.types.UnsignedLong;
 import com.velonix.util.types.UnsignedShort;
+import java.util.Arrays;
 
 /**
- * A key that native code has looked up, so that values pass as they are: no path, no SettingInfo.
- * Owned by the {@link SharedTree}, shared by all settings of the key, and used within its calls
- * only. What is out of the ordinary is not done, and left to the natives of {@link Setting}.
+ * A key that native code has looked up, so that calls carry neither a path nor a SettingInfo. Owned
+ * by the {@link SharedTree}, shared by all settings of the key, and used only within calls of that
+ * tree. Each method reports that it did nothing in every unusual case; the caller then uses the
+ * natives of {@link Setting}.
  */
 final class BoundKey {
     final long address;
@@ -20,10 +22,10 @@ final class BoundKey {
     /**
      * Reads a value.
      *
-     * @param kind of {@link ValueKinds}; 0 for none of them
-     * @param level of {@link NativeLane}
-     * @param type the class of the value: that of the kind, or a primitive array in its place
-     * @return null when that was not done
+     * @param kind a number of {@link ValueKinds}, or 0
+     * @param level a level's number in {@link NativeLane}
+     * @param type the class of the result: that of the kind, or the primitive array for it
+     * @return the value; null if nothing was read
      */
     Object get(int kind, int level, Class<?> type) {
         if (kind == 0)
@@ -33,17 +35,17 @@ final class BoundKey {
         if (ValueKinds.isArray(kind)) {
             Object array = NativeLane.getArray(address, kind, level);
             return array == null || type.isInstance(array) ? array
-                                                           : PrimitiveArrays.boxed(array, type);
+                                                           : PrimitiveArrays.boxed(array, kind);
         }
         long bits = NativeLane.getNumber(address, kind, level);
         return bits == NativeLane.NOT_DONE ? null : number(kind, bits);
     }
 
     /**
-     * Sets a value or, with a transaction context that is not 0, records it.
+     * Sets a value or, if the transaction context is not 0, records it.
      *
-     * @param kind that of the value's class, or 0
-     * @return false when that was not done
+     * @param kind the kind of the value's class, or 0
+     * @return false if nothing was set or recorded
      */
     boolean set(long context, int kind, int level, Object value) {
         if (kind == 0)
@@ -52,10 +54,17 @@ final class BoundKey {
             return NativeLane.setText(context, address, level, text);
         if (!ValueKinds.isArray(kind))
             return NativeLane.setNumber(context, address, kind, level, bits(value));
-        Object array = PrimitiveArrays.unboxed(value);
-        return array != null && NativeLane.setArray(context, address, kind, level, array);
+        Object array = value;
+        if (value instanceof Object[] elements) {
+            if (Arrays.asList(elements).contains(null))
+                return false;
+            if (!(value instanceof String[]))
+                array = PrimitiveArrays.unboxed(elements, kind);
+        }
+        return NativeLane.setArray(context, address, kind, level, array);
     }
 
+    /** Removes the value from a level; returns false if nothing was removed. */
     boolean unset(int level) {
         return NativeLane.unset(address, level);
     }
@@ -79,7 +88,7 @@ final class BoundKey {
 
     private static long bits(Object value) {
         if (value instanceof Boolean flag)
-            return flag ? 1 : 0;
+            return Boolean.compare(flag, false);
         if (value instanceof Double number)
             return Double.doubleToRawLongBits(number);
         if (value instanceof Float number)

@@ -4,131 +4,97 @@ import com.velonix.util.types.UnsignedByte;
 import com.velonix.util.types.UnsignedInteger;
 import com.velonix.util.types.UnsignedLong;
 import com.velonix.util.types.UnsignedShort;
+import java.util.function.BiConsumer;
+import java.util.function.Function;
+import java.util.function.IntFunction;
 
 /**
- * Arrays of primitives, and of the classes that stand for them in settings. The unsigned classes
- * travel as the primitives of their size. A loop for each class: a common one would decide anew for
- * every element.
+ * Conversions between arrays of primitives and arrays of the element classes of settings. The
+ * unsigned classes become the signed primitives of their size.
  */
 final class PrimitiveArrays {
+    private record Conversion<P, B>(Function<P, B> newBoxed, IntFunction<P> newPrimitives,
+            BiConsumer<P, B> box, BiConsumer<B, P> unbox) {}
+
+    /**
+     * By kind of element, from {@link ValueKinds#BOOLEAN} on; p are the primitives, b the boxed
+     * elements. Each row has loops of its own: in a common loop each element would cost a call.
+     */
+    // clang-format off
+    private static final Conversion<?, ?>[] CONVERSIONS = {
+        new Conversion<boolean[], Boolean[]>(p -> new Boolean[p.length], boolean[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<byte[], Byte[]>(p -> new Byte[p.length], byte[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<byte[], UnsignedByte[]>(p -> new UnsignedByte[p.length], byte[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = new UnsignedByte(p[i]); },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i].byteValue(); }),
+        new Conversion<short[], Short[]>(p -> new Short[p.length], short[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<short[], UnsignedShort[]>(p -> new UnsignedShort[p.length], short[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = new UnsignedShort(p[i]); },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i].shortValue(); }),
+        new Conversion<int[], Integer[]>(p -> new Integer[p.length], int[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<int[], UnsignedInteger[]>(p -> new UnsignedInteger[p.length], int[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = new UnsignedInteger(p[i]); },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i].intValue(); }),
+        new Conversion<long[], Long[]>(p -> new Long[p.length], long[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<long[], UnsignedLong[]>(p -> new UnsignedLong[p.length], long[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = new UnsignedLong(p[i]); },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i].longValue(); }),
+        new Conversion<float[], Float[]>(p -> new Float[p.length], float[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+        new Conversion<double[], Double[]>(p -> new Double[p.length], double[]::new,
+            (p, b) -> { for (int i = 0; i < b.length; ++i) b[i] = p[i]; },
+            (b, p) -> { for (int i = 0; i < p.length; ++i) p[i] = b[i]; }),
+    };
+    // clang-format on
+
     private PrimitiveArrays() {}
 
-    /** A primitive array as an array of the class. */
-    static Object boxed(Object array, Class<?> type) {
-        if (array instanceof double[] all) {
-            Double[] boxed = new Double[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        if (array instanceof float[] all) {
-            Float[] boxed = new Float[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        if (array instanceof boolean[] all) {
-            Boolean[] boxed = new Boolean[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        if (type == UnsignedByte[].class)
-            return unsigned((byte[]) array);
-        if (type == UnsignedShort[].class)
-            return unsigned((short[]) array);
-        if (type == UnsignedInteger[].class)
-            return unsigned((int[]) array);
-        if (type == UnsignedLong[].class)
-            return unsigned((long[]) array);
-        if (array instanceof byte[] all) {
-            Byte[] boxed = new Byte[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        if (array instanceof short[] all) {
-            Short[] boxed = new Short[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        if (array instanceof int[] all) {
-            Integer[] boxed = new Integer[all.length];
-            for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
-            return boxed;
-        }
-        long[] all = (long[]) array;
-        Long[] boxed = new Long[all.length];
-        for (int i = 0; i < all.length; ++i) boxed[i] = all[i];
+    /**
+     * Returns a new array with the boxed elements of an array of primitives.
+     *
+     * @param kind the kind of the result, an array of anything but texts
+     */
+    static Object boxed(Object primitives, int kind) {
+        return boxed(conversion(kind), primitives);
+    }
+
+    /**
+     * Returns a new array of primitives with the elements of a boxed array.
+     *
+     * @param kind the kind of the argument, an array of anything but texts
+     * @throws NullPointerException if an element is null
+     */
+    static Object unboxed(Object[] boxed, int kind) {
+        return unboxed(conversion(kind), boxed);
+    }
+
+    @SuppressWarnings("unchecked")
+    private static <P, B> B boxed(Conversion<P, B> conversion, Object array) {
+        P primitives = (P) array;
+        B boxed = conversion.newBoxed.apply(primitives);
+        conversion.box.accept(primitives, boxed);
         return boxed;
     }
 
-    /** An array of texts or primitives as it is, a boxed one as primitives; null with a null. */
-    static Object unboxed(Object array) {
-        if (!(array instanceof Object[] elements))
-            return array;
-        for (Object element : elements) {
-            if (element == null)
-                return null;
-        }
-        int length = elements.length;
-        if (array instanceof Double[] all) {
-            double[] plain = new double[length];
-            for (int i = 0; i < length; ++i) plain[i] = all[i];
-            return plain;
-        }
-        if (array instanceof Float[] all) {
-            float[] plain = new float[length];
-            for (int i = 0; i < length; ++i) plain[i] = all[i];
-            return plain;
-        }
-        if (array instanceof Boolean[] all) {
-            boolean[] plain = new boolean[length];
-            for (int i = 0; i < length; ++i) plain[i] = all[i];
-            return plain;
-        }
-        return array instanceof Number[] all ? unboxed(all) : array;
+    @SuppressWarnings("unchecked")
+    private static <P, B> P unboxed(Conversion<P, B> conversion, Object[] boxed) {
+        P primitives = conversion.newPrimitives.apply(boxed.length);
+        conversion.unbox.accept((B) boxed, primitives);
+        return primitives;
     }
 
-    private static Object unboxed(Number[] all) {
-        int length = all.length;
-        if (all instanceof Byte[] || all instanceof UnsignedByte[]) {
-            byte[] plain = new byte[length];
-            for (int i = 0; i < length; ++i) plain[i] = (byte) all[i].longValue();
-            return plain;
-        }
-        if (all instanceof Short[] || all instanceof UnsignedShort[]) {
-            short[] plain = new short[length];
-            for (int i = 0; i < length; ++i) plain[i] = (short) all[i].longValue();
-            return plain;
-        }
-        if (all instanceof Integer[] || all instanceof UnsignedInteger[]) {
-            int[] plain = new int[length];
-            for (int i = 0; i < length; ++i) plain[i] = (int) all[i].longValue();
-            return plain;
-        }
-        long[] plain = new long[length];
-        for (int i = 0; i < length; ++i) plain[i] = all[i].longValue();
-        return plain;
-    }
-
-    private static UnsignedByte[] unsigned(byte[] all) {
-        UnsignedByte[] boxed = new UnsignedByte[all.length];
-        for (int i = 0; i < all.length; ++i) boxed[i] = new UnsignedByte(all[i]);
-        return boxed;
-    }
-
-    private static UnsignedShort[] unsigned(short[] all) {
-        UnsignedShort[] boxed = new UnsignedShort[all.length];
-        for (int i = 0; i < all.length; ++i) boxed[i] = new UnsignedShort(all[i]);
-        return boxed;
-    }
-
-    private static UnsignedInteger[] unsigned(int[] all) {
-        UnsignedInteger[] boxed = new UnsignedInteger[all.length];
-        for (int i = 0; i < all.length; ++i) boxed[i] = new UnsignedInteger(all[i]);
-        return boxed;
-    }
-
-    private static UnsignedLong[] unsigned(long[] all) {
-        UnsignedLong[] boxed = new UnsignedLong[all.length];
-        for (int i = 0; i < all.length; ++i) boxed[i] = new UnsignedLong(all[i]);
-        return boxed;
+    private static Conversion<?, ?> conversion(int kind) {
+        return CONVERSIONS[ValueKinds.elementOf(kind) - ValueKinds.BOOLEAN];
     }
 }

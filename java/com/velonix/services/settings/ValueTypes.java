@@ -1,27 +1,23 @@
 package com.velonix.services.settings;
 
-import com.velonix.util.types.UnsignedByte;
-import com.velonix.util.types.UnsignedInteger;
-import com.velonix.util.types.UnsignedLong;
-import com.velonix.util.types.UnsignedShort;
 import java.lang.invoke.MethodType;
-import java.lang.reflect.Array;
-import java.util.Arrays;
 import java.util.Objects;
 import java.util.Set;
 
 /**
- * The Java classes that a setting's value may have: twelve element classes and arrays of them.
- * Primitive arrays are accepted in their place and copied from and to arrays of the boxed class.
+ * The Java classes that the values of settings may have: twelve element classes and arrays of them.
+ * A primitive array stands for the array of its boxed class and is copied from and to it.
  */
 final class ValueTypes {
-    private static final Set<Class<?>> ELEMENTS = Set.of(String.class, Boolean.class, Byte.class,
-            UnsignedByte.class, Short.class, UnsignedShort.class, Integer.class,
-            UnsignedInteger.class, Long.class, UnsignedLong.class, Float.class, Double.class);
+    private static final Set<Class<?>> ELEMENTS = Set.of(ValueKinds.elements());
 
     private ValueTypes() {}
 
-    /** The class to ask for: a primitive class becomes its boxed class. */
+    /**
+     * Returns the class to ask for: the boxed class in place of a primitive one.
+     *
+     * @throws SettingUnsupportedTypeRuntimeException if no setting has values of the class
+     */
     static <T> Class<T> checkAsked(Class<T> type, SettingPath parent, String name) {
         if (ELEMENTS.contains(Objects.requireNonNull(type, "type")))
             return type;
@@ -29,28 +25,36 @@ final class ValueTypes {
         Class<T> asked = (Class<T>) MethodType.methodType(type).wrap().returnType();
         if (isStored(stored(asked)) || canHoldStored(asked))
             return asked;
-        throw new SettingUnsupportedTypeRuntimeException(
-                parent.dotted(name) + ": no setting has values of " + type.getTypeName());
+        throw new SettingUnsupportedTypeRuntimeException(parent.dotted(name)
+                + ": no setting has values of the class \"" + type.getTypeName()
+                + "\". Use String, Boolean, a number, or an array of these.");
     }
 
-    /** The kind in which values of the class are stored; 0 when it stands for several. */
+    /** Returns the kind in which values of the class are stored; 0 if there are several. */
     static int kindOf(Class<?> type) {
         return ValueKinds.of(stored(type));
     }
 
-    /** The value as it is stored, once it is found to be of a class that a setting can hold. */
+    /**
+     * Returns the value as it is stored.
+     *
+     * @throws SettingUnsupportedTypeRuntimeException if no setting has values of its class
+     * @throws NullPointerException if the value, or an element of it, is null
+     */
     static Object toStored(Object value, SettingPath parent, String name) {
         if (value == null)
             throw new NullPointerException("value of " + parent.dotted(name));
         Class<?> type = value.getClass();
-        if (!isStored(stored(type))) {
-            throw new SettingUnsupportedTypeRuntimeException(parent.dotted(name) + ": a value of "
-                    + type.getTypeName() + " cannot be stored");
+        int kind = kindOf(type);
+        if (kind == 0) {
+            throw new SettingUnsupportedTypeRuntimeException(parent.dotted(name)
+                    + ": a value of the class \"" + type.getTypeName()
+                    + "\" cannot be stored. Use String, Boolean, a number, or an array of these.");
         }
         if (!type.isArray())
             return value;
         if (type.getComponentType().isPrimitive())
-            return copy(value, stored(type));
+            return PrimitiveArrays.boxed(value, kind);
         Object[] elements = (Object[]) value;
         for (int i = 0; i < elements.length; ++i) {
             if (elements[i] == null) {
@@ -61,14 +65,16 @@ final class ValueTypes {
         return value;
     }
 
-    /** Whether stored values of that class can be handed out as values of the class asked for. */
+    /** Tells whether stored values of a class can be returned as values of the class asked for. */
     static boolean fits(Class<?> storedType, Class<?> asked) {
         return asked.isAssignableFrom(storedType) || stored(asked) == storedType;
     }
 
-    /** A stored value as a value of the class asked for, which it fits. */
+    /** Returns a stored value as one of the class asked for; the caller has checked the fit. */
     static <T> T fromStored(Object value, Class<T> asked) {
-        return asked.cast(asked.isInstance(value) ? value : copy(value, asked));
+        return asked.cast(asked.isInstance(value)
+                        ? value
+                        : PrimitiveArrays.unboxed((Object[]) value, kindOf(asked)));
     }
 
     private static boolean isStored(Class<?> type) {
@@ -84,26 +90,10 @@ final class ValueTypes {
         return false;
     }
 
-    /**
-     * The class in which values of that class are stored: a primitive array's boxed array class.
-     */
+    /** Returns the class in which values are stored: that of boxed arrays for primitive ones. */
     private static Class<?> stored(Class<?> type) {
         if (!type.isArray())
             return type;
         return MethodType.methodType(type.getComponentType()).wrap().returnType().arrayType();
-    }
-
-    private static Object copy(Object array, Class<?> arrayType) {
-        // The arrays of numbers that are usual, without reflection.
-        if (array instanceof Double[] boxed)
-            return Arrays.stream(boxed).mapToDouble(Double::doubleValue).toArray();
-        if (array instanceof double[] numbers)
-            return Arrays.stream(numbers).boxed().toArray(Double[] ::new);
-        int length = Array.getLength(array);
-        Object copy = Array.newInstance(arrayType.getComponentType(), length);
-        for (int i = 0; i < length; ++i) {
-            Array.set(copy, i, Array.get(array, i));
-        }
-        return copy;
     }
 }
