@@ -1,5 +1,5 @@
-// Settings files of a given size for the benchmarks: nodes of 100 keys each, of several types,
-// about 43 bytes of text per key.
+// Settings files for the benchmarks: nodes of 100 keys each, of several types, with about 43 bytes
+// of text for each key.
 #pragma once
 
 #include <fstream>
@@ -33,7 +33,7 @@ inline std::string generatedSettings(int keys) {
   return text + "</settings>\n";
 }
 
-// A generated file on disk, removed at the end.
+// A generated settings file on the disk; the destructor removes it.
 class SettingsOnDisk {
  public:
   explicit SettingsOnDisk(int keys) {

@@ -1,5 +1,5 @@
-// What the nodes and keys of the benchmarks' trees are called. Nodes have 100 keys each where a
-// benchmark does not say otherwise.
+// The names of the nodes and keys of the benchmarks' trees. A node has 100 keys unless a benchmark
+// says otherwise.
 #pragma once
 
 #include <string>

@@ -3,11 +3,11 @@
 
     report.py results_directory < bench/performance.md.in > docs/performance.md
 
-A line of the template that begins with %columns names the ways of the rows that follow; one that
-begins with %row is a row of a table: label, figures, remark, with | between them. A figure is
-`work:way` of a .tsv file (what Rounds.java writes), or the name of a benchmark in a .json file, or
-`work:*` for all ways of %columns. The first figure of a row is ours. %machine is the machine,
-%printed NAME what the program NAME printed.
+A line of the template that begins with %columns names the ways of the rows that follow. A line that
+begins with %row is a row of a table: label, figures and remark, separated by |. A figure is
+`work:way` of a .tsv file (written by Rounds.java), the name of a benchmark in a .json file, or
+`work:*` for all ways of %columns. The first figure of a row is ours. %machine stands for the
+machine, %printed NAME for the output of the program NAME.
 """
 import json
 import os
@@ -23,7 +23,7 @@ class Figure:
         self.unit, self.median, self.low, self.high, self.ratio = unit, median, low, high, ratio
 
     def spread(self):
-        """Half the range from the tenth to the ninetieth of a hundred, in percent."""
+        """Returns half the range from the 10th to the 90th percentile, in percent of the median."""
         return round(50 * (self.high - self.low) / self.median) if self.median else 0
 
 
@@ -77,7 +77,7 @@ def cell(figure, ours, together):
     text = f"{number(value)} {unit} ±{figure.spread()}%"
     if figure is ours or not figure.median:
         return text
-    # In one process the ratios of the rounds are at hand, which are better than the medians'.
+    # The ratios within rounds, known for one process, are better than the ratio of the medians.
     ratio = figure.ratio if together else ours.median / figure.median
     return f"{text} ({number(ratio)})"
 

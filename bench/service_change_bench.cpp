@@ -1,5 +1,5 @@
-// Changing values: one at a time, with and without listeners elsewhere, and as one commit of n
-// values beside n single sets.
+// Changing values: single sets with and without a listener, and one commit of n values beside n
+// single sets.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -46,7 +46,7 @@ void askWhoListens(benchmark::State& state) {
 }
 BENCHMARK(askWhoListens);
 
-// Every commit changes every value: two lists take turns.
+// Commits two lists in turn, so that every commit changes every value.
 template <class Changes, class Commit>
 void commitInTurn(benchmark::State& state, const std::array<Changes, 2>& lists,
                   const Commit& commit) {
@@ -68,7 +68,7 @@ void commitOfN(benchmark::State& state) {
 }
 BENCHMARK(commitOfN)->RangeMultiplier(10)->Range(1, 100000);
 
-// The same with paths, as transactions have them.
+// Commits by path, as transactions do.
 void commitOfNPaths(benchmark::State& state) {
   const DeepTree tree(static_cast<int>(state.range(0)));
   using Changes = std::vector<std::pair<std::string, boost::any>>;
@@ -82,7 +82,7 @@ void commitOfNPaths(benchmark::State& state) {
 }
 BENCHMARK(commitOfNPaths)->RangeMultiplier(10)->Range(100, 100000);
 
-// Sets every key of the tree by its name at the node that `nodeOf` gives each time.
+// Sets every key of the tree by its name, on the node that `nodeOf` returns each time.
 template <class NodeOf>
 void setOneByOne(benchmark::State& state, const NodeOf& nodeOf) {
   const DeepTree tree(static_cast<int>(state.range(0)));

@@ -1,6 +1,6 @@
-// What durability costs, beside bare SQLite doing the same in the same run: a table, a journal and
-// a synchronisation like the store's, and nothing else. Both take turns, and medians are compared.
-// Prints one line per work with the limit that it is held to.
+// The cost of durability, beside bare SQLite in the same run: a table, a journal mode and
+// synchronisation like the store's, and nothing else. Both take turns, and medians are compared.
+// Prints one line for each work, with a target for the reader; nothing checks the targets.
 #include <sqlite3.h>
 #include <stdlib.h>
 
@@ -28,7 +28,7 @@ constexpr int kStored = 10000;
 constexpr int kCommit = 1000;
 constexpr auto kSlice = std::chrono::milliseconds(100);
 
-// SQLite with a table of the store's shape and kStored rows.
+// An SQLite database with a table like the store's and kStored rows.
 class Bare {
  public:
   explicit Bare(std::string file) : file_(std::move(file)) {
@@ -49,7 +49,7 @@ class Bare {
     sqlite3_close(database_);
   }
 
-  // One transaction that gives the first `count` keys the value.
+  // Sets the first `count` keys to the value in one transaction.
   void putAll(int count, int value) {
     const std::string text = std::to_string(value);
     step(begin_);
@@ -97,7 +97,7 @@ class Bare {
   sqlite3_stmt *upsert_ = nullptr, *begin_ = nullptr, *commit_ = nullptr;
 };
 
-// The process's tree with kStored ints at the user level of its node "n".
+// Returns the node "n" of the process's tree, with kStored ints at the user level.
 SettingsPtr makeStored() {
   const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
   const SettingsPtr node = ZSettings::createSettingsNode("n", false, true, {});
@@ -126,7 +126,7 @@ struct Medians {
   double floor, measured;
 };
 
-// Both works get the number of the round, and take turns; each is first in every other round.
+// Runs both works in turn with the number of the round; each is first in every other round.
 template <class Floor, class Work>
 Medians takeTurns(int rounds, const Floor& floor, const Work& work) {
   std::vector<double> floors, measured;
@@ -138,9 +138,9 @@ Medians takeTurns(int rounds, const Floor& floor, const Work& work) {
   return {median(floors), median(measured)};
 }
 
-void printRatio(const char* work, const Medians& medians, const char* limit) {
-  std::printf("%-42s %9.0f us, bare %9.0f us: %.2f times (limit %s)\n", work, medians.measured,
-              medians.floor, medians.measured / medians.floor, limit);
+void printRatio(const char* work, const Medians& medians, const char* target) {
+  std::printf("%-42s %9.0f us, bare %9.0f us: %.2f times (target %s)\n", work, medians.measured,
+              medians.floor, medians.measured / medians.floor, target);
 }
 
 void singleSets(Bare& bare, const SettingsPtr& node) {
@@ -168,8 +168,8 @@ void commits(Bare& bare, const SettingsPtr& node) {
              "1.3");
 }
 
-// Each tree is that of another context, opened on a copy of what is stored, when the one before has
-// made its first backup and is at rest.
+// Opens trees of other contexts, each on a copy of the database, after the one before has made its
+// first backup and is idle.
 void opening(const Bare& bare, const std::string& directory) {
   constexpr int kFirstContext = 100, kTrees = 21;
   std::vector<double> reads, openings;
@@ -189,31 +189,30 @@ void opening(const Bare& bare, const std::string& directory) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   const double opened = median(openings), read = median(reads);
-  std::printf("%-42s %9.0f us, bare %9.0f us: %.1f ms beyond it (limit 50)\n",
+  std::printf("%-42s %9.0f us, bare %9.0f us: %.1f ms beyond it (target 50)\n",
               "open a tree with 10,000 stored keys", opened, read, (opened - read) / 1000);
 }
 
-// How often one thread reads in a microsecond of a slice of time, while another does the work again
-// and again.
+// Returns the reads per microsecond of one thread while another repeats the work.
 template <class Work>
 double readsBeside(const SettingsPtr& node, const Work& work) {
   std::atomic<bool> done{false};
   std::thread other([&] {
     while (!done) work();
   });
-  const std::string key = keyName(7000), inEffect;
+  const std::string key = keyName(7000), noLevel;
   const auto end = std::chrono::steady_clock::now() + kSlice;
   double count = 0;
   while (std::chrono::steady_clock::now() < end) {
-    for (int read = 0; read < 100; ++read, ++count) node->getValue(key, inEffect);
+    for (int read = 0; read < 100; ++read, ++count) node->getValue(key, noLevel);
   }
   done = true;
   other.join();
   return count / std::chrono::duration<double, std::micro>(kSlice).count();
 }
 
-// Alone, beside durable sets, and beside writes to the bare database, which show what the machine
-// itself takes from the reader.
+// Measures reads alone, beside durable sets, and beside writes to the bare database, which show how
+// much of the slowdown is the machine's.
 void readingBesideWriting(Bare& bare, const SettingsPtr& node) {
   const std::string key = keyName(1), level = "user";
   int value = 0;
@@ -224,7 +223,7 @@ void readingBesideWriting(Bare& bare, const SettingsPtr& node) {
     beside.push_back(readsBeside(node, [&] { node->setAny(key, ++value, level); }));
     besideBare.push_back(readsBeside(node, [&] { bare.putAll(1, ++value); }));
   }
-  std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it (limit 0.9)\n",
+  std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it (target 0.9)\n",
               "reads while another thread sets durably", median(beside), median(alone),
               median(beside) / median(alone));
   std::printf("%-42s %9.2f per us, alone %5.2f: %.2f of it\n",

@@ -1,6 +1,6 @@
 // Loading a settings file, beside its floor: the same file read by the same XML parser into a bare
-// tree of hash tables, without types, levels, names checked or anything shared. `bytes_per_key` is
-// what the heap grew by.
+// tree of hash tables, without types, levels, checks or locks. `bytes_per_key` is the growth of the
+// heap.
 #include <benchmark/benchmark.h>
 #include <expat.h>
 #include <malloc.h>
@@ -76,7 +76,7 @@ std::unique_ptr<BareNode> loadBare(const std::string& path) {
   return root;
 }
 
-// Loads once per iteration; the time does not count letting go of the tree.
+// Loads once per iteration; the time to destroy the tree does not count.
 template <class Load>
 void measure(benchmark::State& state, const Load& load) {
   const int keys = static_cast<int>(state.range(0));

@@ -1,5 +1,5 @@
-// Publishing a change of a key five deep: with no subscription anywhere, with one on another tree
-// only, and with one on the root.
+// Publishing a change of a key five deep: without any subscription, with one on another tree only,
+// and with one on the root.
 #include <benchmark/benchmark.h>
 
 #include "bench/tree.h"

@@ -1,5 +1,5 @@
-// Reading a value by path, as the bridge does: findDescendant for the node, then getValue. Real
-// time divided by the reads of all threads: two that do not disturb each other take half of one's.
+// Reading a value by path, as the bridge does: findDescendant for the node, then getValue. The time
+// is real time divided by the reads of all threads: two independent threads take half of one's.
 #include <benchmark/benchmark.h>
 
 #include <map>
@@ -26,11 +26,11 @@ void readIntByPath(benchmark::State& state) {
   if (state.thread_index() == 0) tree = treeOf(static_cast<int>(state.range(0)));
   std::vector<std::vector<std::string>> paths;
   for (int node = 0; node < nodes; ++node) paths.push_back({bench::nodeName(node)});
-  const std::string key = bench::keyName(4), inEffect;
-  std::size_t at = state.thread_index() * paths.size() / 2;
+  const std::string key = bench::keyName(4), noLevel;
+  std::size_t next = state.thread_index() * paths.size() / 2;
   for (auto _ : state) {
-    const auto node = tree->findDescendant(paths[at++ % paths.size()]);
-    benchmark::DoNotOptimize(node->getValue(key, inEffect));
+    const auto node = tree->findDescendant(paths[next++ % paths.size()]);
+    benchmark::DoNotOptimize(node->getValue(key, noLevel));
   }
 }
 BENCHMARK(readIntByPath)->Arg(1000)->Arg(100000)->Threads(1)->Threads(2)->UseRealTime();

@@ -1,5 +1,5 @@
-// How long it takes until another process hears of a change: from before the set, and from its
-// return, to the event in the other process.
+// The time until another process receives the event of a change: from the call of the set, and from
+// its return. Prints a target for the median; nothing checks it.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@ using zlutil::settings::ZSettings;
 constexpr int kChanges = 500;
 constexpr char kKey[] = "shared", kLevel[] = "user";
 
-// The same clock for all processes of a machine.
+// All processes of a machine share this clock.
 long now() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(
              std::chrono::steady_clock::now().time_since_epoch())
@@ -42,7 +42,7 @@ Type receive(int pipe) {
   return value;
 }
 
-// The other process: tells that it listens, then when it has heard of each change.
+// The other process: sends a first time once it listens, then the time of each event.
 void listen(int pipe) {
   const auto root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
   const auto connection = root->addListener<SettingsValueChangeEvent>(
@@ -53,7 +53,7 @@ void listen(int pipe) {
 
 void print(const char* from, std::vector<double>& times) {
   std::sort(times.begin(), times.end());
-  std::printf("%-36s median %.2f ms, 99th percentile %.2f ms (limit of the median: 10)\n", from,
+  std::printf("%-36s median %.2f ms, 99th percentile %.2f ms (target of the median: 10)\n", from,
               times[times.size() / 2] / 1e6, times[times.size() * 99 / 100] / 1e6);
 }
 
@@ -64,7 +64,7 @@ int main() {
   setenv("SETTINGS_USERDIR", directory.path().c_str(), 1);
   int pipes[2];
   if (pipe(pipes) != 0) return 1;
-  // Before this process has any thread.
+  // Forks before this process starts any thread.
   const pid_t child = fork();
   if (child == 0) listen(pipes[1]);
   receive<long>(pipes[0]);

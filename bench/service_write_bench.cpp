@@ -1,5 +1,5 @@
-// Writing a settings file, beside its floor: as many bytes written to a new file, flushed to the
-// disk, put in the old one's place, and the directory flushed.
+// Writing a settings file, beside its floor: as many bytes written to a new file, which is flushed
+// and renamed to the old one, and the directory flushed.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 

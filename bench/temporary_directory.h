@@ -1,5 +1,5 @@
-// A directory for the files of one run of a benchmark, in SETTINGS_BENCH_DIR, else in /var/tmp: in
-// a directory that is in memory, flushing would cost nothing.
+// A directory for the files of one run of a benchmark, in SETTINGS_BENCH_DIR, else in /var/tmp,
+// because /tmp may be in memory, where flushing costs nothing.
 #pragma once
 
 #include <stdlib.h>
@@ -17,9 +17,9 @@ class TemporaryDirectory {
     path_ = std::string(parent ? parent : "/var/tmp") + "/settings-bench.XXXXXX";
     if (!mkdtemp(&path_[0])) throw std::runtime_error("cannot make " + path_);
   }
-  // The stores in it are still open and may make files, so its name goes first.
+  // Stores in the directory are still open and may make files, so it is renamed first.
   ~TemporaryDirectory() {
-    std::error_code ignored;  // what is left over does no harm
+    std::error_code ignored;  // files that are left do no harm
     std::filesystem::rename(path_, path_ + ".removed", ignored);
     std::filesystem::remove_all(path_ + ".removed", ignored);
   }

@@ -1,4 +1,4 @@
-// Trees in memory that the benchmarks make entry by entry, and a listener that hears nothing.
+// Trees in memory for the benchmarks, and a listener on a tree that never changes.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace bench {
 
 using SettingsPtr = boost::shared_ptr<zlutil::settings::Settings>;
 
-// A new entry below the parent, without a validator.
+// Adds an entry without a validator below the parent.
 inline SettingsPtr add(const SettingsPtr& parent, const std::string& name, bool isKey) {
   const SettingsPtr entry = zlutil::settings::ZSettings::createSettingsNode(name, isKey, true, {});
   entry->attachTo(parent);
@@ -23,7 +23,7 @@ inline SettingsPtr makeRoot() {
   return zlutil::settings::ZSettings::createSettingsNode("r", false, true, {});
 }
 
-// Keys five deep: those of the node n.n.n.n, each with a value to set it to.
+// A tree with keys five deep, below the node n.n.n.n; `keys` has each key with the value 0.
 struct DeepTree {
   explicit DeepTree(int count) : root(makeRoot()), node(root) {
     for (int depth = 1; depth < 5; ++depth) node = add(node, "n", false);

@@ -1,7 +1,7 @@
-// The service beside GSettings with its memory back end, the same work in one process. GSettings
-// has two levels (a value and its default in the schema); a key that is read here has the default
-// only, ours a value at the lowest of four levels. GSettings is asked at objects that are held, one
-// for each node, found by path in a map: making one for each read would take longer.
+// The service and GSettings with its memory back end, the same work in one process. GSettings has
+// two levels (a value and its default in the schema); a key that is read here has only the default,
+// ours a value at the lowest of four levels. One GSettings object for each node is held and found
+// by path in a map, because making one for each read would take longer.
 #define G_SETTINGS_ENABLE_BACKEND
 #include <benchmark/benchmark.h>
 #include <gio/gio.h>
@@ -23,7 +23,7 @@ using zlutil::settings::SettingsValueChangeEvent;
 constexpr int kNodes = 1000;
 constexpr int kListedKeys = 1000;
 constexpr int kItems = 100;
-const std::string kSession = "session", kInEffect;
+const std::string kSession = "session", kNoLevel;
 
 // Keys of every node: ints, but for a text and an array.
 const std::string kInt = bench::keyName(1), kText = bench::keyName(2), kDoubles = bench::keyName(3);
@@ -120,7 +120,7 @@ struct OurTree {
   SettingsPtr root, listed;
 };
 
-// Never destroyed: nothing is measured at the exit.
+// Leaked on purpose, so that the exit is quick.
 const GTree& theirs() {
   static const GTree* const tree = new GTree(kNodes);
   return *tree;
@@ -131,21 +131,21 @@ const OurTree& ours() {
   return *tree;
 }
 
-// Calls `work` with the path of a node, another one each time.
+// Calls `work` with the paths of the nodes in turn.
 template <class Work>
-void atPlaces(benchmark::State& state, const Work& work) {
+void forNodesInTurn(benchmark::State& state, const Work& work) {
   ours();
   theirs();
   std::vector<std::vector<std::string>> paths;
   for (int node = 0; node < kNodes; ++node) paths.push_back({bench::nodeName(node)});
-  std::size_t at = state.thread_index() * kNodes / 2;
-  for (auto _ : state) work(paths[at++ % kNodes]);
+  std::size_t next = state.thread_index() * kNodes / 2;
+  for (auto _ : state) work(paths[next++ % kNodes]);
 }
 
 void ourRead(benchmark::State& state, const std::string& key) {
   const SettingsPtr& root = ours().root;
-  atPlaces(state, [&](const std::vector<std::string>& path) {
-    benchmark::DoNotOptimize(root->findDescendant(path)->getValue(key, kInEffect));
+  forNodesInTurn(state, [&](const std::vector<std::string>& path) {
+    benchmark::DoNotOptimize(root->findDescendant(path)->getValue(key, kNoLevel));
   });
 }
 
@@ -154,13 +154,13 @@ void oursReadText(benchmark::State& state) { ourRead(state, kText); }
 void oursReadDoubles(benchmark::State& state) { ourRead(state, kDoubles); }
 
 void gsettingsReadInt(benchmark::State& state) {
-  atPlaces(state, [](const std::vector<std::string>& path) {
+  forNodesInTurn(state, [](const std::vector<std::string>& path) {
     benchmark::DoNotOptimize(g_settings_get_int(theirs().at(path[0]), kInt.c_str()));
   });
 }
 
 void gsettingsReadText(benchmark::State& state) {
-  atPlaces(state, [](const std::vector<std::string>& path) {
+  forNodesInTurn(state, [](const std::vector<std::string>& path) {
     gchar* const text = g_settings_get_string(theirs().at(path[0]), kText.c_str());
     benchmark::DoNotOptimize(std::string(text));
     g_free(text);
@@ -168,7 +168,7 @@ void gsettingsReadText(benchmark::State& state) {
 }
 
 void gsettingsReadDoubles(benchmark::State& state) {
-  atPlaces(state, [](const std::vector<std::string>& path) {
+  forNodesInTurn(state, [](const std::vector<std::string>& path) {
     GVariant* const value = g_settings_get_value(theirs().at(path[0]), kDoubles.c_str());
     gsize count;
     const auto* items =
@@ -180,12 +180,12 @@ void gsettingsReadDoubles(benchmark::State& state) {
 
 void oursSet(benchmark::State& state) {
   int value = 0;
-  atPlaces(state, [&](const std::vector<std::string>& path) {
+  forNodesInTurn(state, [&](const std::vector<std::string>& path) {
     ours().root->findDescendant(path)->setAny(kInt, ++value, kSession);
   });
 }
 
-// One object only, because every change is told to every object of the back end.
+// Uses one object only, because the back end notifies every object of every change.
 void gsettingsSet(benchmark::State& state) {
   const GTree one(1);
   GSettings* const node = one.at(bench::nodeName(0));
@@ -193,7 +193,7 @@ void gsettingsSet(benchmark::State& state) {
   for (auto _ : state) g_settings_set_int(node, kInt.c_str(), ++value);
 }
 
-// GSettings delivers in the main loop, so that is run until all have heard.
+// Runs the main loop, in which GSettings delivers, until all listeners have been called.
 void gsettingsDeliver(benchmark::State& state) {
   const GTree one(1);
   GSettings* const node = one.at(bench::nodeName(0));
@@ -204,7 +204,7 @@ void gsettingsDeliver(benchmark::State& state) {
   for (int i = 0; i < state.range(0); ++i) {
     g_signal_connect(node, ("changed::" + kInt).c_str(), G_CALLBACK(onChange), nullptr);
   }
-  // Whoever listens has to have read before.
+  // GSettings notifies only of keys that have been read.
   int value = g_settings_get_int(node, kInt.c_str());
   for (auto _ : state) {
     const long all = heard + state.range(0);
@@ -224,7 +224,7 @@ void oursDeliver(benchmark::State& state) {
   }
   static int value = 0;
   for (auto _ : state) node->setAny(kInt, ++value, kSession);
-  if (heard == 0) state.SkipWithError("nothing was heard");
+  if (heard == 0) state.SkipWithError("no listener was called");
 }
 
 void oursChange(benchmark::State& state) {
@@ -241,7 +241,7 @@ void oursChange(benchmark::State& state) {
   }
 }
 
-// An object can apply 255 changes at the most, so there are several.
+// Uses several objects, because one can apply at most 255 changes.
 void gsettingsChange(benchmark::State& state) {
   const GTree tree(0);
   std::vector<GSettings*> objects;

@@ -1,5 +1,5 @@
-// The tree of the floors: nodes and keys in hash tables, four level slots to a key. No types, no
-// locks, no validation, no stores; one thread changes it, and nobody reads meanwhile.
+// The tree of the floors: nodes and keys in hash tables, a key with a slot for each of four levels.
+// It has no types, locks, validation or stores; no thread may read it while one changes it.
 #pragma once
 
 #include <jni.h>
@@ -50,7 +50,7 @@ struct BareNode {
   std::unordered_map<std::string, std::unique_ptr<BareNode>> nodes;
   std::unordered_map<std::string, std::unique_ptr<BareKey>> keys;
 
-  // The node at the path; null when there is none.
+  // Returns the node at the path; null if there is none.
   BareNode* at(const std::vector<std::string>& path) {
     BareNode* node = this;
     for (const std::string& name : path) {

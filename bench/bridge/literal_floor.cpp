@@ -10,7 +10,7 @@ namespace {
 
 JavaVM* vm;
 jclass stringClass, integerClass, doubleClass, doubleArrayClass, infoClass, notFoundClass;
-// In the order in which the class of a value is tried against them.
+// In the order in which a value's class is compared with them.
 std::vector<jclass> valueClasses;
 jmethodID newInteger, newDouble, newInfo, getValue, longValue, doubleValue, createEvent, changed;
 
@@ -186,11 +186,11 @@ FLOOR(void, put)
 (JNIEnv* env, jclass, jlong tree, jobjectArray path, jstring key, jobject info, jint level) {
   const std::vector<std::string> parent = names(env, path);
   const std::string name = text(env, key);
-  auto& place = treeOf(tree).at(parent)->keys[name];
-  if (!place) place = std::make_unique<BareKey>();
-  place->name = name;
-  place->parentPath = parent;
-  place->values.at(level) = unboxed(env, env->CallObjectMethod(info, getValue));
+  auto& bareKey = treeOf(tree).at(parent)->keys[name];
+  if (!bareKey) bareKey = std::make_unique<BareKey>();
+  bareKey->name = name;
+  bareKey->parentPath = parent;
+  bareKey->values.at(level) = unboxed(env, env->CallObjectMethod(info, getValue));
 }
 
 FLOOR(jobject, get)

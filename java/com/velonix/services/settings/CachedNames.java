@@ -3,9 +3,9 @@ package com.velonix.services.settings;
 import java.util.List;
 
 /**
- * Names of a node's children that were read from the tree, with the count under which they hold.
+ * Names of a node's children, with the count of changes at which they were read.
  *
- * @param count the count of the list before the names were read
+ * @param count the count of the list's changes, taken before the names were read
  * @param names immutable
  */
 record CachedNames(long count, List<String> names) {}

@@ -3,8 +3,8 @@ package com.velonix.services.settings;
 import java.lang.reflect.Array;
 
 /**
- * A value in effect that was read from the tree, with the count under which it holds. Immutable, so
- * that it may pass between threads without any order.
+ * An effective value, with the count of changes at which it was read. Immutable, so threads may
+ * pass it to each other without synchronisation.
  */
 final class CachedValue<T> {
     private final long count;
@@ -12,16 +12,16 @@ final class CachedValue<T> {
     private final boolean isArray;
     private final boolean isMissing;
 
-    /** Keeps that there is no key. */
+    /** Makes the entry of a key that does not exist. */
     static <T> CachedValue<T> missing(long count) {
         return new CachedValue<>(count, null, true);
     }
 
     /**
-     * Keeps a value.
+     * Makes the entry of a key that exists.
      *
-     * @param count the count at the key's place before the value was read
-     * @param value the value, or null when no level has one
+     * @param count the count of the key's changes, taken before the value was read
+     * @param value the value, or null if no level has one
      */
     CachedValue(long count, T value) {
         this(count, value, false);
@@ -34,16 +34,16 @@ final class CachedValue<T> {
         this.isMissing = isMissing;
     }
 
-    boolean holdsUnder(long now) {
-        return count == now;
+    boolean isOfCount(long current) {
+        return count == current;
     }
 
-    /** Whether there was no key. */
+    /** Tells whether there was no key. */
     boolean isMissing() {
         return isMissing;
     }
 
-    /** The value for a caller, who may write into an array. */
+    /** Returns the value; of an array a copy, because the caller may change it. */
     T value() {
         return isArray ? copyOfArray() : value;
     }

@@ -6,9 +6,9 @@ import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 
 /**
- * The settings service's counters of changes, in the service's own memory: by them a value that has
- * been read can be kept, and a look at memory tells whether it still holds. {@code
- * service/change_counters.h} says what the service promises.
+ * The change counters of the settings service, read directly in the service's memory. A cached
+ * value is current as long as its counter has not moved. {@code service/change_counters.h} has the
+ * guarantees of the service.
  */
 final class ChangeCounters {
     private static final ByteBuffer MEMORY = NativeLane.changeCounters();
@@ -17,30 +17,28 @@ final class ChangeCounters {
 
     private ChangeCounters() {}
 
-    /** Whether there are counters; without them nothing may be kept. */
-    static boolean areThere() {
+    /** Tells whether the service has counters; without them nothing may be cached. */
+    static boolean exist() {
         return MEMORY != null;
     }
 
-    /** The place of a key's counter, for {@link #of}; a null node is the root. */
-    static int place(String node, String key) {
-        int mixed = 31 * mark(key) + (node == null ? 0 : mark(node));
+    /** Returns the offset of a key's counter, for {@link #count}; a null node is the root. */
+    static int offset(String node, String key) {
+        int mixed = 31 * hash(key) + (node == null ? 0 : hash(node));
         return (mixed * 0x9E3779B9 >>> 20) * Long.BYTES;
     }
 
-    /** The place of the counter of a node's list of children; a null node is the root. */
-    static int placeOfList(String node) {
-        return place(node, "");
+    /** Returns the offset of the counter of a node's list of children; a null node is the root. */
+    static int offsetOfList(String node) {
+        return offset(node, "");
     }
 
-    /**
-     * The count at a place. What is read from the tree after it belongs to it or to a later one.
-     */
-    static long of(int place) {
-        return (long) LONGS.getAcquire(MEMORY, place);
+    /** Returns the count at an offset. Later reads of the tree see at least the changes counted. */
+    static long count(int offset) {
+        return (long) LONGS.getAcquire(MEMORY, offset);
     }
 
-    private static int mark(String name) {
+    private static int hash(String name) {
         int length = name.length();
         if (length >= 4)
             return word(name, 0, 4) * 37 + word(name, length - 4, length) + 7 * length;
@@ -49,7 +47,7 @@ final class ChangeCounters {
 
     private static int word(String name, int begin, int end) {
         int word = 0;
-        // What is no ASCII is the name of nothing, so it need not be told apart.
+        // No entry has a name with other characters than ASCII, so the rest may collide.
         for (int i = begin; i < end; ++i) word = word << 8 | name.charAt(i) & 0xFF;
         return word;
     }

@@ -5,11 +5,11 @@ import java.util.List;
 import java.util.Objects;
 import java.util.StringJoiner;
 
-/** Checks and texts of the names that make a path. */
+/** Checks names of entries, and makes paths and texts of them. */
 final class Names {
     private Names() {}
 
-    /** The path with further names, none of which may be null, at its end. */
+    /** Returns the path with further names at its end. Throws NullPointerException for a null. */
     static String[] joined(String[] path, String[] further) {
         Objects.requireNonNull(further, "names");
         String[] joined = Arrays.copyOf(path, path.length + further.length);
@@ -22,17 +22,17 @@ final class Names {
         return joined;
     }
 
-    /** A name that a new entry may have. */
+    /** Returns the name if a new entry may have it; throws IllegalArgumentException otherwise. */
     static String checkNew(String name) {
         if (!Setting.isValidName(name)) {
             throw new IllegalArgumentException("\"" + name
-                    + "\" is no name for a setting: a letter, then letters, digits and"
-                    + " underscores are expected, at most 63 in all");
+                    + "\" is not a valid name. Use a letter followed by letters, digits and"
+                    + " underscores, at most 63 characters in all.");
         }
         return name;
     }
 
-    /** The path as messages write it; a null name stands for none. */
+    /** Returns the dotted path for messages; a null name is left out. */
     static String dotted(List<String> path, String name) {
         StringJoiner joiner = new StringJoiner(".");
         path.forEach(joiner::add);

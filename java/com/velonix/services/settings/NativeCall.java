@@ -1,6 +1,6 @@
 package com.velonix.services.settings;
 
-/** One native call on a tree, which stays open meanwhile. */
+/** A native call on a tree. The tree stays open until the call is closed. */
 final class NativeCall implements AutoCloseable {
     /** The tree's native handle, valid until the call is closed. */
     final long address;
@@ -19,22 +19,22 @@ final class NativeCall implements AutoCloseable {
     }
 
     /**
-     * Checks that the native method that has just returned was let in. To be called before its
-     * result is believed.
+     * Checks that the native method that has just returned was not refused. The caller must do so
+     * before it uses the result.
      *
-     * @param what the subject of the call
-     * @throws IllegalStateException if the method did nothing
+     * @param subject the setting or path of the call, for the message
+     * @throws IllegalStateException if the method did nothing, because the JVM is shutting down
      */
-    static void check(Object what) {
+    static void check(Object subject) {
         if (NativeLane.wasRefused()) {
-            throw new IllegalStateException("the settings service did nothing for " + what
-                    + ": the Java machine is shutting down");
+            throw new IllegalStateException("The settings service did nothing for " + subject
+                    + ": the JVM is shutting down");
         }
     }
 
-    /** The failure of a call that came back without an answer. */
-    static IllegalStateException unanswered(Object what) {
-        return new IllegalStateException("no answer from the settings service for " + what
-                + ": the Java machine is shutting down, or an unknown failure was dropped");
+    /** Returns the exception for a call that returned no result. */
+    static IllegalStateException unanswered(Object subject) {
+        return new IllegalStateException("The settings service returned nothing for " + subject
+                + ": the JVM is shutting down, or the service failed in an unknown way");
     }
 }

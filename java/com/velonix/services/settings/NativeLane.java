@@ -3,96 +3,103 @@ package com.velonix.services.settings;
 import java.nio.ByteBuffer;
 
 /**
- * Natives of this API's own, beside those of {@link Setting}, {@link SettingPath}, {@link
- * SettingLevel}, {@link SettingTransaction} and {@link SettingTestEnvironment}, which are the
- * contract between Java and the library. These here take plain arguments, and answer that nothing
- * was done whenever anything is out of the ordinary; the caller then uses a native of the contract,
- * which raises what there is to raise. {@code nativesettings/lane.h} is the other side.
+ * The lane: fast natives beside those of {@link Setting}, {@link SettingPath}, {@link
+ * SettingLevel},
+ * {@link SettingTransaction} and {@link SettingTestEnvironment}, which are the contract between
+ * Java and the library. The lane's natives take plain arguments. In every unusual case they report
+ * that they did nothing, and the caller uses a native of the contract, which throws the right
+ * exception.
+ * {@code nativesettings/lane.h} declares the native side.
  */
 final class NativeLane {
-    /** In place of a level: the value in effect. */
-    static final int IN_EFFECT = -1;
+    /** Stands for no level: the effective value. */
+    static final int EFFECTIVE = -1;
 
-    /** In place of a number. When it is the number itself, another way gives it. */
+    /**
+     * The result of {@link #getNumber} when nothing was read. A key that has this very number is
+     * read through the contract.
+     */
     static final long NOT_DONE = 0x7FF45E7712650DEBL;
 
     private NativeLane() {}
 
     /**
-     * The memory of the service's change counters, which stays valid for ever.
+     * Returns the memory of the service's change counters, which stays valid until the process
+     * ends.
      *
-     * @return null when the settings service has no such counters
+     * @return null if the settings service has no change counters
      */
     static native ByteBuffer changeCounters();
 
     /**
-     * Whether the last native call of this thread did nothing because the Java machine is going
+     * Tells whether the last native call of this thread did nothing because the JVM is shutting
      * down.
      */
     static native boolean wasRefused();
 
     /**
-     * Binds the key at a place below a root, whether it exists or not.
+     * Binds the key at a path below a root, whether it exists or not.
      *
-     * @return the bound key, which {@link #release} ends; 0 when the service has no such thing
+     * @return the bound key, which the caller releases; 0 if the service cannot bind keys
      */
     static native long bind(long root, String[] path, String key);
 
-    /** Ends a bound key. No call on it may be under way. */
+    /** Releases a bound key. No call on it may be under way. */
     static native void release(long key);
 
-    /** The number by which the methods below know a level. */
+    /** Returns the number of a level for the methods below. */
     static native int levelOf(String level);
 
     /**
-     * The bits of a number or a truth value.
+     * Returns the bits of a number or of a truth value.
      *
-     * @param kind of {@link ValueKinds}
-     * @return {@link #NOT_DONE} when there is no such key, or it has no value of the kind there
+     * @param kind a number of {@link ValueKinds}
+     * @return {@link #NOT_DONE} if there is no such key, or it has no value of the kind at the
+     *         level
      */
     static native long getNumber(long key, int kind, int level);
 
-    /** A text; null when there is no such key, or it has no text there. */
+    /** Returns a text; null if there is no such key, or it has no text at the level. */
     static native String getText(long key, int level);
 
     /**
-     * An array of texts, or of the primitive type that has the size of the kind's elements; null
-     * when there is no such key, or it has no value of the kind there.
+     * Returns an array of texts, or of the primitive type that has the size of the kind's elements;
+     * null if there is no such key, or it has no value of the kind at the level.
      */
     static native Object getArray(long key, int kind, int level);
 
     /**
-     * Sets a number or a truth value or, with a transaction context that is not 0, records it.
+     * Sets a number or a truth value or, if the transaction context is not 0, records it.
      *
-     * @return false when that was not done
+     * @return false if nothing was set or recorded
      */
     static native boolean setNumber(long context, long key, int kind, int level, long bits);
 
-    /** The same for a text. */
+    /** Sets or records a text, as {@link #setNumber} does a number. */
     static native boolean setText(long context, long key, int level, String text);
 
-    /** The same for an array as {@link #getArray} gives it. */
+    /** Sets or records an array of the class that {@link #getArray} returns. */
     static native boolean setArray(long context, long key, int kind, int level, Object array);
 
     /**
-     * Subscribes to the entry at a place below a root.
+     * Subscribes to the events of the entry at a path below a root.
      *
      * @param key a child of the node at the path, or null for that node
-     * @param listener hears of all events, as {@code nativesettings/lane_listeners.h} says
-     * @return the subscription, which {@link #unlisten} ends; 0 when that was not done
+     * @param listener receives all events ({@code nativesettings/lane_listeners.h})
+     * @return the subscription, which the caller ends by {@link #unlisten}; 0 if there is none
      */
     static native long listen(long root, String[] path, String key, SharedListener listener);
 
     /** Ends a subscription. */
     static native void unlisten(long subscription);
 
-    /** Whether the entry of a subscription still stands below its root. */
+    /** Tells whether the entry of a subscription is still in its tree. */
     static native boolean isListening(long subscription);
 
     /**
      * Removes the value from a level.
      *
-     * @return false when that was not done
+     * @return false if nothing was removed
      */
     static native boolean unset(long key, int level);
 }

@@ -13,49 +13,48 @@ import java.util.List;
 import java.util.Locale;
 
 /**
- * Loads the two native libraries, once for this class loader. They are looked for in the directory
- * named by the property {@value #DIRECTORY_PROPERTY}, then on {@code java.library.path}, then
- * inside the jar.
+ * Loads the two native libraries, once for this class loader: from the directory named by the
+ * property {@value #DIRECTORY_PROPERTY}, else from {@code java.library.path}, else from the jar.
  *
  * <p>The host, which owns the trees, is loaded once in a process: another class loader has a bridge
- * of its own, which the system's linker binds to the host that is there. The linker refuses a bridge
- * that was built for another version of the host.
+ * of its own, which the dynamic linker binds to the host that is loaded. The linker refuses a
+ * bridge that was built for another version of the host.
  *
  * <p>Loading initialises the classes that have native methods, and those that reading and writing
- * need, so none of these may load the libraries from its own static initialiser: two threads could
- * then wait for each other. Whatever makes a native handle calls {@link #load()} first.
+ * need, so none of these may load the libraries in its own static initialiser: two threads could
+ * then wait for each other. Every method that makes a native handle calls {@link #load()} first.
  *
- * <p>This class has no static initialiser, and everything is loaded and initialised on a thread of
- * its own: a caller may have next to no stack left, and a class whose initialisation that breaks
- * off can never be used again, nor a library whose classes were not all found. What fails before
- * is tried again by the next caller.
+ * <p>This class has no static initialiser, and a thread of its own loads and initialises
+ * everything, because a caller may have next to no stack left: a class whose initialisation a full
+ * stack ends can never be used again, nor can a library that did not find all its classes. If the
+ * thread cannot be started, the next caller tries again.
  */
 final class NativeLibrary {
     static final String DIRECTORY_PROPERTY = "com.velonix.services.settings.library.path";
 
     private static final String HOST = "settingshost", BRIDGE = "nativesettings";
 
-    /** How the name of the host's version begins, which the linker quotes when it is another one. */
+    /** The beginning of the host's symbol version, which the linker quotes when it differs. */
     private static final String HOST_VERSION = "SETTINGSHOST_";
     private static final String TWO_VERSIONS =
             "\n    There are two versions of nativesettings.jar in this process, in different class"
             + " loaders. Give all of them the same version, and start the process anew.";
 
-    /** One object for all class loaders of the Java machine, as every constant text is. */
+    /** A constant string, so all class loaders of the JVM share the object. */
     private static final Object LOADING_IN_ANY_LOADER = "com.velonix.services.settings loading";
 
     private static volatile boolean ready;
 
-    /** Both guarded by the class: whether the libraries are in, and why they cannot be. */
-    private static boolean loaded;
-    private static String failure;
+    private static boolean loaded; // guarded by the class
+    private static String failure; // guarded by the class; null until loading has failed
 
     private NativeLibrary() {}
 
     /**
      * Returns once the libraries are loaded.
      *
-     * @throws UnsatisfiedLinkError every attempt with the reason why it failed
+     * @throws UnsatisfiedLinkError if no attempt succeeds; the message has every attempt with the
+     *     reason why it failed
      */
     static void load() {
         if (!ready)
@@ -78,7 +77,7 @@ final class NativeLibrary {
         return failure;
     }
 
-    /** Any number of them may run: they do their work one after the other, and only once. */
+    /** A thread that loads the libraries unless another one has. */
     private static final class Loader extends Thread {
         private String failure;
         private Throwable broken;
@@ -103,7 +102,7 @@ final class NativeLibrary {
             while (isAlive()) {
                 try {
                     join();
-                } catch (InterruptedException heeded) {
+                } catch (InterruptedException postponed) {
                     interrupted = true;
                 }
             }
@@ -112,7 +111,8 @@ final class NativeLibrary {
             if (failure != null)
                 throw new UnsatisfiedLinkError(failure);
             if (broken != null)
-                throw new IllegalStateException("the settings cannot be set up", broken);
+                throw new IllegalStateException(
+                        "The settings libraries cannot be initialised", broken);
         }
     }
 
@@ -136,12 +136,12 @@ final class NativeLibrary {
         void run() throws IOException;
     }
 
-    private static boolean attempt(String what, Attempt attempt, StringBuilder reasons) {
+    private static boolean attempt(String source, Attempt attempt, StringBuilder reasons) {
         try {
             attempt.run();
             return true;
         } catch (IOException | RuntimeException | LinkageError failed) {
-            reasons.append("\n  ").append(what).append(": ").append(failed.getMessage());
+            reasons.append("\n  ").append(source).append(": ").append(failed.getMessage());
             if (String.valueOf(failed.getMessage()).contains(HOST_VERSION))
                 reasons.append(TWO_VERSIONS);
             return false;
@@ -160,7 +160,7 @@ final class NativeLibrary {
         }
     }
 
-    /** The copies have names only while they are being loaded, so nothing is ever left behind. */
+    /** Copies the libraries to a temporary directory, which it removes once they are mapped. */
     private static void loadFromJar() throws IOException {
         Path directory = Files.createTempDirectory("nativesettings",
                 PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString("rwx------")));
@@ -182,24 +182,24 @@ final class NativeLibrary {
         if (resource == null)
             throw new FileNotFoundException("no entry " + jarFolder() + fileName);
         URLConnection connection = resource.openConnection();
-        // A cached connection would keep the jar open for as long as the Java machine runs.
+        // A cached connection would keep the jar open until the JVM ends.
         connection.setUseCaches(false);
         try (InputStream library = connection.getInputStream()) {
             Files.copy(library, directory.resolve(fileName));
         }
     }
 
-    /** In loading order: the bridge is linked to the host. */
+    /** Returns the names in loading order: the bridge is linked to the host. */
     private static List<String> namesToLoad() {
         return hostIsMapped() ? List.of(BRIDGE) : List.of(HOST, BRIDGE);
     }
 
     private static boolean hostIsMapped() {
         try {
-            // Names of files are bytes, which need not be text.
+            // File names may be any bytes, so they are not decoded as UTF-8.
             return Files.readString(Path.of("/proc/self/maps"), StandardCharsets.ISO_8859_1)
                     .contains("/" + System.mapLibraryName(HOST));
-        } catch (IOException untold) {
+        } catch (IOException unreadable) {
             return false;
         }
     }

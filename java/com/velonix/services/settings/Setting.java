@@ -5,34 +5,33 @@ import java.util.Objects;
 import java.util.Optional;
 
 /**
- * A key of a settings tree, seen as holding values of one Java class. Whether there is such a key
- * is found out when an operation needs it.
+ * A key of a settings tree with values of one Java class. The object may exist without the key:
+ * each operation looks for the key.
  *
- * <p>Obtained from {@link SettingPath#setting}; it ends with the path that it was obtained from.
- * May be used by any number of threads. Every operation may fail with {@link IllegalStateException}
- * once the tree has been closed, or the Java machine has begun to shut down; a change that failed
- * so has not been made. Failures of the service other than those named here are {@link
- * SettingException}s too.
+ * <p>{@link SettingPath#setting} makes it; it is valid until the root of the tree is closed. May be
+ * used by any number of threads. Every operation throws {@link IllegalStateException} once the tree
+ * has been closed or the JVM has begun to shut down, and then has changed nothing. Other failures
+ * of the service than those named here are {@link SettingException}s too.
  *
  * @param <T> the class of the values
  */
 public final class Setting<T> implements Listenable {
-    /** How often an entry may come and go while a listener is registered on it. */
+    /** How often registering is tried while other threads add and remove the entry. */
     private static final int LISTEN_ATTEMPTS = 100;
 
     private final SettingPath parent;
     private final TreeHandle tree;
     private final String name;
     private final Class<T> type;
-    private final int counter;
+    private final int counterOffset;
 
-    /** The kind of the values; 0 when their class stands for several. */
+    /** The kind of the values; 0 if the class stands for several. */
     private final int kind;
 
-    /** What was read last, or null. Any thread may replace it at any time: it knows if it holds. */
-    private CachedValue<T> kept;
+    /** The value read last, or null. Threads may replace it at any time: it is immutable. */
+    private CachedValue<T> cached;
 
-    /** The key, once it has been used; null before. */
+    /** The bound key, from the second use on. */
     private BoundKey bound;
     private boolean used;
 
@@ -41,16 +40,16 @@ public final class Setting<T> implements Listenable {
         this.tree = parent.tree();
         this.name = name;
         this.type = type;
-        this.counter = ChangeCounters.place(parent.lastName(), name);
+        this.counterOffset = ChangeCounters.offset(parent.lastName(), name);
         this.kind = ValueTypes.kindOf(type);
     }
 
     /**
-     * Whether a text may be the name of a node or a key: an ASCII letter followed by letters,
-     * digits and underscores, at most 63 in all.
+     * Tells whether a text may be the name of a node or a key: an ASCII letter followed by letters,
+     * digits and underscores, at most 63 characters in all.
      *
      * @param name the text
-     * @return true when it may
+     * @return true if it may
      */
     public static boolean isValidName(String name) {
         Objects.requireNonNull(name, "name");
@@ -59,10 +58,10 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The value in effect. It is kept: reading it again while nothing has changed it takes no
-     * native call. Once the call that changed it has returned, in Java or in native code, every
-     * thread of this process reads the new value. What another process has changed is read here
-     * within a moment, a second at most. Of an array each call returns a copy.
+     * Returns the effective value. It is cached: reading it again while nothing has changed it
+     * takes no native call. Once a changing call has returned, in Java or in native code, every
+     * thread of this process reads the new value. External changes are read within a second at
+     * most. Each call returns a copy of an array.
      *
      * @return the value of the first level that has one
      * @throws SettingNotFoundException if there is no such key, or no level has a value
@@ -70,19 +69,19 @@ public final class Setting<T> implements Listenable {
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public T get() throws SettingException {
-        CachedValue<T> now = inEffect();
-        T value = now.value();
+        CachedValue<T> read = effective();
+        T value = read.value();
         if (value == null) {
             throw new SettingNotFoundException(
-                    now.isMissing() ? dotted() : dotted() + " has no value at any level");
+                    read.isMissing() ? dotted() : dotted() + " has no value at any level");
         }
         return value;
     }
 
     /**
-     * The value at one level.
+     * Returns the value at one level.
      *
-     * @param level the level to look at
+     * @param level the level to read
      * @return its value
      * @throws SettingNotFoundException if there is no such key, or the level has no value
      * @throws SettingException if the settings service fails otherwise
@@ -98,23 +97,23 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The value in effect, if there is one. It is kept, as by {@link #get()}, and so is that there
-     * is none.
+     * Returns the effective value, if there is one. The result is cached, as by {@link #get()},
+     * also if there is none.
      *
-     * @return the value of the first level that has one; empty when none has, and when there is no
-     *     such key
+     * @return the value of the first level that has one; empty if none has, or if there is no such
+     *     key
      * @throws SettingException if the settings service fails otherwise
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
     public Optional<T> find() throws SettingException {
-        return Optional.ofNullable(inEffect().value());
+        return Optional.ofNullable(effective().value());
     }
 
     /**
-     * The value at one level, if there is one.
+     * Returns the value at one level, if there is one.
      *
-     * @param level the level to look at
-     * @return its value; empty when the level has none, and when there is no such key
+     * @param level the level to read
+     * @return its value; empty if the level has none, or if there is no such key
      * @throws SettingException if the settings service fails otherwise
      * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
      */
@@ -127,9 +126,9 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The level that supplies the value in effect.
+     * Returns the level of the effective value.
      *
-     * @return the first level that has a value; empty when none has
+     * @return the first level that has a value; empty if none has
      * @throws SettingNotFoundException if there is no such key
      * @throws SettingException if the settings service fails otherwise
      */
@@ -142,7 +141,7 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The class that the key's values have, whatever class this object reads them as.
+     * Returns the class of the key's values in the tree, which {@link #type()} need not be.
      *
      * @return the class; empty while the key has neither a declared type nor a value
      * @throws SettingNotFoundException if there is no such key
@@ -153,28 +152,28 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * Whether there is such a key.
+     * Tells whether there is such a key.
      *
-     * @return false also where there is a node
+     * @return true if there is; false also if the path is that of a node
      */
     public boolean exists() {
         return exists(tree, path(), name);
     }
 
     /**
-     * Whether there is such a key and some level has a value.
+     * Tells whether there is such a key and any level has a value.
      *
-     * @return true when {@link #get()} has something to return
+     * @return true if {@link #get()} returns a value
      */
     public boolean isSet() {
         return isSet((String) null);
     }
 
     /**
-     * Whether there is such a key and one level has a value.
+     * Tells whether there is such a key and one level has a value.
      *
-     * @param level the level to look at
-     * @return true when {@link #get(SettingLevel)} has something to return
+     * @param level the level to read
+     * @return true if {@link #get(SettingLevel)} returns a value
      */
     public boolean isSet(SettingLevel level) {
         return isSet(SettingLevel.nameOf(level));
@@ -205,8 +204,8 @@ public final class Setting<T> implements Listenable {
      * @throws SettingException if the change cannot be stored
      */
     public void set(T value, SettingLevel level) throws SettingException {
-        if (!storeAtOnce(0, value, SettingLevel.numberOf(level)))
-            store(0, value, level.levelName());
+        if (!setThroughLane(0, value, SettingLevel.numberOf(level)))
+            setThroughContract(0, value, level.levelName());
     }
 
     /**
@@ -231,7 +230,7 @@ public final class Setting<T> implements Listenable {
         int number = SettingLevel.numberOf(level);
         String levelName = level.levelName();
         try (NativeCall call = new NativeCall(tree)) {
-            BoundKey key = bound(call);
+            BoundKey key = boundKey(call);
             if (key != null && key.unset(number))
                 return;
             nativeUnset(call.address, path(), name, levelName);
@@ -246,25 +245,25 @@ public final class Setting<T> implements Listenable {
     }
 
     /**
-     * The place of the node that holds the key.
+     * Returns the path of the node that has the key.
      *
-     * @return the place
+     * @return the path
      */
     public SettingPath parent() {
         return parent;
     }
 
     /**
-     * The key's name.
+     * Returns the key's name.
      *
-     * @return the last component of its path
+     * @return the last name of its path
      */
     public String name() {
         return name;
     }
 
     /**
-     * The class that this object reads and writes values as.
+     * Returns the class that this object reads and writes values as.
      *
      * @return the class
      */
@@ -272,44 +271,44 @@ public final class Setting<T> implements Listenable {
         return type;
     }
 
-    /** The dotted path and the tree that it is in. */
+    /** Returns the dotted path and the name of the tree. */
     @Override
     public String toString() {
         return dotted() + " in " + tree;
     }
 
-    /** Whether this is a key of that name at the place, which is of the same tree. */
-    boolean isAt(SettingPath place, String key) {
-        return name.equals(key) && Arrays.equals(path(), place.nameArray());
+    /** Tells whether this is the key of a node of the same tree. */
+    boolean hasPath(SettingPath node, String key) {
+        return name.equals(key) && Arrays.equals(path(), node.nameArray());
     }
 
-    /** The dotted path. */
+    /** Returns the dotted path. */
     String dotted() {
         return parent.dotted(name);
     }
 
     /** Records the value in a transaction context. */
     void record(long context, T value) throws SettingException {
-        if (storeAtOnce(context, value, NativeLane.IN_EFFECT))
+        if (setThroughLane(context, value, NativeLane.EFFECTIVE))
             return;
-        // The native call records nothing for a key that does not exist, and does not say so.
+        // The native method silently records nothing for a key that does not exist.
         if (!exists())
             throw new SettingNotFoundException(dotted());
-        store(context, value, null);
+        setThroughContract(context, value, null);
     }
 
-    /** Sets or records the value by the short way; false when that was not done. */
-    private boolean storeAtOnce(long context, T value, int level) {
+    /** Sets or records the value by the lane; returns false if that did nothing. */
+    private boolean setThroughLane(long context, T value, int level) {
         if (value == null || value.getClass() != type)
             return false;
         try (NativeCall call = new NativeCall(tree)) {
-            BoundKey key = bound(call);
+            BoundKey key = boundKey(call);
             return key != null && key.set(context, kind, level, value);
         }
     }
 
-    /** The same by the way on which every failure has its reason. */
-    private void store(long context, T value, String level) throws SettingException {
+    /** Sets or records the value by the contract's native, which throws for every failure. */
+    private void setThroughContract(long context, T value, String level) throws SettingException {
         SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
         try (NativeCall call = new NativeCall(tree)) {
             nativeSet(context, call.address, path(), name, info, level);
@@ -319,9 +318,9 @@ public final class Setting<T> implements Listenable {
 
     static boolean exists(TreeHandle tree, String[] path, String key) {
         try (NativeCall call = new NativeCall(tree)) {
-            boolean there = nativeExists(call.address, path, key);
+            boolean exists = nativeExists(call.address, path, key);
             NativeCall.check(tree);
-            return there;
+            return exists;
         }
     }
 
@@ -334,9 +333,9 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    /** Registers on the node at the path or, with a key's name, on that child of it. */
-    static Registration listen(TreeHandle tree, String[] path, String key,
-            SettingListener listener, Object source) throws SettingException {
+    /** Registers on the node at the path or, if a key is named, on that child of it. */
+    static Registration listen(TreeHandle tree, String[] path, String key, SettingListener listener,
+            Object source) throws SettingException {
         try (NativeCall call = new NativeCall(tree)) {
             for (int attempt = 0; attempt < LISTEN_ATTEMPTS; ++attempt) {
                 Registration registration = call.tree.listen(path, key, listener, source);
@@ -344,8 +343,8 @@ public final class Setting<T> implements Listenable {
                     return registration;
                 if (registration != null)
                     registration.close();
-                // Removing a listener that was never added does nothing, but says what is wrong with
-                // the place. If nothing is, another thread has added the entry meanwhile.
+                // Removing a listener that was never added only throws if the entry does not exist.
+                // If it does not throw, another thread has added the entry meanwhile.
                 nativeAddRemoveListener(null, call.address, path, key, listener);
                 NativeCall.check("a listener");
             }
@@ -353,34 +352,34 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    /** The value in effect, as it is kept or else as it is now. */
-    private CachedValue<T> inEffect() throws SettingException {
-        CachedValue<T> last = kept;
-        if (last != null && last.holdsUnder(ChangeCounters.of(counter)) && tree.isOpen())
+    /** Returns the effective value, from the cache or from the tree. */
+    private CachedValue<T> effective() throws SettingException {
+        CachedValue<T> last = cached;
+        if (last != null && last.isOfCount(ChangeCounters.count(counterOffset)) && tree.isOpen())
             return last;
-        // The count first: a change that the value misses moves it on from here.
-        boolean keeps = ChangeCounters.areThere();
-        long count = keeps ? ChangeCounters.of(counter) : 0;
+        // The count before the value: a change that the value misses moves the counter from it.
+        boolean cacheable = ChangeCounters.exist();
+        long count = cacheable ? ChangeCounters.count(counterOffset) : 0;
         CachedValue<T> next;
         try {
-            next = new CachedValue<>(count, now(NativeLane.IN_EFFECT, null));
+            next = new CachedValue<>(count, readUncached(NativeLane.EFFECTIVE, null));
         } catch (SettingNotFoundException missing) {
             next = CachedValue.missing(count);
         }
-        if (keeps)
-            kept = next;
+        if (cacheable)
+            cached = next;
         return next;
     }
 
     private T at(SettingLevel level) throws SettingException {
-        return now(SettingLevel.numberOf(level), level.levelName());
+        return readUncached(SettingLevel.numberOf(level), level.levelName());
     }
 
-    /** The value that a level, or no level for the one in effect, has now; null for none. */
+    /** Reads the value at a level, or the effective value for a null level name; null if none. */
     @SuppressWarnings("unchecked")
-    private T now(int number, String level) throws SettingException {
+    private T readUncached(int number, String level) throws SettingException {
         try (NativeCall call = new NativeCall(tree)) {
-            BoundKey key = bound(call);
+            BoundKey key = boundKey(call);
             Object value = key == null ? null : key.get(kind, number, type);
             if (value != null)
                 return (T) value;
@@ -388,12 +387,12 @@ public final class Setting<T> implements Listenable {
         return typed(read(level));
     }
 
-    /** The key if it was used before; null else. */
-    private BoundKey bound(NativeCall call) {
+    /** Returns the bound key from the second use on; null before, or if it cannot be bound. */
+    private BoundKey boundKey(NativeCall call) {
         if (bound != null || kind == 0)
             return bound;
         if (used)
-            return bound = call.tree.bound(path(), name);
+            return bound = call.tree.bind(path(), name);
         used = true;
         return null;
     }
@@ -408,7 +407,7 @@ public final class Setting<T> implements Listenable {
         return info;
     }
 
-    /** The value as one of this object's class, or null when there is none. */
+    /** Returns the value as one of this object's class, or null if there is none. */
     private T typed(SettingInfo info) {
         Class<?> declared = info.getType();
         if (declared != null && !ValueTypes.fits(declared, type)) {

@@ -1,15 +1,16 @@
 package com.velonix.services.settings;
 
 /**
- * The level is read-only, or a read-only file defines the entry. The message is its dotted path.
+ * Thrown if the level is read-only, or a read-only file defines the entry. The message is the
+ * dotted path of the entry.
  */
 public class SettingAccessException extends SettingException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingAccessException(String message) {
         super(message);

@@ -3,25 +3,25 @@ package com.velonix.services.settings;
 import java.util.Arrays;
 
 /**
- * The settings of one tree that were asked for lately, so that one that is asked for by its path
- * again has kept its value. A table of pairs: what was asked for last stands first in its pair, and
- * pushes out what is second. Threads use it without any order: what one of them misses is only made
- * again.
+ * A cache of the {@link Setting} objects of one tree, by path, name and class, so that a setting
+ * that is asked for by its path again still has its cached value. A table of pairs: a new setting
+ * becomes the first of its pair and the former first the second. Threads use it without
+ * synchronisation; a setting that a thread does not see is made again.
  */
 final class SettingCache {
-    /** A power of two; also the most settings, and values, that a tree keeps of its own accord. */
+    /** The number of settings that are cached at most; a power of two. */
     private static final int SIZE = 1024;
 
     private final Setting<?>[] table = new Setting<?>[ SIZE ];
 
-    /** The setting; the type has been checked. */
+    /** Returns the setting, from the cache or new. The caller has checked the type. */
     @SuppressWarnings("unchecked")
     <T> Setting<T> of(SettingPath parent, String name, Class<T> type) {
-        int first = 2 * placeOf(parent.nameArray(), name);
-        for (int place = first; place < first + 2; ++place) {
-            Setting<?> there = table[place];
-            if (there != null && there.isAt(parent, name) && there.type() == type)
-                return (Setting<T>) there;
+        int first = 2 * pairOf(parent.nameArray(), name);
+        for (int index = first; index < first + 2; ++index) {
+            Setting<?> cached = table[index];
+            if (cached != null && cached.hasPath(parent, name) && cached.type() == type)
+                return (Setting<T>) cached;
         }
         Setting<T> made = new Setting<>(parent, name, type);
         table[first + 1] = table[first];
@@ -29,7 +29,7 @@ final class SettingCache {
         return made;
     }
 
-    private static int placeOf(String[] path, String name) {
+    private static int pairOf(String[] path, String name) {
         int mixed = (31 * Arrays.hashCode(path) + name.hashCode()) * 0x9E3779B9;
         return (mixed >>> 16) % (SIZE / 2);
     }

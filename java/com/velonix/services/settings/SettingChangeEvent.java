@@ -2,7 +2,7 @@ package com.velonix.services.settings;
 
 import java.util.List;
 
-/** What a {@link SettingListener} is told: which entry was changed, added or removed. Immutable. */
+/** An event for a {@link SettingListener}: an entry was changed, added or removed. Immutable. */
 public class SettingChangeEvent {
     private final Object source;
     private final List<String> path;
@@ -15,7 +15,7 @@ public class SettingChangeEvent {
      * @param source the {@link SettingPath} or {@link Setting} that the listener is registered on
      * @param path the names that lead from the root to the entry's parent
      * @param name the entry's name
-     * @param node whether the entry is a node
+     * @param node true if the entry is a node
      */
     public SettingChangeEvent(Object source, List<String> path, String name, boolean node) {
         this.source = source;
@@ -25,7 +25,7 @@ public class SettingChangeEvent {
     }
 
     /**
-     * Where the listener was registered.
+     * Returns the object that the listener is registered on.
      *
      * @return a {@link SettingPath} or a {@link Setting}
      */
@@ -34,16 +34,16 @@ public class SettingChangeEvent {
     }
 
     /**
-     * The node that holds the entry.
+     * Returns the path of the entry's parent.
      *
-     * @return the names that lead to it from the root; empty for the root itself
+     * @return the names that lead from the root to the parent; empty for the root itself
      */
     public List<String> path() {
         return path;
     }
 
     /**
-     * The entry's own name.
+     * Returns the entry's own name.
      *
      * @return the last component of its path
      */
@@ -52,7 +52,7 @@ public class SettingChangeEvent {
     }
 
     /**
-     * Whether the entry is a node rather than a key.
+     * Tells whether the entry is a node rather than a key.
      *
      * @return true for a node
      */
@@ -60,7 +60,7 @@ public class SettingChangeEvent {
         return node;
     }
 
-    /** The entry's dotted path. */
+    /** Returns the entry's dotted path. */
     @Override
     public String toString() {
         return Names.dotted(path, name);

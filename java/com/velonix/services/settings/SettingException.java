@@ -1,16 +1,16 @@
 package com.velonix.services.settings;
 
 /**
- * The base of the checked failures of the settings API. The message names the setting, or says why
- * the change was refused.
+ * The base of the checked exceptions of the settings API. The message names the setting, or gives
+ * the reason why a change was refused.
  */
 public class SettingException extends Exception {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingException(String message) {
         super(message);

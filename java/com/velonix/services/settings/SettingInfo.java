@@ -1,16 +1,16 @@
 package com.velonix.services.settings;
 
 /**
- * One value on its way between Java and the settings service: the value with its class, or a class
- * alone where a key has a type but no value. Programs read and write through {@link Setting} and
- * need this class only when they look at the bridge itself. Immutable.
+ * A value passed between Java and the settings service: the value with its class, or the class
+ * alone if a key has a type but no value. Programs use {@link Setting} instead; only the native
+ * methods need this class. Immutable.
  */
 public class SettingInfo {
     private final Object value;
     private final Class<?> type;
 
     /**
-     * A value.
+     * Makes an object with a value.
      *
      * @param value the value, or null for neither value nor type
      */
@@ -20,9 +20,9 @@ public class SettingInfo {
     }
 
     /**
-     * A type without a value.
+     * Makes an object with a type and no value.
      *
-     * @param type the class of the values, or null when it is not known
+     * @param type the class of the values, or null if it is not known
      */
     public SettingInfo(Class<?> type) {
         this.value = null;
@@ -30,18 +30,18 @@ public class SettingInfo {
     }
 
     /**
-     * The value.
+     * Returns the value.
      *
-     * @return the value, or null when there is none
+     * @return the value, or null if there is none
      */
     public Object getValue() {
         return value;
     }
 
     /**
-     * The class of the value, or the declared class of the key.
+     * Returns the class of the value, or the declared class of the key.
      *
-     * @return the class, or null when it is not known
+     * @return the class, or null if it is not known
      */
     public Class<?> getType() {
         return type;

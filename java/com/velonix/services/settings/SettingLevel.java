@@ -3,34 +3,34 @@ package com.velonix.services.settings;
 import java.util.Objects;
 
 /**
- * The levels at which a setting may have a value, highest first: the value in effect is that of the
+ * The levels at which a setting may have a value, highest first. The effective value is that of the
  * first level that has one.
  */
 public enum SettingLevel {
-    /** For this process, kept in memory. */
+    /** Values of this process, in memory. */
     SESSION,
-    /** The user's own; the level that is written when none is named. */
+    /** Values of the user; the default level for changes. */
     USER,
     /**
-     * What an administrator gives to a group of users. Read-only in the settings of the process and
-     * of sessions; a tree that lives in memory can be changed at every level.
+     * Values that an administrator gives to a group of users. Read-only in the settings of the
+     * process and of sessions; a tree in memory can be changed at every level.
      */
     WORKGROUP,
-    /** What the product was delivered with. Read-only where {@link #WORKGROUP} is. */
+    /** Values that the product is delivered with. Read-only where {@link #WORKGROUP} is. */
     FACTORY;
 
     private static final SettingLevel[] LEVELS = values();
 
     /**
-     * Both asked for when they are needed: loading the libraries initialises this class, so it must
-     * not wait for them itself. Two threads that ask are told the same.
+     * Read from the service at the first use: loading the libraries initialises this class, so its
+     * initialiser must not wait for them. Threads that race store the same values.
      */
     private static SettingLevel byDefault;
     private String levelName;
     private int number = -1;
 
     /**
-     * The level that is written when none is named.
+     * Returns the level that is changed if a call names none.
      *
      * @return the default level
      */
@@ -42,10 +42,10 @@ public enum SettingLevel {
     }
 
     /**
-     * Whether a value at this level hides one at the other level.
+     * Tells whether a value at this level hides one at the other level.
      *
      * @param other the level to compare with
-     * @return true when this level comes strictly first
+     * @return true if this level comes strictly first
      */
     public boolean overrides(SettingLevel other) {
         return Helper.nativeCompareLevels(
@@ -54,7 +54,7 @@ public enum SettingLevel {
     }
 
     /**
-     * The level's name in settings files and in the settings service.
+     * Returns the level's name in settings files and in the settings service.
      *
      * @return the name, such as "user"
      */
@@ -65,7 +65,7 @@ public enum SettingLevel {
         return known;
     }
 
-    /** The number by which {@link NativeLane} knows the level. */
+    /** Returns the level's number in {@link NativeLane}. */
     static int numberOf(SettingLevel level) {
         int known = Objects.requireNonNull(level, "level").number;
         if (known < 0)
@@ -78,14 +78,15 @@ public enum SettingLevel {
             if (level.levelName().equals(name))
                 return level;
         }
-        throw new SettingLevelRuntimeException("the level \"" + name + "\" is not known");
+        throw new SettingLevelRuntimeException(
+                "The settings service returned the unknown level \"" + name + "\"");
     }
 
     static String nameOf(SettingLevel level) {
         return Objects.requireNonNull(level, "level").levelName();
     }
 
-    /** The native half of the levels. */
+    /** The native methods of the levels. */
     static final class Helper {
         private Helper() {}
 

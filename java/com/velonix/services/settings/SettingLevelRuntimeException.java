@@ -1,15 +1,13 @@
 package com.velonix.services.settings;
 
-/**
- * The settings service answered with a level that {@link SettingLevel} does not know.
- */
+/** Thrown if the settings service returns a level that {@link SettingLevel} does not have. */
 public class SettingLevelRuntimeException extends RuntimeException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingLevelRuntimeException(String message) {
         super(message);

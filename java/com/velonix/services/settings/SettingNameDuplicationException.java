@@ -1,15 +1,13 @@
 package com.velonix.services.settings;
 
-/**
- * The name is taken by another entry. The message is the dotted path.
- */
+/** Thrown if another entry has the name. The message is the dotted path. */
 public class SettingNameDuplicationException extends SettingException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingNameDuplicationException(String message) {
         super(message);

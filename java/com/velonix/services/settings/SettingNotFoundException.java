@@ -1,15 +1,15 @@
 package com.velonix.services.settings;
 
 /**
- * There is no such node, key or value. The message begins with the dotted path that was asked for.
+ * Thrown if there is no such node, key or value. The message begins with the dotted path.
  */
 public class SettingNotFoundException extends SettingException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingNotFoundException(String message) {
         super(message);

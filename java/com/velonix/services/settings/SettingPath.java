@@ -7,36 +7,35 @@ import java.util.List;
 import java.util.Objects;
 
 /**
- * A place for a node in a settings tree. Whether there is a node at the place is found out when an
- * operation needs one.
+ * The path of a node in a settings tree. The object may exist without the node: each operation
+ * looks for the node.
  *
  * <p>{@link #processRoot()}, {@link #sessionRoot(long)}, {@link #load(Path)} and {@link
- * #standalone()} open a tree and give its root, which owns the tree's native handle. Everything
- * reached from a root shares its handle, and ends with {@link IllegalStateException} once the root
- * has been closed. The same exception ends everything once the Java machine has begun to shut down:
- * a change that failed so has not been made. May be used by any number of threads.
+ * #standalone()} open a tree and return its root, which owns the tree's native handle. All paths
+ * and settings made from a root share its handle. Their operations throw {@link
+ * IllegalStateException} once the root has been closed or the JVM has begun to shut down, and then
+ * have changed nothing. May be used by any number of threads.
  *
- * <p>Where an operation needs a node and there is none, or needs an entry of it that is missing, it
- * fails with {@link SettingNotFoundException}; where a name is taken, with {@link
- * SettingNameDuplicationException}; other failures of the service are {@link SettingException}s
- * too.
+ * <p>An operation throws {@link SettingNotFoundException} if the node, or an entry of it that is
+ * named, does not exist, and {@link SettingNameDuplicationException} if another entry has the name
+ * of a new one. Other failures of the service are {@link SettingException}s too.
  */
 public final class SettingPath implements AutoCloseable, Listenable {
     private final TreeHandle tree;
     private final String[] names;
 
     /**
-     * The lists that were read last, by their selectors plus one; null before the first. Any thread
-     * may replace one at any time: it knows if it holds.
+     * The lists of children read last, by their selectors plus one; null before the first read.
+     * Threads may replace one at any time: it is immutable.
      */
-    private CachedNames[] kept;
+    private CachedNames[] cached;
 
     private SettingPath(TreeHandle tree, String[] names) {
         this.tree = tree;
         this.names = names;
     }
 
-    /** {@return the root of the settings of this process; the caller closes it} */
+    /** {@return the root of the settings of this process, which the caller closes} */
     public static SettingPath processRoot() {
         NativeLibrary.load();
         return open(nativeGetZvmRoot(/* no session */ 0), true, "the settings of the process");
@@ -47,12 +46,12 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * the process.
      *
      * @param session the session's number, not negative
-     * @return the root; the caller closes it
+     * @return the root, which the caller closes
      * @throws IllegalArgumentException if the number is negative
      */
     public static SettingPath sessionRoot(long session) {
         if (session < 0)
-            throw new IllegalArgumentException("session " + session + " is negative");
+            throw new IllegalArgumentException("The session number " + session + " is negative");
         try (SettingPath process = processRoot()) {
             long address = nativeGetZvmRoot(session);
             boolean same = address != 0 && target(address) == process.tree.shared().target;
@@ -61,10 +60,10 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * Reads a settings file into a tree of its own, which lives in memory.
+     * Reads a settings file into a new tree in memory.
      *
      * @param file the file
-     * @return the root; the caller closes it
+     * @return the root, which the caller closes
      * @throws IOException if the file cannot be read or is no settings file; the message has the
      *     reason, with line and column
      * @throws SettingException if the settings service fails otherwise
@@ -75,7 +74,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return open(nativeLoadSettings(name), false, "the settings of " + name);
     }
 
-    /** {@return the root of a new, empty tree that lives in memory; the caller closes it} */
+    /** {@return the root of a new, empty tree in memory, which the caller closes} */
     public static SettingPath standalone() {
         NativeLibrary.load();
         try {
@@ -86,21 +85,21 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * The place below this one.
+     * Returns a path below this one.
      *
-     * @param further names that lead downwards, none for this place itself
-     * @return the place; closing it has no effect
+     * @param further the names that lead downwards; none for this path itself
+     * @return the path; closing it has no effect unless it is the root
      */
     public SettingPath path(String... further) {
         return new SettingPath(tree, Names.joined(names, further));
     }
 
     /**
-     * A key of the node at this place.
+     * Returns a key of the node.
      *
      * @param name the key's name
      * @param type the class of its values: one of the element classes, an array of one, a primitive
-     *     array, or a class that all values of interest extend, such as {@code Object}
+     *     array, or a supertype of the values, such as {@code Object}
      * @param <T> the class of its values
      * @return the key
      * @throws SettingUnsupportedTypeRuntimeException if no setting has values of that class
@@ -116,7 +115,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * {@return the names of the nodes directly below the node at this place, in order}
+     * {@return the names of the nodes directly below this node, sorted}
      * @throws SettingException if there is no node here
      */
     public List<String> nodes() throws SettingException {
@@ -124,7 +123,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * {@return the names of the keys of the node at this place, in order}
+     * {@return the names of the keys of this node, sorted}
      * @throws SettingException if there is no node here
      */
     public List<String> keys() throws SettingException {
@@ -132,20 +131,20 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * {@return the names of the nodes and keys directly below the node at this place, in order}
+     * {@return the names of the nodes and keys directly below this node, sorted}
      * @throws SettingException if there is no node here
      */
     public List<String> children() throws SettingException {
         return list(0);
     }
 
-    /** {@return whether there is a node at this place; false also where there is a key} */
+    /** {@return true if the node exists; false also if the path is that of a key} */
     public boolean exists() {
         return Setting.exists(tree, names, null);
     }
 
     /**
-     * Whether an entry of the node at this place is a node rather than a key.
+     * Tells whether an entry of this node is a node rather than a key.
      *
      * @param child the entry's name
      * @return true for a node, false for a key
@@ -164,7 +163,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * Adds a node.
      *
      * @param name its name, a letter followed by letters, digits and underscores
-     * @return its place
+     * @return its path
      * @throws SettingException if there is no node here, or the change cannot be stored
      */
     public SettingPath addNode(String name) throws SettingException {
@@ -177,7 +176,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * @param name its name, a letter followed by letters, digits and underscores
      * @param validator the validator's class
      * @param argument the argument of the validator's constructor
-     * @return its place
+     * @return its path
      * @throws IllegalArgumentException if the validator does not accept the argument
      * @throws SettingException if there is no node here, or the change cannot be stored
      */
@@ -187,8 +186,8 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * Adds a key with its first value, at the default level. When the value is refused the key is
-     * there without a value.
+     * Adds a key with its first value, at the default level. If the value is refused, the key is
+     * added without a value.
      *
      * @param name its name, a letter followed by letters, digits and underscores
      * @param value its value, which decides its type
@@ -201,11 +200,12 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * Adds a key with a validator and its first value, as above.
+     * Adds a key with a validator and its first value. If the value is refused, the key is added
+     * without a value.
      *
      * @param name its name, a letter followed by letters, digits and underscores
      * @param value its value, which decides its type
-     * @param level where to set the value
+     * @param level the level of the value
      * @param validator the validator's class
      * @param argument the argument of the validator's constructor
      * @param <T> the class of its values
@@ -219,7 +219,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * Removes an entry: a key, or a node with all that is below it.
+     * Removes an entry: a key, or a node with all entries below it.
      *
      * @param child the entry's name
      * @throws SettingAccessException if a file of a read-only level defines it
@@ -234,18 +234,17 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
-     * Copies the node at this place, with all that is below it, below another node, of this tree or
-     * of another.
+     * Copies this node with all entries below it to another node, of this tree or of another.
      *
-     * @param parent the node that receives the copy
+     * @param parent the parent of the copy
      * @param name the name of the copy
-     * @return the place of the copy
-     * @throws UnsupportedOperationException if it is the name of a node that has children
+     * @return the path of the copy
+     * @throws UnsupportedOperationException if the parent has a node of that name with children
      * @throws SettingException if the change cannot be stored
      */
     public SettingPath copyTo(SettingPath parent, String name) throws SettingException {
         Names.checkNew(name);
-        // The native call reports a missing source by the name of the destination.
+        // The native method would report a missing source by the name of the destination.
         if (!exists())
             throw new SettingNotFoundException(dotted(null));
         Objects.requireNonNull(parent, "parent");
@@ -262,19 +261,19 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return Setting.listen(tree, names, null, listener, this);
     }
 
-    /** {@return the directory that factory settings are read from; it need not exist} */
+    /** {@return the directory of the factory settings, which need not exist} */
     public Path factoryDir() {
         return Path.of(Setting.factoryDir(tree));
     }
 
-    /** Closes the tree if this is its root; has no effect elsewhere, or a second time. */
+    /** Closes the tree if this is its root. Does nothing otherwise, or if the tree is closed. */
     @Override
     public void close() {
         if (names.length == 0)
             tree.close();
     }
 
-    /** Whether the other object is the same place in the same tree. */
+    /** Tells whether the other object is the same path in the same tree. */
     @Override
     public boolean equals(Object other) {
         return other instanceof SettingPath path && Arrays.equals(names, path.names)
@@ -286,7 +285,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return 31 * tree.treeHash() + Arrays.hashCode(names);
     }
 
-    /** The dotted path and the tree that it is in. */
+    /** Returns the dotted path and the name of the tree. */
     @Override
     public String toString() {
         return names.length == 0 ? tree.toString() : dotted(null) + " in " + tree;
@@ -300,7 +299,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return names;
     }
 
-    /** The node's own name, or null for the root. */
+    /** Returns the node's own name, or null for the root. */
     String lastName() {
         return names.length == 0 ? null : names[names.length - 1];
     }
@@ -309,7 +308,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return Names.dotted(Arrays.asList(names), key);
     }
 
-    /** Identifies the root of a handle. */
+    /** Returns the identity of the root that a handle refers to. */
     static long target(long address) {
         return nativeGetPtrTarget(address);
     }
@@ -347,32 +346,33 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     private List<String> list(int selector) throws SettingException {
-        CachedNames[] all = kept;
+        CachedNames[] all = cached;
         if (all == null)
-            kept = all = new CachedNames[3];
+            cached = all = new CachedNames[3];
         CachedNames last = all[selector + 1];
-        if (last != null && last.count() == ChangeCounters.of(counter()) && tree.isOpen())
+        if (last != null && last.count() == ChangeCounters.count(counterOffset()) && tree.isOpen())
             return last.names();
-        if (!ChangeCounters.areThere())
-            return listNow(selector);
-        // The count first: a change that the names miss moves it on from here.
-        CachedNames next = new CachedNames(ChangeCounters.of(counter()), listNow(selector));
+        if (!ChangeCounters.exist())
+            return listUncached(selector);
+        // The count before the names: a change that the names miss moves the counter from it.
+        CachedNames next =
+                new CachedNames(ChangeCounters.count(counterOffset()), listUncached(selector));
         all[selector + 1] = next;
         return next.names();
     }
 
-    private int counter() {
-        return ChangeCounters.placeOfList(lastName());
+    private int counterOffset() {
+        return ChangeCounters.offsetOfList(lastName());
     }
 
-    private List<String> listNow(int selector) throws SettingException {
+    private List<String> listUncached(int selector) throws SettingException {
         String[] children;
         try (NativeCall call = new NativeCall(tree)) {
             children = nativeGetChildren(call.address, names, selector);
         }
         if (children == null)
             throw NativeCall.unanswered(toString());
-        // The native call leaves the order of a selection open.
+        // The contract of the native method leaves the order of nodes, and of keys, open.
         if (selector != 0)
             Arrays.sort(children);
         return List.of(children);

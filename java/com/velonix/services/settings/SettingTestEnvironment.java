@@ -4,17 +4,17 @@ import java.nio.file.Path;
 import java.util.Objects;
 
 /**
- * Points the settings of this process at directories of one's own. It changes the environment of
- * the process, so it is for one thread, before the first settings are read.
+ * Sets the directories of the settings of this process, for tests. It changes the environment of
+ * the process, so only one thread may use it, before the process reads its first settings.
  */
 public final class SettingTestEnvironment {
     private SettingTestEnvironment() {}
 
     /**
-     * Sets the directories that are used when the settings are first read.
+     * Sets the directories from which the settings of the process will be read.
      *
-     * @param factoryDir holds the files of the factory level
-     * @param userDir holds the user level
+     * @param factoryDir the directory with the files of the factory level
+     * @param userDir the directory with the user level
      * @return the factory directory as the environment now has it
      */
     public static String setDirectories(Path factoryDir, Path userDir) {
@@ -24,7 +24,7 @@ public final class SettingTestEnvironment {
         return nativeSetEnv(factory, user);
     }
 
-    /** Goes back to the default directories. */
+    /** Restores the default directories. */
     public static void clear() {
         NativeLibrary.load();
         nativeUnsetEnv();

@@ -6,25 +6,25 @@ import java.util.Objects;
 import java.util.concurrent.atomic.AtomicReference;
 
 /**
- * Collects changes to the settings of the process, to apply all of them or none.
+ * A transaction: records changes to the settings of the process, and applies all of them or none.
  *
- * <p>Recorded changes stay after {@link #commit} and {@link #validate}: committing again applies
- * them again. Several changes of one key are applied in order. For one thread at a time; a second
- * one, or a listener that is called while the transaction commits, is refused with {@link
- * IllegalStateException}. After {@link #close()} every use is refused, and so it is once the Java
- * machine has begun to shut down: nothing is recorded or applied then. One that was forgotten is
- * closed by a cleaner.
+ * <p>The recorded changes stay after {@link #commit} and {@link #validate}: committing again
+ * applies them again. Several changes of one key are applied in order. For one thread at a time: a
+ * second thread, or a listener that is called during the commit, gets an {@link
+ * IllegalStateException}. So does every use after {@link #close()} or once the JVM has begun to
+ * shut down; then nothing is recorded or applied. A cleaner closes a transaction that is no longer
+ * referenced.
  */
 public final class SettingTransaction implements AutoCloseable {
     enum State {
         IDLE,
         IN_USE,
-        /** Closed by somebody while in use; who uses it frees it. */
+        /** Closed during a call, which deletes the context when it ends. */
         IN_USE_AND_CLOSED,
         CLOSED
     }
 
-    /** What is left to do when the transaction has been closed or forgotten. */
+    /** Deletes the context of a transaction that is closed or no longer referenced. */
     record Deletion(long context) implements Runnable {
         @Override
         public void run() {
@@ -36,7 +36,7 @@ public final class SettingTransaction implements AutoCloseable {
     private final Cleaner.Cleanable deletion;
     private final AtomicReference<State> state = new AtomicReference<>(State.IDLE);
 
-    /** Makes an empty transaction; the caller closes it. */
+    /** Makes an empty transaction, which the caller closes. */
     public SettingTransaction() {
         NativeLibrary.load();
         context = nativeCreateTransactionContext();
@@ -56,8 +56,8 @@ public final class SettingTransaction implements AutoCloseable {
     public <T> void set(Setting<T> setting, T value) throws SettingException {
         Objects.requireNonNull(setting, "setting");
         if (!setting.parent().tree().isOfProcess()) {
-            throw new IllegalArgumentException(
-                    setting + " is not among the settings of the process");
+            throw new IllegalArgumentException(setting
+                    + " is not a setting of the process. A transaction changes only those.");
         }
         begin();
         try {
@@ -71,8 +71,8 @@ public final class SettingTransaction implements AutoCloseable {
      * Applies the recorded changes in one step, or none of them.
      *
      * @param level the level to change
-     * @return the problems that were found; empty when the changes have been applied
-     * @throws IllegalStateException if the Java machine is shutting down: nothing has been applied
+     * @return the problems found; empty if the changes have been applied
+     * @throws IllegalStateException if the JVM is shutting down; then nothing has been applied
      */
     public List<SettingValidity> commit(SettingLevel level) {
         String levelName = SettingLevel.nameOf(level);
@@ -88,7 +88,7 @@ public final class SettingTransaction implements AutoCloseable {
     /**
      * Looks for problems without applying anything.
      *
-     * @return the problems that were found
+     * @return the problems found
      */
     public List<SettingValidity> validate() {
         begin();

@@ -1,15 +1,15 @@
 package com.velonix.services.settings;
 
 /**
- * A value or a Java class that a setting cannot hold, or another type than the one the key has.
+ * Thrown if no setting has values of a Java class, or the key has values of another class.
  */
 public class SettingUnsupportedTypeRuntimeException extends RuntimeException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingUnsupportedTypeRuntimeException(String message) {
         super(message);

@@ -1,16 +1,16 @@
 package com.velonix.services.settings;
 
 /**
- * A value was refused: by a validator, because its type is not that of the key, or because it could
- * not be stored. The message gives the reason.
+ * Thrown if a value is refused: by a validator, because the key has another type, or because the
+ * value cannot be stored. The message gives the reason.
  */
 public class SettingValidationException extends SettingException {
     private static final long serialVersionUID = 1;
 
     /**
-     * Makes the failure.
+     * Makes the exception.
      *
-     * @param message what failed, and why
+     * @param message the failed operation and the reason
      */
     public SettingValidationException(String message) {
         super(message);

@@ -12,7 +12,7 @@ import java.util.concurrent.ConcurrentHashMap;
  * thread.
  */
 final class SettingValidator {
-    /** Instances by argument. They live with their class, so they keep no class loader alive. */
+    /** Instances by argument, stored with their class, so that they keep no class loader alive. */
     private static final ClassValue<Map<String, ValueValidator>> INSTANCES = new ClassValue<>() {
         @Override
         protected Map<String, ValueValidator> computeValue(Class<?> type) {
@@ -23,11 +23,12 @@ final class SettingValidator {
     private SettingValidator() {}
 
     /**
-     * Null when the value is valid, else the reason why not.
+     * Returns null if the value is valid, else the reason why not.
      *
-     * @throws ClassNotFoundException if the validator cannot judge because there is no class of its
-     *         name, or a class that it needs is missing, as after its class loader has been closed.
-     *         The service then asks the other class loaders that have an API of their own
+     * @throws ClassNotFoundException if there is no class of the name, or a class that the
+     *         validator
+     *     needs is missing, for instance because its class loader has been closed. The service then
+     *     asks the other class loaders that have loaded this API
      */
     static String validate(String className, String argument, long runtimeContext, String[] path,
             String name, Object value) throws ReflectiveOperationException {
@@ -36,7 +37,8 @@ final class SettingValidator {
             Optional<String> problem = validator.problem(
                     new ValidationContext(List.of(path), name, runtimeContext, value));
             if (problem == null)
-                throw new IllegalStateException(className + " answered null");
+                throw new IllegalStateException(
+                        className + " returned null instead of an Optional");
             return problem.orElse(null);
         } catch (NoClassDefFoundError missing) {
             throw new ClassNotFoundException(
@@ -50,7 +52,7 @@ final class SettingValidator {
         ValueValidator known = instances.get(argument);
         if (known != null)
             return known;
-        // Made outside the map: a constructor may do anything, also validate.
+        // Made outside the map, because the constructor may validate another value.
         ValueValidator made = make(type, argument);
         ValueValidator earlier = instances.putIfAbsent(argument, made);
         return earlier == null ? made : earlier;
@@ -64,7 +66,7 @@ final class SettingValidator {
             throw new NoSuchMethodException(
                     type.getName() + " has no public constructor that takes a String");
         } catch (InvocationTargetException failed) {
-            // The reason that the constructor gave, not the wrapper, is what the user has to read.
+            // The user needs the constructor's own exception, not the wrapper.
             if (failed.getCause() instanceof RuntimeException reason)
                 throw reason;
             if (failed.getCause() instanceof NoClassDefFoundError missing)
@@ -74,10 +76,12 @@ final class SettingValidator {
     }
 
     /**
-     * Seen from the API's own class loader, else from the thread's; not yet initialised.
+     * Returns the class, not yet initialised, from the API's own class loader or else from the
+     * thread's.
      *
-     * @throws ClassNotFoundException if there is none; a class of a loader with another API counts
-     *         as not found
+     * @throws ClassNotFoundException if there is none; the class of a loader that has loaded the
+     *         API
+     *     again counts as not found
      */
     private static Class<? extends ValueValidator> find(String className)
             throws ClassNotFoundException {

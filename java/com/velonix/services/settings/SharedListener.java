@@ -3,11 +3,11 @@ package com.velonix.services.settings;
 import java.util.Arrays;
 
 /**
- * Hears for all listeners that are registered at one place of a tree: one native subscription, and
- * a loop here. Native code calls {@link #deliver}.
+ * One native subscription for all Java listeners of an entry, and the loop that calls them. Native
+ * code calls {@link #deliver}.
  *
- * <p>Its lock guards the list of registrations against each other; a delivery walks the list that
- * was current when it began. No listener is called under the lock.
+ * <p>The lock protects the list of registrations; a delivery uses the list that was current when it
+ * began. No listener is called under the lock.
  */
 final class SharedListener {
     private static final int CHANGED = 0, ADDED = 1;
@@ -20,8 +20,8 @@ final class SharedListener {
     private volatile Entry[] entries = NONE;
 
     /**
-     * @param tree forgets this object once it has no registrations
-     * @param path of the node
+     * @param tree the tree of the entry, which forgets this object once it has no registrations
+     * @param path the path of the node
      * @param key a child of the node, or null for the node itself
      */
     SharedListener(SharedTree tree, String[] path, String key) {
@@ -31,9 +31,9 @@ final class SharedListener {
     }
 
     /**
-     * Registers a listener, with the first one the place.
+     * Registers a listener; subscribes to the entry first unless that is done.
      *
-     * @return null when there is no such place
+     * @return null if there is no such entry
      */
     synchronized Registration add(SettingListener listener, Object source) {
         if (subscription != 0 && !NativeLane.isListening(subscription))
@@ -49,26 +49,26 @@ final class SharedListener {
         return added;
     }
 
-    /** Lets go of everything once nothing can be heard any more. */
+    /** Ends all registrations if the entry is no longer in its tree. */
     synchronized void endUnlessListening() {
         if (subscription != 0 && !NativeLane.isListening(subscription))
             end();
     }
 
-    /** Called by native code for each event. */
+    /** Calls the listeners for one event. Native code calls this method. */
     private void deliver(
             int event, String[] eventPath, String eventName, boolean isNode, boolean gone) {
         String[] parents = eventPath == null ? path : eventPath;
         String name = eventName == null ? key : eventName;
-        Entry[] hearing = entries;
-        // Whoever is at the place hears of its end too, and of nothing more.
+        Entry[] receivers = entries;
+        // The removal of the entry is the last event that its listeners receive.
         if (gone)
             end();
-        for (Entry entry : hearing) {
+        for (Entry entry : receivers) {
             try {
                 entry.deliver(event, parents, name, isNode);
             } catch (Throwable dropped) {
-                // A listener's failure is nobody else's.
+                // The other listeners are called all the same.
             }
         }
     }
@@ -116,20 +116,20 @@ final class SharedListener {
         }
 
         void deliver(int event, String[] parents, String name, boolean isNode) {
-            SettingListener hearing = listener;
-            if (hearing == null)
+            SettingListener receiver = listener;
+            if (receiver == null)
                 return;
-            // Each listener may do with its path what it likes.
+            // A copy of the path for each listener, because a listener may change it.
             SettingChangeEvent made =
-                    hearing.createEvent(source, parents.clone(), name, null, isNode);
+                    receiver.createEvent(source, parents.clone(), name, null, isNode);
             if (made == null || listener == null)
                 return;
             if (event == CHANGED)
-                hearing.settingChanged(made);
+                receiver.settingChanged(made);
             else if (event == ADDED)
-                hearing.settingAdded(made);
+                receiver.settingAdded(made);
             else
-                hearing.settingRemoved(made);
+                receiver.settingRemoved(made);
         }
     }
 }

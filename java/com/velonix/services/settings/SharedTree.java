@@ -10,18 +10,18 @@ import java.util.concurrent.atomic.AtomicLongArray;
 
 /**
  * One native handle on the root of a tree, shared by all {@link TreeHandle}s that have the tree
- * open, with the keys that have been bound below it and the places that are listened to.
+ * open, with the tree's bound keys and listeners.
  *
- * <p>Calls that are under way are counted. Once the last one who had the tree open has closed it no
- * new call begins, and the native handle is released when the last call has left, by that call's
- * own thread; so closing waits for nobody. Each thread counts in a slot of its own as far as there
- * are slots, and slots lie in different cache lines, so that threads do not slow each other.
+ * <p>Calls that are under way are counted. Once the last {@link TreeHandle} has been closed no new
+ * call begins, and the thread of the last call releases the native handle when it leaves; so
+ * closing never waits. Threads count in {@value #SLOTS} slots by their number. Slots lie in
+ * different cache lines, so that threads do not slow each other.
  */
 final class SharedTree {
     private static final int SLOTS = 16;
     private static final int SLOT_WIDTH = 16; // 128 bytes: two cache lines, fetched as a pair
 
-    /** The trees that are open, by what identifies their roots. Guarded by the class. */
+    /** The open trees by the identities of their roots. Guarded by the class. */
     private static final Map<Long, SharedTree> OPEN = new HashMap<>();
 
     final long address;
@@ -39,9 +39,9 @@ final class SharedTree {
     }
 
     /**
-     * Takes over a handle, or releases it when its tree is open already.
+     * Adopts a handle, or releases it if its tree is already open.
      *
-     * @return the tree, for {@link #close()}
+     * @return the tree, which the caller closes
      */
     static SharedTree open(long address) {
         SharedTree tree;
@@ -66,10 +66,12 @@ final class SharedTree {
         releaseIfIdle();
     }
 
-    /** Begins a call, which {@link #leave()} by the same thread ends; false when it is too late. */
+    /**
+     * Begins a call, which the same thread ends by {@link #leave()}; false if the tree is closed.
+     */
     boolean enter() {
         underWay.getAndIncrement(slotOfThread());
-        // Counted first and looked second: whoever closes afterwards sees this call.
+        // Counted before the check: a thread that closes the tree afterwards sees this call.
         if (!closed)
             return true;
         leave();
@@ -83,39 +85,41 @@ final class SharedTree {
     }
 
     /**
-     * The key at a place, bound. The caller is within a call.
+     * Binds the key at a path, or returns it if it is bound. The caller must be within a call.
      *
-     * @return null when keys of this tree cannot be bound
+     * @return null if keys of this tree cannot be bound
      */
-    BoundKey bound(String[] path, String name) {
-        return boundKeys.computeIfAbsent(place(path, name), place -> {
+    BoundKey bind(String[] path, String name) {
+        return boundKeys.computeIfAbsent(namesOf(path, name), names -> {
             long key = NativeLane.bind(address, path, name);
             return key == 0 ? null : new BoundKey(key);
         });
     }
 
     /**
-     * Registers a listener on the node at the path or, with a key's name, on that child of it. The
-     * caller is within a call.
+     * Registers a listener on the node at the path or, if a key is named, on that child of it. The
+     * caller must be within a call.
      *
-     * @return null when there is no such place
+     * @return null if there is no such entry
      */
     Registration listen(String[] path, String key, SettingListener listener, Object source) {
         SharedListener shared = listeners.computeIfAbsent(
-                place(path, key), place -> new SharedListener(this, path, key));
+                namesOf(path, key), names -> new SharedListener(this, path, key));
         Registration registration = shared.add(listener, source);
         if (registration == null)
             forget(shared, path, key);
         return registration;
     }
 
-    /** Makes the next registration at the place start anew. */
+    /** Forgets the listener, so that the next registration on its entry makes a new one. */
     void forget(SharedListener shared, String[] path, String key) {
-        listeners.remove(place(path, key), shared);
+        listeners.remove(namesOf(path, key), shared);
     }
 
-    /** A place as a key of a map; no entry is called "". */
-    private static List<String> place(String[] path, String key) {
+    /**
+     * Returns the names as a key of the maps; "" stands for no key, since no entry has that name.
+     */
+    private static List<String> namesOf(String[] path, String key) {
         String[] names = Arrays.copyOf(path, path.length + 1);
         names[path.length] = key == null ? "" : key;
         return Arrays.asList(names);
@@ -133,7 +137,7 @@ final class SharedTree {
         if (released.compareAndSet(false, true)) {
             for (BoundKey key : boundKeys.values()) NativeLane.release(key.address);
             SettingPath.release(address);
-            // Of a tree that has died with its handle nothing will be heard.
+            // A tree that ended with its handle publishes no more events.
             for (SharedListener listener : listeners.values()) listener.endUnlessListening();
         }
     }

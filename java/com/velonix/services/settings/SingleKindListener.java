@@ -3,7 +3,7 @@ package com.velonix.services.settings;
 import java.util.Objects;
 import java.util.function.Consumer;
 
-/** A listener that is an action for one kind of event. */
+/** A listener that runs an action for one kind of event. */
 final class SingleKindListener implements SettingListener {
     enum Kind { CHANGED, ADDED, REMOVED }
 
@@ -42,8 +42,8 @@ final class SingleKindListener implements SettingListener {
         run(Kind.REMOVED, event);
     }
 
-    private void run(Kind heard, SettingChangeEvent event) {
-        if (heard == kind)
+    private void run(Kind received, SettingChangeEvent event) {
+        if (received == kind)
             action.accept(event);
     }
 }

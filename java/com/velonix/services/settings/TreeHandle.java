@@ -5,12 +5,12 @@ import java.lang.ref.Cleaner;
 /**
  * One opening of a settings tree. Paths and settings share it.
  *
- * <p>Every native call is enclosed in {@link #enter()} and {@link #exit()}, by a {@link
- * NativeCall}. Closing forbids new calls at once; it waits for nobody and may happen anywhere,
- * inside a listener too. A tree that was forgotten is closed by a cleaner.
+ * <p>A {@link NativeCall} encloses every native call in {@link #enter()} and {@link
+ * SharedTree#leave()}. Closing forbids new calls at once; it never waits and is allowed everywhere,
+ * also in a listener. A cleaner closes a handle that is no longer referenced.
  */
 final class TreeHandle {
-    /** Closes what was forgotten. */
+    /** Releases native memory whose owner is no longer referenced. */
     static final Cleaner CLEANER = Cleaner.create();
 
     private final Opening opening;
@@ -18,15 +18,15 @@ final class TreeHandle {
     private final String description;
     private final boolean ofProcess;
 
-    /** Null until it is needed, and again once the tree has been closed. */
-    private SettingCache recent;
+    /** Null before the first use, and once the tree has been closed. */
+    private SettingCache cache;
 
     /**
-     * Takes over a handle.
+     * Adopts a handle.
      *
      * @param address the native handle, not 0
-     * @param ofProcess whether this is the tree that transactions work on
-     * @param description names the tree in messages
+     * @param ofProcess true for the tree that transactions change
+     * @param description the tree's name in messages
      */
     TreeHandle(long address, boolean ofProcess, String description) {
         this.opening = new Opening(SharedTree.open(address));
@@ -35,40 +35,39 @@ final class TreeHandle {
         this.description = description;
     }
 
-    /** The native handle, valid until the same thread calls {@link #exit()}. */
+    /**
+     * Begins a call, which the same thread ends by {@link SharedTree#leave()}; returns the native
+     * handle.
+     */
     long enter() {
         if (!opening.closed && opening.tree.enter())
             return opening.tree.address;
         throw new IllegalStateException(description + " has been closed");
     }
 
-    void exit() {
-        opening.tree.leave();
-    }
-
     /** Forbids new calls; closing again does nothing. */
     void close() {
         closing.clean();
-        recent = null;
+        cache = null;
     }
 
-    /** A setting of this tree; the type has been checked. */
+    /** Returns a setting of this tree. The caller has checked the type. */
     <T> Setting<T> setting(SettingPath parent, String name, Class<T> type) {
-        SettingCache table = recent;
-        if (table == null) {
+        SettingCache settings = cache;
+        if (settings == null) {
             if (opening.closed)
                 return new Setting<>(parent, name, type);
-            recent = table = new SettingCache();
+            cache = settings = new SettingCache();
         }
-        return table.of(parent, name, type);
+        return settings.of(parent, name, type);
     }
 
-    /** Whether calls are still let in. */
+    /** Tells whether new calls are allowed. */
     boolean isOpen() {
         return !opening.closed;
     }
 
-    /** The tree itself, to be used within a call. */
+    /** Returns the tree, which may be used only within a call. */
     SharedTree shared() {
         return opening.tree;
     }
@@ -77,7 +76,7 @@ final class TreeHandle {
         return ofProcess;
     }
 
-    /** Whether both refer to the same tree; a closed handle equals none but itself. */
+    /** Tells whether both refer to the same tree; a closed handle equals only itself. */
     boolean sameTree(TreeHandle other) {
         return this == other
                 || opening.tree == other.opening.tree && !opening.closed && !other.opening.closed;
@@ -92,7 +91,7 @@ final class TreeHandle {
         return description;
     }
 
-    /** What closing needs, also once the handle has been forgotten. */
+    /** The state that the cleaner needs once the handle is no longer referenced. */
     private static final class Opening implements Runnable {
         final SharedTree tree;
         volatile boolean closed;
@@ -101,7 +100,6 @@ final class TreeHandle {
             this.tree = tree;
         }
 
-        /** Closes; called once. */
         @Override
         public void run() {
             closed = true;

@@ -2,12 +2,14 @@ package com.velonix.services.settings;
 
 import java.util.Objects;
 
-/** The two strings by which the settings service knows a Java validator; both null for none. */
+/** The two strings that name a Java validator to the settings service; both null for none. */
 record ValidatorName(String className, String argument) {
     static final ValidatorName NONE = new ValidatorName(null, null);
 
     /**
-     * Tries the validator out, so that a mistake shows when it is made and not at the first set.
+     * Makes the validator, so that a mistake shows at once and not at the first set.
+     *
+     * @throws IllegalArgumentException if the validator cannot be made with the argument
      */
     static ValidatorName of(Class<? extends ValueValidator> type, String argument) {
         Objects.requireNonNull(type, "validator");

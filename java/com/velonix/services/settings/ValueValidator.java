@@ -3,20 +3,20 @@ package com.velonix.services.settings;
 import java.util.Optional;
 
 /**
- * Guards the values of a key, or of all keys below a node, that was added with this validator.
+ * Validates the values of the key that was added with this validator, or of the keys below the node
+ * that was.
  *
- * <p>An implementation has a public constructor that takes one {@code String}, the argument given
- * together with the class when the entry was added. One instance serves all keys that name the same
- * class and argument. It is called on whatever thread changes the setting, also several at a time,
- * before anything is stored. It may read and change settings. An exception that leaves it counts
- * as a refusal.
+ * <p>An implementation must have a public constructor with one {@code String}, the argument that
+ * was given together with the class. One instance serves all keys with the same class and argument.
+ * The thread that changes the setting calls it before anything is stored, also several threads at a
+ * time. It may read and change settings. If it throws, the value is refused.
  */
 public interface ValueValidator {
     /**
-     * Judges a value that is about to be set.
+     * Validates a value that is about to be set.
      *
      * @param candidate the key and the value
-     * @return why the value is refused, or empty when it is valid
+     * @return the reason why the value is refused, or empty if it is valid
      */
     Optional<String> problem(ValidationContext candidate);
 }

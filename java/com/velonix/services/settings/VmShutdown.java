@@ -9,9 +9,9 @@ import java.util.concurrent.ForkJoinPool;
 import java.util.concurrent.ForkJoinTask;
 
 /**
- * Tells the native side that the Java machine is going down. The machine keeps shutdown hooks until
- * its end, so the hook must not keep this class, and with it the native library, from being
- * unloaded: the hook and what makes it consist of the machine's own classes only.
+ * Tells the native side that the JVM is shutting down. The JVM keeps shutdown hooks until its end,
+ * so a hook of a class of this API would keep the API and the native library from being unloaded.
+ * Therefore the hook, and the code that registers it, consist of the JVM's own classes only.
  */
 final class VmShutdown {
     private VmShutdown() {}
@@ -19,7 +19,7 @@ final class VmShutdown {
     /**
      * Registers a shutdown hook that sets the first byte of the flag to 1.
      *
-     * @throws IllegalStateException if the machine is already going down
+     * @throws IllegalStateException if the JVM is already shutting down
      */
     static void install(ByteBuffer flag) throws ReflectiveOperationException {
         MethodHandles.Lookup lookup = MethodHandles.publicLookup();
@@ -34,11 +34,11 @@ final class VmShutdown {
                 makeThread, 0, null, setFlag, "settings shutdown", 0L, false);
         MethodHandle addHook = lookup.findVirtual(
                 Runtime.class, "addShutdownHook", MethodType.methodType(void.class, Thread.class));
-        runFromMachineClassesOnly(runnable(
+        runFromJvmClassesOnly(runnable(
                 MethodHandles.collectArguments(addHook.bindTo(Runtime.getRuntime()), 0, makeHook)));
     }
 
-    /** The class made for the action belongs to the thread's class loader, so not to ours. */
+    /** Returns the action as an object whose class belongs to the system's class loader. */
     private static Runnable runnable(MethodHandle action) {
         Thread thread = Thread.currentThread();
         ClassLoader own = thread.getContextClassLoader();
@@ -51,10 +51,10 @@ final class VmShutdown {
     }
 
     /**
-     * A new thread remembers the protection domains, and so the class loaders, of all callers that
-     * are on the stack when it is made; on a pool's thread there are none of ours.
+     * Runs the action on a thread of a pool. A new thread keeps the protection domains, and so the
+     * class loaders, of all callers on the stack; on the stack of the pool's thread none is ours.
      */
-    private static void runFromMachineClassesOnly(Runnable action) {
+    private static void runFromJvmClassesOnly(Runnable action) {
         ForkJoinPool pool = new ForkJoinPool(1);
         try {
             pool.invoke(ForkJoinTask.adapt(action));

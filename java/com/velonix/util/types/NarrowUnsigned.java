@@ -1,12 +1,12 @@
 package com.velonix.util.types;
 
-/** What the unsigned numbers that fit into a {@code long} have in common: all but their width. */
+/** The base of the unsigned numbers that fit into a {@code long}. */
 abstract class NarrowUnsigned<T extends NarrowUnsigned<T>> extends Number implements Comparable<T> {
     private static final long serialVersionUID = 1;
 
     NarrowUnsigned() {}
 
-    /** The value itself, when it is in the range 0 to max. */
+    /** Returns the value. Throws IllegalArgumentException if it is outside 0 to max. */
     static long checked(long value, long max) {
         if (value < 0 || value > max) {
             throw new IllegalArgumentException(value + " is outside 0.." + max);
@@ -14,7 +14,9 @@ abstract class NarrowUnsigned<T extends NarrowUnsigned<T>> extends Number implem
         return value;
     }
 
-    /** The value of a decimal text, when it is in the range 0 to max. */
+    /**
+     * Returns the value of a decimal text. Throws NumberFormatException if it is outside 0 to max.
+     */
     static long parsed(String text, long max) {
         long value = Long.parseLong(text);
         if (value < 0 || value > max) {
@@ -23,10 +25,10 @@ abstract class NarrowUnsigned<T extends NarrowUnsigned<T>> extends Number implem
         return value;
     }
 
-    /** The unsigned number. */
+    /** Returns the unsigned number. */
     @Override public abstract long longValue();
 
-    /** The low 32 bits, negative for numbers above 2147483647. */
+    /** Returns the low 32 bits, which are negative for numbers above 2147483647. */
     @Override
     public int intValue() {
         return (int) longValue();
@@ -58,7 +60,7 @@ abstract class NarrowUnsigned<T extends NarrowUnsigned<T>> extends Number implem
         return Long.hashCode(longValue());
     }
 
-    /** The number in decimal. */
+    /** Returns the number in decimal. */
     @Override
     public String toString() {
         return Long.toString(longValue());

@@ -16,7 +16,7 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
     private final long bits;
 
     /**
-     * Takes the bits of a signed number of the same width as an unsigned number.
+     * Makes an unsigned number from the bits of a signed one of the same width.
      *
      * @param bits the bits; -1 gives {@link #MAX_VALUE}
      */
@@ -25,7 +25,7 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
     }
 
     /**
-     * The unsigned number of that value.
+     * Returns the unsigned number with a value.
      *
      * @param value 0 to 9223372036854775807
      * @return the number
@@ -38,7 +38,7 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
     }
 
     /**
-     * The unsigned number of that value.
+     * Returns the unsigned number with a value.
      *
      * @param value 0 to 18446744073709551615
      * @return the number
@@ -52,7 +52,7 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
     }
 
     /**
-     * Reads a decimal number.
+     * Parses a decimal number.
      *
      * @param text digits, with an optional plus sign
      * @return the number
@@ -62,20 +62,20 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
         return new UnsignedLong(Long.parseUnsignedLong(text));
     }
 
-    /** The low 32 bits. */
+    /** Returns the low 32 bits. */
     @Override
     public int intValue() {
         return (int) bits;
     }
 
-    /** The 64 bits; a negative number stands for one above 9223372036854775807. */
+    /** Returns the 64 bits, which are negative for numbers above 9223372036854775807. */
     @Override
     public long longValue() {
         return bits;
     }
 
     /**
-     * The unsigned number, whatever its size.
+     * Returns the unsigned number.
      *
      * @return 0 to 18446744073709551615
      */
@@ -84,14 +84,14 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
         return bits < 0 ? value.add(BigInteger.ONE.shiftLeft(Long.SIZE)) : value;
     }
 
-    /** The nearest float. */
+    /** Returns the nearest float. */
     @Override
     public float floatValue() {
-        // Half the number, with the lost bit kept as a sticky bit, rounds as the number itself.
+        // Half the number, with the lost bit as a sticky bit, rounds like the number itself.
         return bits < 0 ? 2f * (bits >>> 1 | bits & 1) : bits;
     }
 
-    /** The nearest double. */
+    /** Returns the nearest double. */
     @Override
     public double doubleValue() {
         return bits < 0 ? 2d * (bits >>> 1 | bits & 1) : bits;
@@ -112,7 +112,7 @@ public final class UnsignedLong extends Number implements Comparable<UnsignedLon
         return Long.hashCode(bits);
     }
 
-    /** The number in decimal. */
+    /** Returns the number in decimal. */
     @Override
     public String toString() {
         return Long.toUnsignedString(bits);

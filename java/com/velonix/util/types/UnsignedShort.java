@@ -15,7 +15,7 @@ public final class UnsignedShort extends NarrowUnsigned<UnsignedShort> {
     private final short bits;
 
     /**
-     * Takes the bits of a signed number of the same width as an unsigned number.
+     * Makes an unsigned number from the bits of a signed one of the same width.
      *
      * @param bits the bits; -1 gives {@link #MAX_VALUE}
      */
@@ -24,7 +24,7 @@ public final class UnsignedShort extends NarrowUnsigned<UnsignedShort> {
     }
 
     /**
-     * The unsigned number of that value.
+     * Returns the unsigned number with a value.
      *
      * @param value 0 to 65535
      * @return the number
@@ -35,7 +35,7 @@ public final class UnsignedShort extends NarrowUnsigned<UnsignedShort> {
     }
 
     /**
-     * Reads a decimal number.
+     * Parses a decimal number.
      *
      * @param text digits, with an optional plus sign
      * @return the number
@@ -45,7 +45,7 @@ public final class UnsignedShort extends NarrowUnsigned<UnsignedShort> {
         return new UnsignedShort((short) parsed(text, MAX));
     }
 
-    /** The unsigned number. */
+    /** Returns the unsigned number. */
     @Override
     public long longValue() {
         return Short.toUnsignedLong(bits);

@@ -10,7 +10,7 @@ import java.math.BigDecimal;
  */
 record Bounds(BigDecimal min, BigDecimal max) {
     private static final String SEPARATOR = "..";
-    // More than the least and the greatest double have.
+    // More digits than the least and the greatest double have.
     private static final int MAX_DIGITS = 1100;
 
     static Bounds parse(String text) {
@@ -21,7 +21,8 @@ record Bounds(BigDecimal min, BigDecimal max) {
             Bounds bounds = new Bounds(bound(text.substring(0, separator)),
                     bound(text.substring(separator + SEPARATOR.length())));
             if (bounds.min != null && bounds.max != null && bounds.min.compareTo(bounds.max) > 0) {
-                throw new IllegalArgumentException("\"" + text + "\" allows nothing");
+                throw new IllegalArgumentException(
+                        "The range \"" + text + "\" is empty. Give the lower bound first.");
             }
             return bounds;
         } catch (NumberFormatException noNumber) {
@@ -40,8 +41,8 @@ record Bounds(BigDecimal min, BigDecimal max) {
                 + (max == null ? "" : max.toPlainString());
     }
 
-    // A number of a billion digits, which a few characters can name, takes seconds to compare and
-    // gigabytes to print.
+    // A few characters can name a number of a billion digits, which would take seconds to compare
+    // and gigabytes to print.
     private static BigDecimal bound(String text) {
         if (text.isBlank())
             return null;
@@ -60,6 +61,7 @@ record Bounds(BigDecimal min, BigDecimal max) {
     }
 
     private static IllegalArgumentException unreadable(String text) {
-        return new IllegalArgumentException("\"" + text + "\" is not of the form min..max");
+        return new IllegalArgumentException(
+                "\"" + text + "\" is not of the form min..max, such as 1..72");
     }
 }

@@ -3,7 +3,7 @@ package com.velonix.services.settings.validators;
 import java.util.List;
 import java.util.Optional;
 
-/** Accepts values whose text is one of a list, such as {@code left|right|centre}. */
+/** Accepts values whose text is one of several choices, such as {@code left|right|centre}. */
 public final class Choice extends ElementValidator {
     private final List<String> choices;
 

@@ -4,7 +4,7 @@ import com.velonix.services.settings.ValidationContext;
 import com.velonix.services.settings.ValueValidator;
 import java.util.Optional;
 
-/** Judges a value, or each element of an array, by itself. */
+/** Validates a single value, or each element of an array separately. */
 abstract class ElementValidator implements ValueValidator {
     @Override
     public final Optional<String> problem(ValidationContext candidate) {

@@ -33,7 +33,7 @@ public final class Range extends ElementValidator {
         if (Double.isInfinite(approximate)) {
             return (approximate > 0 ? bounds.max() : bounds.min()) == null;
         }
-        // The decimal text is exact for every kind of number, also above the range of long.
+        // The decimal text is exact for every kind of number, also for those above the long range.
         return bounds.contain(new BigDecimal(number.toString()));
     }
 }

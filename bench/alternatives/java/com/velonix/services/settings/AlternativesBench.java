@@ -12,19 +12,19 @@ import java.util.Map;
 import java.util.stream.Stream;
 
 /**
- * The Java API beside its floor and beside what a user might pick instead, measured in turn in one
- * run. The arguments are the file for the results, a directory on a disk, which is emptied, and the
- * number of rounds.
+ * Measures the Java API, its floor and other libraries for settings in turn in one run. The
+ * arguments are the file for the results, a directory on a disk, which is emptied, and the number
+ * of rounds.
  */
 public final class AlternativesBench {
-    /** Works on one alternative. */
+    /** Makes the loop of an alternative. */
     private interface Work {
         Rounds.Loop of(Alternative alternative) throws Exception;
     }
 
     private static final int SMALL = 1000, LARGE = 100_000;
     private static final int ROOTS = 10_000, LISTENERS = 5000;
-    /** Far more than the 1,024 that a tree remembers by their paths. */
+    /** Far more than the 1,024 settings that a tree caches by their paths. */
     private static final int SETTINGS = 50_000;
 
     private final Rounds rounds;
@@ -39,9 +39,9 @@ public final class AlternativesBench {
         Path directory = Path.of(arguments[1]);
         delete(directory);
         Path factory = Files.createDirectories(directory.resolve("factory"));
-        // The process's own tree, which transactions and the user level need.
+        // The settings of the process, which transactions and the user level need.
         Files.writeString(
-                factory.resolve("bench.xml"), Places.xml(Alternative.changedNode(LARGE) + 1));
+                factory.resolve("bench.xml"), BenchTrees.xml(Alternative.changedNode(LARGE) + 1));
         NativeLibrary.load();
         SettingTestEnvironment.setDirectories(factory, directory.resolve("user"));
         System.loadLibrary("bridgefloors");
@@ -58,8 +58,8 @@ public final class AlternativesBench {
     }
 
     private void small() throws Throwable {
-        try (Places places = Places.ofKeys(SMALL)) {
-            Map<String, Alternative> all = filled(places, SMALL);
+        try (BenchTrees trees = BenchTrees.ofKeys(SMALL)) {
+            Map<String, Alternative> all = filled(trees, SMALL);
             for (Alternative each : all.values()) each.fillListed();
             reading(all, SMALL);
             measure("deliver 1", all, each -> each.deliver(1));
@@ -71,10 +71,11 @@ public final class AlternativesBench {
     }
 
     private void large() throws Throwable {
-        try (Places places = Places.ofKeys(LARGE)) {
-            Map<String, Alternative> all = filled(places, LARGE);
+        try (BenchTrees trees = BenchTrees.ofKeys(LARGE)) {
+            Map<String, Alternative> all = filled(trees, LARGE);
             reading(all, LARGE);
-            TwoThreads.measure(rounds, "two threads", loops(all, each -> each.read(Places.INT)));
+            TwoThreads.measure(
+                    rounds, "two threads", loops(all, each -> each.read(BenchTrees.INT)));
             measure("read held", all, Alternative::readHeld);
             TwoThreads.measure(rounds, "two threads held", loops(all, Alternative::readHeld));
             measure("set", all, Alternative::set);
@@ -85,15 +86,15 @@ public final class AlternativesBench {
     }
 
     private void reading(Map<String, Alternative> all, int keys) throws Throwable {
-        measure("read int " + keys, all, each -> each.read(Places.INT));
-        measure("read text " + keys, all, each -> each.read(Places.TEXT));
-        measure("read doubles " + keys, all, each -> each.read(Places.DOUBLES));
+        measure("read int " + keys, all, each -> each.read(BenchTrees.INT));
+        measure("read text " + keys, all, each -> each.read(BenchTrees.TEXT));
+        measure("read doubles " + keys, all, each -> each.read(BenchTrees.DOUBLES));
     }
 
     private void files(int keys) throws Throwable {
-        try (Places places = Places.ofKeys(keys)) {
-            Map<String, Alternative> all = filled(places, keys);
-            // Written first: each reads what it has written.
+        try (BenchTrees trees = BenchTrees.ofKeys(keys)) {
+            Map<String, Alternative> all = filled(trees, keys);
+            // Written first, because each loads the file that it has written.
             measure("write " + keys, all, each -> each.write(directory));
             measure("load " + keys, all, each -> each.load(directory));
             close(all);
@@ -102,7 +103,7 @@ public final class AlternativesBench {
 
     private void memory() throws Exception {
         Path file = directory.resolve("memory.xml");
-        Files.writeString(file, Places.xml(LARGE / Places.KEYS_PER_NODE));
+        Files.writeString(file, BenchTrees.xml(LARGE / BenchTrees.KEYS_PER_NODE));
         new Memory(rounds, "memory key", LARGE)
                 .of("ours", () -> SettingPath.load(file))
                 .of("prefs", () -> filled(new JavaPreferences(LARGE)))
@@ -113,28 +114,25 @@ public final class AlternativesBench {
         new Memory(rounds, "memory root", ROOTS)
                 .of("ours", Memory.many(ROOTS, SettingPath::processRoot))
                 .record();
-        // What a program calls its settings is there anyway.
+        // The names are not counted: a program has them anyway.
         String[][] nodes = new String[Alternative.changedNode(SETTINGS) + 1][];
-        Arrays.setAll(nodes, Places::nodePath);
+        Arrays.setAll(nodes, BenchTrees::nodePath);
         String[] keys = new String[SETTINGS];
         Arrays.setAll(keys, Alternative::changedKey);
         new Memory(rounds, "memory setting", SETTINGS)
                 .of("ours", () -> SettingPath.load(file), root -> settings(root, nodes, keys))
                 .record();
         new Memory(rounds, "memory listener", LISTENERS)
-                .of("ours",
-                        ()
-                                -> listed(new OurSettings(Places.ofKeys(SMALL), SMALL)),
-                        AlternativesBench::heard)
-                .of("prefs", () -> listed(new JavaPreferences(SMALL)), AlternativesBench::heard)
+                .of("ours", AlternativesBench::ourListed, AlternativesBench::listen)
+                .of("prefs", () -> listed(new JavaPreferences(SMALL)), AlternativesBench::listen)
                 .of("Equinox",
-                        () -> listed(new EquinoxPreferences(SMALL)), AlternativesBench::heard)
+                        () -> listed(new EquinoxPreferences(SMALL)), AlternativesBench::listen)
                 .of("Commons",
-                        () -> listed(new CommonsConfiguration(SMALL)), AlternativesBench::heard)
+                        () -> listed(new CommonsConfiguration(SMALL)), AlternativesBench::listen)
                 .record();
     }
 
-    /** Settings that have been read, with paths of their own. */
+    /** Makes settings with paths of their own, and reads each once. */
     private static Object settings(SettingPath root, String[][] nodes, String[] keys)
             throws Exception {
         Setting<?>[] settings = new Setting<?>[ keys.length ];
@@ -156,15 +154,19 @@ public final class AlternativesBench {
         return alternative;
     }
 
-    private static Object heard(Alternative alternative) throws Exception {
+    private static Alternative ourListed() throws Exception {
+        return listed(new OurSettings(BenchTrees.ofKeys(SMALL), SMALL));
+    }
+
+    private static Object listen(Alternative alternative) throws Exception {
         for (int i = 0; i < LISTENERS; ++i) alternative.listen(i);
         return null;
     }
 
-    private static Map<String, Alternative> filled(Places places, int keys) throws Exception {
+    private static Map<String, Alternative> filled(BenchTrees trees, int keys) throws Exception {
         Map<String, Alternative> all = new LinkedHashMap<>();
-        all.put("ours", new OurSettings(places, keys));
-        all.put("floor", new Floor(places, keys));
+        all.put("ours", new OurSettings(trees, keys));
+        all.put("floor", new Floor(trees, keys));
         all.put("prefs", new JavaPreferences(keys));
         all.put("Equinox", new EquinoxPreferences(keys));
         all.put("Commons", new CommonsConfiguration(keys));

@@ -17,11 +17,10 @@ import org.apache.commons.configuration2.tree.OverrideCombiner;
 
 /**
  * Apache Commons Configuration 2: a hierarchical configuration for each level, and one that
- * combines them for reading, all with the locks that several threads need. Arrays are repeated
- * elements.
+ * combines them for reads, all with locks for several threads. Arrays are repeated elements.
  */
 final class CommonsConfiguration extends Alternative {
-    /** More would take minutes: each looks at all before it. */
+    /** More would take minutes: each change searches all keys before its own. */
     private static final int MOST_CHANGES = 1000;
 
     private final XMLConfiguration[] levels = new XMLConfiguration[LEVELS.length];
@@ -37,14 +36,14 @@ final class CommonsConfiguration extends Alternative {
         locked(combined);
     }
 
-    /** By a file, because adding a key takes the longer the more there are. */
+    /** Fills from a file, because adding a key takes longer the more keys there are. */
     @Override
     void fill() throws ConfigurationException {
         StringBuilder text = new StringBuilder("<configuration><top>");
         for (int node = 0; node < nodes; ++node) {
             text.append("<n").append(node).append('>');
-            for (int key = 0; key < Places.KEYS_PER_NODE; ++key) {
-                Object value = Places.valueOf(key);
+            for (int key = 0; key < BenchTrees.KEYS_PER_NODE; ++key) {
+                Object value = BenchTrees.valueOf(key);
                 for (Object item : value instanceof Double[] items ? items : new Object[] {value})
                     text.append(String.format("<k%d>%s</k%d>", key, item, key));
             }
@@ -62,31 +61,31 @@ final class CommonsConfiguration extends Alternative {
     @Override
     Rounds.Loop read(String key) {
         String[] paths = paths(key);
-        if (key.equals(Places.DOUBLES)) {
+        if (key.equals(BenchTrees.DOUBLES)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink.last = combined.get(double[].class, paths[i & Places.PLACES - 1]);
+                    sink.last = combined.get(double[].class, paths[i & BenchTrees.PATHS - 1]);
             };
         }
-        if (key.equals(Places.TEXT)) {
+        if (key.equals(BenchTrees.TEXT)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink.last = combined.getString(paths[i & Places.PLACES - 1]);
+                    sink.last = combined.getString(paths[i & BenchTrees.PATHS - 1]);
             };
         }
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = combined.getInt(paths[i & Places.PLACES - 1]);
+                sink.last = combined.getInt(paths[i & BenchTrees.PATHS - 1]);
         };
     }
 
     @Override
     Rounds.Loop set() {
         XMLConfiguration alone = locked(new XMLConfiguration());
-        String[] paths = paths(Places.INT);
+        String[] paths = paths(BenchTrees.INT);
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                alone.setProperty(paths[i >> 1 & Places.PLACES - 1], i & 1);
+                alone.setProperty(paths[i >> 1 & BenchTrees.PATHS - 1], i & 1);
         };
     }
 
@@ -173,7 +172,7 @@ final class CommonsConfiguration extends Alternative {
     }
 
     private String[] paths(String key) {
-        String[] paths = placesOf("top.");
+        String[] paths = nodePaths("top.");
         for (int i = 0; i < paths.length; ++i) paths[i] += '.' + key;
         return paths;
     }

@@ -2,7 +2,7 @@ package com.velonix.services.settings;
 
 import java.nio.ByteBuffer;
 
-/** Arrays of numbers as bytes, for ways that have no arrays. */
+/** Converts arrays of numbers to bytes and back, for ways without arrays. */
 final class Doubles {
     private Doubles() {}
 

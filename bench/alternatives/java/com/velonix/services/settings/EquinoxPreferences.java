@@ -11,8 +11,8 @@ import org.eclipse.core.runtime.preferences.IEclipsePreferences;
 import org.osgi.service.prefs.BackingStoreException;
 
 /**
- * Eclipse's preferences without the rest of Eclipse: a scope for each level, read through the
- * preferences service, which knows in which order to look. Arrays are bytes.
+ * The preferences of Eclipse without the rest of Eclipse: a scope for each level, read through the
+ * preferences service, which has the lookup order. Arrays are bytes.
  */
 final class EquinoxPreferences extends Alternative {
     private final PreferencesService service = PreferencesService.getDefault();
@@ -29,58 +29,58 @@ final class EquinoxPreferences extends Alternative {
 
     @Override
     void put(String node, String key, Object value) {
-        var at = levels[LEVELS.length - 1].node(node);
+        var parent = levels[LEVELS.length - 1].node(node);
         if (value instanceof Double[] items) {
-            at.putByteArray(key, Doubles.toBytes(items));
+            parent.putByteArray(key, Doubles.toBytes(items));
         } else {
-            at.put(key, value.toString());
+            parent.put(key, value.toString());
         }
     }
 
     @Override
     Rounds.Loop read(String key) {
-        String[] paths = placesOf("top/");
+        String[] paths = nodePaths("top/");
         for (int i = 0; i < paths.length; ++i) paths[i] += '/' + key;
-        if (key.equals(Places.DOUBLES)) {
+        if (key.equals(BenchTrees.DOUBLES)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
                     sink.last = Doubles.fromBytes(
-                            service.getByteArray(top, paths[i & Places.PLACES - 1], null, null));
+                            service.getByteArray(top, paths[i & BenchTrees.PATHS - 1], null, null));
             };
         }
-        if (key.equals(Places.TEXT)) {
+        if (key.equals(BenchTrees.TEXT)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink.last = service.getString(top, paths[i & Places.PLACES - 1], null, null);
+                    sink.last = service.getString(top, paths[i & BenchTrees.PATHS - 1], null, null);
             };
         }
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = service.getInt(top, paths[i & Places.PLACES - 1], 0, null);
+                sink.last = service.getInt(top, paths[i & BenchTrees.PATHS - 1], 0, null);
         };
     }
 
     @Override
     Rounds.Loop readHeld() {
-        String[] places = placesOf("top/");
-        IEclipsePreferences[][] held = new IEclipsePreferences[places.length][levels.length];
-        for (int i = 0; i < places.length; ++i) {
+        String[] paths = nodePaths("top/");
+        IEclipsePreferences[][] held = new IEclipsePreferences[paths.length][levels.length];
+        for (int i = 0; i < paths.length; ++i) {
             for (int level = 0; level < levels.length; ++level)
-                held[i][level] = (IEclipsePreferences) levels[level].node(places[i]);
+                held[i][level] = (IEclipsePreferences) levels[level].node(paths[i]);
         }
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
                 sink.last = Integer.parseInt(
-                        service.get(Places.INT, null, held[i & Places.PLACES - 1]));
+                        service.get(BenchTrees.INT, null, held[i & BenchTrees.PATHS - 1]));
         };
     }
 
     @Override
     Rounds.Loop set() {
-        String[] places = placesOf("top/");
+        String[] paths = nodePaths("top/");
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                levels[0].node(places[i >> 1 & Places.PLACES - 1]).putInt(Places.INT, i & 1);
+                levels[0].node(paths[i >> 1 & BenchTrees.PATHS - 1]).putInt(BenchTrees.INT, i & 1);
         };
     }
 
@@ -134,7 +134,7 @@ final class EquinoxPreferences extends Alternative {
     Rounds.Loop write(Path directory) throws Exception {
         FileNode node = new FileNode(directory.resolve("equinox.prefs"));
         for (int i = 0; i < nodes; ++i) {
-            for (int key = 0; key < Places.KEYS_PER_NODE; ++key) {
+            for (int key = 0; key < BenchTrees.KEYS_PER_NODE; ++key) {
                 String path = "top/n" + i;
                 node.node(path).put(
                         "k" + key, levels[LEVELS.length - 1].node(path).get("k" + key, ""));
@@ -168,7 +168,7 @@ final class EquinoxPreferences extends Alternative {
         }
     }
 
-    /** A node that is kept in a file with all that is below it. */
+    /** A node that is stored in a file with all nodes below it. */
     private static final class FileNode extends EclipsePreferences {
         private final IPath file;
 

@@ -7,21 +7,21 @@ import java.nio.file.StandardOpenOption;
 import java.util.concurrent.atomic.AtomicLong;
 
 /**
- * The same work written by hand: {@link Literal} on a bare tree. On the disk: a record appended and
+ * The floor: the same work by {@link Literal} on a bare tree. On the disk, a record is appended and
  * flushed.
  */
 final class Floor extends Alternative {
-    private static final String[] LISTED_PATH = Places.nodePath(0);
+    private static final String[] LISTED_PATH = BenchTrees.nodePath(0);
 
-    private final Places places;
+    private final BenchTrees trees;
     private final long listed = Literal.createTree(1);
 
-    Floor(Places places, int keys) {
+    Floor(BenchTrees trees, int keys) {
         super(keys);
-        this.places = places;
+        this.trees = trees;
     }
 
-    /** The bare tree of the places is full. */
+    /** The bare tree is already filled. */
     @Override
     void fill() {}
 
@@ -34,7 +34,7 @@ final class Floor extends Alternative {
     Rounds.Loop read(String key) {
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = Literal.get(places.bare, places.place(i), key, null);
+                sink.last = Literal.get(trees.bare, trees.path(i), key, null);
         };
     }
 
@@ -43,7 +43,8 @@ final class Floor extends Alternative {
         SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                Literal.set(0, places.bare, places.place(i >> 1), Places.INT, values[i & 1], LEVELS[0]);
+                Literal.set(0, trees.bare, trees.path(i >> 1), BenchTrees.INT, values[i & 1],
+                        LEVELS[0]);
         };
     }
 
@@ -62,8 +63,8 @@ final class Floor extends Alternative {
 
     @Override
     Rounds.Loop deliver(int listeners) {
-        String[] path = Places.nodePath(0);
-        long tree = Places.bareTree(1);
+        String[] path = BenchTrees.nodePath(0);
+        long tree = BenchTrees.bareTree(1);
         AtomicLong heard = new AtomicLong();
         SettingListener listener = new SettingListener() {
             @Override
@@ -72,23 +73,23 @@ final class Floor extends Alternative {
             }
         };
         for (int i = 0; i < listeners; ++i)
-            Literal.addListener(tree, path, Places.INT, this, listener);
+            Literal.addListener(tree, path, BenchTrees.INT, this, listener);
         SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
         return (times, sink) -> {
             long before = heard.get();
             for (int i = 0; i < times; ++i)
-                Literal.set(0, tree, path, Places.INT, values[i & 1], LEVELS[0]);
+                Literal.set(0, tree, path, BenchTrees.INT, values[i & 1], LEVELS[0]);
             checkHeard(heard.get() - before, (long) listeners * times);
         };
     }
 
     @Override
     Rounds.Loop change(int count) {
-        long tree = Places.bareTree(changedNode(count) + 1);
+        long tree = BenchTrees.bareTree(changedNode(count) + 1);
         String[][] paths = new String[count][];
         String[] keys = new String[count];
         for (int i = 0; i < count; ++i) {
-            paths[i] = Places.nodePath(changedNode(i));
+            paths[i] = BenchTrees.nodePath(changedNode(i));
             keys[i] = changedKey(i);
         }
         return (times, sink) -> {

@@ -11,8 +11,8 @@ import java.util.prefs.BackingStoreException;
 import java.util.prefs.Preferences;
 
 /**
- * java.util.prefs, with a root for each level that is tried in turn. Arrays are bytes, its own way
- * for what is no string or number. Everything is below one node of the user's preferences.
+ * java.util.prefs, with a root for each level; reads try the roots in turn. Arrays are bytes,
+ * because it has no others. Everything is below one node of the user's preferences.
  */
 final class JavaPreferences extends Alternative {
     private final Preferences root;
@@ -26,32 +26,32 @@ final class JavaPreferences extends Alternative {
 
     @Override
     void put(String node, String key, Object value) {
-        Preferences at = levels[LEVELS.length - 1].node(node);
+        Preferences parent = levels[LEVELS.length - 1].node(node);
         if (value instanceof Double[] items) {
-            at.putByteArray(key, Doubles.toBytes(items));
+            parent.putByteArray(key, Doubles.toBytes(items));
         } else {
-            at.put(key, value.toString());
+            parent.put(key, value.toString());
         }
     }
 
     @Override
     Rounds.Loop read(String key) {
-        String[] places = placesOf("top/");
-        if (key.equals(Places.DOUBLES)) {
+        String[] paths = nodePaths("top/");
+        if (key.equals(BenchTrees.DOUBLES)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink.last = Doubles.fromBytes(bytes(places[i & Places.PLACES - 1], key));
+                    sink.last = Doubles.fromBytes(bytes(paths[i & BenchTrees.PATHS - 1], key));
             };
         }
-        if (key.equals(Places.TEXT)) {
+        if (key.equals(BenchTrees.TEXT)) {
             return (times, sink) -> {
                 for (int i = 0; i < times; ++i)
-                    sink.last = text(places[i & Places.PLACES - 1], key);
+                    sink.last = text(paths[i & BenchTrees.PATHS - 1], key);
             };
         }
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = Integer.parseInt(text(places[i & Places.PLACES - 1], key));
+                sink.last = Integer.parseInt(text(paths[i & BenchTrees.PATHS - 1], key));
         };
     }
 
@@ -61,8 +61,8 @@ final class JavaPreferences extends Alternative {
         return (times, sink) -> {
             for (int i = 0; i < times; ++i) {
                 String value = null;
-                for (Preferences node : held[i & Places.PLACES - 1]) {
-                    value = node.get(Places.INT, null);
+                for (Preferences node : held[i & BenchTrees.PATHS - 1]) {
+                    value = node.get(BenchTrees.INT, null);
                     if (value != null)
                         break;
                 }
@@ -73,10 +73,10 @@ final class JavaPreferences extends Alternative {
 
     @Override
     Rounds.Loop set() {
-        String[] places = placesOf("top/");
+        String[] paths = nodePaths("top/");
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                levels[0].node(places[i >> 1 & Places.PLACES - 1]).putInt(Places.INT, i & 1);
+                levels[0].node(paths[i >> 1 & BenchTrees.PATHS - 1]).putInt(BenchTrees.INT, i & 1);
         };
     }
 
@@ -185,11 +185,11 @@ final class JavaPreferences extends Alternative {
     }
 
     private Preferences[][] held() {
-        String[] places = placesOf("top/");
-        Preferences[][] held = new Preferences[places.length][levels.length];
-        for (int i = 0; i < places.length; ++i) {
+        String[] paths = nodePaths("top/");
+        Preferences[][] held = new Preferences[paths.length][levels.length];
+        for (int i = 0; i < paths.length; ++i) {
             for (int level = 0; level < levels.length; ++level)
-                held[i][level] = levels[level].node(places[i]);
+                held[i][level] = levels[level].node(paths[i]);
         }
         return held;
     }

@@ -7,21 +7,21 @@ import java.util.List;
 import java.util.Map;
 
 /**
- * What things take of the Java heap, and ours of the native one too, in bytes each. The others have
- * nothing there, and what the machine itself has there changes all the time.
+ * Measures the bytes of memory of one object: on the Java heap, and for our settings also on the
+ * native heap. The others use none of the latter, and the JVM's own use of it varies.
  */
 final class Memory {
-    /** Makes what is measured, and answers what keeps it alive. */
+    /** Makes the measured objects, and returns an object that refers to them. */
     interface Maker {
         Object make() throws Exception;
     }
 
-    /** The same for what is made out of something that is not to be counted. */
+    /** Makes the measured objects from a prepared one that is not counted. */
     interface Step<T> {
         Object make(T prepared) throws Exception;
     }
 
-    /** Makes something that is not to be counted. */
+    /** Makes an object that is not counted. */
     interface Preparation<T> {
         T make() throws Exception;
     }
@@ -34,7 +34,7 @@ final class Memory {
     private final int count;
     private final Map<String, double[]> ways = new LinkedHashMap<>();
 
-    /** Measures things of which each maker makes that many. */
+    /** Prepares to measure objects of which each maker makes that many. */
     Memory(Rounds rounds, String work, int count) {
         this.rounds = rounds;
         this.work = work;
@@ -47,7 +47,7 @@ final class Memory {
 
     <T> Memory of(String way, Preparation<T> preparation, Step<T> step) throws Exception {
         double[] each = new double[ROUNDS];
-        // The first time also loads classes and compiles.
+        // The first round also loads and compiles classes, so it is not counted.
         for (int round = -1; round < ROUNDS; ++round) {
             T prepared = preparation.make();
             boolean ours = way.equals("ours");
@@ -69,7 +69,7 @@ final class Memory {
         rounds.record(work, ways.keySet(), "bytes", ways.values().toArray(new double[0][]));
     }
 
-    /** Makes a list of `count` things. */
+    /** Returns a maker of a list of `count` objects. */
     static Maker many(int count, Maker one) {
         return () -> {
             List<Object> all = new ArrayList<>(count);

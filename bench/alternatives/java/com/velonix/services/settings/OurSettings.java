@@ -5,19 +5,19 @@ import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.concurrent.atomic.AtomicLong;
 
-/** These settings, through the public Java API. */
+/** Our settings, through the public Java API. */
 final class OurSettings extends Alternative {
-    private final Places places;
+    private final BenchTrees trees;
     private final SettingPath root;
 
-    /** Reads the tree that the places are of; the caller closes them afterwards. */
-    OurSettings(Places places, int keys) {
+    /** Uses the trees, which the caller closes afterwards. */
+    OurSettings(BenchTrees trees, int keys) {
         super(keys);
-        this.places = places;
-        this.root = places.root;
+        this.trees = trees;
+        this.root = trees.root;
     }
 
-    /** The tree of the places is full. */
+    /** The tree is already filled. */
     @Override
     void fill() {}
 
@@ -30,22 +30,22 @@ final class OurSettings extends Alternative {
 
     @Override
     Rounds.Loop read(String key) {
-        Class<?> type = key.equals(Places.DOUBLES) ? double[].class
-                : key.equals(Places.TEXT)          ? String.class
-                                                   : Integer.class;
+        Class<?> type = key.equals(BenchTrees.DOUBLES) ? double[].class
+                : key.equals(BenchTrees.TEXT)          ? String.class
+                                                       : Integer.class;
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = root.path(places.place(i)).setting(key, type).get();
+                sink.last = root.path(trees.path(i)).setting(key, type).get();
         };
     }
 
     @Override
     Rounds.Loop readHeld() {
         @SuppressWarnings({"unchecked", "rawtypes"})
-        Setting<Integer>[] held = new Setting[Places.PLACES];
-        Arrays.setAll(held, i -> root.path(places.place(i)).setting(Places.INT, Integer.class));
+        Setting<Integer>[] held = new Setting[BenchTrees.PATHS];
+        Arrays.setAll(held, i -> root.path(trees.path(i)).setting(BenchTrees.INT, Integer.class));
         return (times, sink) -> {
-            for (int i = 0; i < times; ++i) sink.last = held[i & Places.PLACES - 1].get();
+            for (int i = 0; i < times; ++i) sink.last = held[i & BenchTrees.PATHS - 1].get();
         };
     }
 
@@ -53,8 +53,8 @@ final class OurSettings extends Alternative {
     Rounds.Loop set() {
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                root.path(places.place(i >> 1))
-                        .setting(Places.INT, Integer.class)
+                root.path(trees.path(i >> 1))
+                        .setting(BenchTrees.INT, Integer.class)
                         .set(i & 1, SettingLevel.SESSION);
         };
     }
@@ -62,7 +62,7 @@ final class OurSettings extends Alternative {
     @Override
     Rounds.Loop setDurably(Path directory) {
         SettingPath process = SettingPath.processRoot();
-        Setting<Integer> key = process.path("top", "n0").setting(Places.INT, Integer.class);
+        Setting<Integer> key = process.path("top", "n0").setting(BenchTrees.INT, Integer.class);
         return (times, sink) -> {
             for (int i = 0; i < times; ++i) key.set(++fresh, SettingLevel.USER);
         };
@@ -70,8 +70,8 @@ final class OurSettings extends Alternative {
 
     @Override
     Rounds.Loop deliver(int listeners) throws Exception {
-        SettingPath heardTree = SettingPath.standalone();
-        Setting<Integer> key = heardTree.addKey("key", 0);
+        SettingPath tree = SettingPath.standalone();
+        Setting<Integer> key = tree.addKey("key", 0);
         AtomicLong heard = new AtomicLong();
         for (int i = 0; i < listeners; ++i) key.onChanged(event -> heard.incrementAndGet());
         return (times, sink) -> {
@@ -83,7 +83,7 @@ final class OurSettings extends Alternative {
 
     @Override
     Rounds.Loop change(int count) {
-        // A transaction is for the settings of the process.
+        // Transactions change only the settings of the process.
         SettingPath process = SettingPath.processRoot();
         @SuppressWarnings({"unchecked", "rawtypes"}) Setting<Integer>[] keys = new Setting[count];
         Arrays.setAll(keys,
@@ -104,7 +104,7 @@ final class OurSettings extends Alternative {
     @Override
     Rounds.Loop load(Path directory) throws Exception {
         Path file = directory.resolve("ours.xml");
-        Files.writeString(file, Places.xml(nodes));
+        Files.writeString(file, BenchTrees.xml(nodes));
         return (times, sink) -> {
             for (int i = 0; i < times; ++i) SettingPath.load(file).close();
         };

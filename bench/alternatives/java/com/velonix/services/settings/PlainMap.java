@@ -19,22 +19,22 @@ final class PlainMap extends Alternative {
     Rounds.Loop read(String key) {
         String[] paths = paths(key);
         return (times, sink) -> {
-            for (int i = 0; i < times; ++i) sink.last = map.get(paths[i & Places.PLACES - 1]);
+            for (int i = 0; i < times; ++i) sink.last = map.get(paths[i & BenchTrees.PATHS - 1]);
         };
     }
 
     @Override
     Rounds.Loop readHeld() {
-        return read(Places.INT);
+        return read(BenchTrees.INT);
     }
 
     @Override
     Rounds.Loop set() {
-        String[] paths = paths(Places.INT);
+        String[] paths = paths(BenchTrees.INT);
         Object[] values = {1, 2};
         return (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                map.put(paths[i >> 1 & Places.PLACES - 1], values[i & 1]);
+                map.put(paths[i >> 1 & BenchTrees.PATHS - 1], values[i & 1]);
         };
     }
 
@@ -51,7 +51,7 @@ final class PlainMap extends Alternative {
     }
 
     private String[] paths(String key) {
-        String[] paths = placesOf("top/");
+        String[] paths = nodePaths("top/");
         for (int i = 0; i < paths.length; ++i) paths[i] += '/' + key;
         return paths;
     }

@@ -5,9 +5,9 @@ import java.util.LinkedHashMap;
 import java.util.Map;
 
 /**
- * The bridge's native methods beside the floor of the same work ({@link Literal}), measured in turn
- * in one run. The arguments are the file for the results, the number of rounds, and the only
- * measurement to make.
+ * Measures the bridge's native methods and the floor of the same work ({@link Literal}) in turn in
+ * one run. The arguments are the file for the results and, both optional, the number of rounds and
+ * the only measurement to make.
  */
 public final class BridgeBench {
     private static final String SESSION = "session";
@@ -29,17 +29,17 @@ public final class BridgeBench {
         if ("call".startsWith(only))
             bench.call();
         for (int keys : new int[] {1000, 100_000}) {
-            try (Places places = Places.ofKeys(keys)) {
+            try (BenchTrees trees = BenchTrees.ofKeys(keys)) {
                 if ("reading".startsWith(only))
-                    bench.reading(places, keys);
+                    bench.reading(trees, keys);
                 if (keys == 1000) {
                     if ("failure".startsWith(only))
-                        bench.failure(places);
+                        bench.failure(trees);
                 } else {
                     if ("setting".startsWith(only))
-                        bench.setting(places);
+                        bench.setting(trees);
                     if ("threads".startsWith(only))
-                        bench.threads(places);
+                        bench.threads(trees);
                 }
             }
         }
@@ -65,77 +65,77 @@ public final class BridgeBench {
                 });
     }
 
-    private void reading(Places places, int keys) throws Throwable {
-        String[][] works = {{"int", Places.INT}, {"20-char string", Places.TEXT},
-                {"Double[100]", Places.DOUBLES}};
+    private void reading(BenchTrees trees, int keys) throws Throwable {
+        String[][] works = {{"int", BenchTrees.INT}, {"20-char string", BenchTrees.TEXT},
+                {"Double[100]", BenchTrees.DOUBLES}};
         for (String[] work : works) {
             String key = work[1];
             rounds.measure(String.format("nativeGet %s, %,d keys", work[0], keys),
                     (times, sink)
                             -> {
                         for (int i = 0; i < times; ++i)
-                            sink.last = Natives.get(places.handle, places.place(i), key, null);
+                            sink.last = Natives.get(trees.handle, trees.path(i), key, null);
                     },
                     (times, sink)
                             -> {
                         for (int i = 0; i < times; ++i)
-                            sink.last = Literal.get(places.bare, places.place(i), key, null);
+                            sink.last = Literal.get(trees.bare, trees.path(i), key, null);
                     });
         }
     }
 
-    private void setting(Places places) throws Throwable {
-        set("nativeSet int", places, Places.INT, 1, 2);
-        set("nativeSet Double[100]", places, Places.DOUBLES, Places.doubles(1), Places.doubles(2));
+    private void setting(BenchTrees trees) throws Throwable {
+        set("nativeSet int", trees, BenchTrees.INT, 1, 2);
+        set("nativeSet Double[100]", trees, BenchTrees.DOUBLES, BenchTrees.doubles(1),
+                BenchTrees.doubles(2));
     }
 
-    private void set(String work, Places places, String key, Object first, Object second)
+    private void set(String work, BenchTrees trees, String key, Object first, Object second)
             throws Throwable {
         SettingInfo[] values = {new SettingInfo(first), new SettingInfo(second)};
         rounds.measure(work,
                 (times, sink)
                         -> {
                     for (int i = 0; i < times; ++i)
-                        Natives.set(0, places.handle, places.place(i >> 1), key, values[i & 1],
-                                SESSION);
+                        Natives.set(
+                                0, trees.handle, trees.path(i >> 1), key, values[i & 1], SESSION);
                 },
                 (times, sink)
                         -> {
                     for (int i = 0; i < times; ++i)
-                        Literal.set(
-                                0, places.bare, places.place(i >> 1), key, values[i & 1], SESSION);
+                        Literal.set(0, trees.bare, trees.path(i >> 1), key, values[i & 1], SESSION);
                 });
     }
 
-    /** Setting an int that somebody listens to; of it, the delivery is what grows. */
+    /** Measures setting an int that has listeners. */
     private void events(int listeners) throws Throwable {
-        try (Places places = Places.ofKeys(1000)) {
+        try (BenchTrees trees = BenchTrees.ofKeys(1000)) {
             for (int i = 0; i < listeners; ++i) {
                 SettingListener listener = new CountingListener();
                 for (int node = 0; node < 2; ++node) {
-                    Natives.addListener(
-                            places.handle, Places.nodePath(node), Places.INT, this, listener);
+                    Natives.addListener(trees.handle, BenchTrees.nodePath(node), BenchTrees.INT,
+                            this, listener);
                     Literal.addListener(
-                            places.bare, Places.nodePath(node), Places.INT, this, listener);
+                            trees.bare, BenchTrees.nodePath(node), BenchTrees.INT, this, listener);
                 }
             }
             SettingInfo[] values = {new SettingInfo(1), new SettingInfo(2)};
-            String[][] paths = {Places.nodePath(0), Places.nodePath(1)};
+            String[][] paths = {BenchTrees.nodePath(0), BenchTrees.nodePath(1)};
             rounds.measure("set + event to " + listeners,
                     (times, sink)
                             -> {
                         for (int i = 0; i < times; ++i)
-                            Natives.set(0, places.handle, paths[i >> 1 & 1], Places.INT,
+                            Natives.set(0, trees.handle, paths[i >> 1 & 1], BenchTrees.INT,
                                     values[i & 1], SESSION);
                     },
                     (times, sink)
                             -> {
                         for (int i = 0; i < times; ++i)
-                            Literal.set(0, places.bare, paths[i >> 1 & 1], Places.INT,
+                            Literal.set(0, trees.bare, paths[i >> 1 & 1], BenchTrees.INT,
                                     values[i & 1], SESSION);
                     });
             if (CountingListener.heard == 0)
-                throw new IllegalStateException("nothing was heard");
+                throw new IllegalStateException("no listener was called");
         }
     }
 
@@ -143,7 +143,7 @@ public final class BridgeBench {
         try (SettingPath root = SettingPath.standalone()) {
             long handle = root.tree().enter();
             long bare = Literal.createTree(1);
-            String[] path = Places.nodePath(0);
+            String[] path = BenchTrees.nodePath(0);
             Natives.addNode(handle, new String[0], path[0]);
             Natives.addNode(handle, new String[] {path[0]}, path[1]);
             for (int i = 0; i < 1000; ++i) {
@@ -159,16 +159,16 @@ public final class BridgeBench {
                             -> {
                         for (int i = 0; i < times; ++i) sink.last = Literal.children(bare, path);
                     });
-            root.tree().exit();
+            root.tree().shared().leave();
         }
     }
 
-    /** On the settings of the process, the only ones that transactions work on. */
+    /** Measures transactions, which work only on the settings of the process. */
     private void commit() throws Throwable {
         try (SettingPath root = SettingPath.processRoot()) {
             long handle = root.tree().enter();
             long bare = Literal.createTree(1);
-            String[] path = Places.nodePath(0);
+            String[] path = BenchTrees.nodePath(0);
             Natives.addNode(handle, new String[0], path[0]);
             Natives.addNode(handle, new String[] {path[0]}, path[1]);
             String[] keys = new String[CHANGES];
@@ -202,18 +202,17 @@ public final class BridgeBench {
                             Literal.deleteContext(context);
                         }
                     });
-            root.tree().exit();
+            root.tree().shared().leave();
         }
     }
 
-    private void failure(Places places) throws Throwable {
+    private void failure(BenchTrees trees) throws Throwable {
         rounds.measure("failure raised and caught in Java",
                 (times, sink)
                         -> {
                     for (int i = 0; i < times; ++i) {
                         try {
-                            sink.last =
-                                    Natives.get(places.handle, places.place(i), "missing", null);
+                            sink.last = Natives.get(trees.handle, trees.path(i), "missing", null);
                         } catch (SettingNotFoundException expected) {
                             sink.last = expected;
                         }
@@ -222,7 +221,7 @@ public final class BridgeBench {
                 (times, sink) -> {
                     for (int i = 0; i < times; ++i) {
                         try {
-                            sink.last = Literal.get(places.bare, places.place(i), "missing", null);
+                            sink.last = Literal.get(trees.bare, trees.path(i), "missing", null);
                         } catch (SettingNotFoundException expected) {
                             sink.last = expected;
                         }
@@ -230,16 +229,16 @@ public final class BridgeBench {
                 });
     }
 
-    /** How many times one thread's rate two threads reach. */
-    private void threads(Places places) throws Throwable {
+    /** Measures the rate of two threads as a multiple of one thread's rate. */
+    private void threads(BenchTrees trees) throws Throwable {
         Map<String, Rounds.Loop> ways = new LinkedHashMap<>();
         ways.put("ours", (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = Natives.get(places.handle, places.place(i), Places.INT, null);
+                sink.last = Natives.get(trees.handle, trees.path(i), BenchTrees.INT, null);
         });
         ways.put("literal", (times, sink) -> {
             for (int i = 0; i < times; ++i)
-                sink.last = Literal.get(places.bare, places.place(i), Places.INT, null);
+                sink.last = Literal.get(trees.bare, trees.path(i), BenchTrees.INT, null);
         });
         TwoThreads.measure(rounds, "two threads, natives", ways);
     }

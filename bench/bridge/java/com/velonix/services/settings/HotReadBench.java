@@ -5,9 +5,9 @@ import java.lang.management.ManagementFactory;
 import java.util.concurrent.ConcurrentHashMap;
 
 /**
- * Reading through the public API: a held setting that has not changed, with what it keeps; one that
- * has changed each time; and one that is looked up by its path each time. Beside them a plain map.
- * Prints a table, with the bytes that a read allocates.
+ * Measures reads through the public API: of a held setting whose value is cached, of one that
+ * changes before each read, and of one that is looked up by its path each time; also of a plain
+ * map. Prints a table with the bytes that a read allocates.
  */
 public final class HotReadBench {
     private static final int ROUNDS = 21, TIMES = 1_000_000, WARM_UPS = 15;
@@ -24,12 +24,12 @@ public final class HotReadBench {
         NativeLibrary.load();
         System.loadLibrary("bridgefloors");
         Literal.prepare();
-        try (Places places = Places.ofKeys(1000)) {
-            SettingPath node = places.root.path("top", "n1");
-            Setting<Integer> size = node.setting(Places.INT, Integer.class);
-            Setting<String> text = node.setting(Places.TEXT, String.class);
+        try (BenchTrees trees = BenchTrees.ofKeys(1000)) {
+            SettingPath node = trees.root.path("top", "n1");
+            Setting<Integer> size = node.setting(BenchTrees.INT, Integer.class);
+            Setting<String> text = node.setting(BenchTrees.TEXT, String.class);
             Setting<Integer> changing =
-                    places.root.path("top", "n2").setting(Places.INT, Integer.class);
+                    trees.root.path("top", "n2").setting(BenchTrees.INT, Integer.class);
             ConcurrentHashMap<String, Integer> map = new ConcurrentHashMap<>();
             for (int i = 0; i < 1000; ++i) map.put("top.n1.k" + i, i);
             System.out.println("| read | ns | spread | bytes |\n|---|---:|---:|---:|");
@@ -56,18 +56,18 @@ public final class HotReadBench {
             measure("by path: `root.path(..).setting(..).get()`", TIMES / 50, times -> {
                 int total = 0;
                 for (int i = 0; i < times; ++i)
-                    total += places.root.path(places.place(i))
-                                     .setting(Places.INT, Integer.class)
+                    total += trees.root.path(trees.path(i))
+                                     .setting(BenchTrees.INT, Integer.class)
                                      .get();
                 return total;
             });
-            // A read at a level is never kept.
-            measure("uncached: `get(SettingLevel.FACTORY)` of a held `Setting<Integer>`", TIMES / 10,
-                    times -> {
-                        int total = 0;
-                        for (int i = 0; i < times; ++i) total += size.get(SettingLevel.FACTORY);
-                        return total;
-                    });
+            // A read at a level is not cached.
+            String uncached = "uncached: `get(SettingLevel.FACTORY)` of a held `Setting<Integer>`";
+            measure(uncached, TIMES / 10, times -> {
+                int total = 0;
+                for (int i = 0; i < times; ++i) total += size.get(SettingLevel.FACTORY);
+                return total;
+            });
             measure("a set of a held `Setting<Integer>`, in memory", TIMES / 10, times -> {
                 for (int i = 0; i < times; ++i) changing.set(i, SettingLevel.SESSION);
                 return times;
@@ -89,7 +89,7 @@ public final class HotReadBench {
             System.out.println("nothing was read");
     }
 
-    private static void measure(String what, int times, Loop loop) throws Exception {
+    private static void measure(String work, int times, Loop loop) throws Exception {
         for (int i = 0; i < WARM_UPS; ++i) sum += loop.run(times);
         double[] nanos = new double[ROUNDS];
         long allocated = allocatedBytes();
@@ -99,7 +99,7 @@ public final class HotReadBench {
             nanos[round] = (System.nanoTime() - start) / (double) times;
         }
         double bytes = (allocatedBytes() - allocated) / (double) ROUNDS / times;
-        System.out.printf("| %s | %.1f | %.1f - %.1f | %.0f |%n", what, Rounds.median(nanos),
+        System.out.printf("| %s | %.1f | %.1f - %.1f | %.0f |%n", work, Rounds.median(nanos),
                 Rounds.quantile(nanos, 0.1), Rounds.quantile(nanos, 0.9), bytes);
     }
 

@@ -6,8 +6,8 @@ import java.util.ArrayList;
 import java.util.List;
 
 /**
- * Listeners in number, each an object of its own on a node of its own: the time that a registration
- * and its end take while there are 1,000 and 10,000 of them, and the memory of one. Prints a table.
+ * Measures many listeners, each a separate object on a separate node: the times to register and to
+ * close one among 1,000 and among 10,000, and its memory. Prints a table.
  */
 public final class ListenerBench {
     private static final int[] COUNTS = {1000, 10_000};
@@ -16,7 +16,7 @@ public final class ListenerBench {
     private ListenerBench() {}
 
     public static void main(String[] arguments) throws Exception {
-        // Memory first: later rounds would use again what earlier ones have freed.
+        // Memory first: later rounds reuse memory that earlier ones have freed.
         warmUp();
         memory(10_000);
         System.out.println("| listeners | register, ns each | spread | close, ns each | spread |");
@@ -32,13 +32,14 @@ public final class ListenerBench {
 
     private static void memory(int count) throws Exception {
         try (SettingPath root = treeOf(count)) {
-            // The listeners and their places are the program's own, so they are there before.
-            SettingPath[] places = places(root, count);
+            // The listeners and paths belong to the program, so they are made before the
+            // measurement.
+            SettingPath[] paths = paths(root, count);
             SettingListener[] listeners = listeners(count);
             Registration[] registrations = new Registration[count];
             long heap = heapUsed();
             long resident = resident();
-            for (int i = 0; i < count; ++i) registrations[i] = places[i].addListener(listeners[i]);
+            for (int i = 0; i < count; ++i) registrations[i] = paths[i].addListener(listeners[i]);
             long nativeBytes = (resident() - resident) / count;
             long javaBytes = (heapUsed() - heap) / count;
             System.out.printf("memory of one registration among %,d: %,d bytes of Java heap, %,d"
@@ -87,10 +88,10 @@ public final class ListenerBench {
         registrations.forEach(Registration::close);
     }
 
-    private static SettingPath[] places(SettingPath root, int count) {
-        SettingPath[] places = new SettingPath[count];
-        for (int i = 0; i < count; ++i) places[i] = root.path("n" + i);
-        return places;
+    private static SettingPath[] paths(SettingPath root, int count) {
+        SettingPath[] paths = new SettingPath[count];
+        for (int i = 0; i < count; ++i) paths[i] = root.path("n" + i);
+        return paths;
     }
 
     private static SettingListener[] listeners(int count) {

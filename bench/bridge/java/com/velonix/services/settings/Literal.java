@@ -1,25 +1,24 @@
 package com.velonix.services.settings;
 
 /**
- * The literal floor: the JNI work that each native method needs, written by hand in the shortest
- * literal way (each step one direct JNI call, every class and identifier cached) on a bare tree of
- * hash tables without types, locks or events.
+ * The literal floor: the JNI work of each native method, written by hand (each step one direct JNI
+ * call, every class and identifier cached) on a bare tree of hash tables without types and locks.
  */
 final class Literal {
     private Literal() {}
 
-    /** Finds classes and identifiers; once, before anything else here. */
+    /** Looks up classes and identifiers. The caller must call it once, before all other methods. */
     static native void prepare();
 
     static native void empty();
 
-    /** What the process has allocated of the native heap. */
+    /** Returns the bytes of the native heap that the process has allocated. */
     static native long nativeBytes();
 
-    /** A bare tree: a node "top" with nodes "n0", "n1" and so on, empty. */
+    /** Makes a bare tree: a node "top" with empty nodes "n0", "n1" and so on. */
     static native long createTree(int nodes);
 
-    /** Puts a value into one level of a key, which is made if need be. */
+    /** Sets the value of a key at one level; adds the key if it does not exist. */
     static native void put(long tree, String[] path, String key, SettingInfo value, int level);
 
     static native SettingInfo get(long tree, String[] path, String key, String level)
@@ -28,7 +27,7 @@ final class Literal {
     static native void set(
             long context, long tree, String[] path, String key, SettingInfo value, String level);
 
-    /** Adds a listener of one key; set() then delivers to it. */
+    /** Adds a listener of one key, which set() then calls. */
     static native void addListener(
             long tree, String[] path, String key, Object source, SettingListener listener);
 

@@ -10,22 +10,22 @@ import java.util.List;
 import java.util.Map;
 
 /**
- * Measures several ways of doing the same work in turn, round after round, so that whatever else
- * the machine does meets all of them. The first way is ours; a ratio is ours divided by another
- * way, as the median of the ratios within one round.
+ * Measures several ways of doing the same work in turn, round after round, so that other load of
+ * the machine affects all of them alike. The first way is ours. A ratio is ours divided by another
+ * way: the median of the ratios of all rounds.
  *
- * <p>Results are lines of work, way, unit, median, tenth and ninetieth of a hundred, ratio, with
- * tabs between them.
+ * <p>A result is a line of work, way, unit, median, 10th and 90th percentile, and ratio, separated
+ * by tabs.
  */
 final class Rounds {
-    /** A loop over the work, which gives what it reads to the sink. */
+    /** A loop over the work that stores its results in the sink. */
     interface Loop {
         void run(int times, Sink sink) throws Throwable;
     }
 
     private static final int WARM_UPS = 6;
     private static final long PART_NANOS = 8_000_000;
-    /** Work of which one takes longer than this gets few rounds. */
+    /** Work that takes longer than this gets few rounds. */
     private static final long SLOW_NANOS = 100_000_000;
     private static final int SLOW_ROUNDS = 5, SLOW_WARM_UPS = 2;
 
@@ -44,7 +44,7 @@ final class Rounds {
         measure(work, named);
     }
 
-    /** Measures the ways, nanoseconds each; ours is the first. */
+    /** Measures the nanoseconds of each way; ours is the first. */
     void measure(String work, Map<String, Loop> named) throws Throwable {
         Loop[] ways = named.values().toArray(new Loop[0]);
         int[] times = new int[ways.length];
@@ -57,7 +57,7 @@ final class Rounds {
                     break;
                 times[way] = (int) Math.max(1, PART_NANOS / Math.max(took / times[way], 1));
             }
-            // Whatever is compiled late has been by then.
+            // Gives the compiler time for late compilations.
             while (nanos(ways[way], times[way]) < PART_NANOS / 2) times[way] *= 2;
             longest = Math.max(longest, nanos(ways[way], times[way]) / times[way]);
         }
@@ -71,7 +71,9 @@ final class Rounds {
         record(work, named.keySet(), "ns", each);
     }
 
-    /** Records what was measured elsewhere, a row of figures for each way, round by round. */
+    /**
+     * Records figures that the caller has measured: a row for each way, a figure for each round.
+     */
     void record(String work, Iterable<String> names, String unit, double[][] each) {
         int way = 0;
         for (String name : names) {

@@ -1,12 +1,12 @@
 package com.velonix.services.settings;
 
 /**
- * Takes what a loop reads, so that no reading is found to be of no use. Each run of a loop has one
- * of its own: threads share none, and storing into an object that is old would cost more.
+ * Takes the results of a loop, so that the compiler cannot remove the reads. Each run of a loop has
+ * a new one: threads share none, and a store into an old object would cost more.
  */
 final class Sink {
     Object last;
 
-    /** With these the objects of two threads are in different cache lines wherever they are. */
+    /** Padding that keeps the objects of two threads in different cache lines. */
     private long a, b, c, d, e, f, g, h;
 }

@@ -3,10 +3,10 @@ package com.velonix.services.settings;
 import java.util.Map;
 import java.util.concurrent.CountDownLatch;
 
-/** How many times one thread's rate two threads reach that do the same work at once. */
+/** Measures the rate of two threads at the same work as a multiple of one thread's rate. */
 final class TwoThreads {
     private static final int ROUNDS = 21, WARM_UPS = 3;
-    /** Of one thread's part: much longer than two threads take to start. */
+    /** The least time of one run, much longer than the start of two threads. */
     private static final long PART_NANOS = 20_000_000;
 
     private TwoThreads() {}
@@ -35,7 +35,7 @@ final class TwoThreads {
         return times;
     }
 
-    /** How often in a nanosecond all threads together do the work. */
+    /** Returns the number of times per nanosecond that all threads together do the work. */
     private static double rate(Rounds.Loop loop, int times, int threads)
             throws InterruptedException {
         CountDownLatch ready = new CountDownLatch(threads), go = new CountDownLatch(1);
