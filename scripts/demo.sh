@@ -21,4 +21,4 @@ demo() {
 demo
 echo
 echo "== A second run, in a new process"
-demo | sed -n '/^== What an earlier run/,/^$/p'
+demo | sed -n '/^== Values of an earlier run/,/^$/p'

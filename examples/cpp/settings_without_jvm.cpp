@@ -1,6 +1,6 @@
-// The settings service in a C++ program, without any Java machine: loads a settings file, reads and
-// sets values, lets a validator refuse one, commits several as one transaction and listens to it
-// all.
+// Uses the settings service in a C++ program without a JVM: loads a settings file, reads and sets
+// values, has a validator refuse one, commits several as one transaction, and listens to the
+// changes.
 //
 //   settings_without_jvm FILE     with examples/cpp/editor.xml as FILE, for instance
 #include <cstdio>
@@ -20,7 +20,7 @@ using zlutil::settings::SettingsProblems;
 using zlutil::settings::SettingsValueChangeEvent;
 using zlutil::settings::ZSettings;
 
-// A validator: nothing for a valid value, else the reason why not.
+// A validator: returns none for a valid value, else the reason why it is refused.
 boost::optional<std::string> checkZoom(const boost::shared_ptr<const Settings>&,
                                        const std::string& key, const boost::any& value) {
   if (boost::any_cast<double>(value) > 0) return boost::none;
@@ -39,18 +39,18 @@ void run(const std::string& file) {
       Settings::importAsStandaloneObject(base::to_ustring(file));
   const boost::shared_ptr<Settings> editor = root->getChild("editor");
 
-  // A listener on a node hears of every key below it, for as long as the connection lives.
+  // A listener on a node receives the changes of all keys below it until the connection is closed.
   const zlutil::eventmgr::ScopedConnection connection(
       root->addListener<SettingsValueChangeEvent>([](const SettingsValueChangeEvent& event) {
         utPrintf("  changed: %s\n", event.getObj()->getPath().c_str());
       }));
 
-  utPrintf("The font size in effect is %d.\n",
+  utPrintf("The effective font size is %d.\n",
            boost::any_cast<int>(editor->getValue("fontSize", "")));
   utPrintf("Setting it for this user:\n");
   editor->setAny("fontSize", 14, "user");
 
-  utPrintf("Adding a key that a validator guards:\n");
+  utPrintf("Adding a key with a validator:\n");
   const boost::shared_ptr<Settings> zoom =
       ZSettings::createSettingsNode("zoom", true, true, CValidator(&checkZoom));
   zoom->attachTo(editor);
@@ -68,7 +68,7 @@ void run(const std::string& file) {
   changes[1].second = 2.0;
   utPrintf("Committing them, with the second one corrected:\n");
   print(root->multipleSet(changes.begin(), changes.end(), "user"));
-  utPrintf("The font size in effect is %d.\n",
+  utPrintf("The effective font size is %d.\n",
            boost::any_cast<int>(editor->getValue("fontSize", "")));
 }
 

@@ -1,7 +1,7 @@
 import com.velonix.services.settings.Setting;
 import com.velonix.services.settings.SettingPath;
 
-/** The least that a program does with settings. */
+/** The example of README.md: reads and sets one value. */
 public final class ReadmeExample {
     private ReadmeExample() {}
 

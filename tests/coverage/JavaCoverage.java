@@ -12,8 +12,8 @@ import org.jacoco.core.analysis.ICounter;
 import org.jacoco.core.tools.ExecFileLoader;
 
 /**
- * Says what of a jar the tests have reached. Arguments: what was recorded, the jar, and the file
- * for the lines that were not reached, or in which not every branch was taken.
+ * Prints the lines and branches of a jar that the tests cover. Arguments: the recorded execution
+ * data, the jar, and the output file for the lines that are not covered, or only in part.
  */
 public final class JavaCoverage {
     private JavaCoverage() {}
@@ -55,8 +55,8 @@ public final class JavaCoverage {
         try (InputStream bytes = jar.getInputStream(entry)) {
             analyzer.analyzeClass(bytes, entry.getName());
         } catch (IOException failed) {
-            // The distribution's analyzer is older than sealed types. The agent is too: there is
-            // nothing recorded about them.
+            // The distribution's analyzer and agent do not support sealed types, so there is no
+            // execution data for them.
             if (!(failed.getCause() instanceof UnsupportedOperationException))
                 throw failed;
             System.out.println("not counted: " + entry.getName());

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks the native libraries in the jar: that they are hardened, and that the dynamic linker looks for
-# what they need in their own folder and in the system's and nowhere else.
+# Checks that the native libraries in the jar are hardened, and that the dynamic linker looks for the
+# libraries that they need only in their own folder and in those of the system.
 #
 #   bundled_libraries.sh java-home jar test-classes
 set -euo pipefail
@@ -26,7 +26,7 @@ for library in "${libraries[@]}"; do
   readelf --program-headers --wide "$library" | grep GNU_RELRO >relro || fail "$name has no RELRO"
   readelf --dyn-syms --wide "$library" >symbols
   grep -q '__stack_chk_fail' symbols || fail "$name does not check its stack"
-  # Each compiler unit says by which options it was made.
+  # The debug information has the options of each compilation unit.
   readelf --debug-dump=info --dwarf-depth=1 "$library" | grep DW_AT_producer >units || true
   [[ -s units ]] || fail "$name does not tell how it was compiled"
   for option in stack-protector-strong stack-clash-protection cf-protection; do

@@ -32,8 +32,8 @@ final class Changing {
             print("removed", event);
         }
 
-        private void print(String what, SettingChangeEvent event) {
-            System.out.println("    heard: " + event + " " + what);
+        private void print(String kind, SettingChangeEvent event) {
+            System.out.println("    heard: " + event + " " + kind);
         }
     };
 

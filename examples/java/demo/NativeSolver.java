@@ -5,12 +5,12 @@ import com.velonix.services.settings.Setting;
 import com.velonix.services.settings.SettingPath;
 import java.nio.file.Path;
 
-/** A solver written in C++ that changes a setting; Java listens. */
+/** Has a solver in C++ change a setting, and listens in Java. */
 final class NativeSolver {
     private NativeSolver() {}
 
     static void show(SettingPath process) throws Exception {
-        // Beside this program's jar, where the build puts it.
+        // The build puts the library beside the jar of this program.
         Path jar = Path.of(
                 NativeSolver.class.getProtectionDomain().getCodeSource().getLocation().toURI());
         System.load(jar.resolveSibling(System.mapLibraryName("demo_solver")).toString());
@@ -26,6 +26,6 @@ final class NativeSolver {
         System.out.println("tolerance: " + tolerance.get());
     }
 
-    /** Multiplies the tolerance by ten on a native thread, and waits for it. */
+    /** Multiplies the tolerance by ten on a native thread, and waits for the thread. */
     private static native void relaxTolerance();
 }

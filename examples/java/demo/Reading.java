@@ -13,13 +13,13 @@ import java.util.List;
 import java.util.concurrent.Callable;
 import java.util.stream.Stream;
 
-/** Ways to read a key, and what happens when there is nothing to read. */
+/** Reads keys in several ways, and shows the failures. */
 final class Reading {
     private Reading() {}
 
     static void show(SettingPath root) throws SettingException {
         Setting<String> language = root.path("application").setting("language", String.class);
-        System.out.println("in effect:       " + language.get());
+        System.out.println("effective:       " + language.get());
         for (SettingLevel level : SettingLevel.values()) {
             System.out.println("  at " + level + ": " + language.find(level).orElse("nothing"));
         }
@@ -60,12 +60,12 @@ final class Reading {
         attempt("no value", () -> solver.path("modal").setting("stepLimit", Integer.class).get());
     }
 
-    static void attempt(String what, Callable<?> call) {
+    static void attempt(String action, Callable<?> call) {
         try {
-            System.out.println(what + ": unexpectedly gave " + call.call());
+            System.out.println(action + ": unexpectedly gave " + call.call());
         } catch (Exception refused) {
             String kind = refused.getClass().getSimpleName();
-            System.out.println(what + ": " + kind + ": " + refused.getMessage());
+            System.out.println(action + ": " + kind + ": " + refused.getMessage());
         }
     }
 }

@@ -8,7 +8,7 @@ import java.util.Arrays;
 import java.util.Locale;
 import java.util.Optional;
 
-/** Prints a tree: each key with its type, its value in effect and the level that supplies it. */
+/** Prints a tree: each key with its type, its effective value and the level of that value. */
 final class TreePrinter {
     private TreePrinter() {}
 

@@ -1,8 +1,8 @@
-// The native half of demo.NativeSolver: a solver in C++ that adjusts a setting of the process on a
-// thread of its own. It knows the settings service and nothing of Java's listeners.
+// The native half of demo.NativeSolver: changes a setting of the process on a thread of its own. It
+// uses the settings service and no Java.
 //
-// It is linked to the settings host and must be loaded after the Java API has loaded that, so that
-// both mean the same library and the same settings.
+// The library is linked to the settings host and must be loaded after the Java API, which loads the
+// host, so that both use the same host and the same settings.
 #include <jni.h>
 
 #include <cstdio>

@@ -17,19 +17,19 @@ import java.util.Map;
 import java.util.concurrent.ConcurrentLinkedQueue;
 
 /**
- * Calls the public API with random and hostile arguments, on one thread and on several, and fails
- * when anything but the documented exceptions comes out. Each round has a seed of its own, which is
- * printed when it fails and can be given to run that round again; rounds on one thread then do
- * exactly the same.
+ * Calls the public API with random hostile arguments, on one thread and on several, and fails if
+ * any but the documented exceptions are thrown. Each round has a seed, which is printed if the
+ * round fails. The seed repeats the round, exactly if the round has one thread.
  *
  * <p>Arguments: seconds to run; or seconds, seed and threads of one round.
  */
 public final class ApiFuzz {
-    /** One call; what it may throw beside what every call may. */
+    /** One call of the API. */
     private interface Call {
         void make() throws Exception;
     }
 
+    /** A call, with the exceptions that it may throw beside those that every call may. */
     private record Operation(Call call, List<Class<? extends Exception>> allowed) {}
 
     private static final int CALLS = 400, THREADS = 4, KEPT = 24;
@@ -72,7 +72,7 @@ public final class ApiFuzz {
                 rounds, CALLS, THREADS);
     }
 
-    /** What went wrong. */
+    /** Runs one round and returns its failures. */
     private static List<String> round(long seed, int threads) throws Exception {
         ConcurrentLinkedQueue<String> failures = new ConcurrentLinkedQueue<>();
         SettingPath[] roots = {
@@ -90,7 +90,7 @@ public final class ApiFuzz {
         }
         for (Thread worker : workers) worker.start();
         for (Thread worker : workers) worker.join();
-        // What the round left in the settings of the process would reach into the next.
+        // The next round must not find settings of this one in the process.
         try (SettingPath process = SettingPath.processRoot()) {
             for (String child : process.children()) process.delete(child);
         }
@@ -113,14 +113,14 @@ public final class ApiFuzz {
 
     private boolean isDocumented(Throwable thrown, List<Class<? extends Exception>> allowed) {
         if (thrown instanceof NullPointerException)
-            return random.gaveNull() && !isOfMachine(thrown.getMessage());
+            return random.gaveNull() && !isMadeByJvm(thrown.getMessage());
         if (thrown instanceof IllegalStateException)
             return String.valueOf(thrown.getMessage()).matches(".*(closed|in use).*");
         return allowed.stream().anyMatch(each -> each.isInstance(thrown));
     }
 
-    /** Whether it is the machine's own account, and not the name of an argument. */
-    private static boolean isOfMachine(String message) {
+    /** Tells whether the JVM made the message; the API's own are names of arguments. */
+    private static boolean isMadeByJvm(String message) {
         return message == null || message.startsWith("Cannot ");
     }
 
@@ -140,7 +140,7 @@ public final class ApiFuzz {
         operations.put(name, new Operation(call, List.of(allowed)));
     }
 
-    private SettingPath addGuardedNode() throws SettingException {
+    private SettingPath addValidatedNode() throws SettingException {
         return path().addNode(random.name(), random.validator(), random.string());
     }
 
@@ -148,7 +148,7 @@ public final class ApiFuzz {
         return path().addKey(random.name(), random.value());
     }
 
-    private Setting<?> addGuardedKey() throws SettingException {
+    private Setting<?> addValidatedKey() throws SettingException {
         return path().addKey(random.name(), random.value(), random.level(), random.validator(),
                 random.string());
     }
@@ -172,9 +172,10 @@ public final class ApiFuzz {
         operation("exists", () -> path().exists());
         operation("isNode", () -> path().isNode(random.string()), service);
         operation("addNode", () -> keep(paths, path().addNode(random.name())), service, argument);
-        operation("addNode guarded", () -> keep(paths, addGuardedNode()), service, argument);
+        operation("addNode validated", () -> keep(paths, addValidatedNode()), service, argument);
         operation("addKey", () -> keep(settings, addKey()), service, argument, type);
-        operation("addKey guarded", () -> keep(settings, addGuardedKey()), service, argument, type);
+        operation("addKey validated",
+                () -> keep(settings, addValidatedKey()), service, argument, type);
         operation("delete", () -> path().delete(random.name()), service);
         operation("copyTo", this::copy, service, argument, UnsupportedOperationException.class);
         operation("listen to a node",
@@ -189,7 +190,7 @@ public final class ApiFuzz {
         operation("level", () -> setting().level(), service);
         operation("declaredType", () -> setting().declaredType(), service);
         operation("isSet", () -> setting().isSet(random.level()));
-        operation("exists as a key", () -> isThere(setting()));
+        operation("exists as a key", () -> existsAndIsSet(setting()));
         operation("set", () -> set(setting(), random.value(), random.level()), service, type);
         operation("unset", () -> setting().unset(random.level()), service);
         operation("listen to a key",
@@ -230,7 +231,7 @@ public final class ApiFuzz {
             all.add(one);
         } else {
             T dropped = all.set(random.number(KEPT), one);
-            // A tree that is forgotten closes itself; these do not.
+            // A cleaner closes an unreferenced tree; these must be closed here.
             if (dropped instanceof Registration registration)
                 registration.close();
             if (dropped instanceof SettingTransaction transaction)
@@ -257,11 +258,11 @@ public final class ApiFuzz {
         return transactions.get(random.number(transactions.size()));
     }
 
-    private static boolean isThere(Setting<?> setting) {
+    private static boolean existsAndIsSet(Setting<?> setting) {
         return setting.exists() && setting.isSet();
     }
 
-    /** Whatever class the setting has been promised. */
+    /** Sets a value of any class, also of another one than the setting's. */
     @SuppressWarnings("unchecked")
     private static void set(Setting<?> setting, Object value, SettingLevel level)
             throws SettingException {

@@ -25,8 +25,7 @@ import java.util.concurrent.atomic.AtomicInteger;
 import java.util.function.Consumer;
 
 /**
- * Arguments that a caller should not give, and some that it should, made from a seed. For one
- * thread.
+ * Makes invalid and valid arguments for calls of the API, at random from a seed. For one thread.
  */
 final class Hostile {
     private static final int HUGE = 20_000;
@@ -57,7 +56,7 @@ final class Hostile {
         random = new Random(seed);
     }
 
-    /** Whether a null, or something with a null in it, was given since the last question. */
+    /** Tells whether a null, or a value with a null in it, was made since the last call. */
     boolean gaveNull() {
         boolean gave = gaveNull;
         gaveNull = false;
@@ -107,23 +106,23 @@ final class Hostile {
         Object scalar = oneOf(SCALARS);
         if (oneIn(2))
             return orNull(scalar);
-        // Many long texts would only find the end of the memory.
+        // Many long texts would only use up the memory.
         boolean huge = oneIn(20) && !(scalar instanceof String text && text.length() == HUGE);
         Object array = Array.newInstance(scalar.getClass(), huge ? HUGE : random.nextInt(4));
         for (int i = 0; i < Array.getLength(array); ++i) Array.set(array, i, scalar);
         return scalar instanceof Integer && oneIn(2) ? new int[random.nextInt(3)] : array;
     }
 
-    /** What a settings file might hold after an accident. */
+    /** Returns the text of a damaged settings file. */
     String fileText() {
         StringBuilder text = new StringBuilder("<settings version=\"1\"><node name=\"n\">"
                 + "<key name=\"k\" type=\"int\"><value>3</value></key></node></settings>");
         for (int i = random.nextInt(4); i > 0; --i) {
-            int at = random.nextInt(text.length());
+            int position = random.nextInt(text.length());
             switch (random.nextInt(3)) {
-                case 0 -> text.deleteCharAt(at);
-                case 1 -> text.insert(at, (char) random.nextInt(128));
-                default -> text.insert(at, text.substring(at / 2, at));
+                case 0 -> text.deleteCharAt(position);
+                case 1 -> text.insert(position, (char) random.nextInt(128));
+                default -> text.insert(position, text.substring(position / 2, position));
             }
         }
         return text.toString();
@@ -180,8 +179,8 @@ final class Hostile {
     }
 
     /**
-     * Sets what it hears of, which calls it again, until the stack is full. Only so often: two of
-     * them that hear of each other would double with every call that fits on the stack.
+     * Sets the key of each event, which calls it again, until the stack is full. The number of calls
+     * is limited, because two such listeners double the calls at every depth.
      */
     private static final class Meddling implements SettingListener {
         private static final int CALLS = 1000;
@@ -204,12 +203,12 @@ final class Hostile {
                         .setting(event.name(), Object.class)
                         .set((int) System.nanoTime() ^ number, SettingLevel.SESSION);
             } catch (SettingException refused) {
-                // Somebody else has removed it, or it is no number.
+                // Another thread has removed the key, or it has values of another type.
             }
         }
     }
 
-    /** Validators that do what they must not. */
+    /** The base of validators that break the rules for validators. */
     static class Throwing implements ValueValidator {
         public Throwing(String argument) {}
 

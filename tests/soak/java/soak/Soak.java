@@ -25,14 +25,14 @@ import java.util.concurrent.atomic.AtomicInteger;
 import java.util.concurrent.atomic.AtomicLongArray;
 
 /**
- * Does everything that the API has, on several threads and for a stated time, and checks what comes
- * back; then compares what the process holds with what it held after the first part of the time.
+ * Runs all operations of the API on several threads for a given time and checks the results; then
+ * compares the resources of the process with those after the first tenth of the time.
  *
- * <p>Each thread changes nodes of its own, so it knows what it must find, and reads and hears what
- * the others do. A registration ends before its entry is removed: those on removed entries are kept
- * for the life of the process, which is known and no finding here.
+ * <p>Each thread changes a node of its own, whose values it knows, and reads those of the others.
+ * Registrations are closed before their entries are removed, because those on removed entries are
+ * kept, as is known, until the process ends.
  *
- * <p>The argument is the time in seconds; what the process holds is compared from a minute on.
+ * <p>The argument is the time in seconds; resources are compared from 60 seconds on.
  */
 public final class Soak {
     /** One piece of work of one worker. */
@@ -41,9 +41,9 @@ public final class Soak {
     }
 
     private static final int THREADS = 4, PARTS = 10;
-    /** In less time the machine is still compiling, and growth says nothing. */
+    /** In less time the JVM is still compiling, and growth means nothing. */
     private static final long JUDGED_SECONDS = 60;
-    /** What the process may hold more at the end than at the first look. */
+    /** The allowed growth between the first and the last measurement. */
     private static final Usage BOUNDS = new Usage(32 * 1024, 2, 2, 50, 200);
 
     private static final Map<String, Work> WORKS = new TreeMap<>();
@@ -100,11 +100,11 @@ public final class Soak {
                 BOUNDS.weakGlobals());
     }
 
-    private static void compare(String what, long first, long last, long bound) {
-        System.out.printf(
-                "soak, %s: first %,d, last %,d, allowed growth %,d%n", what, first, last, bound);
+    private static void compare(String resource, long first, long last, long bound) {
+        System.out.printf("soak, %s: first %,d, last %,d, allowed growth %,d%n", resource, first,
+                last, bound);
         if (last - first > bound)
-            FAILURES.add(what + " grew from " + first + " to " + last);
+            FAILURES.add(resource + " grew from " + first + " to " + last);
     }
 
     private static void check(boolean holds, String fact) {
@@ -112,7 +112,7 @@ public final class Soak {
             throw new AssertionError(fact);
     }
 
-    /** Refuses 13, and reads another setting first. */
+    /** A validator that reads another setting and refuses 13. */
     public static final class Superstition implements ValueValidator {
         public Superstition(String argument) {}
 
@@ -195,8 +195,8 @@ public final class Soak {
             try (Registration registration = node.addListener(new Counting(heard))) {
                 node.delete("added");
             }
-            check(heard.get() == 1, "a removal is heard once");
-            check(!added.exists(), "what was removed is gone");
+            check(heard.get() == 1, "a removal is reported once");
+            check(!added.exists(), "a removed node does not exist");
         }
 
         void listen() throws Exception {
@@ -210,7 +210,8 @@ public final class Soak {
                 key.set(++fresh, SettingLevel.SESSION);
             }
             key.set(++fresh, SettingLevel.SESSION);
-            check(heard.get() == 2, "each listener hears once, and not after it was closed");
+            check(heard.get() == 2,
+                    "each listener is called once, and not after its registration was closed");
         }
 
         void validate() throws Exception {
@@ -222,9 +223,10 @@ public final class Soak {
         private void refused(String key, int value) throws Exception {
             try {
                 node.setting(key, Integer.class).set(value, SettingLevel.SESSION);
-                check(false, "a validator's refusal is heard");
+                check(false, "a value that the validator refuses is refused");
             } catch (SettingValidationException expected) {
-                check(node.setting(key, Integer.class).get() != value, "it was not stored");
+                check(node.setting(key, Integer.class).get() != value,
+                        "a refused value is not stored");
             }
         }
 
@@ -253,15 +255,15 @@ public final class Soak {
         void readOthers() throws Exception {
             try (SettingPath process = SettingPath.processRoot()) {
                 for (String other : process.nodes()) {
-                    SettingPath at = process.path(other);
-                    int luck = at.setting("lucky", Integer.class).get();
-                    int range = at.setting("range", Integer.class).get();
-                    check(luck != 13 && range <= 10, "nobody sees what was refused");
+                    SettingPath path = process.path(other);
+                    int luck = path.setting("lucky", Integer.class).get();
+                    int range = path.setting("range", Integer.class).get();
+                    check(luck != 13 && range <= 10, "no thread reads a refused value");
                 }
             }
         }
 
-        /** The cleaner has to close them; a thread that ends takes what it had with it. */
+        /** Leaves a tree to the cleaner, and now and then ends a thread that has used settings. */
         void forget() throws Exception {
             SettingPath.standalone().addKey("k", ++fresh);
             if (random.nextInt(20) != 0)

@@ -9,13 +9,13 @@ import java.util.stream.Stream;
 import javax.management.ObjectName;
 
 /**
- * What the process holds, after garbage has been collected.
+ * The resources of the process after a garbage collection.
  *
- * @param kilobytes of memory that is resident
- * @param threads of Java and of native code
- * @param files descriptors that are open
- * @param globals global references of native code to Java objects
- * @param weakGlobals the same, weak ones
+ * @param kilobytes the resident memory
+ * @param threads the number of threads, Java's and native ones
+ * @param files the number of open file descriptors
+ * @param globals the number of global JNI references
+ * @param weakGlobals the number of weak global JNI references
  */
 record Usage(long kilobytes, long threads, long files, long globals, long weakGlobals) {
     private static final Pattern REFERENCES =
@@ -26,7 +26,7 @@ record Usage(long kilobytes, long threads, long files, long globals, long weakGl
     static Usage now() throws Exception {
         for (int i = 0; i < COLLECTIONS; ++i) {
             System.gc();
-            // What was forgotten is closed by another thread.
+            // Gives the cleaner's thread time to close unreferenced objects.
             Thread.sleep(CLEANING_MILLIS);
         }
         Object dump = ManagementFactory.getPlatformMBeanServer().invoke(
@@ -34,7 +34,7 @@ record Usage(long kilobytes, long threads, long files, long globals, long weakGl
                 new Object[] {new String[0]}, new String[] {String[].class.getName()});
         Matcher references = REFERENCES.matcher((String) dump);
         if (!references.find())
-            throw new IllegalStateException("the virtual machine does not tell its references");
+            throw new IllegalStateException("The thread dump has no line with the JNI references");
         long files;
         try (Stream<Path> open = Files.list(Path.of("/proc/self/fd"))) {
             files = open.count();

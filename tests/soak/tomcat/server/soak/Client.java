@@ -6,7 +6,7 @@ import java.net.HttpURLConnection;
 import java.net.URL;
 import java.nio.charset.StandardCharsets;
 
-/** Requests an application over and over, and judges every answer. */
+/** A thread that requests an application again and again and checks every response. */
 final class Client extends Thread {
     private static final int MOST_REQUESTS = 100_000;
 
@@ -19,10 +19,10 @@ final class Client extends Thread {
     private String failure;
 
     /**
-     * Starts it.
+     * Starts the thread.
      *
-     * @param key the key that nobody else uses
-     * @param mayBeMissing whether the application is away at times
+     * @param key a key that no other client uses
+     * @param mayBeMissing true if the application is undeployed at times
      */
     Client(int port, String application, String key, boolean mayBeMissing) {
         url = "http://localhost:" + port + "/" + application + "/?key=" + key + "&value=";
@@ -30,7 +30,7 @@ final class Client extends Thread {
         start();
     }
 
-    /** Waits for its last answer. Throws AssertionError if one was not as expected. */
+    /** Waits for the last response. Throws AssertionError if any response was not as expected. */
     void end() throws InterruptedException {
         stopped = true;
         join();

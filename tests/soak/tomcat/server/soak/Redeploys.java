@@ -14,9 +14,9 @@ import org.apache.catalina.startup.HostConfig;
 import org.apache.catalina.startup.Tomcat;
 
 /**
- * A Tomcat with two applications that hold the jar: one stays, the other is removed and deployed
- * anew, while clients request both. Arguments: the applications' archive, the server's folder, and
- * how often.
+ * Runs a Tomcat with two applications that contain the jar. One stays; the other is undeployed and
+ * deployed again while clients request both. Arguments: the archive of the applications, the folder
+ * of the server, and the number of redeployments.
  */
 public final class Redeploys {
     private static final long PATIENCE_MILLIS = 60_000;
@@ -57,7 +57,7 @@ public final class Redeploys {
         } catch (Exception | AssertionError failed) {
             failed.printStackTrace(System.out);
         }
-        // The server's threads and the clients' would go on.
+        // Threads of the server and of clients may still run.
         System.exit(status);
     }
 
@@ -87,7 +87,7 @@ public final class Redeploys {
                 times, answered, missing, loaders.size());
     }
 
-    /** Clients request both applications meanwhile; returns when only what is deployed is left. */
+    /** Redeploys under requests, then waits until the loaders of undeployed ones are collected. */
     private void redeployUnderLoad(int times) throws Exception {
         List<Client> clients = new ArrayList<>();
         int port = tomcat.getConnector().getLocalPort();
@@ -129,7 +129,7 @@ public final class Redeploys {
     }
 
     private static long libraries() throws IOException {
-        // Names of files are bytes, which need not be text.
+        // File names may be any bytes, so they are not decoded as UTF-8.
         return Files.readString(Path.of("/proc/self/maps"), StandardCharsets.ISO_8859_1)
                 .lines()
                 .filter(line -> line.contains(".so"))
@@ -138,16 +138,16 @@ public final class Redeploys {
                 .count();
     }
 
-    private static void report(String what, long before, long after) {
-        System.out.printf("%s: %,d after %d redeploys, %,d at the end%n", what, before,
+    private static void report(String resource, long before, long after) {
+        System.out.printf("%s: %,d after %d redeploys, %,d at the end%n", resource, before,
                 REDEPLOYS_BEFORE_COUNTING, after);
     }
 
-    private static void await(String what, Callable<Boolean> state) throws Exception {
+    private static void await(String condition, Callable<Boolean> state) throws Exception {
         long end = System.currentTimeMillis() + PATIENCE_MILLIS;
         while (!state.call()) {
             if (System.currentTimeMillis() > end)
-                throw new AssertionError("not so: " + what + "; now " + Usage.now());
+                throw new AssertionError("not so: " + condition + "; now " + Usage.now());
             System.gc();
             Thread.sleep(10);
         }

@@ -18,15 +18,15 @@ import java.util.concurrent.atomic.AtomicReference;
 import org.junit.jupiter.api.Test;
 
 /**
- * Values that a setting keeps. Each native call makes a text anew, so the same text again shows
- * that there was none.
+ * Cached values of settings. Each native call makes a new String, so the same String again shows
+ * that there was no native call.
  */
 class CachedValueTest extends OneKeyTree {
     private static final int READERS = 3;
     private static final int CHANGES = 20_000;
 
     @Test
-    void whatNothingHasChangedIsNotReadAgain() throws Exception {
+    void anUnchangedValueIsReadFromTheCache() throws Exception {
         Setting<String> text = node.addKey("text", "value");
         String first = text.get();
         assertSame(first, text.get());
@@ -39,19 +39,19 @@ class CachedValueTest extends OneKeyTree {
         assertSame(first, root.path("node").setting("text", String.class).get());
         for (int i = 0; i < 5000; ++i) node.setting("other" + i, String.class);
         assertNotSame(
-                first, node.setting("text", String.class).get(), "a tree keeps a bounded number");
+                first, node.setting("text", String.class).get(), "a tree caches a bounded number");
     }
 
     @Test
-    void eachChangeIsReadAtOnceWhateverTheNames() throws Exception {
+    void changesAreReadAtOnceForAllLengthsOfNames() throws Exception {
         String longest = "n".repeat(63);
         for (String nodeName : new String[] {"", "a", "ab", "abc", "abcd", "abcde", longest}) {
-            SettingPath place = nodeName.isEmpty() ? root : root.addNode(nodeName);
+            SettingPath parent = nodeName.isEmpty() ? root : root.addNode(nodeName);
             for (String keyName :
                     new String[] {"k", "kl", "klm", "klmn", "klmno", "K" + longest.substring(1)}) {
-                Setting<Integer> one = place.addKey(keyName, 0);
-                // Another object than the one that reads.
-                Setting<Number> other = place.setting(keyName, Number.class);
+                Setting<Integer> one = parent.addKey(keyName, 0);
+                // Changes through another object than the one that reads.
+                Setting<Number> other = parent.setting(keyName, Number.class);
                 assertEquals(0, one.get());
                 other.set(1);
                 assertEquals(1, one.get());
@@ -69,7 +69,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void whatLeavesTheTreeIsGoneAndWhatComesInItsPlaceIsRead() throws Exception {
+    void removedKeysAreNotReadAndTheirReplacementsAre() throws Exception {
         SettingPath above = root.addNode("above");
         Setting<String> deep = above.addNode("node").addKey("deep", "first");
         SettingPath template = root.addNode("template");
@@ -89,7 +89,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void theNamesOfChildrenAreListedAgainWhenOneComesOrGoes() throws Exception {
+    void namesOfChildrenAreListedAgainAfterAnAdditionOrRemoval() throws Exception {
         SettingPath above = root.addNode("above"), list = above.addNode("list");
         assertEquals(List.of(), list.children());
         list.addKey("b", 1);
@@ -114,7 +114,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void aTransactionAndAnotherRootOfTheSameTreeAreNoticed() throws Exception {
+    void changesByTransactionsAndOtherRootsAreRead() throws Exception {
         try (SettingPath one = SettingPath.processRoot();
                 SettingPath two = SettingPath.processRoot();
                 SettingTransaction transaction = new SettingTransaction()) {
@@ -132,7 +132,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void aListenerReadsTheNewValueAndARefusedOneChangesNothing() throws Exception {
+    void aListenerReadsTheNewValueAndARefusedSetChangesNothing() throws Exception {
         Setting<String> text = node.addKey("text", "old", SettingLevel.USER, Length.class, "1..10");
         String old = text.get();
         assertThrows(SettingValidationException.class, () -> text.set("much too long for it"));
@@ -151,7 +151,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void eachReaderOfAnArrayHasOneOfItsOwn() throws Exception {
+    void eachReadReturnsACopyOfAnArray() throws Exception {
         Setting<Double[]> boxed = node.addKey("array", new Double[] {1.0, 2.0});
         Setting<double[]> bare = node.setting("array", double[].class);
         Setting<Object> any = node.setting("array", Object.class);
@@ -166,7 +166,7 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void aClosedTreeAnswersNothingThatWasKept() throws Exception {
+    void aClosedTreeReturnsNoCachedValue() throws Exception {
         assertEquals(1, key.get());
         root.close();
         assertThrows(IllegalStateException.class, key::get);
@@ -174,13 +174,13 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void noThreadReadsWhatASetThatHasReturnedReplaced() throws Exception {
+    void noThreadReadsAnOldValueAfterASetHasReturned() throws Exception {
         Setting<Number> session = node.setting("key", Number.class);
         neverStale(value -> {
             if (value % 3 == 0) {
                 session.set(value, SettingLevel.SESSION);
             } else {
-                // Above it hides nothing: what is set here comes to be in effect by the unset.
+                // The session value hides this one until it is unset.
                 key.set(value);
                 if (session.isSet(SettingLevel.SESSION))
                     session.unset(SettingLevel.SESSION);
@@ -242,25 +242,25 @@ class CachedValueTest extends OneKeyTree {
     }
 
     @Test
-    void aForgottenTreeGoesWithAllThatWasKeptOfIt() throws Exception {
+    void anUnreferencedTreeIsCollectedWithItsCache() throws Exception {
         WeakReference<String> kept = readAndForget("warm up");
         long before = Garbage.residentBytes();
         for (int i = 0; i < 60; ++i) {
             kept = readAndForget("x".repeat(8 << 20));
             System.gc();
         }
-        assertTrue(Garbage.takesAway(kept));
-        // All the trees together held twice that.
+        assertTrue(Garbage.collects(kept));
+        // Together the trees held twice that.
         assertTrue(Garbage.collectedUntil(() -> Garbage.residentBytes() - before < 250L << 20),
                 "the trees are still there");
     }
 
     @Test
-    void aClosedTreeLetsGoOfWhatWasKept() throws Exception {
+    void aClosedTreeReleasesItsCache() throws Exception {
         root.addKey("text", "x".repeat(100));
         WeakReference<String> kept = readByPath();
         root.close();
-        assertTrue(Garbage.takesAway(kept));
+        assertTrue(Garbage.collects(kept));
         assertThrows(IllegalStateException.class, () -> root.setting("text", String.class).get());
     }
 

@@ -57,7 +57,7 @@ class ChangingTest {
     }
 
     @Test
-    void readOnlyLevelsAndEntriesOfFilesStayAsTheyAre() throws Exception {
+    void readOnlyLevelsAndEntriesOfFilesCannotBeChanged() throws Exception {
         Setting<Integer> size = process.path("editor").setting("fontSize", Integer.class);
         for (SettingLevel level : List.of(SettingLevel.FACTORY, SettingLevel.WORKGROUP)) {
             Exception refused =
@@ -97,7 +97,7 @@ class ChangingTest {
     }
 
     @Test
-    void aCopyReadsLikeItsSource() throws Exception {
+    void aCopyHasTheEntriesAndValuesOfItsSource() throws Exception {
         SettingPath copy = process.path("editor").copyTo(root, "copy");
         assertEquals(process.path("editor").children(), copy.children());
         assertEquals("workgroup theme", copy.setting("theme", String.class).get());
@@ -121,7 +121,7 @@ class ChangingTest {
     }
 
     @Test
-    void theTestEnvironmentTellsWhatItHasSet() throws Exception {
+    void theTestEnvironmentReturnsTheDirectoryItHasSet() throws Exception {
         String factory = System.getenv("SETTINGS_FACTORYDIR");
         assertEquals(factory,
                 SettingTestEnvironment.setDirectories(java.nio.file.Path.of(factory),

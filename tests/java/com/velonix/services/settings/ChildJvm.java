@@ -5,16 +5,16 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 
-/** Programs that run in a Java machine of their own. */
+/** Runs programs in a JVM of their own. */
 final class ChildJvm {
     private ChildJvm() {}
 
     /**
      * Runs a program of the tests to its end.
      *
-     * @param folder for its temporary files
-     * @param jar what it has the Java API from
-     * @return what it has printed
+     * @param folder the folder for its temporary files
+     * @param jar the jar or folder with the Java API
+     * @return the output of the program
      */
     static String run(Class<?> program, Path folder, String jar, String... options)
             throws Exception {
@@ -35,7 +35,7 @@ final class ChildJvm {
         return text;
     }
 
-    /** Runs a program with the classes and the libraries that this process has. */
+    /** Runs a program with the classes and libraries of this process. */
     static String run(Class<?> program, Path folder) throws Exception {
         return run(program, folder, apiClasses(),
                 "-Djava.library.path=" + System.getProperty("java.library.path"));

@@ -10,13 +10,13 @@ import java.util.List;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
-/** Whoever comes first may come with a stack that is nearly full; it must cost nobody else. */
+/** The first use of the API on a stack that is nearly full must not break later uses. */
 class FullStackTest {
     private interface Use {
         void run() throws Exception;
     }
 
-    /** Tries its uses of the settings with every length of stack; then all of them must work. */
+    /** Uses the settings with every length of stack; afterwards every use must succeed. */
     public static final class Child {
         private static final long STACK = 512 << 10;
 
@@ -33,8 +33,8 @@ class FullStackTest {
         }
 
         public static void main(String[] arguments) throws Exception {
-            // The machine's own classes have the same weakness: what it needs to load from this jar
-            // and to make a message is not for the deep thread to initialise.
+            // A full stack also breaks the initialisation of the JVM's own classes, so those for
+            // class loading and messages are initialised here.
             System.out.println("starts with " + new SettingInfo(arguments.length));
             Child child = new Child();
             Thread deep = new Thread(null, child::dive, "deep", STACK);
@@ -48,22 +48,22 @@ class FullStackTest {
             try {
                 dive();
             } catch (StackOverflowError bottom) {
-                // From here on upwards there is a little more stack at every step.
+                // Each return of dive() leaves a little more stack for the uses below.
             }
             for (Use use : uses) {
                 try {
                     use.run();
                 } catch (Exception | Error noRoom) {
-                    // What matters is what it leaves behind.
+                    // Only the state afterwards matters.
                 }
             }
         }
 
         private <T> void keep(String name, T first, T second) throws SettingException {
-            SettingPath place = root.path();
-            Setting<T> key = place.setting(name, typeOf(first));
+            SettingPath path = root.path();
+            Setting<T> key = path.setting(name, typeOf(first));
             if (!key.exists())
-                place.addKey(name, first);
+                path.addKey(name, first);
             key.set(first);
             check(first, key.get(SettingLevel.USER));
             key.set(second);
@@ -83,7 +83,7 @@ class FullStackTest {
     }
 
     @Test
-    void firstUsesThatTheStackWasTooShortForSpoilNothing(@TempDir Path folder) throws Exception {
+    void firstUsesWithTooLittleStackBreakNoLaterUse(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(Child.class, folder);
         assertTrue(text.startsWith("starts with 0\nall works\n"), text);
     }

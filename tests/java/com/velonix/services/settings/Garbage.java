@@ -5,13 +5,13 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.concurrent.Callable;
 
-/** Waits for what happens some time after the last reference to something has gone. */
+/** Waits for the effects of garbage collection. */
 final class Garbage {
     private static final long PATIENCE_NANOS = 30_000_000_000L;
 
     private Garbage() {}
 
-    /** The memory of the process that is resident, native memory too. */
+    /** Returns the resident memory of the process, native memory included. */
     static long residentBytes() throws Exception {
         for (String line : Files.readAllLines(Path.of("/proc/self/status"))) {
             if (line.startsWith("VmRSS:"))
@@ -20,15 +20,15 @@ final class Garbage {
         throw new AssertionError("no VmRSS");
     }
 
-    /** Whether what is referred to goes away. */
-    static boolean takesAway(WeakReference<?> reference) throws Exception {
+    /** Tells whether the object is collected in time. */
+    static boolean collects(WeakReference<?> reference) throws Exception {
         return collectedUntil(() -> reference.get() == null);
     }
 
     /**
-     * Collects garbage until an effect can be seen, or patience has run out.
+     * Collects garbage until an effect shows, for at most {@link #PATIENCE_NANOS}.
      *
-     * @return whether the effect could be seen at last
+     * @return true if the effect has shown
      */
     static boolean collectedUntil(Callable<Boolean> effect) throws Exception {
         long end = System.nanoTime() + PATIENCE_NANOS;

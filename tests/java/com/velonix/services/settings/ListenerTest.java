@@ -12,7 +12,7 @@ import org.junit.jupiter.api.Test;
 
 class ListenerTest extends OneKeyTree {
     @Test
-    void aNodesListenerHearsEverythingBelowIt() throws Exception {
+    void aNodesListenerReceivesTheEventsOfAllEntriesBelowIt() throws Exception {
         try (Registration r = root.addListener(recorder)) {
             key.set(2);
             key.set(2);
@@ -29,7 +29,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void aNewKeyHasItsValueWhenItIsHeardOf() throws Exception {
+    void aNewKeyHasItsValueWhenItsAdditionIsReported() throws Exception {
         List<Object> found = new ArrayList<>();
         SettingListener reader = new SettingListener() {
             @Override
@@ -45,7 +45,7 @@ class ListenerTest extends OneKeyTree {
             node.addKey("fresh", 7);
         }
         assertEquals(List.of(Optional.of(7)), found);
-        // A value that is refused leaves the key, which is heard of too.
+        // If the value is refused, the key is added without one and reported.
         try (Registration r = node.addListener(reader)) {
             assertThrows(SettingValidationException.class,
                     () -> node.addKey("refused", 0, SettingLevel.USER, Range.class, "1..2"));
@@ -54,14 +54,14 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void listenersAtOnePlaceComeAndGoByThemselves() throws Exception {
+    void listenersOfOneKeyAreAddedAndClosedSeparately() throws Exception {
         List<String> heard = new ArrayList<>();
         Registration first = key.onChanged(event -> heard.add("first"));
         Registration second = key.onChanged(event -> {
             heard.add("second");
             event.path().size();
             first.close();
-            throw new IllegalStateException("nobody else's");
+            throw new IllegalStateException("of the second listener");
         });
         Registration third = key.onChanged(event -> heard.add("third"));
         key.set(2);
@@ -78,7 +78,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void aKeysListenerHearsOnlyOfTheKey() throws Exception {
+    void aKeysListenerReceivesOnlyEventsOfTheKey() throws Exception {
         Setting<Integer> other = node.addKey("other", 1);
         List<SettingChangeEvent> events = new ArrayList<>();
         try (Registration r = key.onChanged(events::add)) {
@@ -93,7 +93,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void anActionHearsOfItsOwnKindOfEventOnly() throws Exception {
+    void anActionRunsOnlyForItsKindOfEvent() throws Exception {
         List<String> changed = new ArrayList<>();
         List<String> added = new ArrayList<>();
         List<String> removed = new ArrayList<>();
@@ -116,7 +116,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void oneThreadsChangesAreHeardInOrderAndThoseOfATransactionAsRecorded() throws Exception {
+    void changesOfOneThreadAndOfATransactionAreReportedInOrder() throws Exception {
         try (SettingPath process = SettingPath.processRoot();
                 SettingTransaction transaction = new SettingTransaction()) {
             SettingPath editor = process.path("editor");
@@ -146,7 +146,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void eachRegistrationStandsForItselfAndEndsOnce() throws Exception {
+    void registrationsOfTheSameListenerEndSeparately() throws Exception {
         Registration first = key.onChanged(recorder::settingChanged);
         Registration second = key.onChanged(recorder::settingChanged);
         key.set(2);
@@ -159,18 +159,18 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void aRegistrationThatNobodyKeepsStaysInForce() throws Exception {
+    void anUnreferencedRegistrationStaysInForce() throws Exception {
         key.addListener(recorder);
         for (int i = 0; i < 5; ++i) {
             System.gc();
             key.set(10 + i);
         }
-        node.delete("key"); // which ends it
+        node.delete("key"); // ends the registration
         assertEquals(6, recorder.heard.size());
     }
 
     @Test
-    void aListenerThatThrowsStopsNobody() throws Exception {
+    void aListenerThatThrowsStopsNoOtherListener() throws Exception {
         try (Registration bad = root.addListener(new SettingListener() {
             @Override
             public void settingChanged(SettingChangeEvent event) {
@@ -198,7 +198,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void everythingIsAllowedInACall() throws Exception {
+    void aListenerMayCloseItselfAndChangeSettings() throws Exception {
         Registration[] own = new Registration[1];
         own[0] = key.onChanged(event -> {
             try {
@@ -224,7 +224,7 @@ class ListenerTest extends OneKeyTree {
     }
 
     @Test
-    void aRegistrationOutlivesThePathItWasMadeThrough() throws Exception {
+    void aRegistrationOutlivesTheRootItWasMadeThrough() throws Exception {
         try (SettingPath process = SettingPath.processRoot()) {
             Registration r;
             try (SettingPath other = SettingPath.processRoot()) {

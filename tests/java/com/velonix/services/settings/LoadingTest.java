@@ -17,9 +17,9 @@ import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
-/** How the native libraries get in, and how the machine's end is noticed. */
+/** Tests of loading and unloading the native libraries, and of the shutdown hook. */
 class LoadingTest {
-    /** What the child processes run. */
+    /** The program of the child processes. */
     public static final class Child {
         public static void main(String[] arguments) throws Exception {
             // From many threads at once, through different classes.
@@ -38,12 +38,12 @@ class LoadingTest {
         }
     }
 
-    /** Uses the API in a class loader of its own, and lets go of it. */
+    /** Uses the API in a class loader of its own and drops the loader. */
     public static final class Unloading {
         public static void main(String[] arguments) throws Exception {
             String bundle = System.getProperty("test.bundle");
             WeakReference<ClassLoader> loader = use(Path.of(bundle).toUri().toURL());
-            boolean gone = Garbage.takesAway(loader);
+            boolean gone = Garbage.collects(loader);
             boolean unmapped = Garbage.collectedUntil(() -> !isMapped());
             System.out.println("loader gone " + gone + ", unmapped " + unmapped);
         }
@@ -73,14 +73,14 @@ class LoadingTest {
     }
 
     @Test
-    void theBundleBringsItsLibrariesAndLeavesNothingBehind(@TempDir Path folder) throws Exception {
+    void theJarLoadsItsLibrariesAndLeavesNoFilesBehind(@TempDir Path folder) throws Exception {
         assertEquals("value 42\n",
                 ChildJvm.run(Child.class, folder, BUNDLE, "-Djava.library.path=/nowhere"));
         assertEquals(List.of(), filesIn(folder));
     }
 
     @Test
-    void aDirectoryCanBeNamed(@TempDir Path folder) throws Exception {
+    void aPropertyNamesTheDirectoryOfTheLibraries(@TempDir Path folder) throws Exception {
         String directory = System.getProperty("java.library.path");
         assertEquals("value 42\n",
                 ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
@@ -89,7 +89,7 @@ class LoadingTest {
     }
 
     @Test
-    void aFailureTellsEveryAttempt(@TempDir Path folder) throws Exception {
+    void theMessageOfAFailureHasEveryAttempt(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
                 "-Djava.library.path=/nowhere",
                 "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=/not/there");
@@ -101,17 +101,17 @@ class LoadingTest {
     }
 
     @Test
-    void theLibraryGoesWithItsClassLoader(@TempDir Path folder) throws Exception {
+    void theLibraryIsUnmappedWithItsClassLoader(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(
                 Unloading.class, folder, ChildJvm.apiClasses(), "-Dtest.bundle=" + BUNDLE);
-        // A leak checker adds lines about the few objects that the library never destroys.
+        // A leak checker adds lines about the objects that the library leaks on purpose.
         assertTrue(text.startsWith("loader gone true, unmapped true\n"), text);
     }
 
     @Test
-    void theShutdownHookKeepsNoClassLoader() throws Exception {
+    void theShutdownHookKeepsNoClassLoaderAlive() throws Exception {
         WeakReference<ClassLoader> loader = installInLoaderOfItsOwn();
-        assertTrue(Garbage.takesAway(loader));
+        assertTrue(Garbage.collects(loader));
     }
 
     private static WeakReference<ClassLoader> installInLoaderOfItsOwn() throws Exception {

@@ -3,7 +3,7 @@ package com.velonix.services.settings;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 
-/** A tree of its own for each test: a node with an integer key, and somebody to listen. */
+/** A fixture: a new tree for each test, with one node and one integer key, and a listener. */
 abstract class OneKeyTree {
     SettingPath root;
     SettingPath node;

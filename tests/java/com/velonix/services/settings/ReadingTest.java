@@ -40,7 +40,7 @@ class ReadingTest {
     }
 
     @Test
-    void theValueInEffectIsThatOfTheHighestLevel() throws Exception {
+    void theEffectiveValueIsThatOfTheHighestLevel() throws Exception {
         Setting<String> colour = file.path("view").setting("colour", String.class);
         assertEquals("user colour", colour.get());
         assertEquals("factory colour", colour.get(SettingLevel.FACTORY));
@@ -78,7 +78,7 @@ class ReadingTest {
     }
 
     @Test
-    void listsChildrenInOrderAndByKind() throws Exception {
+    void childrenNodesAndKeysAreListedInOrder() throws Exception {
         SettingPath view = file.path("view");
         assertEquals(List.of("big", "colour", "empty", "grid"), view.children());
         assertEquals(List.of("big", "colour", "empty"), view.keys());
@@ -91,7 +91,7 @@ class ReadingTest {
     }
 
     @Test
-    void whatIsMissingIsNamedByItsDottedPath() {
+    void theMessageForAMissingEntryIsItsDottedPath() {
         SettingPath view = file.path("view");
         assertMissing("view.nothing", () -> view.setting("nothing", String.class).get());
         assertMissing("view.no.key", () -> view.path("no").setting("key", String.class).get());
@@ -104,12 +104,12 @@ class ReadingTest {
 
     private static void assertMissing(String path, org.junit.jupiter.api.function.Executable call) {
         Exception missing = assertThrows(Exception.class, call);
-        // A listing reports every failure of the service as a RuntimeException.
+        // Listing throws RuntimeException for every failure of the service.
         assertEquals(path, missing.getMessage(), missing.toString());
     }
 
     @Test
-    void readingAsAnotherTypeNamesPathAndBothTypes() throws Exception {
+    void readingAsAnotherTypeIsRefusedWithPathAndBothTypes() throws Exception {
         SettingPath view = file.path("view");
         for (Class<?> wrong : List.of(String.class, Long.class, UnsignedLong[].class)) {
             Exception refused = assertThrows(SettingUnsupportedTypeRuntimeException.class,
@@ -126,7 +126,7 @@ class ReadingTest {
     }
 
     @Test
-    void aFileThatCannotBeReadOrUnderstoodSaysWhere(@TempDir Path folder) throws Exception {
+    void theMessageForABadFileHasTheFileAndThePosition(@TempDir Path folder) throws Exception {
         Path missing = folder.resolve("n\u00e4mlich.xml");
         assertBadFile(missing, "Settings file could not be loaded for \"" + missing + "\": ");
         assertBadFile(folder, folder.toString());
@@ -143,7 +143,7 @@ class ReadingTest {
     }
 
     @Test
-    void pathsAreEqualWhenTheyAreTheSamePlaceInTheSameTree() throws Exception {
+    void pathsAreEqualIfNamesAndTreeAreTheSame() throws Exception {
         try (SettingPath again = SettingPath.processRoot();
                 SettingPath session = SettingPath.sessionRoot(12345);
                 SettingPath reloaded = SettingPath.load(FILES.resolve("levels.xml"))) {
@@ -160,7 +160,7 @@ class ReadingTest {
 
     @ParameterizedTest
     @EnumSource
-    void levelsComeInTheirOrder(SettingLevel level) {
+    void higherLevelsOverrideLowerOnes(SettingLevel level) {
         for (SettingLevel other : SettingLevel.values()) {
             assertEquals(level.compareTo(other) < 0, level.overrides(other), level + " " + other);
         }

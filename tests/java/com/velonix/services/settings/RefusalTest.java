@@ -17,7 +17,7 @@ import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.Executable;
 
-/** What the API refuses itself, before anything native is called. */
+/** Tests of arguments and states that the Java API refuses without a native call. */
 class RefusalTest {
     private SettingPath root;
     private Setting<Integer> key;
@@ -35,7 +35,7 @@ class RefusalTest {
 
     private static void refusesNull(Executable call) {
         Exception refused = assertThrows(NullPointerException.class, call);
-        // The argument's name, not the machine's own account.
+        // The argument's name, not the message that the JVM makes.
         assertTrue(refused.getMessage().matches("[a-zA-Z0-9 \\[\\]]+"), refused.getMessage());
     }
 
@@ -45,7 +45,7 @@ class RefusalTest {
     }
 
     @Test
-    void nullArguments() throws Exception {
+    void nullArgumentsAreRefusedByTheirNames() throws Exception {
         try (SettingTransaction transaction = new SettingTransaction()) {
             refusesNull(() -> SettingPath.load(null));
             refusesNull(() -> root.path((String[]) null));
@@ -84,7 +84,7 @@ class RefusalTest {
     }
 
     @Test
-    void aNullInsideAnArrayIsNamedByItsPlace() throws Exception {
+    void aNullInsideAnArrayIsRefusedWithItsIndex() throws Exception {
         Setting<String[]> texts = root.addKey("texts", new String[] {"a"});
         Exception refused =
                 assertThrows(NullPointerException.class, () -> texts.set(new String[] {"a", null}));
@@ -94,7 +94,7 @@ class RefusalTest {
     }
 
     @Test
-    void classesThatNoSettingHas() {
+    void classesThatNoSettingHasAreRefused() {
         for (Class<?> type : List.of(Date.class, Integer[][].class, char.class, Void.class)) {
             assertThrows(
                     SettingUnsupportedTypeRuntimeException.class, () -> root.setting("key", type));
@@ -110,7 +110,7 @@ class RefusalTest {
     }
 
     @Test
-    void namesThatAreNoIdentifiers() {
+    void invalidNamesAreRefused() {
         String longest = "a".repeat(63);
         assertTrue(Setting.isValidName(longest));
         for (String name : List.of("", "1a", "_a", "a.b", "a b", "\u00e9", "a\0", longest + "a")) {
@@ -123,16 +123,16 @@ class RefusalTest {
     }
 
     @Test
-    void negativeSessions() {
+    void negativeSessionNumbersAreRefused() {
         assertThrows(IllegalArgumentException.class, () -> SettingPath.sessionRoot(-1));
         assertThrows(IllegalArgumentException.class, () -> SettingPath.sessionRoot(Long.MIN_VALUE));
     }
 
     @Test
-    void everythingBelowAClosedRoot() throws Exception {
+    void everyOperationOfAClosedTreeIsRefused() throws Exception {
         SettingPath node = root.addNode("node");
         node.close();
-        assertTrue(node.exists(), "closing a place below the root has no effect");
+        assertTrue(node.exists(), "closing a path below the root has no effect");
         SettingPath copy = root.path();
         copy.close();
         root.close();
@@ -161,7 +161,7 @@ class RefusalTest {
     }
 
     @Test
-    void closingWhileOtherThreadsReadIsRefusedToThemAndHarmless() throws Exception {
+    void threadsThatReadDuringACloseGetAnException() throws Exception {
         for (int round = 0; round < 50; ++round) {
             SettingPath tree = SettingPath.standalone();
             Setting<String> text = tree.addKey("text", "value");

@@ -8,10 +8,10 @@ import java.util.ArrayList;
 import java.util.List;
 import org.junit.jupiter.api.Test;
 
-/** Listeners of entries that are removed. What the native side keeps of them is not the user's. */
+/** Tests of listeners on entries that are removed. */
 class RemovedEntryTest extends OneKeyTree {
     @Test
-    void aRegistrationEndsWithItsEntryAndTheListenerCanBeUsedAgain() throws Exception {
+    void aRegistrationEndsWithItsEntryAndTheListenerMayBeRegisteredAgain() throws Exception {
         Registration first = key.addListener(recorder);
         node.delete("key");
         assertEquals(List.of("removed key node.key"), recorder.heard);
@@ -28,7 +28,7 @@ class RemovedEntryTest extends OneKeyTree {
     }
 
     @Test
-    void theSameListenerMayBeRegisteredOftenEvenAfterEntriesHaveDied() throws Exception {
+    void oneListenerMayBeRegisteredOnSeveralEntriesAlsoAfterRemovals() throws Exception {
         for (int i = 0; i < 3; ++i) {
             SettingPath dying = root.addNode("dying");
             dying.addListener(recorder);
@@ -45,17 +45,17 @@ class RemovedEntryTest extends OneKeyTree {
     }
 
     @Test
-    void nothingOfAnEndedRegistrationStaysReferenced() throws Exception {
+    void anEndedRegistrationKeepsNoObjectReferenced() throws Exception {
         List<WeakReference<?>> gone = new ArrayList<>();
         for (int i = 0; i < 100; ++i) listenAndClose(gone);
         listenAndRemove(gone);
         listenAndRemoveAbove(gone);
         listenWithoutEventsAndRemove(gone);
         listenAndCloseTheTree(gone);
-        for (WeakReference<?> reference : gone) assertTrue(Garbage.takesAway(reference));
+        for (WeakReference<?> reference : gone) assertTrue(Garbage.collects(reference));
     }
 
-    /** A listener that makes no event of the removal keeps nothing either. */
+    /** Removes an entry whose listener fails to make the event. */
     private void listenWithoutEventsAndRemove(List<WeakReference<?>> gone) throws SettingException {
         SettingListener listener = new SettingListener() {
             @Override
@@ -70,7 +70,7 @@ class RemovedEntryTest extends OneKeyTree {
         gone.add(new WeakReference<>(listener));
     }
 
-    /** A tree of its own is gone when it has been closed, and nothing can be heard of it. */
+    /** Closes a tree in memory while listeners are registered. */
     private void listenAndCloseTheTree(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
         try (SettingPath closed = SettingPath.standalone()) {
@@ -80,7 +80,7 @@ class RemovedEntryTest extends OneKeyTree {
         gone.add(new WeakReference<>(listener));
     }
 
-    /** Of a closed registration, what the native side referred to goes as well. */
+    /** Closes a registration; listener, source and registration must be collected. */
     private void listenAndClose(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
         SettingPath source = root.path("node");
@@ -99,7 +99,7 @@ class RemovedEntryTest extends OneKeyTree {
         gone.addAll(List.of(new WeakReference<>(listener), new WeakReference<>(source)));
     }
 
-    /** With a node further up; of the registration nobody has kept anything. */
+    /** Removes a node above the entry, without a reference to the registration. */
     private void listenAndRemoveAbove(List<WeakReference<?>> gone) throws SettingException {
         Recorder listener = new Recorder();
         SettingPath source = node.addNode("above").addNode("removed");

@@ -14,14 +14,15 @@ import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
 /**
- * Changes while the Java machine goes down: what has returned was made, what has failed was not.
+ * Tests changes during the shutdown of the JVM: a call that returns has changed, one that throws
+ * not.
  */
 class ShutdownTest {
     private interface Change {
         void make(int number) throws SettingException;
     }
 
-    /** Ends while each of its threads makes changes, and tells how many returned to each. */
+    /** Exits while its threads make changes, and prints how many of each kind returned. */
     public static final class Child {
         private static final long PATIENCE_NANOS = 60_000_000_000L;
         private static final int BEFORE_THE_END = 10;
@@ -81,7 +82,7 @@ class ShutdownTest {
                             .map(name -> new Thread(() -> changeToTheEnd(name, underWay)))
                             .toList();
             threads.forEach(Thread::start);
-            // The machine waits for this hook, and so for all the threads.
+            // The JVM waits for this hook, which waits for all threads.
             Runtime.getRuntime().addShutdownHook(new Thread(() -> report(threads)));
             underWay.await();
             System.exit(0);
@@ -108,15 +109,15 @@ class ShutdownTest {
         private void report(List<Thread> threads) {
             try {
                 for (Thread thread : threads) thread.join();
-            } catch (InterruptedException nobodyDoes) {
-                throw new AssertionError(nobodyDoes);
+            } catch (InterruptedException unexpected) {
+                throw new AssertionError(unexpected);
             }
             outcomes.forEach((name, outcome) -> System.out.println(name + ": " + outcome));
         }
     }
 
     @Test
-    void whatHasReturnedWasMadeAndWhatHasFailedWasNot(@TempDir Path folder) throws Exception {
+    void changesThatReturnAreMadeAndThoseThatThrowAreNot(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(Child.class, folder);
         try (SettingPath root = SettingPath.processRoot()) {
             SettingPath node = root.path("shutdown");
@@ -136,7 +137,7 @@ class ShutdownTest {
         made(text, "listening");
     }
 
-    /** How many changes returned before one was refused because of the machine's end. */
+    /** Returns how many changes were made before one was refused because of the shutdown. */
     private static int made(String text, String name) {
         Matcher found =
                 Pattern.compile("^" + name + ": (\\d+) until .*shutting down$", Pattern.MULTILINE)

@@ -63,7 +63,7 @@ class TransactionTest {
     }
 
     @Test
-    void aReadOnlyLevelAndAVanishedKeyAreProblems() throws Exception {
+    void aReadOnlyLevelAndARemovedKeyAreProblems() throws Exception {
         transaction.set(text, "after");
         assertEquals(1, transaction.commit(SettingLevel.FACTORY).size());
         node.delete("text");
@@ -73,7 +73,7 @@ class TransactionTest {
     }
 
     @Test
-    void theLastChangeOfAKeyStaysAndACommitCanBeRepeated() throws Exception {
+    void theLastChangeOfAKeyWinsAndACommitCanBeRepeated() throws Exception {
         assertEquals(List.of(), transaction.commit(SettingLevel.USER));
         transaction.set(size, 20);
         transaction.set(size, 30);
@@ -85,7 +85,7 @@ class TransactionTest {
     }
 
     @Test
-    void whatIsNotInTheProcessIsRefusedAtOnce() throws Exception {
+    void onlyExistingKeysOfTheProcessAreRecorded() throws Exception {
         try (SettingPath other = SettingPath.standalone()) {
             Setting<Integer> namesake = other.addNode("transaction").addKey("size", 1);
             assertThrows(IllegalArgumentException.class, () -> transaction.set(namesake, 2));
@@ -117,7 +117,7 @@ class TransactionTest {
     }
 
     @Test
-    void aForgottenTransactionLetsGoOfItsChanges() throws Exception {
+    void anUnreferencedTransactionReleasesItsChanges() throws Exception {
         String large = "x".repeat(8 << 20);
         recordAndForget(large);
         long before = Garbage.residentBytes();
@@ -125,7 +125,7 @@ class TransactionTest {
             recordAndForget(large);
             System.gc();
         }
-        // All of them together held twice that.
+        // Together they held twice that.
         assertTrue(Garbage.collectedUntil(() -> Garbage.residentBytes() - before < 250L << 20),
                 "the recorded changes are still there");
     }

@@ -26,7 +26,7 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
 
 class ValidatorTest {
-    /** Does what the running test wants. */
+    /** A validator that runs the script of the current test. */
     public static final class Scripted implements ValueValidator {
         static volatile Function<ValidationContext, Optional<String>> script;
 
@@ -71,7 +71,7 @@ class ValidatorTest {
     }
 
     @Test
-    void theValidatorSeesTheKeyAndTheCandidate() throws Exception {
+    void theValidatorReceivesTheKeyAndTheValue() throws Exception {
         Setting<Integer> key = scriptedKey();
         Scripted.script = candidate -> Optional.of(candidate + " := " + candidate.value());
         Exception refused = assertThrows(SettingValidationException.class, () -> key.set(7));
@@ -143,8 +143,8 @@ class ValidatorTest {
     }
 
     @Test
-    void aNodesValidatorGuardsTheKeysThatHaveNone() throws Exception {
-        SettingPath node = root.addNode("guarded", Range.class, "1..5");
+    void aNodesValidatorValidatesTheKeysThatHaveNone() throws Exception {
+        SettingPath node = root.addNode("validated", Range.class, "1..5");
         Setting<Integer> inherited = node.addNode("inner").addKey("key", 3);
         assertThrows(SettingValidationException.class, () -> inherited.set(6));
         Setting<Integer> own = node.addKey("own", 50, SettingLevel.USER, Range.class, "..100");
@@ -166,7 +166,7 @@ class ValidatorTest {
         assertFalse(root.path("n").exists());
     }
 
-    /** A class of an application that only its own loader knows: another name for Scripted. */
+    /** A class loader with a copy of Scripted under a name that only it knows. */
     private static final class Application extends ClassLoader {
         static final String NAME = Scripted.class.getName().replace("Scripted", "Deployed");
 
@@ -214,7 +214,7 @@ class ValidatorTest {
         }
     }
 
-    /** Its class cannot be initialised. */
+    /** A validator whose class cannot be initialised. */
     public static final class Unloadable implements ValueValidator {
         private static final int NUMBER = Integer.parseInt("none");
 
@@ -241,10 +241,11 @@ class ValidatorTest {
             "noClass, there is no class com.velonix.NoSuchClass",
             "noValidator, does not implement com.velonix.services.settings.ValueValidator",
     })
-    void validatorsThatAFileNamesSayWhatIsWrong(String key, String reason) throws Exception {
-        Path file = Path.of(System.getProperty("test.data"), "files", "guarded.xml");
-        try (SettingPath guarded = SettingPath.load(file)) {
-            Setting<Integer> setting = guarded.setting(key, Integer.class);
+    void
+    aBadValidatorOfAFileRefusesWithTheReason(String key, String reason) throws Exception {
+        Path file = Path.of(System.getProperty("test.data"), "files", "validators.xml");
+        try (SettingPath tree = SettingPath.load(file)) {
+            Setting<Integer> setting = tree.setting(key, Integer.class);
             Exception refused =
                     assertThrows(SettingValidationException.class, () -> setting.set(6));
             assertTrue(refused.getMessage().contains(reason), refused.getMessage());
@@ -281,7 +282,7 @@ class ValidatorTest {
     }
 
     @Test
-    void theOtherValidatorsJudgeTextsAndArrays() {
+    void theOtherValidatorsValidateTextsAndArrays() {
         assertEquals(Optional.empty(), problem(new Choice("left|right|"), ""));
         assertEquals(Optional.of("element 1: \"up\" is none of left, right"),
                 problem(new Choice("left|right"), new String[] {"left", "up"}));

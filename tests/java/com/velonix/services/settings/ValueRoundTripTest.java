@@ -17,7 +17,7 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.MethodSource;
 
 class ValueRoundTripTest {
-    /** The edges of each of the twelve element types. */
+    /** Returns the edge cases of each of the twelve element types. */
     static Stream<List<?>> elements() {
         return Stream.of(
                 List.of("", "plain", "\0", "a\0b", "\u00e9\u4e2d", "\ud83d\ude00", "\ud83d",
@@ -61,7 +61,7 @@ class ValueRoundTripTest {
         try (SettingPath root = SettingPath.standalone()) {
             Setting<Object[]> key = root.addKey("key", array(type, values, values.size()));
             assertArrayEquals(values.toArray(), key.get());
-            // Long texts only in the array above.
+            // The long texts are only in the array above.
             List<?> small = values.subList(0, Math.min(values.size(), 8));
             for (int length : new int[] {0, 1, 33, 100_000}) {
                 Object[] expected = array(type, small, length);
@@ -81,9 +81,8 @@ class ValueRoundTripTest {
         return array;
     }
 
-    /** The path travels in front of the value, in the same memory. */
     @Test
-    void aDeepPathLeavesRoomForTheValue() throws Exception {
+    void keysAtEveryDepthKeepTheirValues() throws Exception {
         try (SettingPath root = SettingPath.standalone()) {
             SettingPath node = root;
             for (int depth = 1; depth <= 100; ++depth) {
@@ -103,7 +102,7 @@ class ValueRoundTripTest {
     }
 
     @Test
-    void primitiveArraysStandForArraysOfTheBoxedClass() throws Exception {
+    void primitiveArraysAreStoredAsArraysOfTheBoxedClass() throws Exception {
         try (SettingPath root = SettingPath.standalone()) {
             List<Object> arrays = List.of(new boolean[] {true, false}, new byte[] {-128, 127},
                     new short[] {-1}, new int[] {}, new long[] {Long.MIN_VALUE},

@@ -28,7 +28,7 @@ class UnsignedTypesTest {
 
     @ParameterizedTest
     @MethodSource("types")
-    void parsesAndPrintsTheWholeRangeAndNoMore(
+    void theWholeRangeIsParsedAndPrintedAndNoMore(
             int bits, Function<String, Number> parse, Function<Long, Number> ofBits) {
         BigInteger limit = BigInteger.ONE.shiftLeft(bits);
         BigInteger max = limit.subtract(BigInteger.ONE);
@@ -50,7 +50,7 @@ class UnsignedTypesTest {
     @ParameterizedTest
     @MethodSource("types")
     @SuppressWarnings("unchecked")
-    void comparesAsUnsigned(
+    void numbersCompareAsUnsigned(
             int bits, Function<String, Number> parse, Function<Long, Number> ofBits) {
         Comparable<Object> one = (Comparable<Object>) ofBits.apply(1L);
         Object largest = ofBits.apply(-1L);

@@ -4,7 +4,7 @@ import com.velonix.services.settings.ValidationContext;
 import com.velonix.services.settings.ValueValidator;
 import java.util.Optional;
 
-/** Refuses negative numbers. Every application has a class of this name. */
+/** A validator that refuses negative numbers. Each application has its own class of this name. */
 public final class NotNegative implements ValueValidator {
     /** Makes the validator, which needs no argument. */
     public NotNegative(String ignored) {}

@@ -16,10 +16,10 @@ import java.util.Map;
 import java.util.concurrent.ConcurrentHashMap;
 
 /**
- * Sets the number that a client brings, under the client's own key, in the process's tree at the
- * session level and in a tree in memory; answers with the number that the process's tree had
- * before, also when an earlier deployment had set it. Throws an exception, which the client sees as
- * status 500, when a setting does not behave as promised. Each client has one request at a time.
+ * Sets the number of a request under the client's own key, in the process's tree at the session
+ * level and in a tree in memory. Responds with the former number of the process's tree, which an
+ * earlier deployment may have set. Throws an exception, which the client receives as status 500, if
+ * a setting does not behave as documented. Each client sends one request at a time.
  */
 @WebServlet(urlPatterns = "/*", loadOnStartup = 1)
 public final class SettingsServlet extends HttpServlet {
@@ -73,14 +73,15 @@ public final class SettingsServlet extends HttpServlet {
         long before = setting.get();
         int heardBefore = heard.getOrDefault(key, 0);
         setting.set(value, SettingLevel.SESSION);
-        check("one event is heard of one change", heard.get(key) == heardBefore + 1);
+        check("one change is one event", heard.get(key) == heardBefore + 1);
         try {
             setting.set(-value, SettingLevel.SESSION);
             check("the application's validator refuses", false);
         } catch (SettingValidationException refused) {
-            check("the validator's reason is told", refused.getMessage().contains("negative"));
+            check("the message has the validator's reason",
+                    refused.getMessage().contains("negative"));
         }
-        check("what was set is read", setting.get() == value);
+        check("the value that was set is read", setting.get() == value);
         return before;
     }
 
@@ -89,11 +90,11 @@ public final class SettingsServlet extends HttpServlet {
         if (!setting.exists())
             memory.addKey(key, 0L);
         setting.set(value);
-        check("what was set in memory is read", setting.get() == value);
+        check("the value that was set in memory is read", setting.get() == value);
     }
 
-    private static void check(String what, boolean holds) {
+    private static void check(String condition, boolean holds) {
         if (!holds)
-            throw new IllegalStateException("not so: " + what);
+            throw new IllegalStateException("not so: " + condition);
     }
 }
