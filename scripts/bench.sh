@@ -1,7 +1,7 @@
 #!/bin/bash
-# Measures, and writes docs/performance.md, after installing what that needs
-# (scripts/install_packages.sh bench). Takes less than ten minutes on two cores; for figures that mean
-# something nothing else should run meanwhile.
+# Runs all benchmarks and writes docs/performance.md, after installing the packages for that
+# (scripts/install_packages.sh bench). Takes less than ten minutes on two cores; for reliable figures no
+# other work should run meanwhile.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh bench
@@ -12,8 +12,8 @@ results=build/release/bench/results
 rm -rf "$results"
 mkdir -p "$results"
 
-# Repetitions of all benchmarks of a program in random order: whatever else the machine does meets
-# ours and what it is compared with alike.
+# Repeats all benchmarks of a program in random order, so that other load of the machine affects ours
+# and the others alike.
 run_native() {
   echo "== $1"
   "build/release/bench/$1" --benchmark_repetitions=9 --benchmark_min_time=0.03 \
@@ -26,7 +26,7 @@ for target in alternatives_bench bridge_bench; do
   cmake --build build/release --target "$target" >build/bench.log 2>&1 ||
     { tail -n 20 build/bench.log && exit 1; }
 done
-# These print tables of their own, after what the build says.
+# These print tables, after the output of the build.
 for target in hot_read_bench listener_bench; do
   echo "== $target"
   cmake --build build/release --target "$target" | sed '/^\[/d' >"$results/$target.txt"
@@ -35,7 +35,7 @@ for name in load write read change publish; do
   run_native "service_${name}_bench"
 done
 run_native alternatives/gsettings_bench
-# These take turns with their floors themselves.
+# These run their floors in turn with the works themselves.
 for name in service_durable_bench service_sharing_bench; do
   echo "== $name"
   "build/release/bench/$name" >"$results/$name.txt"

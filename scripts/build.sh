@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 preset=$1
 log=build/$preset.log
 mkdir -p build
-# The results of the compiler serve every clone of the project: paths count from its root.
+# Lets clones of the project share the cache of the compiler: paths are relative to the root.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 echo "== $preset: building (log in $log)"
 if ! { cmake --preset "$preset" && cmake --build "build/$preset" "${@:2}"; } >"$log" 2>&1; then

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Runs the tests in a build that counts, and prints how much of the C++ and the Java code they reach,
-# after installing what that needs (scripts/install_packages.sh coverage). The lines that are not
-# reached are in build/coverage/cpp.txt and build/coverage/java.txt.
+# Runs the tests in an instrumented build and prints their coverage of the C++ and the Java code, after
+# installing the packages for that (scripts/install_packages.sh coverage). build/coverage/cpp.txt and
+# build/coverage/java.txt list the lines that are not covered.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh coverage
@@ -20,7 +20,7 @@ quietly() {
 
 scripts/build.sh coverage
 
-# The distribution's agent is no agent: it lacks the manifest, and what it is made of is in other jars.
+# The jar of the distribution's agent has no manifest, and its classes are in other jars.
 jars=()
 for name in org.jacoco.agent.rt org.jacoco.core asm asm-tree asm-commons asm-analysis; do
   jars+=("/usr/share/java/$name.jar")
@@ -32,15 +32,15 @@ done
 } >"$home/agent.mf"
 quietly "$JAVA_HOME/bin/jar" --create --file "$home/agent.jar" --manifest "$home/agent.mf"
 
-# The agent keeps classes alive, does not work near the end of a stack, and its option has every java
-# program print a line: tests that watch classes being unloaded, fill the stack, or read what a program
-# prints, run without it.
+# The agent keeps classes alive and fails near the end of a stack, and its option makes every Java
+# program print a line. So tests that unload classes, fill the stack or read the output of a program
+# run without it.
 with_agent='^(java\.[^LF]|java\.Listener|soak\.)'
 echo "== testing (log in $log)"
 quietly env "JAVA_TOOL_OPTIONS=-javaagent:$home/agent.jar=destfile=$home/java.exec,includes=com.velonix.*" \
   ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error -R "$with_agent"
 quietly ctest --test-dir "$home" --output-on-failure -j 2 --no-tests=error \
-  -E "$with_agent|exported-symbols" # what counts exports symbols of its own
+  -E "$with_agent|exported-symbols" # instrumented libraries export more symbols
 
 echo "== C++"
 gcovr --root . --object-directory "$home" --exclude-throw-branches --print-summary \

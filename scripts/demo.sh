@@ -1,6 +1,6 @@
 #!/bin/bash
 # Builds the project and runs the demo on the example settings of an engineering application, after
-# installing what that needs (scripts/install_packages.sh).
+# installing the packages for that (scripts/install_packages.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Kills a process that stores settings thousands of times, and lets four processes write at the same
-# time for a minute. Prints kills, acknowledged changes, lost and torn ones; then what each process has
-# changed and heard of. Fails when anything was lost.
+# Kills a process that stores settings thousands of times, and has four processes write at the same
+# time for a minute. Prints the kills and the acknowledged, lost and torn changes; then the changes and
+# events of each process. Fails if any change was lost.
 #
 #   scripts/durability.sh [kills] [seconds]     5000 kills take about 10 minutes
 set -euo pipefail

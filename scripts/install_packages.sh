@@ -1,10 +1,10 @@
 #!/bin/bash
 # Installs the Debian packages that building and testing need, if any of them is missing or older than
-# the distribution's. Says what it installs. Works as root, or with sudo.
+# the distribution's, and prints their names. Works as root, or with sudo.
 #
-#   scripts/install_packages.sh bench      also what the benchmarks measure beside and need
-#   scripts/install_packages.sh coverage   also what measures coverage
-#   scripts/install_packages.sh soak       also the servlet container that the soak deploys to
+#   scripts/install_packages.sh bench      also the other libraries that the benchmarks measure
+#   scripts/install_packages.sh coverage   also the tools that measure coverage
+#   scripts/install_packages.sh soak       also Tomcat, for the redeploys of the soak
 set -euo pipefail
 
 packages=(
@@ -23,8 +23,8 @@ case ${1:-} in
   soak) packages+=(libtomcat10-java) ;;
 esac
 
-# What is there in an older version than the distribution's is brought up to it: an image may come with
-# one that has faults which the tests find. The lists of packages are read anew once a day.
+# Packages that are older than the distribution's are upgraded: the tests find faults of older ones that
+# images come with. The package lists are updated once a day.
 as_root=()
 [[ $(id -u) -eq 0 ]] || as_root=(sudo)
 lists=/var/lib/apt/lists

@@ -1,10 +1,10 @@
 #!/bin/bash
-# Tries at length what a short test cannot show, after installing what that needs
-# (scripts/install_packages.sh), and prints one table: what was tried, how often, what failed.
+# Runs the long tests, after installing the packages for that (scripts/install_packages.sh soak), and
+# prints one table with the name, outcome and counts of each.
 #
 #   scripts/soak.sh [minutes]     minutes (10) of soak; the rest takes about as long again
 #
-# The soak does everything at once through the Java API under -Xcheck:jni, and fails when memory,
+# The soak runs all operations of the Java API at once under -Xcheck:jni, and fails if memory,
 # threads, files or references grow. The other parts run under the address and undefined-behaviour
 # sanitizers, the API fuzzer also under -Xcheck:jni without them. Logs are in build/soak.
 set -euo pipefail
@@ -24,8 +24,8 @@ rows=()
 failed=0
 jni_warnings='WARNING in native method|FATAL ERROR in native method|JNI local refs: [0-9]+, exceeds|Warning: Calling other JNI'
 
-# try name pattern command...: runs the command; what of its output matches the pattern says how
-# often it tried.
+# try name pattern command...: runs the command; the table shows the lines of its output that match
+# the pattern.
 try() {
   local name=$1 pattern=$2 log="$logs/${1// /_}.log" outcome=passed
   echo "== $name"

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds and runs every test, after installing what that needs (scripts/install_packages.sh).
+# Builds and runs every test, after installing the packages for that (scripts/install_packages.sh).
 #
 #   scripts/test.sh            all tests, with and without a JVM (-Xcheck:jni)
 #   scripts/test.sh asan       the same under the address, undefined-behaviour and leak sanitizers
