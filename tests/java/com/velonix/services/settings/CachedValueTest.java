@@ -243,13 +243,13 @@ class CachedValueTest extends OneKeyTree {
 
     @Test
     void anUnreferencedTreeIsCollectedWithItsCache() throws Exception {
-        WeakReference<String> kept = readAndForget("warm up");
+        WeakReference<String> cached = readAndForget("warm up");
         long before = Garbage.residentBytes();
         for (int i = 0; i < 60; ++i) {
-            kept = readAndForget("x".repeat(8 << 20));
+            cached = readAndForget("x".repeat(8 << 20));
             System.gc();
         }
-        assertTrue(Garbage.collects(kept));
+        assertTrue(Garbage.collects(cached));
         // Together the trees held twice that.
         assertTrue(Garbage.collectedUntil(() -> Garbage.residentBytes() - before < 250L << 20),
                 "the trees are still there");
@@ -258,9 +258,9 @@ class CachedValueTest extends OneKeyTree {
     @Test
     void aClosedTreeReleasesItsCache() throws Exception {
         root.addKey("text", "x".repeat(100));
-        WeakReference<String> kept = readByPath();
+        WeakReference<String> cached = readByPath();
         root.close();
-        assertTrue(Garbage.collects(kept));
+        assertTrue(Garbage.collects(cached));
         assertThrows(IllegalStateException.class, () -> root.setting("text", String.class).get());
     }
 

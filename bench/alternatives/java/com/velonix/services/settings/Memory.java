@@ -52,11 +52,11 @@ final class Memory {
             T prepared = preparation.make();
             boolean ours = way.equals("ours");
             long before = used(ours);
-            Object kept = step.make(prepared);
+            Object made = step.make(prepared);
             long after = used(ours);
             Reference.reachabilityFence(prepared);
-            Reference.reachabilityFence(kept);
-            close(kept);
+            Reference.reachabilityFence(made);
+            close(made);
             close(prepared);
             if (round >= 0)
                 each[round] = (after - before) / (double) count;
@@ -78,10 +78,10 @@ final class Memory {
         };
     }
 
-    private static void close(Object kept) throws Exception {
-        if (kept instanceof Iterable<?> all) {
+    private static void close(Object made) throws Exception {
+        if (made instanceof Iterable<?> all) {
             for (Object one : all) close(one);
-        } else if (kept instanceof AutoCloseable one) {
+        } else if (made instanceof AutoCloseable one) {
             one.close();
         }
     }
