@@ -85,11 +85,19 @@ class RefusalTest {
 
     @Test
     void aNullInsideAnArrayIsRefusedWithItsIndex() throws Exception {
-        Setting<String[]> texts = root.addKey("texts", new String[] {"a"});
+        Setting<String[]> texts = root.addKey("values", new String[] {"a"});
+        Setting<Integer[]> numbers = root.addNode("node").addKey("values", new Integer[] {1});
+        // The second set is the first one through a bound key.
+        for (int use = 0; use < 2; ++use) {
+            Exception text = assertThrows(
+                    NullPointerException.class, () -> texts.set(new String[] {"a", null}));
+            assertEquals("element 1 of the value of values", text.getMessage());
+            Exception number = assertThrows(
+                    NullPointerException.class, () -> numbers.set(new Integer[] {1, null}));
+            assertEquals("element 1 of the value of node.values", number.getMessage());
+        }
         Exception refused =
-                assertThrows(NullPointerException.class, () -> texts.set(new String[] {"a", null}));
-        assertEquals("element 1 of the value of texts", refused.getMessage());
-        refused = assertThrows(NullPointerException.class, () -> root.path("a", null, "b"));
+                assertThrows(NullPointerException.class, () -> root.path("a", null, "b"));
         assertEquals("names[1]", refused.getMessage());
     }
 
