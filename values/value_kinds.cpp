@@ -2,15 +2,33 @@
 
 #include <array>
 
+#include "base/never_destroyed.h"
+
 namespace zlutil {
 namespace boostany {
 namespace {
 
-constexpr std::array<std::string_view, kLastKind + 1> kNames = {
-    "none",      "string",  "boolean", "byte",    "ubyte",    "short",  "ushort",
-    "int",       "uint",    "long",    "ulong",   "float",    "double", "string[]",
-    "boolean[]", "byte[]",  "ubyte[]", "short[]", "ushort[]", "int[]",  "uint[]",
-    "long[]",    "ulong[]", "float[]", "double[]"};
+using Names = std::array<std::string, kLastKind + 1>;
+
+Names collectNames() {
+  Names names{"none"};
+  const auto add = [&names](int kind, std::string_view element) {
+    names[kind] = element;
+    names[kElementKinds + kind] = std::string(element) + "[]";
+  };
+  std::apply(
+      [&](const auto&... elements) {
+        int kind = kFirstKind;
+        (add(kind++, elements.name), ...);
+      },
+      kElements);
+  return names;
+}
+
+const Names& allNames() {
+  static base::NeverDestroyed<Names> names(collectNames());
+  return names.get();
+}
 
 using TypeInfos = std::array<const std::type_info*, kLastKind + 1>;
 
@@ -27,12 +45,13 @@ TypeInfos collectTypeInfos() {
 }  // namespace
 
 std::string_view kindName(int kind) {
-  return kNames[kind >= kFirstKind && kind <= kLastKind ? kind : kNoValue];
+  return allNames()[kind >= kFirstKind && kind <= kLastKind ? kind : kNoValue];
 }
 
 std::optional<int> kindOfName(std::string_view name) {
+  const Names& names = allNames();
   for (int kind = kFirstKind; kind <= kLastKind; ++kind) {
-    if (kNames[kind] == name) return kind;
+    if (names[kind] == name) return kind;
   }
   return std::nullopt;
 }

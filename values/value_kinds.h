@@ -1,18 +1,26 @@
 // The one list of the kinds of value that a setting may have. Twelve element types, each as a
-// single value and as a vector, make 24 kinds; kind 0 means no value. Everything that depends on
-// the kinds (variant, conversions, class records, file format, test cases) is generated from this
-// list, and nothing else spells their order.
+// single value and as a vector, make 24 kinds; kind 0 means no value.
 //
-//   kind 1 .. 12    the element types in the order of ElementTypes
+//   kind 1 .. 12    the element types in the order of kElements
 //   kind 13 .. 24   vectors of them, in the same order
+//
+// The names, the variant, the conversions to Java and to text, and the cases of the tests of values
+// are generated from the list. Four files repeat it:
+//
+//   values/java/class_records.h     a type without a record does not compile
+//   values/java/primitive_arrays.h  a type without a primitive does not compile
+//   ValueKinds.java                 the test Values.JavaHasTheSameKinds compares it with the list
+//   docs/settings.xsd               nothing compares it
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "base/export.h"
@@ -20,13 +28,40 @@
 namespace zlutil {
 namespace boostany {
 
+// An element type, with its name in settings files and messages.
+template <class Type>
+struct ElementKind {
+  std::string_view name;
+};
+
+inline constexpr std::tuple kElements = {
+    ElementKind<std::string>{"string"},
+    ElementKind<bool>{"boolean"},
+    ElementKind<signed char>{"byte"},
+    ElementKind<unsigned char>{"ubyte"},
+    ElementKind<short>{"short"},
+    ElementKind<unsigned short>{"ushort"},
+    ElementKind<int>{"int"},
+    ElementKind<unsigned int>{"uint"},
+    ElementKind<long>{"long"},
+    ElementKind<unsigned long>{"ulong"},
+    ElementKind<float>{"float"},
+    ElementKind<double>{"double"},
+};
+
 template <class... Types>
 struct TypeList {
   static constexpr std::size_t kSize = sizeof...(Types);
 };
 
-using ElementTypes = TypeList<std::string, bool, signed char, unsigned char, short, unsigned short,
-                              int, unsigned int, long, unsigned long, float, double>;
+namespace detail {
+
+template <class... Types>
+TypeList<Types...> typesOf(const std::tuple<ElementKind<Types>...>&);
+
+}  // namespace detail
+
+using ElementTypes = decltype(detail::typesOf(kElements));
 
 inline constexpr int kElementKinds = static_cast<int>(ElementTypes::kSize);
 inline constexpr int kNoValue = 0;
@@ -95,8 +130,8 @@ struct TypeTag {
   using type = Type;
 };
 
-// Calls `visit(TypeTag<T>())` for the type of a kind known only at run time; false, and no call,
-// when the kind is not in 1 .. 24.
+// Calls `visit(TypeTag<T>())` for the type of a kind known only at run time. Returns false, without
+// a call, if the kind is not in 1 .. 24.
 template <class Visit, int Kind = kFirstKind>
 bool withTypeOfKind(int kind, Visit&& visit) {
   if constexpr (Kind > kLastKind) {
@@ -117,15 +152,14 @@ void forEachKind(Visit&& visit) {
   }
 }
 
-// The name of a kind as settings files and messages write it: "string", "boolean", "byte", "ubyte",
-// "short", "ushort", "int", "uint", "long", "ulong", "float", "double", with "[]" for the vectors;
-// "none" for any other number.
+// Returns the name of a kind as settings files and messages write it, that of a vector with "[]" at
+// its end; "none" for any other number. The text lives for ever.
 SETTINGS_HOST_API std::string_view kindName(int kind);
 
-// The kind of that name, or nothing.
+// Returns the kind of that name, nothing if there is none.
 SETTINGS_HOST_API std::optional<int> kindOfName(std::string_view name);
 
-// The kind of a native type known only at run time; kNoValue for a type outside the list.
+// Returns the kind of a native type known only at run time; kNoValue for a type outside the list.
 SETTINGS_HOST_API int kindOfType(const std::type_info& type);
 
 }  // namespace boostany

@@ -124,6 +124,20 @@ TEST_F(Values, EachKindHasItsJavaClass) {
   EXPECT_EQ(nullptr, getJavaClassOfKind(env_, 25));
 }
 
+// ValueKinds.java repeats the list of kinds.
+TEST_F(Values, JavaHasTheSameKinds) {
+  jclass kinds = env_->FindClass("com/velonix/services/settings/ValueKinds");
+  jfieldID elements = env_->GetStaticFieldID(kinds, "ELEMENTS", "[Ljava/lang/Class;");
+  const auto classes = static_cast<jobjectArray>(env_->GetStaticObjectField(kinds, elements));
+  EXPECT_EQ(kElementKinds, env_->GetArrayLength(classes));
+  jmethodID kindOf = env_->GetStaticMethodID(kinds, "of", "(Ljava/lang/Class;)I");
+  for (int kind = kFirstKind; kind <= kLastKind; ++kind) {
+    EXPECT_EQ(kind, env_->CallStaticIntMethod(kinds, kindOf, getJavaClassOfKind(env_, kind)))
+        << kindName(kind);
+    EXPECT_FALSE(env_->ExceptionCheck());
+  }
+}
+
 TEST_F(Values, NoValueIsNull) {
   EXPECT_EQ(nullptr, getJavaValueFromKey(env_, boost::any()));
   EXPECT_EQ(nullptr, getJavaValueFromKey(env_, boost::any('c'))) << "char is none of the kinds";

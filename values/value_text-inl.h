@@ -1,21 +1,22 @@
-#include "values/value_text.h"
+// Implementation of values/value_text.h; included by it only.
+#pragma once
 
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <system_error>
 #include <type_traits>
 
 #include "base/text.h"
-#include "values/value_kinds.h"
 
 namespace zlutil::boostany {
-namespace {
+namespace detail {
 
-constexpr std::string_view kNaN = "NaN";
-constexpr std::string_view kInfinity = "Infinity";
-constexpr std::string_view kMinusInfinity = "-Infinity";
+inline constexpr std::string_view kNaN = "NaN";
+inline constexpr std::string_view kInfinity = "Infinity";
+inline constexpr std::string_view kMinusInfinity = "-Infinity";
 
-std::string_view trimmed(std::string_view text) {
+inline std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kSpace = " \t\r\n";
   const std::size_t first = text.find_first_not_of(kSpace);
   if (first == std::string_view::npos) return {};
@@ -31,7 +32,7 @@ std::optional<Number> numberFrom(std::string_view text) {
   return number;
 }
 
-// from_chars has names of its own for what is not finite; this form has exactly three.
+// from_chars accepts other names of NaN and the infinities too; this form has exactly three.
 template <class Float>
 std::optional<Float> floatFrom(std::string_view text) {
   using Limits = std::numeric_limits<Float>;
@@ -49,21 +50,21 @@ std::string textOfNumber(Number number) {
   return std::string(buffer, result.ptr);
 }
 
-}  // namespace
+}  // namespace detail
 
 template <class Element>
 std::optional<Element> valueFromText(std::string_view text) {
   if constexpr (std::is_same_v<Element, std::string>) {
     return base::narrowFromUtf8(text);
   } else if constexpr (std::is_same_v<Element, bool>) {
-    text = trimmed(text);
+    text = detail::trimmed(text);
     if (text == "true") return true;
     if (text == "false") return false;
     return std::nullopt;
   } else if constexpr (std::is_floating_point_v<Element>) {
-    return floatFrom<Element>(trimmed(text));
+    return detail::floatFrom<Element>(detail::trimmed(text));
   } else {
-    return numberFrom<Element>(trimmed(text));
+    return detail::numberFrom<Element>(detail::trimmed(text));
   }
 }
 
@@ -74,29 +75,13 @@ std::optional<std::string> textOfValue(const Element& value) {
   } else if constexpr (std::is_same_v<Element, bool>) {
     return std::string(value ? "true" : "false");
   } else if constexpr (std::is_floating_point_v<Element>) {
-    if (std::isnan(value)) return std::string(kNaN);
-    if (std::isinf(value)) return std::string(value > 0 ? kInfinity : kMinusInfinity);
-    return textOfNumber(value);
+    if (std::isnan(value)) return std::string(detail::kNaN);
+    if (std::isinf(value))
+      return std::string(value > 0 ? detail::kInfinity : detail::kMinusInfinity);
+    return detail::textOfNumber(value);
   } else {
-    return textOfNumber(value);
+    return detail::textOfNumber(value);
   }
 }
-
-#define SETTINGS_ELEMENT(Element)                                           \
-  template std::optional<Element> valueFromText<Element>(std::string_view); \
-  template std::optional<std::string> textOfValue<Element>(const Element&)
-SETTINGS_ELEMENT(std::string);
-SETTINGS_ELEMENT(bool);
-SETTINGS_ELEMENT(signed char);
-SETTINGS_ELEMENT(unsigned char);
-SETTINGS_ELEMENT(short);
-SETTINGS_ELEMENT(unsigned short);
-SETTINGS_ELEMENT(int);
-SETTINGS_ELEMENT(unsigned int);
-SETTINGS_ELEMENT(long);
-SETTINGS_ELEMENT(unsigned long);
-SETTINGS_ELEMENT(float);
-SETTINGS_ELEMENT(double);
-#undef SETTINGS_ELEMENT
 
 }  // namespace zlutil::boostany
