@@ -1,12 +1,12 @@
-// zlutil::threadutil: a map that many threads may use at once.
+// A map that many threads may use at once.
 //
-// ConcurrentMap is the interface; ConcurrentTBBHashMap implements it over TBB's
+// ConcurrentMap is the interface, ConcurrentTBBHashMap its implementation over TBB's
 // concurrent_hash_map. Operations on one entry hold the whole-map lock shared and rely on the locks
 // of TBB's buckets; operations on the whole map (clear, forEach, size) hold it exclusively. A key's
-// copy constructor, its hash and its equality run under these locks and may throw: the map is then
-// as it was.
+// copy constructor, hash and equality run under these locks. They may throw; the map is then
+// unchanged.
 //
-// Values leave erase() by move, so what they own is released by the caller, outside of all locks.
+// erase() moves the value out, so the caller releases what it owns outside of all locks.
 #pragma once
 
 #include <tbb/concurrent_hash_map.h>
@@ -21,7 +21,7 @@
 namespace zlutil {
 namespace threadutil {
 
-// How keys of a map are hashed and compared; specialised for each key type.
+// Hashes and compares the keys of a map; specialised for each key type.
 template <class Key>
 struct Hash;
 
@@ -34,15 +34,15 @@ class ConcurrentMap {
   virtual ~ConcurrentMap() = default;
 
   virtual void clear() = 0;
-  // The erased value, if there was one.
+  // Returns the erased value, nothing if there was none.
   virtual boost::optional<Value> erase(const Key& key) = 0;
   virtual boost::optional<Value> find(const Key& key) const = 0;
-  // The value of the key; when there is none, that which `make` gives, which then is entered.
+  // Returns the value of the key. If there is none, enters the result of `make` and returns it.
   virtual Value findOrInsertNew(const Key& key, const boost::function0<Value>& make) = 0;
   virtual void forEach(const boost::function1<void, std::pair<const Key, Value>&>& visit) = 0;
   virtual void forEach(
       const boost::function1<void, std::pair<const Key, const Value>&>& visit) const = 0;
-  // False, and nothing stored, when the key is present.
+  // Returns false, and stores nothing, if the key is present.
   virtual bool insert(const std::pair<const Key, Value>& entry) = 0;
   virtual std::size_t size() const = 0;
 };

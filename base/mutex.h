@@ -1,5 +1,5 @@
-// A mutex and its scoped lock that clang's thread-safety analysis understands. They are std::mutex
-// and std::lock_guard with the annotations that libstdc++ does not carry.
+// std::mutex and std::lock_guard with the annotations of clang's thread-safety analysis, which
+// libstdc++ does not have.
 #pragma once
 
 #include <mutex>

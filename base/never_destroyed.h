@@ -1,6 +1,6 @@
 // An object of static storage whose destructor never runs: threads that the process does not wait
-// for may still use it while the process exits. What must be undone when its library is unloaded is
-// undone explicitly.
+// for may still use it while the process exits. Code that must release its content when the library
+// is unloaded does so explicitly.
 #pragma once
 
 #include <new>

@@ -37,28 +37,29 @@ void appendUtf8(std::string& out, std::uint32_t c) {
   }
 }
 
-// Decodes one sequence at `at` and moves past it. Accepts the union of standard and modified UTF-8,
-// so surrogates and C0 80 come through; what belongs to only one form is the caller's to refuse.
-// On a malformed sequence moves one byte and gives nothing.
-std::optional<std::uint32_t> decodeOne(std::string_view text, std::size_t& at) {
-  const auto lead = static_cast<unsigned char>(text[at++]);
+// Decodes one sequence at `position` and moves past it. Accepts standard and modified UTF-8, so
+// also surrogates and C0 80; the caller refuses what its form does not have. At a malformed
+// sequence moves one byte and returns nothing.
+std::optional<std::uint32_t> decodeOne(std::string_view text, std::size_t& position) {
+  const auto lead = static_cast<unsigned char>(text[position++]);
   if (lead < 0x80) return lead;
   const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  if (lead < 0xC0 || lead > 0xF4 || at + more > text.size()) return std::nullopt;
+  if (lead < 0xC0 || lead > 0xF4 || position + more > text.size()) return std::nullopt;
   std::uint32_t c = lead & (0x3F >> more);
   for (int i = 0; i < more; ++i) {
-    const auto byte = static_cast<unsigned char>(text[at + i]);
+    const auto byte = static_cast<unsigned char>(text[position + i]);
     if ((byte & 0xC0) != 0x80) return std::nullopt;
     c = (c << 6) | (byte & 0x3F);
   }
   static constexpr std::uint32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
   const bool modifiedNul = more == 1 && c == 0;
   if ((c < kLeast[more] && !modifiedNul) || c > 0x10FFFF) return std::nullopt;
-  at += more;
+  position += more;
   return c;
 }
 
-// The UTF-8 of 16-bit units; nothing at a lone surrogate unless `lenient`, which replaces it.
+// Returns the UTF-8 of 16-bit units. A lone surrogate is replaced if `lenient`; otherwise nothing
+// is returned.
 std::optional<std::string> utf8FromUnits(std::u16string_view units, bool lenient) {
   std::string out;
   out.reserve(units.size());
@@ -75,12 +76,13 @@ std::optional<std::string> utf8FromUnits(std::u16string_view units, bool lenient
   return out;
 }
 
-// 16-bit units of narrow text; nothing at malformed bytes unless `lenient`, which replaces them.
+// Returns the 16-bit units of narrow text. Malformed bytes are replaced if `lenient`; otherwise
+// nothing is returned.
 std::optional<ustring> unitsFromNarrow(std::string_view narrow, bool lenient) {
   ustring out;
   out.reserve(narrow.size());
-  for (std::size_t at = 0; at < narrow.size();) {
-    const std::optional<std::uint32_t> c = decodeOne(narrow, at);
+  for (std::size_t position = 0; position < narrow.size();) {
+    const std::optional<std::uint32_t> c = decodeOne(narrow, position);
     if (!c && !lenient) return std::nullopt;
     if (!c || *c < 0x10000) {
       out += c ? static_cast<char16_t>(*c) : kReplacement;
@@ -125,9 +127,9 @@ std::string displayFromNarrow(std::string_view narrow) {
 }
 
 bool isNarrow(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    if (text[at] == '\0') return false;
-    const std::optional<std::uint32_t> c = decodeOne(text, at);
+  for (std::size_t position = 0; position < text.size();) {
+    if (text[position] == '\0') return false;
+    const std::optional<std::uint32_t> c = decodeOne(text, position);
     if (!c || *c >= 0x10000) return false;
   }
   return true;
@@ -143,12 +145,12 @@ std::string withControlsEscaped(std::string_view text) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string out;
   out.reserve(text.size());
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t start = at;
-    const std::optional<std::uint32_t> c = decodeOne(text, at);
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t start = position;
+    const std::optional<std::uint32_t> c = decodeOne(text, position);
     const bool isControl = c && (*c < 0x20 || (*c >= 0x7F && *c < 0xA0));
     if (!isControl && (!c || (*c != 0x2028 && *c != 0x2029))) {
-      out += text.substr(start, at - start);
+      out += text.substr(start, position - start);
     } else if (*c == '\n' || *c == '\t' || *c == '\r') {
       out += *c == '\n' ? "\\n" : *c == '\t' ? "\\t" : "\\r";
     } else {
@@ -161,8 +163,8 @@ std::string withControlsEscaped(std::string_view text) {
 
 std::size_t wellFormedLength(std::string_view text) {
   std::size_t end = 0;
-  for (std::size_t at = 0; at < text.size(); end = at) {
-    if (!decodeOne(text, at)) break;
+  for (std::size_t position = 0; position < text.size(); end = position) {
+    if (!decodeOne(text, position)) break;
   }
   return end;
 }
@@ -171,10 +173,10 @@ std::optional<std::string> narrowFromUtf8(std::string_view utf8) {
   if (isAscii(utf8)) return std::string(utf8);
   ustring units;
   units.reserve(utf8.size());
-  for (std::size_t at = 0; at < utf8.size();) {
-    const std::size_t start = at;
-    const std::optional<std::uint32_t> c = decodeOne(utf8, at);
-    const bool overlongNul = c && *c == 0 && at - start > 1;
+  for (std::size_t position = 0; position < utf8.size();) {
+    const std::size_t start = position;
+    const std::optional<std::uint32_t> c = decodeOne(utf8, position);
+    const bool overlongNul = c && *c == 0 && position - start > 1;
     if (!c || isSurrogate(*c) || overlongNul) return std::nullopt;
     if (*c < 0x10000) {
       units += static_cast<char16_t>(*c);

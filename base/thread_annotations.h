@@ -1,5 +1,5 @@
-// Names for clang's thread-safety analysis; empty for other compilers. A field says which mutex
-// guards it, a function says which mutex its caller must hold, and `-Wthread-safety` checks both.
+// Names for clang's thread-safety analysis, empty for other compilers. They say which mutex guards
+// a field, and which mutex the caller of a function must hold; `-Wthread-safety` checks both.
 #pragma once
 
 #if defined(__clang__)

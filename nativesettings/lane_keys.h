@@ -1,6 +1,6 @@
 // The lane's natives on bound keys (service/bound_key.h). A bound key is a Java long, the address
 // of a BoundKey: bind() gives it to Java, which owns it until release(). Levels are positions in
-// the service's list of level names, or BoundKey::kInEffect; kinds those of values/value_kinds.h.
+// the service's list of level names, or BoundKey::kEffective; kinds those of values/value_kinds.h.
 // Whole numbers, truth values and floating-point numbers travel as 64 bits.
 //
 // Every function answers "not done" (kNotDone, null, false) when anything is out of the ordinary:

@@ -1,5 +1,5 @@
-// The owning pointer that subscriptions are handed over in. std::auto_ptr is deprecated, yet it is
-// the type that the service's interface has; the alias confines it, and its warning, to this file.
+// The owning pointer that subscriptions are handed over in. The service's interface has
+// std::auto_ptr, which is deprecated; the alias confines it, and its warning, to this file.
 #pragma once
 
 #include <memory>

@@ -1,22 +1,22 @@
-// Counters by which a reader that keeps what it has read learns, without a call, that it may be out
-// of date. Java keeps values in effect and lists of names by them. An option of the service beside
-// the contract: a host may leave table() out.
+// Counters of changes, by which a reader learns without a call that a value which it has cached may
+// be out of date. Java caches effective values and lists of names by them. An option of the service
+// beside the contract: a host may leave table() out.
 //
-// A key counts under two of them: under its name together with its node's, and under its name alone
-// for readers to whom the node is the root, so that they know no name of it. The list of a node's
-// children counts likewise, under the node's name with an empty one. Keys and lists share counters:
-// one that has moved says that something may have changed, one that has not moved says that nothing
-// has. Reading by them goes: take the count, read, keep both; what was read holds as long as the
-// count is the same.
+// A key has two counters: that of its node's name and its own, and that of its own name alone, for
+// readers to whom the node is the root, whose name they do not know. The list of a node's children
+// has the counters of the node's name and an empty one. Keys and lists share counters: one that has
+// moved says that something may have changed, one that has not moved says that nothing has. A
+// reader takes the count, reads, and caches both; the cached value holds as long as the count is
+// the same.
 //
-// The service adds to the counters of a key whenever the key's value changes at any level, and when
-// the key enters or leaves the tree, by itself or with a node above it; to those of a list when an
-// entry enters or leaves it, or its node the tree. It does so not before a reader finds the change,
-// and before the call that made it returns or an event tells of it. What leaves is counted before
-// anything can be added in its place.
+// The service counts a key when its value changes at any level and when the key enters or leaves
+// the tree, by itself or with a node above it. It counts a list when an entry enters or leaves it,
+// or its node the tree. It counts once readers can find the change, before the call that made the
+// change returns and before the event of it. A removal is counted before another entry can be added
+// under the same path.
 //
-// The counters are one table for all trees and stay where they are until the process ends, so a
-// reader may look at any time, whatever has become of the tree. Any thread.
+// The counters are one table for all trees, which stays mapped until the process ends, so a reader
+// may look at any time, even after its tree has gone. Any thread.
 #pragma once
 
 #include <array>
@@ -41,17 +41,17 @@ class SETTINGS_HOST_API ChangeCounters {
 
   SETTINGS_HOST_OPTION static Table& table();
 
-  // Where the counter of a key of a node stands; an empty name is no node's. A reader in another
-  // language has to come to the same place (ChangeCounters.java).
-  static std::size_t place(std::string_view node, std::string_view key) {
+  // Returns the position of the counter of a key of a node; an empty node name stands for the root.
+  // ChangeCounters.java computes the same position.
+  static std::size_t position(std::string_view node, std::string_view key) {
     return (31 * mark(key) + mark(node)) * 0x9E3779B9u >> 20;
   }
 
   // Counts a change of a key.
   static void add(std::string_view node, std::string_view key) {
     Table& counters = table();
-    counters[place(node, key)].fetch_add(1, std::memory_order_acq_rel);
-    counters[place({}, key)].fetch_add(1, std::memory_order_acq_rel);
+    counters[position(node, key)].fetch_add(1, std::memory_order_acq_rel);
+    counters[position({}, key)].fetch_add(1, std::memory_order_acq_rel);
   }
 
   // Counts a change of the list of a node's children.
@@ -63,7 +63,7 @@ class SETTINGS_HOST_API ChangeCounters {
   }
 
  private:
-  // Tells most names apart by their first and last four bytes and their length.
+  // Distinguishes most names by their first and last four bytes and their length.
   static std::uint32_t mark(std::string_view name) {
     const std::size_t size = name.size();
     if (size >= 4) return word(name.data()) * 37 + word(name.data() + size - 4) + 7 * size32(size);

@@ -1,5 +1,5 @@
-// Identifiers of runtime contexts. The service keeps one settings tree per context; an identifier
-// says which tree is meant. Values are immutable and may be used on any thread.
+// Identifiers of runtime contexts. The service keeps one settings tree for each context. Values are
+// immutable and may be used on any thread.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ class ZcrID {
   std::uint64_t value_;
 };
 
-// Any context: where a tree is asked for, the process's own is meant; standalone trees answer it.
+// Any context: stands for the process's own where a tree is asked for; that of standalone trees.
 inline constexpr ZcrID AnyZcrID{0};
 
 // The process's own context.

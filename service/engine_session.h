@@ -1,6 +1,6 @@
-// Engine sessions: what maps an engine session, which Java names by a number, to a runtime context.
-// A process without engine sessions never calls this; every lookup then falls back to the blessed
-// context. All functions may be called from any thread.
+// Engine sessions: the map from an engine session, which Java names by a number, to its runtime
+// context. A process without engine sessions never calls this; every lookup then falls back to the
+// blessed context. All functions may be called from any thread.
 #pragma once
 
 #include <boost/optional.hpp>
@@ -13,7 +13,7 @@ namespace zvm {
 
 using ZvmID = unsigned long;
 
-// What a session knows of the context that it runs in. Owned by its session.
+// The context that a session runs in. Owned by its session.
 struct RuntimeContext {
   zlutil::contextmgr::ZcrID zcrID;
 };
@@ -21,14 +21,14 @@ struct RuntimeContext {
 // One engine session. Immutable.
 class SETTINGS_HOST_API ZVM {
  public:
-  // The identifier that no session has: it means the blessed context.
+  // The identifier that no session has; it stands for the blessed context.
   static constexpr ZvmID UndefinedID = 0;
 
   ZVM(ZvmID id, const boost::optional<RuntimeContext>& context) : id_(id), context_(context) {}
 
   ZvmID getID() const { return id_; }
 
-  // Borrowed from the session; null while the session runs in no context.
+  // Returns the context, borrowed from the session; null while the session runs in none.
   const RuntimeContext* getContext() const { return context_ ? &*context_ : nullptr; }
 
  private:
@@ -41,14 +41,14 @@ class SETTINGS_HOST_API ProcessSession {
  public:
   static ProcessSession& session();
 
-  // The session of that identifier, shared with the caller; null when there is none.
+  // Returns the session of that identifier, shared with the caller; null if there is none.
   boost::shared_ptr<ZVM> findSession(ZvmID id) const;
 
   // Enters a session, in place of an earlier one of the same identifier. Throws
   // std::invalid_argument for a null session or for the undefined identifier.
   void addSession(const boost::shared_ptr<ZVM>& zvm);
 
-  // Removes a session; nothing happens when there is none of that identifier.
+  // Removes a session; does nothing if there is none of that identifier.
   void removeSession(ZvmID id);
 
   ProcessSession(const ProcessSession&) = delete;

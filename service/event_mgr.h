@@ -1,11 +1,11 @@
-// The event manager: who has subscribed to which topic, and delivery to them.
+// The event manager: subscriptions to topics, and delivery of events to them.
 //
 // A topic is a text, the event type's identifier followed by an entry's identity. publish() calls
-// the subscribers of the topic on the calling thread, from a snapshot taken when it starts: no lock
+// the subscribers of the topic on the calling thread, from a snapshot taken when it starts. No lock
 // is held during a call, so a callback may subscribe, end any subscription (its own too), change
-// settings and publish. A callback that throws stops nobody else. After a subscription has ended,
-// no new call of its callback begins; a call that another thread has already begun may still be
-// running. All functions may be called from any thread.
+// settings and publish. A callback that throws does not keep the others from being called. After a
+// subscription has ended, no new call of its callback begins; a call that another thread has
+// already begun may still be running. All functions may be called from any thread.
 #pragma once
 
 #include <boost/function.hpp>
@@ -21,17 +21,17 @@
 namespace zlutil {
 namespace eventmgr {
 
-// What is published. A class derived from it has a static EventType(), the text that its topics
-// begin with, and answers true to isKindOf(EventType()).
+// An event. A derived class has a static EventType(), the text that its topics begin with, and
+// isKindOf(EventType()) is true for it.
 class SETTINGS_HOST_API BaseEvent {
  public:
   virtual ~BaseEvent();
   virtual bool isKindOf(const std::string& eventType) const = 0;
 
-  // The entry that the event is about; never null.
+  // Returns the entry that the event is about; never null.
   virtual boost::shared_ptr<settings::Settings> getObj() const = 0;
 
-  // The event as an `Event`; throws std::bad_cast when it is not of that kind.
+  // Returns the event as an `Event`. Throws std::bad_cast if it is not of that type.
   template <class Event>
   static const Event& safeDownCast(const BaseEvent& event) {
     if (!event.isKindOf(Event::EventType())) throw std::bad_cast();
@@ -54,7 +54,7 @@ class SETTINGS_HOST_API ScopedConnection {
   ScopedConnection(const ScopedConnection&) = delete;
   ScopedConnection& operator=(const ScopedConnection&) = delete;
 
-  // True when there was no subscription to own.
+  // Returns whether there was no subscription to own.
   bool isEmpty() const { return connection_.get() == nullptr; }
 
  private:
@@ -77,11 +77,12 @@ class SETTINGS_HOST_API EventMgr {
     });
   }
 
-  // Publishes `event` to those who subscribed to `eventType` on the entry `id`.
+  // Publishes `event` to the subscribers of `eventType` on the entry `id`.
   void publish(const std::string& eventType, const exchange::IDType& id, const BaseEvent& event);
 
-  // False only when nobody has subscribed to any event about that entry; costs next to nothing, so
-  // that a publisher need not make an event that nobody hears. True does not promise a subscriber.
+  // Returns false only if nobody has subscribed to any event about that entry. Costs next to
+  // nothing, so that a publisher need not make an event that nobody receives. True does not promise
+  // a subscriber.
   bool mayHaveSubscribers(const exchange::IDType& id) const noexcept;
 
   EventMgr(const EventMgr&) = delete;

@@ -1,10 +1,10 @@
-// The three events of a settings tree. Each is published on the topics of the entry concerned and
-// of all its ancestors, so a listener on a node hears of everything below it. The removal of a node
-// is one event, published on the topics of everything below the node as well: who listens there
-// learns that the entry is gone. A change by this process is published before the call that made it
-// returns. One by another process is published on a thread of the service, some time after it can
-// be read; several changes of a key that wait for their turn become one event. An event is valid
-// during the callback that receives it; the entries that it gives may be kept.
+// The three events of a settings tree. Each is published on the topics of its entry and of all the
+// entry's ancestors, so a listener on a node receives the events of everything below it. The
+// removal of a node is one event, published on the topics of everything below the node as well. A
+// change by this process is published before the call that made it returns. An external change is
+// published on a thread of the service, some time after it can be read; several changes of a key
+// that wait for their delivery become one event. An event is valid during the callback that
+// receives it; the entries that it gives may be kept.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -18,10 +18,10 @@
 namespace zlutil {
 namespace settings {
 
-// What the three have in common.
+// The common base of the three events.
 class SETTINGS_HOST_API SettingsEvent : public eventmgr::BaseEvent {
  public:
-  // The entry.
+  // Returns the entry.
   boost::shared_ptr<Settings> getObj() const override { return entry_; }
 
  protected:
@@ -31,7 +31,7 @@ class SETTINGS_HOST_API SettingsEvent : public eventmgr::BaseEvent {
   const boost::shared_ptr<Settings> entry_;
 };
 
-// A key's value changed, at any level: it was set or unset.
+// A key's value was set or unset at some level.
 class SETTINGS_HOST_API SettingsValueChangeEvent : public SettingsEvent {
  public:
   explicit SettingsValueChangeEvent(boost::shared_ptr<Settings> key)
@@ -41,10 +41,10 @@ class SETTINGS_HOST_API SettingsValueChangeEvent : public SettingsEvent {
   bool isKindOf(const std::string& eventType) const override;
 };
 
-// An entry came into the tree or left it. One event is published for a subtree, about its top.
+// An entry was added or removed. A subtree has one event, about its top.
 class SETTINGS_HOST_API SettingsStructureEvent : public SettingsEvent {
  public:
-  // The node that it was added to or removed from.
+  // Returns the node that the entry was added to or removed from.
   const boost::shared_ptr<Settings>& getParentObj() const { return parent_; }
 
  protected:

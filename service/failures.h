@@ -1,8 +1,8 @@
 // The failures of the settings service. Each is `Exception<Tag, std::exception, void>` for one tag
 // of KORVEN::settings::core: a type of its own to catch, which is also a std::exception, an
-// IMsgIDException and an IUserException. The tag carries the message text; its numbered places %1,
-// %2, ... are filled with the arguments given at construction. Messages are narrow text.
-// Failures are values: they may be copied, and read on any thread.
+// IMsgIDException and an IUserException. The tag has the message text, in which %1, %2, ... stand
+// for the arguments given at construction. Messages are narrow text. Failures are values: they may
+// be copied, and read on any thread.
 #pragma once
 
 #include <boost/variant/variant.hpp>
@@ -29,7 +29,7 @@ SETTINGS_FAILURE(NoSuchKey, "\"%1\" has no key \"%2\".");
 SETTINGS_FAILURE(NoSuchNode, "\"%1\" has no entry \"%2\".");
 SETTINGS_FAILURE(NotAKeyName, "\"%2\" in \"%1\" is not the name of a key.");
 SETTINGS_FAILURE(NotANodeName, "\"%2\" in \"%1\" is not the name of a node.");
-// Arguments: parent's name, child's name, what stands in the way.
+// Arguments: parent's name, child's name, reason.
 SETTINGS_FAILURE(ErrorAddingChildNodeOrKey, "Cannot add \"%2\" to \"%1\": %3.");
 SETTINGS_FAILURE(CannotMergeWithNodeContainsChildren,
                  "\"%1\" already has a node \"%2\" with children.");
@@ -41,11 +41,11 @@ SETTINGS_FAILURE(ValueNotDefinedForGivenLevel, "\"%1\" has no value at the level
 SETTINGS_FAILURE(CantModifyValuesOnReadOnlyLevel, "Cannot change \"%1\" at the level \"%2\": %3.");
 // Argument: key path.
 SETTINGS_FAILURE(DefaultValidationFailedOnVoidType, "An empty value cannot be stored in \"%1\".");
-// Arguments: file, line, column, what was found and expected.
+// Arguments: file, line, column, the problem and what was expected.
 SETTINGS_FAILURE(SaxParseException, "%1:%2:%3: %4");
-// Arguments: file, what the parser said.
+// Arguments: file, message of the parser.
 SETTINGS_FAILURE(SaxUnknownException, "%1: %2");
-// Arguments: file, what the system said.
+// Arguments: file, message of the system.
 SETTINGS_FAILURE(FileLoadingError, "%1: %2");
 // Argument: the reason.
 SETTINGS_FAILURE(ValidationFailure, "%1");
@@ -54,7 +54,7 @@ SETTINGS_FAILURE(CValidationError, "%1");
 SETTINGS_FAILURE(FailedToRunJavaValidator, "The Java validator (\"%1\", \"%2\") failed: %3");
 // No argument.
 SETTINGS_FAILURE(JVMNotReadyForProcessingJavaFunction, "The Java machine is not ready.");
-// Arguments: store (a path), what the system said.
+// Arguments: store (a path), message of the system.
 SETTINGS_FAILURE(StoreFailure, "Cannot write %1: %2");
 
 #undef SETTINGS_FAILURE
@@ -63,7 +63,7 @@ SETTINGS_FAILURE(StoreFailure, "Cannot write %1: %2");
 }  // namespace settings
 }  // namespace KORVEN
 
-// One message argument: narrow text, or 16-bit text that is made narrow when the message is formed.
+// One message argument: narrow text, or 16-bit text that becomes narrow in the message.
 using MsgArgument = boost::variant<std::string, base::ustring>;
 
 // A message text with its arguments.
@@ -71,11 +71,12 @@ class SETTINGS_HOST_API BaseMsgID {
  public:
   BaseMsgID(const char* name, const char* text, std::vector<MsgArgument> arguments);
 
-  // The tag's name, such as "NoSuchKey".
+  // Returns the tag's name, such as "NoSuchKey".
   const char* name() const { return name_; }
   const std::vector<MsgArgument>& arguments() const { return arguments_; }
 
-  // The text with %1 ... %9 replaced by the arguments; a place without an argument becomes empty.
+  // Returns the text with %1 ... %9 replaced by the arguments; by nothing where an argument is
+  // missing.
   std::string format() const;
 
  private:
@@ -118,7 +119,7 @@ class SETTINGS_HOST_API Exception : public Base, public IMsgIDException, public 
 namespace zlutil {
 namespace settings {
 
-// The failure of one tag, written short.
+// A short name of the failure of one tag.
 template <class Tag>
 using Failure = Exception<Tag, std::exception, void>;
 

@@ -13,7 +13,7 @@ class IDType {
   constexpr explicit IDType(std::uint64_t value) : value_(value) {}
   constexpr std::uint64_t value() const { return value_; }
 
-  // The identity as text, the second half of an event topic.
+  // Returns the identity as text, the second half of an event topic.
   std::string toString() const { return std::to_string(value_); }
 
   friend constexpr bool operator==(IDType a, IDType b) { return a.value_ == b.value_; }

@@ -6,11 +6,11 @@
 namespace zlutil {
 namespace settings {
 
-// Longest name, in characters.
+// The length of the longest name, in characters.
 inline constexpr int kMaxNameLength = 63;
 
-// True for an ASCII letter followed by ASCII letters, digits and underscores, at most
-// kMaxNameLength in all. False for null. May be called from any thread.
+// Returns true for an ASCII letter followed by ASCII letters, digits and underscores, at most
+// kMaxNameLength in all. Returns false for null. May be called from any thread.
 SETTINGS_HOST_API bool isIdentifierName(const char* name);
 
 }  // namespace settings

@@ -1,6 +1,6 @@
-// The levels at which a setting can have a value, in priority order: the value in effect is that of
-// the first level that has one. The list never changes while a process runs; may be read from any
-// thread.
+// The levels at which a setting can have a value, in priority order: the effective value is that of
+// the first level that has one. The list never changes while a process runs; it may be read from
+// any thread.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -16,7 +16,7 @@ class SETTINGS_HOST_API SettingsLevelManager {
  public:
   static boost::shared_ptr<SettingsLevelManager> getSettingsLevelManagerInstance();
 
-  // All level names, highest priority first.
+  // Returns all level names, highest priority first.
   std::vector<std::string> getAllLevelNames() const;
 };
 

@@ -1,20 +1,21 @@
 // The node interface of the settings service. A tree is made of entries: a node has children and
 // holds no value, a key is a leaf that holds at most one typed value per level. Entries are always
-// handled through boost::shared_ptr; the tree shares its entries with whoever holds such a pointer,
+// handled through boost::shared_ptr. The tree shares its entries with the holders of such pointers,
 // and an entry that has been removed from its tree stays readable as long as it is held.
 //
 // Values are boost::any holding one of the types of values/value_kinds.h; an empty any means no
-// value. A level is named by a text (service/levels.h); "" means the value in effect. Names and
-// paths are narrow text (base/text.h); a path in the service's notation is names joined with ".".
-// Texts among the values are too. They may be given in standard UTF-8 as well, with U+0000 as a
-// zero byte, and are read back as narrow text; bytes that are no text are a ValidationFailure.
+// value. A level is named by a text (service/levels.h); "" means the effective value. Names, paths
+// and the texts among the values are narrow text (base/text.h); a path in the service's notation is
+// names joined with ".". Texts may be given in standard UTF-8 as well, with U+0000 as a zero byte,
+// and are read back as narrow text; bytes that are neither are a ValidationFailure.
 //
 // Threads: every operation may be called from any thread. Reading never waits for another thread's
 // validation, storage or listeners. Changes to one tree happen one after the other; a change is
 // validated, stored, made visible, and then published, on the calling thread and with no lock held.
-// What other processes have stored is read here within a moment, and before a change is stored: a
-// change that they have made impossible fails as if this process had.
-// Failures are those of service/failures.h, named at each operation.
+// External changes can be read within a moment, and are read before a change is stored: a change
+// that they have made impossible fails as if this process had made them.
+//
+// A comment names the failures of service/failures.h that its operation throws.
 #pragma once
 
 #include <boost/any.hpp>
@@ -45,20 +46,20 @@ class SETTINGS_HOST_API Settings {
  public:
   virtual ~Settings();
 
-  // The value of the child key `key` at `level`; empty when nothing is set there. NoSuchKey,
+  // Returns the value of the child key `key` at `level`; empty if nothing is set there. NoSuchKey,
   // NotAKeyName (a node has that name), UnSupportedLevel.
   virtual boost::any getValue(const std::string& key, const std::string& level) const = 0;
 
-  // The entry's own name, the last component of its path.
+  // Returns the entry's own name, the last component of its path.
   virtual std::string getName() const = 0;
 
-  // The names below the root joined with "."; below a standalone root they begin with that root's
-  // name, so that they do not resolve in another tree, and below an entry that has been removed
-  // with "(removed)" and its name, so that they resolve nowhere.
+  // Returns the names below the root joined with ".". Below a standalone root the path begins with
+  // that root's name, so that it does not resolve in another tree; below a removed entry with
+  // "(removed)" and that entry's name, so that it resolves nowhere.
   virtual std::string getPath() const = 0;
 
-  // The entry at that path below this node (this entry itself for no names); null when there is
-  // none.
+  // Returns the entry at that path below this node (this entry itself for no names); null if there
+  // is none.
   virtual boost::shared_ptr<Settings> findDescendant(
       const std::vector<std::string>& names) const = 0;
 
@@ -66,20 +67,20 @@ class SETTINGS_HOST_API Settings {
   // ValueNotDefinedForGivenLevel, CantModifyValuesOnReadOnlyLevel, StoreFailure.
   virtual void unset(const std::string& key, const std::string& level) = 0;
 
-  // Whether the child key holds a value at the level. Failures as for getValue.
+  // Returns whether the child key holds a value at the level. Throws what getValue throws.
   virtual bool isSet(const std::string& key, const std::string& level) const = 0;
 
-  // The declared kind (1 .. 24) of the child key; none while it has neither a declared type nor a
-  // value. NoSuchKey, NotAKeyName.
+  // Returns the declared kind (1 .. 24) of the child key; none while it has neither a declared type
+  // nor a value. NoSuchKey, NotAKeyName.
   virtual boost::optional<int> getKeyType(const std::string& key) const = 0;
 
-  // The direct child, a node or a key; null when there is none.
+  // Returns the direct child, a node or a key; null if there is none.
   virtual boost::shared_ptr<Settings> getChild(const std::string& name) const = 0;
 
-  // All direct children in name order; empty for a key.
+  // Returns all direct children in name order; none for a key.
   virtual std::vector<boost::shared_ptr<Settings>> getChildren() const = 0;
 
-  // The parent node; null for a root, a detached entry and a removed one.
+  // Returns the parent node; null for a root, a detached entry and a removed one.
   virtual boost::shared_ptr<Settings> getParent() const = 0;
 
   virtual bool isKey() const = 0;
@@ -90,17 +91,17 @@ class SETTINGS_HOST_API Settings {
   // CannotMergeWithNodeContainsChildren, ErrorAddingChildNodeOrKey, StoreFailure.
   virtual void copySubtree(const boost::shared_ptr<Settings>& source, const std::string& name) = 0;
 
-  // The context whose tree this is; AnyZcrID for a standalone tree.
+  // Returns the context whose tree this is; AnyZcrID for a standalone tree.
   virtual contextmgr::ZcrID getZcrID() const = 0;
 
-  // Whether subscriptions may be made on the entry.
+  // Returns whether subscriptions may be made on the entry.
   virtual bool canHaveListeners() const = 0;
 
   virtual boost::shared_ptr<Settings> getSharedSelf() = 0;
 
-  // Sets every (key, value) pair at the level: all of them, or none when a problem is found. Never
-  // throws; the result has one (path, reason) pair per problem, in the order of the pairs. The last
-  // argument is reserved and 0.
+  // Sets every (key, value) pair at the level: all of them, or none if there is a problem. Never
+  // throws; the result has one (path, reason) pair per problem, in the order of the pairs.
+  // `reserved` is 0.
   virtual SettingsProblems setMultiple(
       const boost::iterator_range<SettingsValues::const_iterator>& values, const std::string& level,
       int reserved) = 0;
@@ -112,7 +113,7 @@ class SETTINGS_HOST_API Settings {
 
   virtual exchange::IDType getID() const = 0;
 
-  // Removes the child node with all that is below it. NoSuchNode, NotANodeName,
+  // Removes the child node with everything below it. NoSuchNode, NotANodeName,
   // CantModifyValuesOnReadOnlyLevel (a read-only file defines it), StoreFailure.
   virtual void removeNode(const std::string& name) = 0;
 
@@ -122,23 +123,23 @@ class SETTINGS_HOST_API Settings {
   // Inserts this freshly created entry under `parent`. NotAKeyName or NotANodeName (this entry's
   // name is no identifier), NotANodeName (the parent is a key), NoSuchNode (the parent has been
   // removed), ErrorAddingChildNodeOrKey (the name is taken, or this entry is not detached),
-  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until it is
-  // inserted an entry belongs to one thread.
+  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until then an
+  // entry belongs to one thread.
   virtual void attachTo(const boost::shared_ptr<Settings>& parent) = 0;
 
-  // Whether the entry is the root of a tree.
+  // Returns whether the entry is the root of a tree.
   virtual bool isRoot() const = 0;
 
   // Sets the child key's value at the level. NoSuchKey, NotAKeyName, UnSupportedLevel,
   // DefaultValidationFailedOnVoidType (empty value), ValidationFailure (another type than the
   // key's, or refused), CValidationError, FailedToRunJavaValidator,
-  // CantModifyValuesOnReadOnlyLevel, StoreFailure. The value that the level holds already changes
+  // CantModifyValuesOnReadOnlyLevel, StoreFailure. A value equal to that at the level changes
   // nothing and publishes nothing.
   virtual void setAny(const std::string& key, const boost::any& value,
                       const std::string& level) = 0;
 
   // Subscribes to one kind of event (service/events.h) about this entry and, for a node, about
-  // everything below it. The pointer is empty when the entry can have no listeners.
+  // everything below it. Returns an empty pointer if the entry can have no listeners.
   template <class Event>
   eventmgr::AutoPtr<eventmgr::Connection> addListener(
       const boost::function1<void, const Event&>& callback) const {
@@ -148,8 +149,8 @@ class SETTINGS_HOST_API Settings {
                                                            callback);
   }
 
-  // Applies (path, any) pairs, whose paths are those of getPath() seen from this root, as one
-  // operation. When a path cannot be resolved, or setMultiple finds a problem, nothing is applied.
+  // Sets (path, any) pairs, whose paths are those of getPath() seen from this root, as one
+  // operation. Sets nothing if a path cannot be resolved or setMultiple finds a problem.
   template <class Iterator>
   SettingsProblems multipleSet(const Iterator& first, const Iterator& last,
                                const std::string& level);
@@ -158,15 +159,15 @@ class SETTINGS_HOST_API Settings {
   template <class Iterator>
   SettingsProblems multipleValidate(const Iterator& first, const Iterator& last);
 
-  // The root of the context's tree, made at first use from the directories of that moment; null
-  // when the context has none. Never throws.
+  // Returns the root of the context's tree, made at first use from the directories of that moment;
+  // null if the context has none. Never throws.
   static boost::shared_ptr<Settings> getSettingsRoot(const contextmgr::ZcrID& context);
 
-  // The root of a new standalone tree read from a settings file. FileLoadingError,
-  // SaxParseException, SaxUnknownException; never null.
+  // Returns the root of a new standalone tree read from a settings file, never null.
+  // FileLoadingError, SaxParseException, SaxUnknownException.
   static boost::shared_ptr<Settings> importAsStandaloneObject(const base::ustring& path);
 
-  // Guards the making of subscriptions against a change of the set of trees.
+  // Returns the mutex that keeps the set of trees from changing while a subscription is made.
   static boost::shared_mutex& getTheRootMutex();
 };
 

@@ -1,4 +1,4 @@
-// Names the node interface without its operations, for headers that only pass entries on.
+// Declares the node interface, for headers that only pass entries on.
 #pragma once
 
 namespace zlutil {

@@ -9,17 +9,17 @@ namespace zlutil {
 namespace settings {
 namespace detail {
 
-// Turns a (path, value) pair into an (entry, value) pair; for a path that leads to no key it puts a
-// (path, reason) pair into the problems instead.
+// Turns a (path, value) pair into an (entry, value) pair. For a path that leads to no key it adds a
+// (path, reason) pair to the problems instead.
 class SETTINGS_HOST_API NameToObjectTransformer {
  public:
-  // `acceptNodes`: whether a path may also lead to a node. `start` is where paths begin; `problems`
-  // is borrowed and must outlive the transformer.
+  // `acceptNodes` says whether a path may also lead to a node. `start` is where paths begin.
+  // `problems` is borrowed and must outlive the transformer.
   NameToObjectTransformer(bool acceptNodes, const boost::shared_ptr<Settings>& start,
                           SettingsProblems& problems)
       : acceptNodes_(acceptNodes), start_(start), problems_(problems) {}
 
-  // The entry at the path; null when a problem was recorded.
+  // Returns the entry at the path; null if a problem was added.
   boost::shared_ptr<Settings> operator()(const std::string& path);
 
  private:
@@ -28,7 +28,7 @@ class SETTINGS_HOST_API NameToObjectTransformer {
   const bool acceptNodes_;
   const boost::shared_ptr<Settings> start_;
   SettingsProblems& problems_;
-  // Where the last path led through: the next one most often names a neighbour.
+  // The node of the last path; the next path is most often one of a neighbour.
   boost::shared_ptr<Settings> node_;
   std::string nodePath_;
 };

@@ -1,5 +1,5 @@
-// The functions of the settings service that make entries and tell where settings come from. All
-// may be called from any thread.
+// Functions of the settings service that make entries and name the factory directory. All may be
+// called from any thread.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -19,15 +19,15 @@ inline constexpr char kStandaloneRootName[] = "__STANDALONE_ROOT__";
 
 class SETTINGS_HOST_API ZSettings {
  public:
-  // A new detached entry. A node may be used as the root of a standalone tree; an entry is inserted
-  // into a tree with attachTo(). The name is checked there, not here, because a root's name need
-  // not be an identifier. `mayHaveListeners` is what canHaveListeners() answers. Never null.
-  // ValidationFailure when the name or a text of the validator is no text.
+  // Returns a new detached entry, never null. A node may be used as the root of a standalone tree;
+  // attachTo() inserts an entry into a tree. The name is checked there, not here, because a root's
+  // name need not be an identifier. `mayHaveListeners` is the result of canHaveListeners(). Throws
+  // ValidationFailure if the name or a text of the validator is neither narrow text nor UTF-8.
   static boost::shared_ptr<Settings> createSettingsNode(const std::string& name, bool isKey,
                                                         bool mayHaveListeners,
                                                         const ValidatorChoice& validator);
 
-  // The directory that the context's factory settings are read from. Never throws.
+  // Returns the directory that the context's factory settings are read from. Never throws.
   static std::string getFactoryDir(const contextmgr::ZcrID& context);
 
   ZSettings() = delete;

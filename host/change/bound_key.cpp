@@ -20,8 +20,8 @@ class BoundKeyInTree final : public BoundKey {
       tree().look();
       ReadLock lock(tree().lock());
       const Key* const key = find();
-      if (!key || !isLevelOrInEffect(level)) return false;
-      value = level == kInEffect ? key->effectiveValue() : key->value(level);
+      if (!key || !isLevelOrEffective(level)) return false;
+      value = level == kEffective ? key->effectiveValue() : key->value(level);
       return true;
     });
   }
@@ -70,7 +70,7 @@ class BoundKeyInTree final : public BoundKey {
 
   Tree& tree() const { return root_->tree(); }
 
-  static bool isLevelOrInEffect(int level) { return level >= kInEffect && level < kLevelCount; }
+  static bool isLevelOrEffective(int level) { return level >= kEffective && level < kLevelCount; }
 
   static bool isOfKind(const Key& key, const boost::any& value) {
     const int given = boostany::kindOfValue(value);

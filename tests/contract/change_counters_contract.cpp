@@ -12,9 +12,9 @@ using zlutil::settings::SettingsValueChangeEvent;
 // The counts of the key "k" of the node "n", by the node's name and without it. Other keys may
 // share a counter, so tests only say that one has moved, except where nothing at all happens.
 struct Counts {
-  std::uint64_t below = ChangeCounters::table()[ChangeCounters::place("n", "k")];
-  std::uint64_t alone = ChangeCounters::table()[ChangeCounters::place("", "k")];
-  std::uint64_t list = ChangeCounters::table()[ChangeCounters::place("n", "")];
+  std::uint64_t below = ChangeCounters::table()[ChangeCounters::position("n", "k")];
+  std::uint64_t alone = ChangeCounters::table()[ChangeCounters::position("", "k")];
+  std::uint64_t list = ChangeCounters::table()[ChangeCounters::position("n", "")];
 
   bool bothMovedTo(const Counts& now) const { return below != now.below && alone != now.alone; }
   bool operator==(const Counts& now) const { return below == now.below && alone == now.alone; }

@@ -107,7 +107,7 @@ TEST_F(SettingsStress, EntriesComeAndGoWhileOthersReadThem) {
 
 TEST_F(SettingsStress, AnEntryInThePlaceOfARemovedOneIsNotFoundUnderTheCountOfThat) {
   using zlutil::settings::ChangeCounters;
-  const auto& count = ChangeCounters::table()[ChangeCounters::place("n", "last")];
+  const auto& count = ChangeCounters::table()[ChangeCounters::position("n", "last")];
   const SettingsPtr large = addNode(root_, "large"), small = addNode(root_, "small");
   for (int i = 0; i < 10 * kRounds; ++i) addKey(large, "k" + std::to_string(i));
   addKey(large, "last");

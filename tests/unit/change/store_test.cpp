@@ -223,9 +223,10 @@ TEST_F(TreeOverStore, ChangesAndRemovalsByOthersAreCountedForThoseWhoKeepValues)
   addKey(addNode(addNode(root, "above"), "n"), "k");
   for (const Change& change : {Change(PutValue{"above.n.k", 1}), Change(EraseValue{"above.n.k"}),
                                Change(RemoveSubtree{"above"})}) {
-    const std::uint64_t before = ChangeCounters::table()[ChangeCounters::place("n", "k")];
+    const std::uint64_t before = ChangeCounters::table()[ChangeCounters::position("n", "k")];
     store->changeFromOutside({change});
-    EXPECT_NE(before, ChangeCounters::table()[ChangeCounters::place("n", "k")]) << change.index();
+    EXPECT_NE(before, ChangeCounters::table()[ChangeCounters::position("n", "k")])
+        << change.index();
   }
 }
 

@@ -218,7 +218,7 @@ TEST(UnwatchedTree, CatchesUpWheneverItIsReadOrChanged) {
   };
   using zlutil::settings::ChangeCounters;
   const auto count = [] {
-    return ChangeCounters::table()[ChangeCounters::place("settings", "k")].load();
+    return ChangeCounters::table()[ChangeCounters::position("settings", "k")].load();
   };
   change();
   EXPECT_EQ(intAt(root, "k"), 1);
