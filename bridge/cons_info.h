@@ -1,18 +1,16 @@
-// jzi::ConsInfo: a record that names a Java class and one of its constructors and remembers what
-// they were resolved to. Records are statics of the library that uses them, constant-initialised,
-// and are filled lazily by the Java layer (bridge/java_layer.h).
+// jzi::ConsInfo: a record that names a Java class and one of its constructors and caches what they
+// were resolved to. Records are constant-initialised statics of the library that uses them. The
+// Java layer (bridge/java_layer.h) fills them at first use.
 //
-// Cache fields are filled without a lock and yet without a race: each is an atomic that is read
-// with acquire and written once with compare-and-swap or with a value that every thread would
-// write; a jmethodID is the same for all threads, and of two class references the loser's is
-// released.
+// The cache fields need no lock: each is an atomic that is read with acquire and written once, with
+// compare-and-swap or with a value that every thread would write. A jmethodID is the same for all
+// threads; of two references to a class the loser's is released.
 //
-// A copy of a record is a lookup key and nothing more: it borrows the place that the Java layer
-// keeps for the class, is never entered into a record set, and owns no reference.
+// A copy of a record is only a lookup key: it borrows the table entry that the Java layer has for
+// the class, is never entered into a record set, and owns no reference.
 //
 // Each bridge of a process has records of its own, and the Java layer tells by their addresses
-// whose class loader to ask: so a record, and a bare slot, is a static of the bridge or a copy of
-// one.
+// which class loader to use. So a record or a slot must be a static of the bridge or a copy of one.
 #pragma once
 
 #include <jni.h>
@@ -29,14 +27,14 @@ struct ClassPlace;
 
 class SETTINGS_HOST_API ConsInfo {
  public:
-  // Both texts are borrowed and must be static. The signature is null, or empty, for a record that
+  // Borrows both texts, which must be static. The signature is null, or empty, for a record that
   // constructs nothing.
   constexpr ConsInfo(const char* className, const char* constructorSignature)
       : className_(className), constructorSignature_(constructorSignature) {}
   ConsInfo(const ConsInfo& other);
   ConsInfo& operator=(const ConsInfo&) = delete;
 
-  // Forgets what was resolved; releases nothing (clearConstructors does).
+  // Forgets class and constructor; releases nothing (clearConstructors does).
   virtual void reset();
   virtual ~ConsInfo();
 
@@ -48,7 +46,7 @@ class SETTINGS_HOST_API ConsInfo {
   jclass resolvedClass() const { return class_.load(std::memory_order_acquire); }
   jmethodID constructorID() const { return constructor_.load(std::memory_order_acquire); }
 
-  // For the Java layer. The class is borrowed from its place.
+  // For the Java layer. The class is borrowed from its table entry.
   void rememberClass(jclass borrowed) { class_.store(borrowed, std::memory_order_release); }
   void rememberConstructor(jmethodID id) { constructor_.store(id, std::memory_order_release); }
   detail::ClassPlace& place() const;

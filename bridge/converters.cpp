@@ -166,7 +166,7 @@ jobject ConvertToJavaObject<unsigned long>::operator()(JNIEnv* env,
 
 template <>
 jobject ConvertToJavaObject<std::string>::operator()(JNIEnv* env, const std::string& value) const {
-  // NewStringUTF makes the very object that the String constructor would copy.
+  // NewStringUTF makes the object that the String constructor would only copy.
   return env->NewStringUTF(value.c_str());
 }
 

@@ -1,9 +1,9 @@
 // Generic conversions between native values and Java's boxes and strings. They widen an unsigned
-// type to the next larger signed Java type; setting values have a mapping of their own (values/),
-// of which only the string conversions here are part.
+// type to the next larger signed Java type. Setting values have other conversions (values/java/),
+// which use only those of strings here.
 //
 // Results of the ToJava converters are local references. Exceptions: std::runtime_error of
-// bridge/java_method.h; boost::numeric::bad_numeric_cast when a value does not fit the target type.
+// bridge/java_method.h; boost::numeric::bad_numeric_cast if a value does not fit the target type.
 #pragma once
 
 #include <jni.h>
@@ -14,15 +14,16 @@ namespace jzi {
 namespace ToCPP {
 namespace detail {
 
-// The value of a boxed object, read through the getter that fits T: T is one of bool, signed char,
-// unsigned char, short, unsigned short, int, unsigned int, long, unsigned long, float, double and
-// std::string ("toString"). An unsigned T is range-checked; unsigned long is at most 2^63-1.
+// Returns the value of a boxed object, read through the getter that fits T: one of bool, signed
+// char, unsigned char, short, unsigned short, int, unsigned int, long, unsigned long, float, double
+// and std::string ("toString"). An unsigned T is range-checked; unsigned long is at most 2^63-1.
 template <class T>
 struct ConvertFromJavaObject {
   T operator()(JNIEnv* env, jobject object) const;
 };
 
-// A JNI primitive as the native type; a string's text; any other object's toString().
+// Returns a JNI primitive as the native type, the text of a string, or toString() of another
+// object.
 inline bool convertJavaPrimitiveToCPP(JNIEnv*, jboolean value) { return value == JNI_TRUE; }
 inline signed char convertJavaPrimitiveToCPP(JNIEnv*, jbyte value) { return value; }
 inline short convertJavaPrimitiveToCPP(JNIEnv*, jshort value) { return value; }
@@ -39,8 +40,9 @@ std::string convertJavaPrimitiveToCPP(JNIEnv* env, jobject value);
 namespace ToJava {
 namespace detail {
 
-// A boxed object of the value: Boolean, Byte, Short, Integer, Long, Float, Double, String; an
-// unsigned T as the box of the next larger signed type, unsigned long as a Long of at most 2^63-1.
+// Returns a boxed object of the value: Boolean, Byte, Short, Integer, Long, Float, Double, String;
+// an unsigned T as the box of the next larger signed type, unsigned long as a Long of at most
+// 2^63-1.
 template <class T>
 struct ConvertToJavaObject {
   jobject operator()(JNIEnv* env, const T& value) const;
@@ -48,8 +50,8 @@ struct ConvertToJavaObject {
 
 }  // namespace detail
 
-// Narrow text as a new Java string, a local reference; null with an exception pending when the JVM
-// has no memory. The short way to ConvertToJavaObject<std::string>.
+// Returns narrow text as a new Java string, a local reference; null with an exception pending if
+// the JVM has no memory. A short form of ConvertToJavaObject<std::string>.
 jstring javaString(JNIEnv* env, const std::string& text);
 
 }  // namespace ToJava

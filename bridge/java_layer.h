@@ -1,16 +1,16 @@
-// The contract of the host's Java layer: everything that the bridge needs of it to call Java. A
-// host of somebody's own implements these functions in place of libsettingshost.
+// The contract of the host's Java layer: everything that the bridge needs of it to call Java.
+// Another host implements these functions in place of libsettingshost.
 //
-// Vocabulary: a function that returns a local reference gives it to the caller's current local
-// frame; a borrowed reference stays owned by the layer; an owned one is released by its owner.
+// A function that returns a local reference gives it to the caller's current local frame; a
+// borrowed reference stays owned by the layer; an owned one is released by its owner.
 //
 // Threads: all functions may be called from any thread; those that take a JNIEnv, with that of the
 // calling thread. Resolving is race-free: two threads that resolve the same class or method at once
-// get the same answer, and nothing leaks.
+// get the same result, and nothing leaks.
 //
-// Failures: a class that cannot be found leaves the JVM's own exception pending and throws
-// std::runtime_error ("java class not found: " and the name). A method that cannot be found leaves
-// the JVM's exception pending and gives null.
+// Failures: if a class cannot be found, the JVM's own exception stays pending and
+// std::runtime_error ("java class not found: " and the name) is thrown. If a method cannot be
+// found, the JVM's exception stays pending and the result is null.
 #pragma once
 
 #include <jni.h>
@@ -26,21 +26,21 @@
 
 static_assert(sizeof(jlong) == sizeof(long), "a handle travels in a jlong");
 
-// The environment of the calling thread in the VM that the Java layer works with; null when it has
-// no VM, or when the thread is not attached.
+// Returns the environment of the calling thread in the VM of the Java layer; null if it has no VM,
+// or if the thread is not attached.
 SETTINGS_HOST_API JNIEnv* GetJNIEnvR();
 
-// The text of a Java string in the narrow form, exactly what GetStringUTFChars gives; "" for null.
+// Returns the narrow text of a Java string, exactly that of GetStringUTFChars; "" for null.
 SETTINGS_HOST_API std::string zljGetStdString(JNIEnv* env, jstring text);
 SETTINGS_HOST_API void zljGetStdString(std::string& out, JNIEnv* env, jstring text);
 
-// The 16-bit units of a Java string; empty for null.
+// Returns the 16-bit units of a Java string; none for null.
 SETTINGS_HOST_API base::ustring zljGetUstring(JNIEnv* env, jstring text);
 
-// A local-reference frame: references made while it exists end with it.
+// A local-reference frame. References made while it exists end with it.
 class SETTINGS_HOST_API zljLocalReferenceFrame {
  public:
-  // When the JVM refuses the frame (no memory), there is none, and references live on.
+  // If the JVM has no memory for the frame, there is none, and references live on.
   zljLocalReferenceFrame(JNIEnv* env, jint capacity);
   ~zljLocalReferenceFrame();
   zljLocalReferenceFrame(const zljLocalReferenceFrame&) = delete;
@@ -55,8 +55,8 @@ namespace jzi {
 
 namespace junit {
 
-// Lets the Java layer work with a VM that it did not create. The first VM stays; a null VM is
-// ignored. From then on the layer notices by itself when the VM begins to go down.
+// Makes the Java layer use a VM that it did not create. The first VM stays; a null VM is ignored.
+// From then on the layer notices by itself when the VM begins to go down.
 SETTINGS_HOST_API void initJUnitVM(JavaVM* vm);
 
 }  // namespace junit
@@ -68,51 +68,52 @@ struct jziNatives_t {
   const JNINativeMethod* methods;
 };
 
-// Finds the class and registers its natives; the library that has the table of methods looks its
-// classes up in that class's loader from then on. False, with a line on standard error and no
-// exception left pending, when that fails.
+// Finds the class and registers its natives. From then on the library that has the table of methods
+// looks its classes up in that class's loader. Returns false if that fails, with a line on standard
+// error and no exception left pending.
 SETTINGS_HOST_API bool registerNativesImpl(JNIEnv* env, const jziNatives_t& natives);
 
 // Ends Java for native code, for a program that is about to destroy its VM: from now on every guard
-// answers that the JVM is not running. Waits until the guards of other threads are closed, at most
-// `bound`; true when they are.
+// says that the JVM is not running. Waits until the guards of other threads are closed, at most
+// `bound`; returns whether they are.
 SETTINGS_HOST_API bool stopJava(std::chrono::milliseconds bound);
 
-// The class of a record: resolved by name at first use, then remembered in the record, which enters
-// the set. Borrowed.
+// Returns the class of a record, borrowed. The first use resolves it by name, caches it in the
+// record and enters the record into the set.
 SETTINGS_HOST_API jclass safeFindClass(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo& record);
 
-// The same for a bare cache slot, which owns the reference (bridge/class_slot.h).
+// Does the same for a cache slot without a record, which owns the reference (bridge/class_slot.h).
 SETTINGS_HOST_API jclass safeFindClass(JNIEnv* env, std::atomic<jclass>& slot,
                                        const char* className);
 
-// The identifier of a method of the record's class, resolved once into the slot.
+// Returns the identifier of a method of the record's class, resolved once into the slot.
 SETTINGS_HOST_API jmethodID safeGetMethodID(JNIEnv* env, std::set<ConsInfo*>& records,
                                             ConsInfo& record, std::atomic<jmethodID>& slot,
                                             const char* name, const char* signature, bool isStatic);
 
-// The identifier of an instance method of a class, resolved once into the slot.
+// Returns the identifier of an instance method of a class, resolved once into the slot.
 SETTINGS_HOST_API jmethodID safeGetMethodID(JNIEnv* env, jclass cls, std::atomic<jmethodID>& slot,
                                             const char* name, const char* signature);
 
-// A new object of the record's class, made by the record's constructor from the variable arguments
-// (JNI's own conventions). A local reference; null with the Java exception pending when the
-// constructor throws. A missing constructor is a std::runtime_error.
+// Returns a new object of the record's class, a local reference, made by the record's constructor
+// from the variable arguments (JNI's own conventions). Returns null with the Java exception pending
+// if the constructor throws. Throws std::runtime_error if there is no such constructor.
 SETTINGS_HOST_API jobject construct(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo* record,
                                     ...);
 
-// The record's class, resolved if need be, without entering it into a set. Borrowed.
+// Returns the record's class, borrowed. Resolves it if needed, without entering it into a set.
 SETTINGS_HOST_API jclass getClass(JNIEnv* env, ConsInfo& record);
 
-// Releases everything that was resolved for the records of the library that the set belongs to,
-// resets each record of the set and empties it. Other bridges keep theirs.
+// Releases all classes and methods that were resolved for the records of the library that the set
+// belongs to, resets each record of the set and empties it. Other bridges keep theirs.
 SETTINGS_HOST_API void clearConstructors(std::set<ConsInfo*>& records);
 
-// The message of the pending Java exception (its class and message when it has none); "" when none
-// is pending. The exception stays pending.
+// Returns the message of the pending Java exception (its class and message if it has none); "" if
+// none is pending. The exception stays pending.
 SETTINGS_HOST_API std::string extractExceptionMessage(JNIEnv* env);
 
-// Tells whether the JVM still runs, and counts its scope as native work in progress.
+// The shutdown guard: says whether the JVM still runs, and counts its scope as native work in
+// progress.
 class SETTINGS_HOST_API JVMShutdownGuard {
  public:
   JVMShutdownGuard();
@@ -120,7 +121,7 @@ class SETTINGS_HOST_API JVMShutdownGuard {
   JVMShutdownGuard(const JVMShutdownGuard&) = delete;
   JVMShutdownGuard& operator=(const JVMShutdownGuard&) = delete;
 
-  // False from the moment at which the VM begins to go down, and while there is none.
+  // Returns false from the moment at which the VM begins to go down, and while there is none.
   bool JVMRunning() const { return running_; }
 
  private:
@@ -128,15 +129,15 @@ class SETTINGS_HOST_API JVMShutdownGuard {
   const bool running_;
 };
 
-// The same for the body of a native method.
+// The shutdown guard of the body of a native method.
 class NativeShutdownGuard : public JVMShutdownGuard {
  public:
   explicit NativeShutdownGuard(JNIEnv*) {}
 };
 
-// An environment for code that Java did not call. Attaches the thread as a daemon when it is
-// unknown to the JVM (once per thread; the thread is detached when it ends, if it was attached
-// here), and opens a local-reference frame. Guards may nest.
+// An environment for code that Java did not call. Attaches the thread as a daemon if the JVM does
+// not know it (once per thread; such a thread is detached when it ends), and opens a local frame.
+// Guards may nest.
 class SETTINGS_HOST_API JavaGuard {
  public:
   JavaGuard();
@@ -144,7 +145,7 @@ class SETTINGS_HOST_API JavaGuard {
   JavaGuard(const JavaGuard&) = delete;
   JavaGuard& operator=(const JavaGuard&) = delete;
 
-  // Null when the JVM is not running.
+  // Returns null if the JVM is not running.
   JNIEnv* env() const { return env_; }
 
  private:
@@ -155,8 +156,8 @@ class SETTINGS_HOST_API JavaGuard {
 
 namespace detail {
 
-// Applies a releasing JNI function to the reference, on whatever thread this is, while the JVM
-// still runs; afterwards does nothing, for the JVM has taken the reference with it.
+// Releases the reference by a JNI function, on any thread, while the JVM still runs. Afterwards
+// does nothing: the reference has ended with the JVM.
 SETTINGS_HOST_API void safeRefDelete(void (JNIEnv::*release)(jobject), jobject reference);
 
 }  // namespace detail

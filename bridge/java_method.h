@@ -4,12 +4,12 @@
 //   jzi::CallJavaMethod<int> intValue("intValue", "()I", &JNIEnv::CallIntMethod);
 //   int n = intValue(env, object);
 //
-// The objects are made as locals of one native call and keep what they resolved for their own
-// lifetime only: they hold raw references, which die with that call. One thread at a time.
+// The objects are locals of one native call: they hold raw local references, which end with that
+// call. One thread at a time.
 //
 // Failures: std::runtime_error with the texts named below; a lookup that fails also leaves the
-// JVM's own exception pending. Exceptions thrown by the called method stay pending and are the
-// caller's.
+// JVM's own exception pending. Exceptions thrown by the called method stay pending; the caller
+// handles them.
 #pragma once
 
 #include <jni.h>
@@ -24,8 +24,8 @@
 namespace jzi {
 namespace detail {
 
-// Looks an instance method up; "java method not found: " and the name when there is none. A null
-// name is an empty one.
+// Returns the identifier of an instance method. Throws "java method not found: " and the name if
+// there is none. A null name counts as an empty one.
 jmethodID getMethodIDOfClass(JNIEnv* env, jclass cls, const char* name, const char* signature);
 
 // The identity of a method and the JNIEnv member function that calls it.
@@ -35,7 +35,7 @@ class JavaMethod {
   using Named = std::pair<std::string, std::string>;
   using Resolved = std::pair<jclass, jmethodID>;
 
-  // "JavaMethod::callMethod cannot be NULL." for a null function.
+  // Throws "JavaMethod::callMethod cannot be NULL." for a null function.
   JavaMethod(const char* name, const char* signature, Function call)
       : identity_(Named(name ? name : "", signature ? signature : "")), call_(checked(call)) {}
   JavaMethod(const Resolved& resolved, Function call) : identity_(resolved), call_(checked(call)) {}
@@ -56,14 +56,14 @@ using CallFunction = Result (JNIEnv::*)(jobject, jmethodID, ...);
 template <class Result>
 inline constexpr bool kIsReference = std::is_convertible_v<Result, jobject>;
 
-// jstring and the like are called through CallObjectMethod, whose result is a jobject.
+// CallObjectMethod returns jstring and the like as a jobject.
 template <class Result>
 using RawResult = std::conditional_t<kIsReference<Result>, jobject, Result>;
 
 }  // namespace detail
 
-// An instance method. IsReference is true when the result is a reference: a local one, the
-// caller's.
+// An instance method. IsReference says whether the result is a reference, which is then a local
+// one.
 template <class Result, bool IsReference = detail::kIsReference<Result>>
 class CallJavaMethod
     : public detail::JavaMethod<Result, detail::CallFunction<detail::RawResult<Result>>> {
@@ -75,24 +75,23 @@ class CallJavaMethod
   CallJavaMethod(const char* name, const char* signature, detail::CallFunction<Raw> call)
       : Base(name, signature, call) {}
 
-  // Resolves the method on the receiver's class, if that has not happened yet. "java method not
-  // found: " and the name; std::bad_cast when it was resolved on a class that the receiver is not
+  // Resolves the method on the receiver's class at the first call. Throws "java method not found: "
+  // and the name; std::bad_cast if it was resolved on a class that the receiver is not an instance
   // of.
   jmethodID resolve(JNIEnv* env, jobject receiver);
 
-  // Calls the method on `receiver`; resolve() says what it throws.
+  // Calls the method on `receiver`. Throws as resolve() does.
   template <class... Arguments>
   Result operator()(JNIEnv* env, jobject receiver, Arguments... arguments) {
     const jmethodID id = resolve(env, receiver);
     const auto result = static_cast<Result>((env->*this->call_)(receiver, id, arguments...));
-    // Asked for the JVM's sake, which wants it asked before its next call; the answer is the
-    // caller's.
+    // -Xcheck:jni wants this check before the next call of JNI; the caller handles the exception.
     static_cast<void>(env->ExceptionCheck());
     return result;
   }
 };
 
-// A Java class and the constructor to make objects of it with.
+// A Java class and the constructor that makes objects of it.
 template <class Result>
 class CreateJavaObject;
 
@@ -102,13 +101,13 @@ class CreateJavaObject<jobject>
   using NewFunction = jobject (JNIEnv::*)(jclass, jmethodID, ...);
 
  public:
-  // "JavaMethod::env cannot be NULL.", "JavaMethod::callMethod cannot be NULL.", "java class not
-  // found: " and the name, "java method not found: <init>".
+  // Throws "JavaMethod::env cannot be NULL.", "JavaMethod::callMethod cannot be NULL.", "java class
+  // not found: " and the name, "java method not found: <init>".
   CreateJavaObject(JNIEnv* env, const char* className, const char* constructorSignature,
                    NewFunction make);
 
-  // A new object, a local reference; null with the Java exception pending when the constructor
-  // threw.
+  // Returns a new object, a local reference; null with the Java exception pending if the
+  // constructor threw.
   template <class... Arguments>
   jobject operator()(JNIEnv* env, Arguments... arguments) const {
     const Resolved& resolved = std::get<Resolved>(identity_);

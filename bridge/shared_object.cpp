@@ -9,7 +9,7 @@ namespace jzi {
 namespace detail {
 namespace {
 
-// Deletes a slot and releases what it holds.
+// Deletes a slot and releases its reference.
 struct SlotDeleter {
   boost::function0<void> releaseReference;
 

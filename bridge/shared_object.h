@@ -1,5 +1,5 @@
-// A Java object that native code keeps beyond one call: a JNI reference that is released when its
-// last owner goes away, on whatever thread that happens.
+// A Java object that native code holds beyond one call: a JNI reference that its last owner
+// releases, on any thread.
 #pragma once
 
 #include <jni.h>
@@ -13,9 +13,9 @@ using MakeReference = jobject (JNIEnv::*)(jobject);
 using ReleaseReference = void (JNIEnv::*)(jobject);
 
 // Makes a reference to `object` with `make` and shares it; the last owner releases it with
-// `release`, if the JVM still runs. Empty when the environment or the object is null, when the JVM
-// is going down and when it has no memory for the reference. The pointer points to a slot that
-// holds the reference.
+// `release`, if the JVM still runs. Returns an empty pointer if the environment or the object is
+// null, if the JVM is going down, and if it has no memory for the reference. The pointer points to
+// a slot that holds the reference.
 boost::shared_ptr<jobject> makeSharedObject(JNIEnv* env, jobject object, MakeReference make,
                                             ReleaseReference release);
 

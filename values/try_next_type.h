@@ -1,6 +1,6 @@
-// A walk over the kinds N, N+1, ..., 24 in order, at compile time. For each kind the functor's
-// static `call<Type>(visitor)` is run; the visitor decides itself whether an earlier kind has
-// already matched and the step is to be skipped.
+// A walk over the kinds N, N+1, ..., 24 in order, at compile time. It runs the functor's static
+// `call<Type>(visitor)` for each kind; the visitor itself skips the kinds after the one that it
+// wants.
 #pragma once
 
 #include "values/value_kinds.h"

@@ -1,6 +1,5 @@
 // SettingValueVariant: no value, or one value of one of the 24 kinds. The variant's which() is the
-// kind. On the service side a value travels as a boost::any; these two functions are the way
-// between.
+// kind. In the service a value is a boost::any; the two functions convert between them.
 #pragma once
 
 #include <boost/any.hpp>
@@ -22,7 +21,7 @@ template <class List>
 struct VariantOver;
 template <class... Elements>
 struct VariantOver<TypeList<Elements...>> {
-  // boost::variant's own parameter list ends at 20 types; a type sequence has no such end.
+  // The parameter list of boost::variant ends at 20 types; a type sequence has no such limit.
   using Sequence = boost::mpl::vector25<boost::blank, Elements..., std::vector<Elements>...>;
   using type = typename boost::make_variant_over<Sequence>::type;
 };
@@ -31,11 +30,11 @@ struct VariantOver<TypeList<Elements...>> {
 
 using SettingValueVariant = detail::VariantOver<ElementTypes>::type;
 
-// The variant that holds the value of `value`; empty (kind 0) when `value` is empty or holds a type
-// outside the 24.
+// Returns the variant that holds the value of `value`; empty (kind 0) if `value` is empty or holds
+// a type outside the 24.
 SETTINGS_HOST_API SettingValueVariant convertAnyToVariant(const boost::any& value);
 
-// The boost::any that holds the value of `value`; empty for an empty variant.
+// Returns the boost::any that holds the value of `value`; empty for an empty variant.
 SETTINGS_HOST_API boost::any convertVariantToAny(const SettingValueVariant& value);
 
 }  // namespace boostany

@@ -1,5 +1,5 @@
-// nativesettings::ClassInfo: the record of one boxed value class, with its array class and a slot
-// for the getter that reads a value out of it. See bridge/cons_info.h for how records are filled.
+// The record of one boxed value class, with its array class and a slot for the method that reads a
+// value out of it. bridge/cons_info.h says how records are filled.
 #pragma once
 
 #include <jni.h>
@@ -14,22 +14,22 @@ namespace nativesettings {
 class ClassInfo : public jzi::ConsInfo {
  public:
   using jzi::ConsInfo::ConsInfo;
-  // A copy starts with an empty getter slot and without the array class.
+  // A copy has an empty getter slot and no array class.
   ClassInfo(const ClassInfo& other) : ConsInfo(other) {}
   ~ClassInfo() override;
 
-  // Forgets class, constructor, array class and getter. Leaves the flag that the array class was
-  // resolved, on purpose: from then on getArrayClass() answers null until rearm().
+  // Forgets class, constructor, array class and getter. Keeps the flag that the array class was
+  // resolved, on purpose: from then on getArrayClass() returns null until rearm().
   void reset() override;
 
-  // The class of arrays of this class: the cached class itself when this call resolved it,
-  // afterwards a new local reference. Null after a reset.
+  // Returns the class of arrays of this class: the cached class itself if this call resolved it,
+  // otherwise a new local reference. Null after a reset.
   jclass getArrayClass(JNIEnv* env);
 
-  // Releases the array class; part of unloading, which reset() completes.
+  // Releases the array class; a step of unloading, before reset().
   void releaseArrayClass(JNIEnv* env);
 
-  // Lets the array class be resolved again; for a library that is loaded anew.
+  // Lets the array class be resolved again; a step of loading.
   void rearm(JNIEnv* env);
 
   std::atomic<jmethodID>& getterID() { return getter_; }

@@ -1,5 +1,5 @@
-// The static records of the Java classes that carry values, and the set of records that have been
-// resolved. Constant-initialised where the compiler can; usable from any thread
+// The static records of the Java classes that carry values, and the set of the records that have
+// been resolved. Constant-initialised where the compiler can; usable from any thread
 // (bridge/cons_info.h).
 #pragma once
 
@@ -29,10 +29,10 @@ extern std::atomic<jmethodID> settingInfo_getTypeID;
 extern jzi::ConsInfo settingValidatorCons;
 extern std::atomic<jmethodID> settingValidator_validateID;
 
-// Every record whose class has been resolved.
+// The records whose class has been resolved.
 extern std::set<jzi::ConsInfo*>& globalConsInfos;
 
-// The record of the class that carries a native type; for a vector, of its elements.
+// Returns the record of the class that carries a native type; for a vector, of its elements.
 template <class Type>
 ClassInfo& recordOf() {
   using Element = zlutil::boostany::ElementOf<Type>;
@@ -50,13 +50,14 @@ ClassInfo& recordOf() {
   if constexpr (std::is_same_v<Element, double>) return doubleClassInfo;
 }
 
-// The class java.lang.String; resolved once and kept for the life of the process. Borrowed.
+// Returns the class java.lang.String, resolved once and cached for the life of the process.
+// Borrowed.
 jclass getStringClass(JNIEnv* env);
 
-// Makes the value classes resolvable again after an unload; part of loading.
+// Makes the value classes resolvable again after an unload; a step of loading.
 void rearmClassRecords(JNIEnv* env);
 
-// Releases every resolved class and forgets every identifier; part of unloading.
+// Releases every resolved class and forgets every identifier; a step of unloading.
 void nativesettings_utilsUnload();
 
 }  // namespace nativesettings

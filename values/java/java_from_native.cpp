@@ -15,7 +15,7 @@ namespace {
 
 using namespace zlutil::boostany;
 
-// The Java primitive that carries a native type to its box's constructor, bit for bit.
+// The Java primitive by which a native type goes to the constructor of its box, bit for bit.
 template <class Type>
 using Carrier = std::conditional_t<
     std::is_same_v<Type, bool>, jboolean,

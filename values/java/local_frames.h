@@ -1,5 +1,5 @@
-// Local references in a long loop: a frame that is replaced every kChunk steps, so that a loop over
-// an array of any length holds a bounded number of references.
+// Local frames for a long loop: a new frame replaces the last one every kChunk steps, so that a
+// loop over an array of any length holds a bounded number of local references.
 #pragma once
 
 #include <jni.h>
@@ -14,7 +14,7 @@ class LocalFrames {
  public:
   explicit LocalFrames(JNIEnv* env) : env_(env) {}
 
-  // Call before each step of the loop; a step makes at most two references.
+  // The caller must call this before each step of the loop, which makes at most two references.
   void step() {
     if (steps_++ % kChunk != 0) return;
     frame_ = boost::none;

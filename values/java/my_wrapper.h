@@ -1,4 +1,5 @@
-// The functor that hands each kind of a walk (values/try_next_type.h) to a visitor's visit<Type>().
+// The functor that calls a visitor's visit<Type>() for each kind of a walk
+// (values/try_next_type.h).
 #pragma once
 
 namespace nativesettings {

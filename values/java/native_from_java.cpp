@@ -13,7 +13,7 @@ namespace {
 
 using namespace zlutil::boostany;
 
-// Ends the conversion when the object's own Java code has thrown.
+// Ends the conversion if a getter of the object has thrown.
 void throwIfPending(JNIEnv* env) {
   if (env->ExceptionCheck()) throw std::runtime_error("a getter of the value threw");
 }
@@ -22,7 +22,7 @@ void refuseNull(jobject object) {
   if (!object) throw std::invalid_argument("null value");
 }
 
-// Reads one boxed object as a native type, through a record that names its class.
+// Reads boxed objects as a native type, through a record of their class.
 template <class Type>
 class BoxReader {
  public:
@@ -77,7 +77,7 @@ class BoxReader<std::string> {
 };
 
 // Takes the first kind that the class is assignable to. Lookups go through a copy of the static
-// record, which borrows what the Java layer has resolved and leaves the record's own fields alone.
+// record, which borrows the class that the Java layer has resolved and leaves the record unchanged.
 struct ConvertFromJavaObjectVisitor {
   JNIEnv* env;
   jobject value;

@@ -1,4 +1,4 @@
-// New Java arrays of objects. Threads: any, with that thread's environment.
+// New Java arrays of objects. Threads: any, with the environment of that thread.
 #pragma once
 
 #include <jni.h>
@@ -10,10 +10,10 @@
 
 namespace nativesettings {
 
-// A new array of `count` elements of the class, element i being what make(i) returns (a local
-// reference); the array is a local reference. Null with a Java exception pending when the JVM can
-// make the array or one of the elements not. Throws boost::numeric::positive_overflow, before
-// anything is made, for more than 2147483647 elements.
+// Returns a new array of `count` elements of the class, a local reference. make(i) returns element
+// i, a local reference. Returns null with a Java exception pending if the JVM cannot make the array
+// or an element. Throws boost::numeric::positive_overflow, before anything is made, for more than
+// 2147483647 elements.
 template <class MakeElement>
 jobjectArray newObjectArray(JNIEnv* env, std::size_t count, jclass elementClass,
                             const MakeElement& make) {

@@ -1,6 +1,6 @@
-// Vectors of numbers and truth values as Java's primitive arrays, of the same width and bit for
-// bit: unsigned elements become the signed ones of their size. Threads: any, with that thread's
-// environment.
+// Conversion of vectors of numbers and truth values to and from Java's primitive arrays, of the
+// same width and bit for bit: unsigned elements become the signed ones of their size. Threads: any,
+// with the environment of that thread.
 #pragma once
 
 #include <jni.h>
@@ -42,8 +42,8 @@ PRIMITIVE_ARRAY(float, jfloat, Float)
 PRIMITIVE_ARRAY(double, jdouble, Double)
 #undef PRIMITIVE_ARRAY
 
-// Returns a new primitive array (a local reference); null with a Java exception pending when the
-// JVM has no memory. Throws boost::numeric::positive_overflow for more than 2147483647 elements.
+// Returns a new primitive array, a local reference; null with a Java exception pending if the JVM
+// has no memory. Throws boost::numeric::positive_overflow for more than 2147483647 elements.
 template <class Element>
 jobject toPrimitiveArray(JNIEnv* env, const std::vector<Element>& values) {
   using Type = PrimitiveArray<Element>;
