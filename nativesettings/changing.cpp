@@ -26,13 +26,13 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-// The content of a SettingInfo.
-struct GivenValue {
+// The content of a SettingInfo: the value, and its class or else the type that it carries.
+struct InfoContent {
   jobject value;
   jclass cls;
 };
 
-// Calls a getter of SettingInfo. The identifier is looked up on that class itself, so that the
+// Calls a getter of SettingInfo. Its identifier is looked up on that class itself, so that the
 // cached one is right for objects of every subclass.
 jobject callInfoGetter(JNIEnv* env, jobject settingInfo, std::atomic<jmethodID>& slot,
                        const char* name, const char* signature) {
@@ -42,24 +42,24 @@ jobject callInfoGetter(JNIEnv* env, jobject settingInfo, std::atomic<jmethodID>&
   return env->CallObjectMethod(settingInfo, id);
 }
 
-// Reads a SettingInfo. Returns nothing when its getValue() threw: the exception is described and
-// cleared, and the caller returns as if it had done its work. This is deliberate.
-boost::optional<GivenValue> readInfo(JNIEnv* env, jobject settingInfo) {
+// Reads a SettingInfo. Returns nothing if its getValue() threw: the exception is described and
+// cleared, and the native returns as if it had done its work. This is deliberate.
+boost::optional<InfoContent> readInfo(JNIEnv* env, jobject settingInfo) {
   if (!settingInfo) throw std::invalid_argument("null value");
-  GivenValue given{};
-  given.value =
+  InfoContent content{};
+  content.value =
       callInfoGetter(env, settingInfo, settingInfo_getValueID, "getValue", "()Ljava/lang/Object;");
   if (env->ExceptionCheck()) {
     env->ExceptionDescribe();
     env->ExceptionClear();
     return boost::none;
   }
-  given.cls = given.value
-                  ? env->GetObjectClass(given.value)
-                  : static_cast<jclass>(callInfoGetter(env, settingInfo, settingInfo_getTypeID,
-                                                       "getType", "()Ljava/lang/Class;"));
+  content.cls = content.value
+                    ? env->GetObjectClass(content.value)
+                    : static_cast<jclass>(callInfoGetter(env, settingInfo, settingInfo_getTypeID,
+                                                         "getType", "()Ljava/lang/Class;"));
   if (env->ExceptionCheck()) throw std::runtime_error("getType() of the value threw");
-  return given;
+  return content;
 }
 
 void recordChange(SettingContext& context, const Settings& node, const std::string& key,
@@ -74,11 +74,11 @@ void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstri
   translating(FailureTranslator(env, path, key, false, "Attempting to set"), [&] {
     const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, key);
-    const boost::optional<GivenValue> given = readInfo(env, settingInfo);
-    if (!given) return;
+    const boost::optional<InfoContent> content = readInfo(env, settingInfo);
+    if (!content) return;
     const std::string keyName = zljGetStdString(env, key);
     const std::string levelName = zljGetStdString(env, level);
-    const auto value = getValueFromJava(env, given->value, given->cls);
+    const auto value = getValueFromJava(env, content->value, content->cls);
     if (!value) {
       return throwJavaExceptionHelper(env, settingUnsupportedTypeRuntimeException,
                                       "Unsupported type");
@@ -92,12 +92,12 @@ void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstri
   });
 }
 
-// Adds the key without its value if it is still waiting for it. Listeners hear of that, so a
-// pending exception is put aside meanwhile.
-void settle(JNIEnv* env, const FailureTranslator& failed) {
+// Adds the key without its value if it still waits for it. Listeners are called then, so a pending
+// exception is put aside meanwhile.
+void settle(JNIEnv* env, const FailureTranslator& translator) {
   jthrowable pending = env->ExceptionOccurred();
   env->ExceptionClear();
-  translating(failed, [] { NewKey::settle(); });
+  translating(translator, [] { NewKey::settle(); });
   if (pending && !env->ExceptionCheck()) env->Throw(pending);
 }
 
@@ -107,7 +107,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
                    jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return;
-  // Where the host can, it makes one change of the two steps.
+  // A host with this option makes one change of the two steps.
   const bool asOne = isKey && &NewKey::expectValue && &NewKey::settle;
   if (asOne) NewKey::expectValue();
   bool added = false;
@@ -123,8 +123,8 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
     ZSettings::createSettingsNode(entryName, isKey, true, validator)->attachTo(parent);
     added = true;
   });
-  // Within the same guard: a key must not come without its value because the JVM goes down between
-  // the two steps.
+  // Within the same guard: a key must not lack its value because the JVM goes down between the two
+  // steps.
   if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
   if (asOne) settle(env, FailureTranslator(env, path, name, false));
 }

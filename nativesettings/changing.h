@@ -7,22 +7,21 @@
 
 namespace nativesettings {
 
-// Adds a key with its first value, or (`isKey` false) a node; nativeAddKey and nativeAddNode say
-// how.
+// Adds a key with its first value, or (`isKey` false) a node, as nativeAddKey and nativeAddNode do.
 void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, jobject settingInfo,
                    jstring level, jstring validatorFirst, jstring validatorSecond, bool isKey);
 
-// Sets the key's value at the level, or records the change in the (borrowed) transaction context
-// when it is not 0; the level then has no effect, and a key that does not exist is not recorded. A
+// Sets the key's value at the level or, if the (borrowed) transaction context is not 0, records the
+// change in it; the level then has no effect, and a key that does not exist is not recorded. A
 // SettingInfo whose getValue() throws leaves everything unchanged and raises nothing.
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,
                jobject settingInfo, jstring level);
 
 void nativeUnset(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring key, jstring level);
 
-// Adds a key and sets its first value. When that value is refused, the key stays, without a value,
-// and the refusal is pending. The validator is the pair of strings; with one of them null there is
-// none.
+// Adds a key and sets its first value. If that value is refused, the key stays, without a value,
+// and the exception of the refusal is pending. The validator is the pair of strings; if one is
+// null, there is none.
 void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
                   jobject settingInfo, jstring level, jstring validatorFirst,
                   jstring validatorSecond);
@@ -30,14 +29,14 @@ void nativeAddKey(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring 
 void nativeAddNode(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name,
                    jstring validatorFirst, jstring validatorSecond);
 
-// Deletes the child, a key or a node with all below it.
+// Deletes the child, a key or a node with everything below it.
 void nativeDelete(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstring name);
 
-// Copies the tree below the second place into a new child, called `name`, of the first.
+// Copies the tree below the second path into a new child, called `name`, of the node at the first.
 void nativeCopySubtree(JNIEnv* env, jclass, jlong firstHandle, jobjectArray firstPath,
                        jlong secondHandle, jobjectArray secondPath, jstring name);
 
-// The host's identifier test. No frame: it touches no tree.
+// Returns the result of the host's identifier test. No frame: it touches no tree.
 jboolean nativeIsKeyNameValid(JNIEnv* env, jclass, jstring name);
 
 }  // namespace nativesettings

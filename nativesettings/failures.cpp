@@ -13,7 +13,7 @@ void throwJavaExceptionHelper(JNIEnv* env, jzi::ConsInfo& cls, const char* messa
   try {
     env->ThrowNew(jzi::safeFindClass(env, globalConsInfos, cls), message);
   } catch (const std::exception&) {
-    // The class is missing: Java sees the exception that its lookup left pending.
+    // The class is missing: the exception of its lookup stays pending.
   }
 }
 
@@ -28,7 +28,7 @@ void throwNotFound(JNIEnv* env, jobjectArray path, jstring key) {
                            getDotPathFromJava(env, path, key).c_str());
 }
 
-bool FailureTranslator::begin(std::string& path) const {
+bool FailureTranslator::prepare(std::string& path) const {
   if (env_->ExceptionCheck()) {
     if (whenPending_) {
       throwJavaExceptionHelper(env_, runtimeException, whenPending_);
@@ -40,33 +40,34 @@ bool FailureTranslator::begin(std::string& path) const {
     path = getDotPathFromJava(env_, path_, key_);
     return true;
   } catch (const std::exception&) {
-    return false;  // Java sees what keeps it from handing over its arguments, such as a full stack
+    return false;  // the exception that kept the arguments from being read, of a full stack say,
+                   // stays
   }
 }
 
 void FailureTranslator::withPath(jzi::ConsInfo& cls, const char* prefix) const {
   std::string path;
-  if (begin(path)) throwJavaExceptionHelper(env_, chosen(cls), (prefix + path).c_str());
+  if (prepare(path)) throwJavaExceptionHelper(env_, classFor(cls), (prefix + path).c_str());
 }
 
-void FailureTranslator::with(jzi::ConsInfo& cls, const std::string& message) const {
+void FailureTranslator::withMessage(jzi::ConsInfo& cls, const std::string& message) const {
   std::string path;
-  if (begin(path)) throwJavaExceptionHelper(env_, chosen(cls), message.c_str());
+  if (prepare(path)) throwJavaExceptionHelper(env_, classFor(cls), message.c_str());
 }
 
-void FailureTranslator::composed(jzi::ConsInfo& cls, const char* prefix,
-                                 const std::string& detail) const {
+void FailureTranslator::withDetail(jzi::ConsInfo& cls, const char* prefix,
+                                   const std::string& detail) const {
   std::string path;
-  if (!begin(path)) return;
-  throwJavaExceptionMessageHelper(env_, prefix, path.c_str(), detail, chosen(cls));
+  if (!prepare(path)) return;
+  throwJavaExceptionMessageHelper(env_, prefix, path.c_str(), detail, classFor(cls));
 }
 
-void FailureTranslator::unknown() const {
+void FailureTranslator::swallow() const {
   std::string path;
-  static_cast<void>(begin(path));
+  static_cast<void>(prepare(path));
 }
 
-jzi::ConsInfo& FailureTranslator::chosen(jzi::ConsInfo& cls) const {
+jzi::ConsInfo& FailureTranslator::classFor(jzi::ConsInfo& cls) const {
   return asRuntime_ ? runtimeException : cls;
 }
 

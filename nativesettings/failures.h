@@ -1,5 +1,5 @@
-// Translation of failures into pending Java exceptions. Threads: any, with that thread's
-// environment.
+// Translation of C++ failures into pending Java exceptions. Threads: any, with the environment of
+// that thread.
 #pragma once
 
 #include <jni.h>
@@ -13,22 +13,21 @@
 
 namespace nativesettings {
 
-// Raises a Java exception of the record's class with that message (narrow text), in place of one
-// that is pending. When the class cannot be found, the JVM's own exception for that is left
-// pending.
+// Raises a Java exception of the record's class with that message (narrow text). It replaces one
+// that is pending. If the class cannot be found, the JVM's own exception for that stays pending.
 void throwJavaExceptionHelper(JNIEnv* env, jzi::ConsInfo& cls, const char* message);
 
-// The same with the message: prefix for "name": detail.
+// Raises one with the message: prefix for "name": detail.
 void throwJavaExceptionMessageHelper(JNIEnv* env, const char* prefix, const char* name,
                                      std::string detail, jzi::ConsInfo& cls);
 
 // Raises the settings-not-found exception with the dotted path of the two (each may be null).
 void throwNotFound(JNIEnv* env, jobjectArray path, jstring key);
 
-// A call that may fail, and the Java exception for each way in which it does. `path` and `key` are
-// its arguments and may be null; `asRuntime` makes every settings failure a RuntimeException. A
-// Java exception that is pending already is replaced: by a RuntimeException with the text
-// `whenPending` if that is not null, otherwise as if it had not been there.
+// Makes the Java exceptions for the C++ failures of one call. `path` and `key` are arguments of the
+// call and may be null; `asRuntime` makes every settings failure a RuntimeException. A Java
+// exception that is pending already is replaced: by a RuntimeException with the text `whenPending`
+// if that is not null, otherwise as if it had not been there.
 class FailureTranslator {
  public:
   FailureTranslator(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime,
@@ -37,17 +36,18 @@ class FailureTranslator {
 
   // Raises an exception of the class with the dotted path, after the prefix.
   void withPath(jzi::ConsInfo& cls, const char* prefix = "") const;
-  void with(jzi::ConsInfo& cls, const std::string& message) const;
-  // In the form of throwJavaExceptionMessageHelper, with the dotted path for a name.
-  void composed(jzi::ConsInfo& cls, const char* prefix, const std::string& detail) const;
-  // Raises nothing of its own.
-  void unknown() const;
+  void withMessage(jzi::ConsInfo& cls, const std::string& message) const;
+  // Raises an exception in the form of throwJavaExceptionMessageHelper, with the dotted path as
+  // name.
+  void withDetail(jzi::ConsInfo& cls, const char* prefix, const std::string& detail) const;
+  // Raises nothing of its own; deals with a pending exception as the others do.
+  void swallow() const;
 
  private:
-  // Gets the pending exception and the dotted path out of the way; false when Java has its
+  // Deals with the pending exception and reads the dotted path. Returns false if Java has its
   // exception already.
-  bool begin(std::string& path) const;
-  jzi::ConsInfo& chosen(jzi::ConsInfo& cls) const;
+  bool prepare(std::string& path) const;
+  jzi::ConsInfo& classFor(jzi::ConsInfo& cls) const;
 
   JNIEnv* const env_;
   const jobjectArray path_;
@@ -57,59 +57,60 @@ class FailureTranslator {
 };
 
 // Runs `body()` and translates the C++ exception that leaves it. One of a type outside the table is
-// swallowed, on purpose. A template, so that the exception is caught where the body is: handing it
+// swallowed, on purpose. A template, so that the exception is caught where the body is: passing it
 // on and throwing it again would take longer than the rest of a failure.
 template <class Body>
-void translating(const FailureTranslator& failed, Body&& body) {
+void translating(const FailureTranslator& translator, Body&& body) {
   using namespace KORVEN::settings::core;
   using zlutil::settings::Failure;
-  // The order is the meaning: the last clauses would catch what the first ones are for.
+  // The order matters: the last clauses would catch what the first ones are for.
   try {
     body();
   } catch (const Failure<NotAKeyName>&) {
-    failed.withPath(settingNotFoundException);
+    translator.withPath(settingNotFoundException);
   } catch (const Failure<NoSuchKey>&) {
-    failed.withPath(settingNotFoundException);
+    translator.withPath(settingNotFoundException);
   } catch (const Failure<NoSuchNode>&) {
-    failed.withPath(settingNotFoundException);
+    translator.withPath(settingNotFoundException);
   } catch (const Failure<NotANodeName>&) {
-    failed.withPath(settingNotFoundException);
+    translator.withPath(settingNotFoundException);
   } catch (const Failure<UnSupportedLevel>&) {
-    failed.withPath(runtimeException, "Unsupported level for ");
+    translator.withPath(runtimeException, "Unsupported level for ");
   } catch (const Failure<ValueNotDefinedForGivenLevel>&) {
-    failed.withPath(settingNotFoundException);
+    translator.withPath(settingNotFoundException);
   } catch (const Failure<DefaultValidationFailedOnVoidType>&) {
-    failed.withPath(settingValidationException);
+    translator.withPath(settingValidationException);
   } catch (const Failure<ErrorAddingChildNodeOrKey>&) {
-    failed.withPath(settingNameDuplicationException);
+    translator.withPath(settingNameDuplicationException);
   } catch (const Failure<CantModifyValuesOnReadOnlyLevel>&) {
-    failed.withPath(settingAccessException);
+    translator.withPath(settingAccessException);
   } catch (const Failure<CannotMergeWithNodeContainsChildren>&) {
-    failed.withPath(unsupportedOperationException, "Path already contains children: ");
+    translator.withPath(unsupportedOperationException, "Path already contains children: ");
   } catch (const Failure<SaxParseException>& e) {
-    failed.with(fileNotFoundException, e.GetMessageTxt());
+    translator.withMessage(fileNotFoundException, e.GetMessageTxt());
   } catch (const Failure<SaxUnknownException>& e) {
-    failed.with(fileNotFoundException, e.GetMessageTxt());
+    translator.withMessage(fileNotFoundException, e.GetMessageTxt());
   } catch (const Failure<FileLoadingError>& e) {
-    failed.composed(fileNotFoundException, "Settings file could not be loaded", e.GetMessageTxt());
+    translator.withDetail(fileNotFoundException, "Settings file could not be loaded",
+                          e.GetMessageTxt());
   } catch (const Failure<FailedToRunJavaValidator>& e) {
-    failed.with(settingValidationException, e.GetMessageTxt());
+    translator.withMessage(settingValidationException, e.GetMessageTxt());
   } catch (const Failure<ValidationFailure>& e) {
-    failed.with(settingValidationException, e.GetMessageTxt());
+    translator.withMessage(settingValidationException, e.GetMessageTxt());
   } catch (const Failure<CValidationError>& e) {
-    failed.with(settingValidationException, e.GetMessageTxt());
+    translator.withMessage(settingValidationException, e.GetMessageTxt());
   } catch (const IMsgIDException& e) {
-    failed.composed(settingValidationException, "IMsgIDException", e.GetMessageTxt());
+    translator.withDetail(settingValidationException, "IMsgIDException", e.GetMessageTxt());
   } catch (const IUserException& e) {
-    failed.composed(settingValidationException, "IUserException", e.GetMessageTxt());
+    translator.withDetail(settingValidationException, "IUserException", e.GetMessageTxt());
   } catch (const std::exception& e) {
-    failed.composed(runtimeException, "std::exception", e.what());
+    translator.withDetail(runtimeException, "std::exception", e.what());
   } catch (...) {
-    failed.unknown();
+    translator.swallow();
   }
 }
 
-// The same for the C++ exception that is being handled; to be called inside a catch clause only.
+// Translates the C++ exception that is being handled. The caller must be inside a catch clause.
 void handleException(JNIEnv* env, jobjectArray path, jstring key, bool asRuntime);
 
 }  // namespace nativesettings

@@ -11,8 +11,8 @@
 
 namespace nativesettings {
 
-// The shutdown guard of one native call. A call that finds it closed does nothing and returns its
-// default value; wasRefused() tells afterwards.
+// The shutdown guard of one native call. If it is closed, the call does nothing and returns its
+// default value; wasRefused() says so afterwards.
 class NativeFrame {
  public:
   explicit NativeFrame(JNIEnv* env) : guard_(env) {}
@@ -20,11 +20,11 @@ class NativeFrame {
   NativeFrame(const NativeFrame&) = delete;
   NativeFrame& operator=(const NativeFrame&) = delete;
 
-  // False while the JVM is going down.
+  // Returns false while the JVM is going down.
   bool isOpen() const { return guard_.JVMRunning(); }
 
-  // Whether the last native call that ended on the calling thread was refused because the JVM was
-  // going down. Calls that a listener or a validator made meanwhile have ended before it.
+  // Returns whether the last native call that ended on the calling thread was refused because the
+  // JVM was going down. Calls by a listener or a validator within that call have ended before it.
   static bool wasRefused() { return lastWasRefused_; }
 
  private:
@@ -32,22 +32,22 @@ class NativeFrame {
   const jzi::NativeShutdownGuard guard_;
 };
 
-// Runs `body()`; a C++ exception becomes a Java exception as `failed` says. Returns the result of
-// the body, or `failure` when it threw or when the JVM is going down.
+// Runs `body()`; `translator` makes a Java exception of a C++ one. Returns the result of the body,
+// or `failure` if it threw or if the JVM is going down.
 template <class Result, class Body>
-Result guarded(JNIEnv* env, Result failure, Body&& body, const FailureTranslator& failed) {
+Result guarded(JNIEnv* env, Result failure, Body&& body, const FailureTranslator& translator) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return failure;
   Result result = failure;
-  translating(failed, [&] { result = body(); });
+  translating(translator, [&] { result = body(); });
   return result;
 }
 
-// The same for a method without a result.
+// Does the same for a method without a result.
 template <class Body>
-void guardedVoid(JNIEnv* env, Body&& body, const FailureTranslator& failed) {
+void guardedVoid(JNIEnv* env, Body&& body, const FailureTranslator& translator) {
   const NativeFrame frame(env);
-  if (frame.isOpen()) translating(failed, std::forward<Body>(body));
+  if (frame.isOpen()) translating(translator, std::forward<Body>(body));
 }
 
 }  // namespace nativesettings

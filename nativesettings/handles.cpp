@@ -20,7 +20,7 @@ using Holder = boost::shared_ptr<Settings>;
 
 jlong newHandle(const Holder& node) { return reinterpret_cast<jlong>(new Holder(node)); }
 
-// The root that a file, or no file, gives.
+// Returns the root of a file, or of no file.
 Holder loadRoot(const base::ustring* path) {
   if (path) return Settings::importAsStandaloneObject(*path);
   return ZSettings::createSettingsNode(kStandaloneRootName, false, true,

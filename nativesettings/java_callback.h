@@ -1,6 +1,6 @@
-// The frame of a call into Java that Java did not ask for, of a listener or a validator: an
-// environment for the thread, a local-reference frame, and nothing of Java's failures left pending,
-// whichever way the call ends.
+// The frame of a call into Java that Java did not ask for, to a listener or a validator: an
+// environment for the thread and a local frame. It ends a Java exception that is pending when the
+// call ends.
 #pragma once
 
 #include <jni.h>
@@ -18,7 +18,7 @@ class JavaCallback {
   JavaCallback(const JavaCallback&) = delete;
   JavaCallback& operator=(const JavaCallback&) = delete;
 
-  // Null when the JVM is not running.
+  // Returns null if the JVM is not running.
   JNIEnv* env() const { return guard_.env(); }
 
  private:

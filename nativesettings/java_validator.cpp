@@ -26,16 +26,16 @@ constexpr const char* kValidateSignature =
     "(Ljava/lang/String;Ljava/lang/String;J[Ljava/lang/String;Ljava/lang/String;Ljava/lang/Object;)"
     "Ljava/lang/String;";
 
-// Whether the Java object is of that class of Java's own, or of one derived from it.
+// Returns whether the Java object is an instance of that class of the JDK.
 bool isA(JNIEnv* env, jobject object, const char* className) {
   jclass cls = env->FindClass(className);
   env->ExceptionClear();
   return cls && env->IsInstanceOf(object, cls);
 }
 
-// A reference to the class that runs validators: with it that class, all beside it in its class
-// loader, and what was resolved on them, stay until the call is over. Null when Java has no such
-// class. Where the loader itself has gone, no validator is known any more.
+// Returns a reference to the class that runs validators. It keeps that class, all others of its
+// class loader, and the classes and methods resolved on them, until the call is over. Null if Java
+// has no such class. If the loader itself has been collected, no validator is known any more.
 jobject keepClasses(JNIEnv* env, const std::string& first, const std::string& second) {
   const std::string gone = "its class loader has gone";
   try {
@@ -51,7 +51,7 @@ jobject keepClasses(JNIEnv* env, const std::string& first, const std::string& se
   throw UnknownJavaValidator(first, second, gone);
 }
 
-// Returns the method that runs validators; null when Java has no such class or method.
+// Returns the method that runs validators; null if Java has no such class or method.
 jmethodID findValidate(JNIEnv* env) {
   try {
     return jzi::safeGetMethodID(env, globalConsInfos, settingValidatorCons,
@@ -61,8 +61,8 @@ jmethodID findValidate(JNIEnv* env) {
   }
 }
 
-// Makes a pending Java exception the reason why the validator has failed. By a
-// ClassNotFoundException Java says that it does not know the validator.
+// Throws the pending Java exception, if there is one, as the reason why the validator has failed. A
+// ClassNotFoundException means that Java does not know the validator.
 void refuseWhenPending(JNIEnv* env, const std::string& first, const std::string& second) {
   jthrowable thrown = env->ExceptionOccurred();
   if (!thrown) return;
@@ -82,7 +82,7 @@ void javaValidator(const std::string& first, const std::string& second,
   const JavaCallback callback;
   JNIEnv* env = callback.env();
   if (!env) throw Failure<JVMNotReadyForProcessingJavaFunction>();
-  // A Java exception that an earlier call left pending is not the validator's failure.
+  // A Java exception that an earlier call left pending is not the failure of the validator.
   env->ExceptionClear();
   jobject cls = keepClasses(env, first, second);
   jstring key = javaString(env, keyName);
@@ -90,9 +90,9 @@ void javaValidator(const std::string& first, const std::string& second,
   env->ExceptionClear();
   jmethodID validate = cls ? findValidate(env) : nullptr;
   jobjectArray path = validate ? getSettingPathAsJArray(env, node) : nullptr;
-  // A value or key that Java has no memory for reaches the validator as null, which refuses it.
+  // A value or key that Java has no memory for reaches the validator as null, which it refuses.
   env->ExceptionClear();
-  // Deliberate: where Java has nobody to ask, the value counts as valid.
+  // Deliberate: if Java has no method that runs validators, the value counts as valid.
   if (!validate || !path) return;
   const auto context = static_cast<jlong>(node->getZcrID().value());
   jstring secondText = javaString(env, second);

@@ -1,5 +1,5 @@
-// The proxy through which the settings service runs validators written in Java. Any thread, also
-// one that the JVM does not know.
+// The proxy through which the settings service runs Java validators. Any thread, also one that the
+// JVM does not know.
 #pragma once
 
 #include <boost/any.hpp>
@@ -10,11 +10,10 @@
 
 namespace nativesettings {
 
-// Returns when the Java validator that the two strings name accepts the value. `node` holds the
-// key. ValidationFailure with the validator's reason; FailedToRunJavaValidator when it throws,
-// and as the kind of it that UnknownJavaValidator is when Java does not find its class;
-// JVMNotReadyForProcessingJavaFunction when there is no Java to run it. No Java exception is left
-// pending.
+// Returns if the Java validator that the two strings name accepts the value. `node` holds the key.
+// Throws ValidationFailure with the validator's reason; FailedToRunJavaValidator if it throws, and
+// the derived UnknownJavaValidator if Java does not find its class;
+// JVMNotReadyForProcessingJavaFunction if the JVM is not running. Leaves no Java exception pending.
 void javaValidator(const std::string& first, const std::string& second,
                    const boost::shared_ptr<const zlutil::settings::Settings>& node,
                    const std::string& keyName, const boost::any& value);

@@ -16,8 +16,8 @@ using zlutil::settings::ChangeCounters;
 
 constexpr const char* kLaneClass = "com/velonix/services/settings/NativeLane";
 
-// Returns the memory of the service's change counters, which Java borrows for good: the host is
-// never unmapped. Null when the host has none.
+// Returns the memory of the service's change counters, which Java borrows for ever: the host is
+// never unmapped. Null if the host has none.
 jobject changeCounters(JNIEnv* env, jclass) {
   if (!&ChangeCounters::table) return nullptr;
   ChangeCounters::Table& table = ChangeCounters::table();

@@ -25,9 +25,9 @@ using zlutil::settings::BoundKey;
 
 BoundKey& keyOf(jlong key) { return *reinterpret_cast<BoundKey*>(key); }
 
-// Runs the body of a native; false when the JVM is going down or a C++ exception came out.
+// Returns the result of the body; false if the JVM is going down or the body threw.
 template <class Body>
-bool done(JNIEnv* env, const Body& body) noexcept {
+bool attempt(JNIEnv* env, const Body& body) noexcept {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return false;
   try {
@@ -64,7 +64,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
 
 jlong bind(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key) {
   jlong bound = 0;
-  done(env, [&] {
+  attempt(env, [&] {
     if (!&zlutil::settings::bindKey) return false;
     bound = reinterpret_cast<jlong>(
         zlutil::settings::bindKey(getRootFromJava(root), getPathFromJava(env, path, key))
@@ -82,7 +82,7 @@ jint levelOf(JNIEnv* env, jclass, jstring name) {
   return static_cast<jint>(found - levels.begin());
 }
 
-// Kinds of value that one native serves.
+// The kinds of value that one native serves.
 struct Numbers {
   template <class Type>
   static constexpr bool kHas = std::is_arithmetic_v<Type>;
@@ -92,10 +92,10 @@ struct Arrays {
   static constexpr bool kHas = kIsVector<Type>;
 };
 
-// Calls `use(value)` with the key's value if it has one and that is of the kind, one of `Kinds`.
+// Calls `use(value)` if the key has a value and it is of the kind, which must be one of `Kinds`.
 template <class Kinds, class Use>
 bool readOfKind(JNIEnv* env, jlong key, jint kind, jint level, const Use& use) noexcept {
-  return done(env, [&] {
+  return attempt(env, [&] {
     boost::any value;
     return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
              using Type = typename decltype(tag)::type;
@@ -114,7 +114,7 @@ jlong getNumber(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
 
 jstring getText(JNIEnv* env, jclass, jlong key, jint level) {
   jstring text = nullptr;
-  done(env, [&] {
+  attempt(env, [&] {
     boost::any value;
     if (!keyOf(key).getValue(level, value)) return false;
     if (const auto* found = boost::any_cast<std::string>(&value)) {
@@ -141,7 +141,7 @@ jobject getArray(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
   return array;
 }
 
-// Sets the value or, with a context that is not 0, records it there.
+// Sets the value or, if the context is not 0, records the change in it.
 bool setOrRecord(jlong context, BoundKey& key, int level, boost::any& value) {
   if (context == 0) return key.setAny(level, value);
   const boost::shared_ptr<zlutil::settings::Settings> entry = key.entry();
@@ -150,11 +150,11 @@ bool setOrRecord(jlong context, BoundKey& key, int level, boost::any& value) {
   return true;
 }
 
-// Sets or records the value that `make(tag of the type)` gives for the kind, one of `Kinds`.
+// Sets or records the value that `make(tag of the type)` returns for the kind, one of `Kinds`.
 template <class Kinds, class Make>
 jboolean setOfKind(JNIEnv* env, jlong context, jlong key, jint kind, jint level,
                    const Make& make) noexcept {
-  return done(env, [&] {
+  return attempt(env, [&] {
     boost::any value;
     withTypeOfKind(kind, [&](auto tag) {
       if constexpr (Kinds::template kHas<typename decltype(tag)::type>) value = make(tag);
@@ -170,7 +170,7 @@ jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jin
 }
 
 jboolean setText(JNIEnv* env, jclass, jlong context, jlong key, jint level, jstring text) {
-  return done(env, [&] {
+  return attempt(env, [&] {
     boost::any value = zljGetStdString(env, text);
     return setOrRecord(context, keyOf(key), level, value);
   });
@@ -204,7 +204,7 @@ jboolean setArray(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint
 }
 
 jboolean unset(JNIEnv* env, jclass, jlong key, jint level) {
-  return done(env, [&] { return keyOf(key).unset(level); });
+  return attempt(env, [&] { return keyOf(key).unset(level); });
 }
 
 }  // namespace

@@ -24,77 +24,77 @@ enum class EventNumber : jint { kChanged = 0, kAdded = 1, kRemoved = 2 };
 
 constexpr const char* kDeliverSignature = "(I[Ljava/lang/String;Ljava/lang/String;ZZ)V";
 
-// One place that is listened to, and the Java object that hears. Shared by its subscriptions;
-// constant after construction. It keeps no entry alive.
-struct Place {
+// An entry that is listened to, and the Java object that receives its events. Shared by its
+// subscriptions; constant after construction. Keeps no entry alive.
+struct Target {
   boost::weak_ptr<Settings> entry;
   const Settings* address;  // of the entry; compared only
   const Settings* root;     // compared only
   boost::shared_ptr<jobject> listener;
-  jmethodID deliver;  // of the listener's class, which the listener keeps
+  jmethodID deliver;  // of the listener's class, which the listener keeps alive
 
-  // Whether the entry still stands below the root.
-  bool isThere() const {
+  // Returns whether the entry is still below the root.
+  bool isInTree() const {
     SettingsPtr top = entry.lock();
     if (!top) return false;
     while (const SettingsPtr parent = top->getParent()) top = parent;
     return top.get() == root;
   }
 };
-using PlacePtr = boost::shared_ptr<const Place>;
+using TargetPtr = boost::shared_ptr<const Target>;
 
-void deliver(JNIEnv* env, const Place& place, EventNumber number, jobjectArray path, jstring name,
+void deliver(JNIEnv* env, const Target& target, EventNumber number, jobjectArray path, jstring name,
              bool isNode, bool gone) {
-  env->CallVoidMethod(*place.listener, place.deliver, static_cast<jint>(number), path, name,
+  env->CallVoidMethod(*target.listener, target.deliver, static_cast<jint>(number), path, name,
                       static_cast<jboolean>(isNode), static_cast<jboolean>(gone));
 }
 
-void hear(const Place& place, EventNumber number, const SettingsPtr& subject,
-          const SettingsPtr& parent) {
+void onEvent(const Target& target, EventNumber number, const SettingsPtr& subject,
+             const SettingsPtr& parent) {
   const JavaCallback callback;
   JNIEnv* env = callback.env();
   if (!env || !parent) return;
   jobjectArray path = getSettingPathAsJArray(env, parent);
   jstring name = path ? jzi::ToJava::javaString(env, subject->getName()) : nullptr;
   if (!name) return;
-  const bool gone = number == EventNumber::kRemoved && !place.isThere();
-  deliver(env, place, number, path, name, !subject->isKey(), gone);
+  const bool gone = number == EventNumber::kRemoved && !target.isInTree();
+  deliver(env, target, number, path, name, !subject->isKey(), gone);
 }
 
-void hearChange(const Place& place, const SettingsPtr& key) {
-  if (key.get() != place.address) {
-    return hear(place, EventNumber::kChanged, key, key->getParent());
+void onChange(const Target& target, const SettingsPtr& key) {
+  if (key.get() != target.address) {
+    return onEvent(target, EventNumber::kChanged, key, key->getParent());
   }
-  // Java knows path and name of the very key.
+  // Java knows path and name of this key.
   const JavaCallback callback;
   if (JNIEnv* env = callback.env()) {
-    deliver(env, place, EventNumber::kChanged, nullptr, nullptr, false, false);
+    deliver(env, target, EventNumber::kChanged, nullptr, nullptr, false, false);
   }
 }
 
 struct Subscription {
-  PlacePtr place;
+  TargetPtr target;
   ScopedConnection changes, additions, removals;
 };
 
-Subscription* subscribe(const SettingsPtr& entry, const PlacePtr& place) {
+Subscription* subscribe(const SettingsPtr& entry, const TargetPtr& target) {
   return new Subscription{
-      place,
+      target,
       ScopedConnection(entry->addListener<SettingsValueChangeEvent>(
-          [place](const SettingsValueChangeEvent& event) { hearChange(*place, event.getObj()); })),
+          [target](const SettingsValueChangeEvent& event) { onChange(*target, event.getObj()); })),
       ScopedConnection(
-          entry->addListener<SettingsAddNodeEvent>([place](const SettingsAddNodeEvent& event) {
-            hear(*place, EventNumber::kAdded, event.getObj(), event.getParentObj());
+          entry->addListener<SettingsAddNodeEvent>([target](const SettingsAddNodeEvent& event) {
+            onEvent(*target, EventNumber::kAdded, event.getObj(), event.getParentObj());
           })),
       ScopedConnection(entry->addListener<SettingsRemoveNodeEvent>(
-          [place](const SettingsRemoveNodeEvent& event) {
-            hear(*place, EventNumber::kRemoved, event.getObj(), event.getParentObj());
+          [target](const SettingsRemoveNodeEvent& event) {
+            onEvent(*target, EventNumber::kRemoved, event.getObj(), event.getParentObj());
           }))};
 }
 
 Subscription& subscriptionOf(jlong address) { return *reinterpret_cast<Subscription*>(address); }
 
-// Returns 0 when there is no such entry or it can have no listeners.
+// Returns 0 if there is no such entry or it can have no listeners.
 jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jobject listener) {
   const NativeFrame frame(env);
   if (!frame.isOpen()) return 0;
@@ -110,7 +110,7 @@ jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jo
     if (!deliver || !reference) return 0;
     return reinterpret_cast<jlong>(subscribe(
         entry,
-        boost::make_shared<Place>(Place{entry, entry.get(), top.get(), reference, deliver})));
+        boost::make_shared<Target>(Target{entry, entry.get(), top.get(), reference, deliver})));
   } catch (const std::exception&) {
     return 0;
   }
@@ -118,10 +118,10 @@ jlong listen(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key, jo
 
 void unlisten(JNIEnv*, jclass, jlong subscription) { delete &subscriptionOf(subscription); }
 
-// True also while the JVM is going down.
+// Returns true also while the JVM is going down.
 jboolean isListening(JNIEnv* env, jclass, jlong subscription) {
   const NativeFrame frame(env);
-  return !frame.isOpen() || subscriptionOf(subscription).place->isThere();
+  return !frame.isOpen() || subscriptionOf(subscription).target->isInTree();
 }
 
 }  // namespace

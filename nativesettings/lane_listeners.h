@@ -1,13 +1,15 @@
-// The lane's natives for listeners. One Java object hears for all listeners at one place: it is
-// subscribed once, and each event costs one call of its method
+// The lane's natives for listeners. One Java object receives the events for all Java listeners at
+// one entry: it is subscribed once, and each event costs one call of its method
 //
 //   void deliver(int event, String[] path, String name, boolean isNode, boolean gone)
 //
-// with the number of the event (0 changed, 1 added, 2 removed), the path of the entry's parent and
-// the entry's name (both null for a change of the very key that is listened to), whether the entry
-// is a node, and whether the place itself has left the tree. What deliver() throws is dropped.
+//   event    0 changed, 1 added, 2 removed
+//   path     the path of the parent of the event's entry; null if the listened-to key itself
+//   changed name     the name of the event's entry; null likewise isNode   whether that entry is a
+//   node gone     whether the listened-to entry itself has left the tree
 //
-// A subscription is a Java long: listen() gives it to Java, which owns it until unlisten().
+// Exceptions of deliver() are dropped. A subscription is a Java long: listen() gives it to Java,
+// which owns it until unlisten().
 #pragma once
 
 #include <jni.h>
@@ -16,7 +18,7 @@
 
 namespace nativesettings {
 
-// Rows for the registration of these natives with NativeLane.
+// The rows to register these natives with NativeLane.
 const std::array<JNINativeMethod, 3>& laneListenerMethods();
 
 }  // namespace nativesettings

@@ -16,8 +16,8 @@ namespace {
 constexpr const char* kFactoryDir = "SETTINGS_FACTORYDIR";
 constexpr const char* kUserDir = "SETTINGS_USERDIR";
 
-// Returns the value as the environment holds it, in standard UTF-8. Null, with a Java exception
-// pending, for one that it cannot hold.
+// Returns the value as the environment holds it, in standard UTF-8; nothing, with a Java exception
+// pending, if the environment cannot hold it.
 std::optional<std::string> forEnvironment(JNIEnv* env, const char* name, const std::string& value) {
   const std::optional<std::string> utf8 = base::utf8FromNarrow(value);
   if (utf8 && utf8->find('\0') == std::string::npos) return *utf8;
@@ -49,7 +49,7 @@ jstring nativeGetDefaultLevel(JNIEnv* env, jclass) { return jzi::ToJava::javaStr
 jint nativeCompareLevels(JNIEnv* env, jclass, jstring first, jstring second) {
   const std::vector<std::string>& levels = allLevelNames();
   const auto p = std::find(levels.begin(), levels.end(), zljGetStdString(env, first));
-  // From p on, not from the start: the reverse order is deliberately never told apart from an
+  // From p on, not from the start: the reverse order is deliberately not distinguished from an
   // unknown name.
   const auto q = std::find(p, levels.end(), zljGetStdString(env, second));
   if (q == levels.end()) return -1;

@@ -27,7 +27,7 @@ constexpr const char* kCreateEventSignature =
     "Lcom/velonix/services/settings/SettingChangeEvent;";
 constexpr const char* kListenerSignature = "(Lcom/velonix/services/settings/SettingChangeEvent;)V";
 
-// Returns the event object that the listener makes of an event; null when it makes none, or throws.
+// Returns the event object that the listener makes of an event; null if it makes none, or throws.
 jobject createEvent(JNIEnv* env, jclass cls, jobject listener, jobject source,
                     const boost::shared_ptr<Settings>& parent, const Settings& subject) {
   jmethodID id =
@@ -54,7 +54,7 @@ void deliverSettingEvent(const char* method, std::atomic<jmethodID>& methodID,
       createEvent(env, cls, *listener, source ? *source : nullptr, parent, *event.getObj());
   jmethodID id =
       object ? jzi::safeGetMethodID(env, cls, methodID, method, kListenerSignature) : nullptr;
-  // What the listener throws is cleared when the callback ends.
+  // The callback ends an exception of the listener.
   if (id) env->CallVoidMethod(*listener, id, object);
 }
 

@@ -1,5 +1,5 @@
-// Delivery of one event to one Java listener. Called by the event manager on the publishing thread;
-// nothing of Java's failures reaches it.
+// Delivery of one event to one Java listener. The event manager calls these on the publishing
+// thread. They let no Java exception out.
 #pragma once
 
 #include <jni.h>
@@ -16,7 +16,7 @@ class SettingsValueChangeEvent;
 
 namespace nativesettings {
 
-// Each hands the event to the listener, with the source given at registration. Path and name are
+// Each passes the event to the listener, with the source given at registration. Path and name are
 // those that the entry has now. A change of a key that has no parent any more is not delivered.
 void onSettingChanged(const boost::shared_ptr<jobject>& listener,
                       const zlutil::settings::SettingsValueChangeEvent& event,
@@ -28,7 +28,7 @@ void onSettingRemoved(const boost::shared_ptr<jobject>& listener,
                       const zlutil::settings::SettingsRemoveNodeEvent& event,
                       const boost::shared_ptr<jobject>& source);
 
-// Releases the listener class and forgets the identifiers of its methods; part of unloading.
+// Releases the listener class and forgets the identifiers of its methods; a step of unloading.
 void forgetDeliveryIdentifiers();
 
 }  // namespace nativesettings

@@ -14,8 +14,9 @@ base::NeverDestroyed<ListenerRegistry> valueChange;
 base::NeverDestroyed<ListenerRegistry> addNode;
 base::NeverDestroyed<ListenerRegistry> removeNode;
 
-// When the library is unloaded from a JVM that goes on, the subscriptions must not outlive the code
-// of their callbacks. While the process exits they are left alone: threads may still be publishing.
+// When the library is unloaded from a JVM that goes on, the subscriptions must end before the code
+// of their callbacks goes. While the process exits they stay: other threads may still be
+// publishing.
 struct EndSubscriptionsAtUnload {
   ~EndSubscriptionsAtUnload() {
     if (!jzi::JVMShutdownGuard().JVMRunning()) return;
@@ -51,7 +52,7 @@ std::size_t Hash<boost::shared_ptr<jobject>>::hash(const boost::shared_ptr<jobje
   jclass system = jzi::safeFindClass(env, globalConsInfos, systemCons);
   const jint hash = env->CallStaticIntMethod(system, id, *reference);
   if (env->ExceptionCheck()) env->ExceptionClear();
-  // Spread over all bits: TBB takes the low ones.
+  // Spread over all bits: TBB uses the low ones.
   return static_cast<std::size_t>(static_cast<unsigned>(hash)) * 0x9E3779B97F4A7C15u >> 16;
 }
 
@@ -68,7 +69,7 @@ std::size_t Hash<ListenerKey>::hash(const ListenerKey& key) {
 
 bool Hash<ListenerKey>::equal(const ListenerKey& a, const ListenerKey& b) {
   if (!Hash<boost::shared_ptr<jobject>>::equal(a.first, b.first)) return false;
-  // The constructor throws boost::bad_weak_ptr for a dead node, which lock() would hide.
+  // Throws boost::bad_weak_ptr for a dead node, on purpose; lock() would not.
   using Node = boost::shared_ptr<zlutil::settings::Settings>;
   return Node(a.second) == Node(b.second);
 }

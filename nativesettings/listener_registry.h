@@ -2,9 +2,9 @@
 // registry per kind of event. Threads: any.
 //
 // A registry shares the listener's reference and the subscription; it does not keep the entry
-// alive. Ending the subscription, by erasing it, releases the two global references of its
-// callback. Entries of nodes that have died stay until the process ends; comparing a key with one
-// throws boost::bad_weak_ptr out of the lookup and leaves the registry as it was.
+// alive. Erasing a subscription ends it and releases the two global references of its callback.
+// Keys of nodes that have died stay until the process ends; comparing a key with one throws
+// boost::bad_weak_ptr out of the lookup and leaves the registry as it was.
 #pragma once
 
 #include <jni.h>
@@ -28,15 +28,15 @@ using ListenerSubscription = boost::shared_ptr<zlutil::eventmgr::ScopedConnectio
 namespace zlutil {
 namespace threadutil {
 
-// References to Java objects: hashed by the object's identity hash code and equal when they refer
-// to the same object, so a local reference finds what was entered with a global one.
+// References to Java objects: hashed by the object's identity hash code, and equal if they refer to
+// the same object, so a lookup with a local reference finds a global one.
 template <>
 struct Hash<boost::shared_ptr<jobject>> {
   static std::size_t hash(const boost::shared_ptr<jobject>& reference);
   static bool equal(const boost::shared_ptr<jobject>& a, const boost::shared_ptr<jobject>& b);
 };
 
-// Listener keys: all registrations of one listener share a hash; equal when listener and node are.
+// All keys of one listener have the same hash; two are equal if listener and node are.
 template <>
 struct Hash<nativesettings::ListenerKey> {
   static std::size_t hash(const nativesettings::ListenerKey& key);
@@ -55,7 +55,7 @@ extern ListenerRegistry& valueChangeListeners;
 extern ListenerRegistry& addNodeListeners;
 extern ListenerRegistry& removeNodeListeners;
 
-// Forgets the identifiers that hashing has looked up; part of unloading.
+// Forgets the identifiers that hashing has looked up; a step of unloading.
 void forgetIdentityHash();
 
 }  // namespace nativesettings

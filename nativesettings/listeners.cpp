@@ -20,8 +20,8 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-// Subscribes to one kind of event and enters the subscription, unless an equal key is present: then
-// it ends again when this returns.
+// Subscribes to one kind of event and enters the subscription into the registry. If an equal key is
+// there already, the new subscription ends when this returns.
 template <class Event>
 void subscribe(ListenerRegistry& registry, const ListenerKey& key, const SettingsPtr& node,
                const JavaReference& source,

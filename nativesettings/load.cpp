@@ -1,4 +1,4 @@
-// What the JVM calls when it loads and unloads the library.
+// The functions that the JVM calls when it loads and unloads the library.
 #include <jni.h>
 
 #include "base/export.h"
@@ -20,7 +20,7 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
     auto* jni = static_cast<JNIEnv*>(env);
     nativesettings::rearmClassRecords(jni);
     for (const jzi::jziNatives_t& natives : nativesettings::registeredClasses()) {
-      // One class that cannot be registered does not stop the others: Java reports its methods as
+      // A class that cannot be registered does not stop the others: Java reports its methods as
       // unlinked when they are called.
       static_cast<void>(jzi::registerNativesImpl(jni, natives));
     }

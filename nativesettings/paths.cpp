@@ -17,7 +17,7 @@ using zlutil::settings::Settings;
 
 namespace {
 
-// A native method starts with room for some 30 local references; a path up to this long leaves
+// A native method starts with room for some 30 local references; a path up to this length leaves
 // enough of it.
 constexpr jsize kShortPath = 8;
 

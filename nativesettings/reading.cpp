@@ -23,7 +23,7 @@ using SettingsPtr = boost::shared_ptr<Settings>;
 
 namespace {
 
-// Returns a SettingInfo that says which class the key's values have, if the service knows.
+// Returns a SettingInfo with the class of the key's values, null if the service does not know it.
 jobject typeOnly(JNIEnv* env, const SettingsPtr& node, jstring key) {
   const boost::optional<int> kind = node->getKeyType(zljGetStdString(env, key));
   jclass cls = kind ? getJavaClassOfKind(env, *kind) : nullptr;
@@ -97,7 +97,7 @@ jboolean nativeIsSet(JNIEnv* env, jclass, jlong handle, jobjectArray path, jstri
         } catch (const Failure<NotANodeName>&) {
         } catch (const Failure<NotAKeyName>&) {
         }
-        return JNI_FALSE;  // what does not exist is not set
+        return JNI_FALSE;  // a missing entry is not set
       },
       FailureTranslator(env, path, key, true));
 }

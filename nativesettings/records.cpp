@@ -26,7 +26,7 @@ namespace {
 base::NeverDestroyed<std::vector<std::string>> levelNames(
     zlutil::settings::SettingsLevelManager::getSettingsLevelManagerInstance()->getAllLevelNames());
 
-// When the library is unloaded from a JVM that goes on, nothing can use the list any more.
+// If the library is unloaded from a JVM that goes on, no thread can use the list any more.
 struct FreeLevelNamesAtUnload {
   ~FreeLevelNamesAtUnload() {
     if (jzi::JVMShutdownGuard().JVMRunning()) std::vector<std::string>().swap(levelNames.get());

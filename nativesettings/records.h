@@ -1,6 +1,6 @@
-// The static records of the bridge: the Java exception classes that failures are translated to, and
-// the list of level names. Built when the library is loaded; the list is only read afterwards, the
-// records are filled as bridge/cons_info.h says.
+// The static records of the bridge for the Java exception classes that failures are translated to,
+// and the list of level names. Built when the library is loaded; the list is only read afterwards,
+// the records are filled as bridge/cons_info.h says.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ extern NATIVESETTINGS_API jzi::ConsInfo settingLevelRuntimeException;
 extern NATIVESETTINGS_API jzi::ConsInfo illegalStateException;
 extern NATIVESETTINGS_API jzi::ConsInfo unsupportedOperationException;
 
-// All level names in the service's order, highest priority first.
+// Returns all level names in the service's order, highest priority first.
 const std::vector<std::string>& allLevelNames();
 
 }  // namespace nativesettings

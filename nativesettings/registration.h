@@ -1,4 +1,4 @@
-// The table of native methods: which function serves which method of which Java class.
+// The table of native methods: the function of each method of each Java class.
 #pragma once
 
 #include <array>
@@ -9,7 +9,8 @@ namespace nativesettings {
 
 inline constexpr std::size_t kRegisteredClasses = 5;
 
-// One record per Java class, in the order of registration. The records borrow static arrays.
+// Returns one element per Java class, in the order of registration. The elements borrow static
+// arrays.
 const std::array<jzi::jziNatives_t, kRegisteredClasses>& registeredClasses();
 
 }  // namespace nativesettings

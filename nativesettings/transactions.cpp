@@ -23,7 +23,7 @@ jobject newArrayList(JNIEnv* env) {
 }
 
 // Returns a list of one SettingValidity per problem. A problem whose object cannot be made is left
-// out. Null, with the JVM's exception pending, when there can be no list.
+// out. Returns null, with the JVM's exception pending, if it cannot make the list.
 jobject listOf(JNIEnv* env, const SettingsProblems& problems) {
   jobject list = newArrayList(env);
   if (!list) return nullptr;

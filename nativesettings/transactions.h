@@ -1,7 +1,6 @@
 // Transaction contexts: value changes that are recorded first and then committed or validated
-// together. Java owns a context through its address; it is created by
-// nativeCreateTransactionContext and deleted once by nativeDeleteTransactionContext. A context is
-// used by one thread at a time.
+// together. Java owns a context through its address; nativeCreateTransactionContext makes it and
+// nativeDeleteTransactionContext deletes it once. One thread at a time uses a context.
 #pragma once
 
 #include <jni.h>
@@ -20,27 +19,28 @@ class SettingContext {
   SettingContext(const SettingContext&) = delete;
   SettingContext& operator=(const SettingContext&) = delete;
 
-  // Appends a change of the key with that full path. Nothing merges: the same key may be recorded
-  // more than once, and the last change stays.
+  // Appends a change of the key with that full path. The same key may be recorded more than once;
+  // its last change counts.
   void record(std::string path, boost::any value);
 
   // Applies (`commit`) or only validates all recorded changes against the process's settings root.
-  // A list of SettingValidity, one per problem, as a local reference; null when there are none. The
-  // recorded changes stay. With no root a RuntimeException is pending and the result null.
+  // Returns a list of SettingValidity, one per problem, as a local reference; null if there are
+  // none. The recorded changes stay. If there is no root, a RuntimeException is pending and the
+  // result is null.
   jobject commitOrValidate(JNIEnv* env, bool commit, const std::string& level) const;
 
  private:
   std::vector<std::pair<std::string, boost::any>> changes_;
 };
 
-// A new context, owned by the caller. No frame: nothing here can fail.
+// Returns a new context, owned by the caller. No frame: nothing here can fail.
 jlong nativeCreateTransactionContext(JNIEnv*, jclass);
 
 // Deletes an (owned) context; 0 is ignored. No frame: nothing here can fail.
 void nativeDeleteTransactionContext(JNIEnv*, jclass, jlong context);
 
-// Problems of committing or validating a (borrowed) context; null when there are none and when the
-// JVM is going down. Without a catch clause: the service reports failures as problems.
+// Return the problems of committing or validating a (borrowed) context; null if there are none or
+// if the JVM is going down. There is no catch clause: the service reports failures as problems.
 jobject nativeCommitTransaction(JNIEnv* env, jclass, jlong context, jstring level);
 jobject nativeValidateTransaction(JNIEnv* env, jclass, jlong context, jstring level);
 
