@@ -5,12 +5,13 @@
 //   kind 13 .. 24   vectors of them, in the same order
 //
 // The names, the variant, the conversions to Java and to text, and the cases of the tests of values
-// are generated from the list. Four files repeat it:
+// are generated from the list. These files repeat it:
 //
-//   values/java/class_records.h     a type without a record does not compile
-//   values/java/primitive_arrays.h  a type without a primitive does not compile
-//   ValueKinds.java                 the test Values.JavaHasTheSameKinds compares it with the list
-//   docs/settings.xsd               nothing compares it
+//   values/java/class_records.h            a type without a record does not compile
+//   values/java/primitive_arrays.h         a type without a primitive does not compile
+//   ValueKinds.java                        the test Values.JavaHasTheSameKinds compares the lists
+//   PrimitiveArrays.java, BoundKey.java    java.ValueRoundTripTest has values of every kind
+//   docs/settings.xsd                      nothing compares it
 #pragma once
 
 #include <cstddef>

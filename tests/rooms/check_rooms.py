@@ -6,13 +6,15 @@ check_rooms.py ROOT ROOMS DOCUMENT
 ROOMS has a line for each room, as CMake has written it: its folder, and the folders of the rooms that
 it uses. Every `#include "..."` of a room's file must name a header of the room itself or of one that it
 uses. The table of rooms in DOCUMENT must say the same, and every file that DOCUMENT names must exist:
-one that it names without its folder, somewhere in the source tree.
+one that it names without its folder, somewhere in the source tree. The names of docs/contract-names.md
+must be in their files.
 """
 import pathlib
 import re
 import sys
 
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
+CONTRACT_NAME = re.compile(r"^\| `([^`]+)` \| `([^`]+)` \|", re.MULTILINE)
 FILE_NAME = re.compile(r"[\w./-]*\w\.(?:h|cpp|java|cmake|md|py)\b")
 TABLE_ROW = re.compile(r"^\| `([a-z_/]+)/` \|.*\|([^|]*)\|$", re.MULTILINE)
 
@@ -57,6 +59,14 @@ def problems_of_file_names(document, root):
             yield f"the document names {name}, which is not there"
 
 
+def problems_of_contract_names(root):
+    page = (root / "docs/contract-names.md").read_text()
+    for name, file in CONTRACT_NAME.findall(page):
+        word = re.split(r"::|\$", name)[-1]
+        if not re.search(rf"\b{word}\b", (root / file).read_text()):
+            yield f"docs/contract-names.md has {name}, which {file} does not"
+
+
 def main(root, rooms_file, document):
     root = pathlib.Path(root)
     document = pathlib.Path(document).read_text()
@@ -67,6 +77,7 @@ def main(root, rooms_file, document):
     problems = list(problems_of_includes(root, rooms))
     problems += problems_of_table(document, rooms)
     problems += problems_of_file_names(document, root)
+    problems += problems_of_contract_names(root)
     print("\n".join(problems) or f"{len(rooms)} rooms, and no arrow points upwards")
     return bool(problems)
 
