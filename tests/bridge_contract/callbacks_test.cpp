@@ -1,4 +1,4 @@
-// What reaches Java that Java did not ask for: validators, events and the problems of a commit.
+// Calls of Java that Java did not ask for: validators, events and the problems of a commit.
 #include <boost/variant/get.hpp>
 
 #include "nativesettings/changing.h"
@@ -32,7 +32,7 @@ class Callbacks : public ContractTest {
   }
 };
 
-TEST_F(Callbacks, AValidatorIsToldWhichValueItIsAskedFor) {
+TEST_F(Callbacks, AValidatorReceivesTheValueAndItsPath) {
   javaValidator("accept", "second", inner_, "d.1", 5);
   EXPECT_EQ("accept second 77 [n.x, m, inner] d.1 5", asked());
   const PatchedJava java(env_);
@@ -40,7 +40,7 @@ TEST_F(Callbacks, AValidatorIsToldWhichValueItIsAskedFor) {
   EXPECT_EQ((Names{"k", "v", "n.x", "m", "inner", "second", "accept"}), java.calls().strings);
 }
 
-TEST_F(Callbacks, AValidatorsAnswerIsPassedOn) {
+TEST_F(Callbacks, TheAnswerOfAValidatorReachesTheCaller) {
   try {
     javaValidator("refuse", "", m_, "k", 5);
     FAIL();
@@ -59,7 +59,7 @@ TEST_F(Callbacks, AValidatorsAnswerIsPassedOn) {
   }
 }
 
-TEST_F(Callbacks, WhereJavaHasNoValidatorsAValueIsValid) {
+TEST_F(Callbacks, WithoutValidatorsInJavaAValueIsValid) {
   for (const char* missing : {"com/velonix/services/settings/SettingValidator", "validate"}) {
     SCOPED_TRACE(missing);
     nativesettings_utilsUnload();
@@ -70,7 +70,7 @@ TEST_F(Callbacks, WhereJavaHasNoValidatorsAValueIsValid) {
   EXPECT_THROW(javaValidator("refuse", "why", m_, "k", 5), Failure<ValidationFailure>);
 }
 
-TEST_F(Callbacks, AnEventTellsTheNamesWholeAndTheKind) {
+TEST_F(Callbacks, AnEventHasWholeNamesAndSaysWhetherItIsOfANode) {
   jobject listener = make("com/velonix/services/settings/RecordingListener", "()V");
   nativeAddRemoveListener(env_, nullptr, str("src"), handle_, nodePath_, nullptr, listener);
   publish(node_, SettingsValueChangeEvent(dotted_));
@@ -80,7 +80,7 @@ TEST_F(Callbacks, AnEventTellsTheNamesWholeAndTheKind) {
       "changed src[n.x]d.1 null false; added src[n.x, m]inner null true; "
       "removed src[n.x]k null false; ",
       show(listener));
-  // Of a key that has left its tree nothing can be told.
+  // An event of a key without a parent is not delivered.
   publish(node_, SettingsValueChangeEvent(FakeSettings::make("loose", true, nullptr)));
   publish(node_, SettingsRemoveNodeEvent(nullptr, k_));
   EXPECT_EQ("", show(listener));
@@ -89,14 +89,14 @@ TEST_F(Callbacks, AnEventTellsTheNamesWholeAndTheKind) {
   EXPECT_EQ("", show(listener));
 }
 
-TEST_F(Callbacks, AnEntryThatTakesNoListenersEntersNone) {
+TEST_F(Callbacks, AnEntryThatTakesNoListenersRegistersNone) {
   k_->takesListeners = false;
   jobject listener = make("com/velonix/services/settings/RecordingListener", "()V");
   nativeAddRemoveListener(env_, nullptr, str("src"), handle_, nodePath_, key_, listener);
   EXPECT_EQ(0u, valueChangeListeners.size() + addNodeListeners.size() + removeNodeListeners.size());
 }
 
-TEST_F(Callbacks, TheProblemsOfACommitComeInOrderAndWithoutAnyThereIsNoList) {
+TEST_F(Callbacks, ACommitListsItsProblemsInOrderAndReturnsNullForNone) {
   const auto top = FakeSettings::make("top", true, root_);
   const jlong context = nativeCreateTransactionContext(env_, nullptr);
   nativeSet(env_, nullptr, context, handle_, nullptr, str("top"), five_, nullptr);

@@ -1,4 +1,4 @@
-// What the natives ask of the service and of the process, word for word, and what they answer.
+// The calls of the natives to the service and the process, word for word, and their results.
 #include "bridge/java_layer.h"
 #include "bridge/shared_object.h"
 #include "nativesettings/changing.h"
@@ -19,7 +19,7 @@ using namespace testing_support;
 
 using Calls = ContractTest;
 
-TEST_F(Calls, ReadingAsksOnceAndInOrder) {
+TEST_F(Calls, ReadingCallsTheServiceOnceAndInOrder) {
   fakeHost().kind = 7;
   const auto get = [&](jstring level) {
     return show(nativeGet(env_, nullptr, handle_, nodePath_, key_, level));
@@ -60,7 +60,7 @@ TEST_F(Calls, ReadingAsksOnceAndInOrder) {
   EXPECT_EQ((Names{FIND, "getChildren", FIND, "getChildren", FIND, "getChildren"}), calls());
 }
 
-TEST_F(Calls, ChangingAsksOnceAndInOrder) {
+TEST_F(Calls, ChangingCallsTheServiceOnceAndInOrder) {
   nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, five_, user_);
   EXPECT_EQ((Names{FIND, "setAny k 5 \"user\""}), calls());
   nativeUnset(env_, nullptr, handle_, nodePath_, key_, user_);
@@ -82,7 +82,7 @@ TEST_F(Calls, ChangingAsksOnceAndInOrder) {
             calls());
 }
 
-TEST_F(Calls, ATreeThatIsNotThereIsSaidSo) {
+TEST_F(Calls, AMissingTreeIsARuntimeException) {
   EXPECT_EQ(0, nativeGetZvmRoot(env_, nullptr, 0));
   EXPECT_EQ("java.lang.RuntimeException: cannot find root", takeException(env_));
   EXPECT_EQ(0, nativeLoadSettings(env_, nullptr, str("f.xml")));
@@ -124,7 +124,7 @@ TEST_F(Calls, TheTestEnvironmentIsPrintedAndReadBack) {
   }
 }
 
-TEST_F(Calls, WhatJavaThrowsIsPrintedWhereNobodyHearsOfIt) {
+TEST_F(Calls, AnExceptionThatNoCallerReceivesIsPrinted) {
   jobject throwing = info(make("java/lang/RuntimeException", "(Ljava/lang/String;)V", str("why")));
   PatchedJava java(env_);
   nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, throwing, user_);

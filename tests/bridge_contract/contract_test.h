@@ -1,5 +1,5 @@
-// A test of the natives on the fake host and on a Java half with nothing but the classes that the
-// natives name (java/):
+// A test of the natives on the fake host and on a Java half with only the classes that the natives
+// name (java/):
 //
 //   (root)
 //     n.x         node, found under that one name
@@ -40,7 +40,7 @@ class ContractTest : public JvmTest {
   jobject info(jobject value) {
     return make("com/velonix/services/settings/SettingInfo", "(Ljava/lang/Object;)V", value);
   }
-  // The calls since the last time.
+  // Returns the calls since the last time.
   Names calls() {
     Names taken;
     taken.swap(fakeHost().calls);

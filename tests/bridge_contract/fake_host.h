@@ -1,7 +1,7 @@
-// A settings service that does what a test tells it, under the natives: the entries of a tree, and
-// the static functions that make trees. The functions are defined in this program, whose own
-// definitions come before those of libsettingshost; so of that library only events, levels and the
-// Java layer take part. One thread at a time.
+// A settings service that does as a test tells it, under the natives: the entries of a tree, and
+// the static functions that make trees. This program defines those functions, and its definitions
+// come before those of libsettingshost; so only events, levels and the Java layer of that library
+// take part. One thread at a time.
 #pragma once
 
 #include <boost/weak_ptr.hpp>
@@ -18,19 +18,19 @@ using zlutil::settings::SettingsProblems;
 using SettingsPtr = boost::shared_ptr<Settings>;
 
 struct FakeHost {
-  // The operation at which `failure` is called, which throws what the test wants.
+  // The operation that calls `failure`, which throws as the test wants.
   std::string failsAt;
   std::function<void()> failure;
 
-  // The operations that were asked for, with their arguments.
+  // The operations that were called, with their arguments.
   std::vector<std::string> calls;
   std::vector<std::string> printed;
 
-  // What getSettingsRoot and importAsStandaloneObject answer.
+  // The result of getSettingsRoot and importAsStandaloneObject.
   SettingsPtr root;
-  // What createSettingsNode answers for a root, when it is to answer null.
+  // Makes createSettingsNode return null.
   bool makesNothing = false;
-  // What entries answer.
+  // The results of the operations of entries.
   boost::any value;
   boost::optional<int> kind;
   std::string setLevel;  // the only level that isSet answers true for
@@ -42,7 +42,7 @@ struct FakeHost {
 
 FakeHost& fakeHost();
 
-// Notes its calls in the fake host.
+// An entry that notes its calls in the fake host.
 class FakeSettings : public Settings {
  public:
   FakeSettings(const std::string& name, bool isKey) : name_(name), isKey_(isKey) {}
@@ -89,7 +89,7 @@ class FakeSettings : public Settings {
   std::vector<boost::weak_ptr<FakeSettings>> children_;
 };
 
-// A value as calls show it.
+// Returns a value as calls show it.
 std::string shown(const boost::any& value);
 
 }  // namespace testing_support

@@ -1,4 +1,4 @@
-// Loading into, and unloading from, a JVM that answers as a test wants.
+// Loading into, and unloading from, a JVM whose answers a test chooses.
 #include "nativesettings/java_validator.h"
 #include "tests/bridge_contract/contract_test.h"
 #include "tests/support/patched_java.h"
@@ -50,7 +50,7 @@ TEST_F(Load, AClassThatIsMissingDoesNotStopTheOthers) {
   const PatchedJava java(env_, {CLASS("SettingPath")});
   EXPECT_EQ(JNI_VERSION_1_4, load(JNI_OK, env_));
   EXPECT_EQ(JNI_VERSION_1_4, askedVersion);
-  // The last one is no part of the contract, and so may be missing.
+  // The last class is no part of the contract, so it may be missing.
   EXPECT_EQ((Names{CLASS("Setting") " 9", "no " CLASS("SettingPath"),
                    CLASS("SettingLevel$Helper") " 6", CLASS("SettingTransaction") " 4",
                    CLASS("SettingTestEnvironment") " 2", "no " CLASS("NativeLane")}),
@@ -59,14 +59,14 @@ TEST_F(Load, AClassThatIsMissingDoesNotStopTheOthers) {
   EXPECT_EQ(Names{"setJValProxy"}, calls());
 }
 
-TEST_F(Load, AVersionThatIsTooOldStopsNothingButTheRegistration) {
+TEST_F(Load, AnOldJvmSkipsTheRegistrationOnly) {
   const PatchedJava java(env_);
   EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EVERSION, env_));
   EXPECT_EQ(Names(), java.calls().classes);
   EXPECT_EQ(Names{"setJValProxy"}, calls());
 }
 
-TEST_F(Load, OnlyAnEnvironmentIsNeededToRegister) {
+TEST_F(Load, TheRegistrationNeedsAnEnvironmentOnly) {
   const PatchedJava java(env_);
   EXPECT_EQ(JNI_VERSION_1_4, load(JNI_EDETACHED, nullptr));
   EXPECT_EQ(Names{"setJValProxy"}, calls());
@@ -75,7 +75,7 @@ TEST_F(Load, OnlyAnEnvironmentIsNeededToRegister) {
   EXPECT_NE(Names(), java.calls().classes);
 }
 
-TEST_F(Load, UnloadingForgetsWhatWasResolvedAndALoadAfterItFindsItAgain) {
+TEST_F(Load, UnloadingForgetsResolvedClassesAndLoadingFindsThemAgain) {
   javaValidator("accept", "x", m_, "k", 1);
   EXPECT_NE(nullptr, settingValidator_validateID.load());
   EXPECT_NE(nullptr, intClassInfo.getArrayClass(env_));

@@ -1,5 +1,5 @@
-// Every native that has a catch clause, at each operation of the service that it asks for, with
-// every kind of failure: the Java class and the text, what is swallowed, and the result.
+// Every native that has a catch clause, at each operation of the service that it calls, with every
+// kind of failure: the Java class and the text, the swallowed failures, and the result.
 #include <set>
 #include <stdexcept>
 
@@ -109,14 +109,14 @@ class NativeFailures : public ContractTest {
     ContractTest::TearDown();
   }
 
-  // A native that gives something.
+  // A native with a result.
   template <class Native>
   void gives(const std::string& name, const std::string& path, const Names& operations,
              const Native& native, bool isQuery = false,
              const std::set<std::string>& swallowed = {}) {
     sites_.push_back({name, path, isQuery, operations, swallowed, [=] { return !native(); }});
   }
-  // A native that only does something.
+  // A native without a result.
   template <class Native>
   void does(const std::string& name, const std::string& path, const Names& operations,
             const Native& native, bool isQuery = false) {
@@ -200,7 +200,7 @@ class NativeFailures : public ContractTest {
   jobject listener_ = nullptr;
 };
 
-TEST_F(NativeFailures, EachBecomesItsJavaExceptionWhereverItIsThrown) {
+TEST_F(NativeFailures, EachFailureBecomesItsJavaExceptionWhereverItIsThrown) {
   for (const Site& site : sites_) {
     for (const std::string& operation : site.operations) {
       for (const Row& row : kRows) {

@@ -1,4 +1,4 @@
-// After the end of the Java layer: a native that works on a tree does nothing and raises nothing.
+// After the end of the Java layer a native that works on a tree does nothing and raises nothing.
 #include "bridge/java_layer.h"
 #include "bridge/shared_object.h"
 #include "nativesettings/changing.h"
@@ -57,7 +57,7 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
       jzi::detail::makeSharedObject(env_, key_, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
 }
 
-TEST_F(ContractTest, WhatTouchesNoTreeWorksOn) {
+TEST_F(ContractTest, NativesThatTouchNoTreeGoOnWorking) {
   ASSERT_TRUE(jzi::stopJava(std::chrono::milliseconds(0)));
   EXPECT_TRUE(nativeIsKeyNameValid(env_, nullptr, str("a")));
   EXPECT_EQ("user", text(nativeGetDefaultLevel(env_, nullptr)));

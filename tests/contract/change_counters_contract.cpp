@@ -10,7 +10,7 @@ using zlutil::settings::SettingsRemoveNodeEvent;
 using zlutil::settings::SettingsValueChangeEvent;
 
 // The counts of the key "k" of the node "n", by the node's name and without it. Other keys may
-// share a counter, so tests only say that one has moved, except where nothing at all happens.
+// share a counter, so tests only expect that a counter moves, except where nothing at all happens.
 struct Counts {
   std::uint64_t below = ChangeCounters::table()[ChangeCounters::position("n", "k")];
   std::uint64_t alone = ChangeCounters::table()[ChangeCounters::position("", "k")];
@@ -20,7 +20,7 @@ struct Counts {
   bool operator==(const Counts& now) const { return below == now.below && alone == now.alone; }
 };
 
-TEST_P(ServiceContract, EveryChangeOfAKeyMovesItsCountsBeforeItIsHeardOf) {
+TEST_P(ServiceContract, EveryChangeOfAKeyIsCountedBeforeItsEvent) {
   const SettingsPtr above = addNode(root, "above"), node = addNode(above, "n");
   const SettingsPtr key = addKey(node, "k");
   Counts before;
@@ -43,7 +43,7 @@ TEST_P(ServiceContract, EveryChangeOfAKeyMovesItsCountsBeforeItIsHeardOf) {
   EXPECT_EQ(6, heard);
 }
 
-TEST_P(ServiceContract, WhatEntersOrLeavesMovesTheCountsOfItsListAndOfAllKeysBelow) {
+TEST_P(ServiceContract, AnAddedOrRemovedEntryCountsForItsListAndAllKeysBelow) {
   using zlutil::settings::SettingsAddNodeEvent;
   const SettingsPtr node = addNode(root, "n"), from = addNode(root, "from");
   addKey(addNode(from, "n"), "k");
@@ -63,7 +63,7 @@ TEST_P(ServiceContract, WhatEntersOrLeavesMovesTheCountsOfItsListAndOfAllKeysBel
   checkAllMoved();
 }
 
-TEST_P(ServiceContract, NothingMovesTheCountsOfAKeyThatStaysAsItIs) {
+TEST_P(ServiceContract, AnUnchangedKeyIsNotCounted) {
   const SettingsPtr node = addNode(root, "n"), key = addKey(node, "k");
   node->setAny("k", 1, "user");
   const Counts before;

@@ -21,7 +21,7 @@ TEST_P(ServiceContract, AListenerHearsOfItsEntryAndEverythingBelow) {
   EXPECT_EQ(atSibling.heard, Names());
 }
 
-TEST_P(ServiceContract, RemovingASubtreeIsOneEventWhichIsHeardAboveAndBelow) {
+TEST_P(ServiceContract, RemovingASubtreeIsOneEventHeardAboveAndBelow) {
   const SettingsPtr node = addNode(root, "n"), below = addNode(node, "m"), key = addKey(below, "k");
   Listener atRoot(root), atNode(node), atKey(key);
   root->removeNode("n");
@@ -31,7 +31,7 @@ TEST_P(ServiceContract, RemovingASubtreeIsOneEventWhichIsHeardAboveAndBelow) {
   EXPECT_EQ(atKey.heard, removed);
 }
 
-TEST_P(ServiceContract, ThePathOfARemovedEntryLeadsNowhere) {
+TEST_P(ServiceContract, ThePathOfARemovedEntryResolvesNowhere) {
   const SettingsPtr node = addNode(addNode(root, "a"), "b"), key = addKey(node, "k");
   root->getChild("a")->removeNode("b");
   const SettingsPtr other = addKey(addNode(root, "b"), "k");
@@ -51,7 +51,7 @@ TEST_P(ServiceContract, TheChangeIsVisibleWhenItsEventArrives) {
   EXPECT_EQ(seen, 3);
 }
 
-TEST_P(ServiceContract, AListenerMayDoEverything) {
+TEST_P(ServiceContract, AListenerMayCallEveryOperation) {
   addKey(root, "k");
   addKey(root, "l");
   int calls = 0;
@@ -81,7 +81,7 @@ TEST_P(ServiceContract, AThrowingListenerStopsNeitherTheOthersNorTheChange) {
   EXPECT_EQ(intAt(root, "k"), 1);
 }
 
-TEST_P(ServiceContract, AListenerThatAnotherOneEndsIsNotCalledAnyMore) {
+TEST_P(ServiceContract, AListenerEndedByAnotherIsNotCalledAnyMore) {
   addKey(root, "k");
   int calls = 0;
   std::unique_ptr<ScopedConnection> second;

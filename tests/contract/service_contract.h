@@ -1,5 +1,6 @@
-// The contract suite of the settings service: what every implementation of service/ has to do, seen
-// through its headers alone. Each test gets an empty root from the implementation under test.
+// The contract suite of the settings service: the duties of every implementation of service/,
+// tested through its headers alone. Each test gets an empty root from the implementation under
+// test.
 #pragma once
 
 #include <functional>
@@ -11,7 +12,7 @@ namespace test {
 
 struct Implementation {
   const char* name;
-  // A new empty tree at whose levels "session" and "user" values can be set.
+  // Returns a new empty tree in which values can be set at the levels "session" and "user".
   std::function<SettingsPtr()> makeRoot;
 
   friend std::ostream& operator<<(std::ostream& out, const Implementation& implementation) {

@@ -18,7 +18,7 @@ TEST_P(ServiceContract, ChildrenAreFoundByNameAndListedInNameOrder) {
   EXPECT_EQ(root->findDescendant({"n", "", "x"}), nullptr);
 }
 
-TEST_P(ServiceContract, AKeyHasNothingBelowIt) {
+TEST_P(ServiceContract, AKeyHasNoChildren) {
   const SettingsPtr key = addKey(root, "k"), node = addNode(root, "n");
   EXPECT_EQ(key->getChildren(), std::vector<SettingsPtr>());
   EXPECT_EQ(key->getChild("x"), nullptr);
@@ -34,7 +34,7 @@ TEST_P(ServiceContract, AKeyHasNothingBelowIt) {
   messageOf<ErrorAddingChildNodeOrKey>([&] { key->copySubtree(node, "x"); });
 }
 
-TEST_P(ServiceContract, AnEntryKnowsWhatItIsAndWhereItStands) {
+TEST_P(ServiceContract, AnEntryKnowsItsParentAndItsProperties) {
   const SettingsPtr node = addNode(root, "n"), key = addKey(node, "k");
   EXPECT_TRUE(root->isRoot());
   EXPECT_EQ(root->getParent(), nullptr);
@@ -68,7 +68,7 @@ TEST_P(ServiceContract, OnlyAFreshEntryWithAFreeNameIsAttached) {
   messageOf<ErrorAddingChildNodeOrKey>([&] { key->attachTo(addNode(root, "other")); });
   EXPECT_EQ(namesOf(root->getChildren()), (Names{"k", "other"}));
   addKey(root, std::string(63, 'a'));
-  // A tree that was built apart comes in whole.
+  // A tree that was built apart is attached whole.
   const SettingsPtr apart = make("apart", false);
   addKey(apart, "x");
   apart->setAny("x", 1, "user");
@@ -147,7 +147,7 @@ TEST_P(ServiceContract, ACopyReadsTheSameAsItsSource) {
   EXPECT_NE(copy->getID(), node->getID());
 }
 
-TEST_P(ServiceContract, ACopyIsRefusedWhereItCannotStand) {
+TEST_P(ServiceContract, AnImpossibleCopyIsRefused) {
   const SettingsPtr node = addNode(root, "n");
   addNode(root, "empty");
   addKey(node, "k");
@@ -157,7 +157,7 @@ TEST_P(ServiceContract, ACopyIsRefusedWhereItCannotStand) {
   messageOf<CannotMergeWithNodeContainsChildren>([&] { root->copySubtree(node, "n"); });
   messageOf<ErrorAddingChildNodeOrKey>([&] { root->copySubtree(node, "empty"); });
   messageOf<ErrorAddingChildNodeOrKey>([&] { node->copySubtree(node, "k"); });
-  // Into itself: as it was.
+  // A copy into its own source has the content before the copy.
   node->copySubtree(node, "inner");
   EXPECT_EQ(namesOf(node->getChild("inner")->getChildren()), Names{"k"});
 }

@@ -37,7 +37,7 @@ void refuse(const std::string& first, const std::string& second, const Node&, co
   throw Failure<ValidationFailure>(first + " " + second);
 }
 
-TEST_P(ServiceContract, AValueIsGuardedByTheKeysValidatorElseTheNearestNodes) {
+TEST_P(ServiceContract, TheKeysValidatorElseThatOfTheNearestNodeChecksAValue) {
   const SettingsPtr outer = addNode(root, "outer", atMost(10));
   const SettingsPtr inner = addNode(addNode(outer, "between"), "inner", atMost(20));
   const SettingsPtr own = addKey(inner, "own", atMost(30));
@@ -63,7 +63,7 @@ TEST_P(ServiceContract, AValueIsGuardedByTheKeysValidatorElseTheNearestNodes) {
   inner->unset("own", "user");
 }
 
-TEST_P(ServiceContract, AValidatorMayReadAndChangeSettingsAndIsToldWhereTheKeyIs) {
+TEST_P(ServiceContract, AValidatorReceivesTheNodeAndMayReadAndChangeSettings) {
   SettingsPtr seenNode;
   const SettingsPtr node = addNode(root, "n"), other = addKey(root, "other");
   addKey(node, "k", CValidator([&](const auto& at, const std::string& key, const boost::any&) {
@@ -89,7 +89,7 @@ TEST_P(ServiceContract, AValidatorThatThrowsRefusesTheValue) {
       }));
   const std::pair<int, std::string> refused[] = {{1, "for the user"}, {2, "unknown failure"}};
   for (const auto& [value, reason] : refused) {
-    // Each of the others has its say.
+    // The other values are still checked.
     EXPECT_EQ(setAll(root, {{root->getChild("k"), 1}, {strange, value}}, "user"),
               (SettingsProblems{{root->getChild("k")->getPath(), "broken"},
                                 {strange->getPath(), reason}}));
@@ -97,7 +97,7 @@ TEST_P(ServiceContract, AValidatorThatThrowsRefusesTheValue) {
   EXPECT_FALSE(root->isSet("strange", ""));
 }
 
-TEST_P(ServiceContract, AScriptIsRunByTheEvaluatorAndRefusesWithoutOne) {
+TEST_P(ServiceContract, TheEvaluatorRunsAScriptAndWithoutOneItRefuses) {
   addKey(root, "k", ZValidator("k < 5"));
   ZValidator::setEvaluator({});
   EXPECT_NE(messageOf<ValidationFailure>([&] { root->setAny("k", 1, "user"); }).find("k < 5"),
@@ -108,7 +108,7 @@ TEST_P(ServiceContract, AScriptIsRunByTheEvaluatorAndRefusesWithoutOne) {
   ZValidator::setEvaluator({});
 }
 
-TEST_P(ServiceContract, AJavaValidatorIsRunByTheProxyAndNotWithoutOne) {
+TEST_P(ServiceContract, TheProxyRunsAJavaValidatorAndWithoutOneItIsNotRun) {
   addKey(root, "k", JValidator("Range", "1..5"));
   JValidator::setJValProxy(&refuse);
   EXPECT_EQ(messageOf<ValidationFailure>([&] { root->setAny("k", 9, "user"); }), "Range 1..5");

@@ -9,7 +9,7 @@ using namespace KORVEN::settings::core;
 using zlutil::boostany::forEachKind;
 using zlutil::boostany::kKindOf;
 
-TEST_P(ServiceContract, TheValueInEffectIsThatOfTheHighestLevelThatHasOne) {
+TEST_P(ServiceContract, TheEffectiveValueIsThatOfTheHighestLevelThatHasOne) {
   addKey(root, "k");
   EXPECT_TRUE(root->getValue("k", "").empty());
   EXPECT_FALSE(root->isSet("k", ""));
@@ -42,7 +42,7 @@ TEST_P(ServiceContract, EveryKindOfValueComesBackAndFixesTheKeysType) {
     root->setAny(name, value, "user");
     EXPECT_EQ(boost::any_cast<Type>(root->getValue(name, "")), value);
     EXPECT_EQ(root->getKeyType(name), boost::make_optional(kKindOf<Type>));
-    // Its type stays also when the value goes.
+    // The type stays after the value has gone.
     root->unset(name, "user");
     EXPECT_EQ(root->getKeyType(name), boost::make_optional(kKindOf<Type>));
   });
@@ -62,7 +62,7 @@ TEST_P(ServiceContract, AValueOfAnotherTypeIsRefusedWithBothTypesNamed) {
   EXPECT_FALSE(root->isSet("k", "session"));
 }
 
-TEST_P(ServiceContract, FailuresNameWhatIsMissingOrWrong) {
+TEST_P(ServiceContract, AMissingEntryAndAWrongLevelHaveTheirFailures) {
   addNode(root, "n");
   addKey(root, "k");
   messageOf<NoSuchKey>([&] { root->getValue("x", ""); });
@@ -142,7 +142,7 @@ TEST_P(ServiceContract, SettingManyValuesNeverThrows) {
   EXPECT_EQ(setAll(root, {{a, 1}}, "user").size(), 1u);
 }
 
-TEST_P(ServiceContract, AKeysPathLeadsBackToItFromTheRoot) {
+TEST_P(ServiceContract, ThePathOfAKeyResolvesFromTheRoot) {
   const SettingsPtr node = addNode(addNode(root, "a"), "b");
   const SettingsPtr key = addKey(node, "k");
   std::vector<std::pair<std::string, boost::any>> changes = {{key->getPath(), 7}};

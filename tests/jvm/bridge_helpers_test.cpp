@@ -47,7 +47,7 @@ TEST_F(BridgeHelpers, AMethodIsResolvedAtItsFirstCallAndChecksItsReceiver) {
   EXPECT_THROW(intValue(env_, str("5")), std::bad_cast);
 }
 
-TEST_F(BridgeHelpers, WhatIsMissingIsNamed) {
+TEST_F(BridgeHelpers, AMissingMethodOrClassIsNamed) {
   EXPECT_EQ("JavaMethod::callMethod cannot be NULL.",
             messageOf([] { CallJavaMethod<int>("intValue", "()I", nullptr); }));
   EXPECT_EQ("java method not found: noSuch", messageOf([&] {
@@ -84,7 +84,7 @@ TEST_F(BridgeHelpers, GenericConversionsWidenUnsignedTypes) {
   EXPECT_THROW(fromJava<unsigned long>(toJava<long>(-1)), boost::numeric::negative_overflow);
 }
 
-TEST_F(BridgeHelpers, GenericConversionsAreExactForTheOthers) {
+TEST_F(BridgeHelpers, OtherGenericConversionsAreExact) {
   EXPECT_EQ(-128, fromJava<signed char>(toJava<signed char>(-128)));
   EXPECT_EQ(-32768, fromJava<short>(toJava<short>(-32768)));
   EXPECT_EQ(std::numeric_limits<int>::min(),
@@ -115,7 +115,7 @@ TEST_F(BridgeHelpers, ASharedObjectMayBeReleasedByAThreadThatTheJvmDoesNotKnow) 
   std::thread([owner = std::move(shared)]() mutable { owner.reset(); }).join();
 }
 
-TEST_F(BridgeHelpers, NothingToShareMakesNoReference) {
+TEST_F(BridgeHelpers, NullMakesNoReference) {
   const PatchedJava java(env_);
   EXPECT_FALSE(makeSharedObject(env_, nullptr, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
   EXPECT_FALSE(
@@ -135,7 +135,7 @@ TEST_F(BridgeHelpers, TheArrayClassIsLookedUpOnce) {
 
 TEST_F(BridgeHelpers, UnloadingReleasesAndLoadingResolvesAnew) {
   using nativesettings::globalConsInfos;
-  // Everything resolved so far is released, so that what follows can be counted from nothing.
+  // Releases everything resolved so far, so that references are counted from nothing.
   nativesettings::nativesettings_utilsUnload();
   EXPECT_TRUE(globalConsInfos.empty());
   EXPECT_EQ(nullptr, nativesettings::doubleClassInfo.resolvedClass());
@@ -176,7 +176,7 @@ TEST_F(BridgeHelpers, ACopyOfARecordOwnsNothing) {
   EXPECT_EQ(lookups, java.calls().lookups) << "the Java layer remembers the class";
 }
 
-TEST_F(BridgeHelpers, AMethodIsLookedUpOnceForAllWhoAskForIt) {
+TEST_F(BridgeHelpers, AMethodIsLookedUpOnceForAllSlots) {
   std::set<ConsInfo*> records;
   ConsInfo record("java/lang/Integer", nullptr);
   std::atomic<jmethodID> first{nullptr}, second{nullptr}, other{nullptr};

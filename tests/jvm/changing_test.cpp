@@ -106,7 +106,7 @@ TEST_F(Changing, KeysAndNodesAreAddedAndDeleted) {
   EXPECT_EQ("", addKey({"spare", "deeper"}, "k2", info(integer(3))));
   EXPECT_EQ("", remove({"spare"}, "fresh"));
   EXPECT_EQ("", remove({}, "spare"));
-  EXPECT_FALSE(at({"spare"}));
+  EXPECT_FALSE(entryAt({"spare"}));
 }
 
 TEST_F(Changing, EachFailureOfAddAndDeleteHasItsException) {
@@ -128,7 +128,7 @@ TEST_F(Changing, EachFailureOfAddAndDeleteHasItsException) {
 TEST_F(Changing, AKeyWhoseFirstValueIsRefusedStaysWithoutAValue) {
   EXPECT_EQ(SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type",
             addKey({"spare"}, "fresh", info(env_->NewIntArray(1))));
-  ASSERT_TRUE(at({"spare", "fresh"}));
+  ASSERT_TRUE(entryAt({"spare", "fresh"}));
   EXPECT_EQ("null", read({"spare"}, "fresh"));
 }
 
@@ -139,7 +139,7 @@ TEST_F(Changing, ASingleValidatorStringIsIgnored) {
   EXPECT_NE(std::string::npos, both.find("no.such.Validator")) << both;
 }
 
-TEST_F(Changing, ASubtreeIsCopiedIntoTheFirstPlace) {
+TEST_F(Changing, ASubtreeIsCopiedBelowTheFirstPath) {
   EXPECT_EQ("", copy({"spare"}, {"a"}, "again"));
   EXPECT_EQ("7", read({"spare", "again", "b"}, "k"));
   EXPECT_EQ("1", read({"spare", "again", "b"}, "k", "factory"));

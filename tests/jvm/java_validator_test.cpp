@@ -18,11 +18,11 @@ constexpr const char* kRange = "com.velonix.services.settings.validators.Range";
 
 class JavaValidator : public testing_support::BridgeTest {
  protected:
-  // "" when the value is valid, else "tag: message".
+  // Returns "" if the value is valid, else "tag: message".
   std::string validate(const std::string& first, const std::string& second,
                        const boost::any& value) {
     try {
-      javaValidator(first, second, at({"a", "b"}), "k", value);
+      javaValidator(first, second, entryAt({"a", "b"}), "k", value);
       return "";
     } catch (const Failure<ValidationFailure>& e) {
       return "refused: " + e.GetMessageTxt();
@@ -34,7 +34,7 @@ class JavaValidator : public testing_support::BridgeTest {
   }
 };
 
-TEST_F(JavaValidator, ItsAnswerDecides) {
+TEST_F(JavaValidator, TheAnswerOfTheValidatorDecides) {
   EXPECT_EQ("", validate(kRange, "1..5", 3));
   EXPECT_EQ(0u, validate(kRange, "1..5", 6).find("refused: "));
 }
@@ -46,7 +46,7 @@ TEST_F(JavaValidator, AValidatorThatCannotRunIsNamedWithItsTwoStrings) {
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
-TEST_F(JavaValidator, AnExceptionFromEarlierIsNotItsFailure) {
+TEST_F(JavaValidator, AnEarlierPendingExceptionIsNoFailureOfTheValidator) {
   env_->ThrowNew(env_->FindClass("java/lang/ArithmeticException"), "earlier");
   EXPECT_EQ("", validate(kRange, "1..5", 3));
   EXPECT_FALSE(env_->ExceptionCheck());

@@ -19,7 +19,7 @@ class Levels : public testing_support::JvmTest {
   }
 };
 
-TEST_F(Levels, TheWellKnownNames) {
+TEST_F(Levels, TheNativesReturnTheWellKnownNames) {
   EXPECT_EQ("user", text(nativeGetUserLevel(env_, nullptr)));
   EXPECT_EQ("workgroup", text(nativeGetWorkgroupLevel(env_, nullptr)));
   EXPECT_EQ("factory", text(nativeGetFactoryLevel(env_, nullptr)));
@@ -27,7 +27,7 @@ TEST_F(Levels, TheWellKnownNames) {
   EXPECT_EQ("user", text(nativeGetDefaultLevel(env_, nullptr)));
 }
 
-TEST_F(Levels, OnlyStrictlyBeforeIsOne) {
+TEST_F(Levels, OnlyAnEarlierLevelComparesAsOne) {
   const std::vector<std::string>& order = allLevelNames();
   ASSERT_EQ((std::vector<std::string>{"session", "user", "workgroup", "factory"}), order);
   for (std::size_t i = 0; i < order.size(); ++i) {
@@ -73,7 +73,7 @@ TEST_F(TestEnvironment, SettingOverwritesAndReturnsTheFactoryDirectory) {
   EXPECT_STREQ("/u2", std::getenv("SETTINGS_USERDIR"));
 }
 
-TEST_F(TestEnvironment, AnEmptyDirectoryIsSetToNothingElse) {
+TEST_F(TestEnvironment, AnEmptyDirectoryIsSetAsItIs) {
   EXPECT_EQ("", set("", ""));
   EXPECT_STREQ("", std::getenv("SETTINGS_FACTORYDIR"));
 }
@@ -84,7 +84,7 @@ TEST_F(TestEnvironment, DirectoriesReachTheEnvironmentAsStandardUtf8) {
   EXPECT_STREQ("/\xF0\x9F\x98\x80", std::getenv("SETTINGS_FACTORYDIR"));
 }
 
-TEST_F(TestEnvironment, UnsettingLeavesNeither) {
+TEST_F(TestEnvironment, UnsettingRemovesBothVariables) {
   set("/f", "/u");
   nativeUnsetEnv(env_, nullptr);
   EXPECT_EQ(nullptr, std::getenv("SETTINGS_FACTORYDIR"));

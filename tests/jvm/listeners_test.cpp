@@ -18,7 +18,7 @@ using Names = std::vector<std::string>;
 
 class Listeners : public testing_support::BridgeTest {
  protected:
-  // What a test leaves registered on entries that die with its tree would stay for ever.
+  // Registrations on entries that die with the tree of a test would stay for ever.
   void TearDown() override {
     valueChangeListeners.clear();
     addNodeListeners.clear();
@@ -51,7 +51,7 @@ class Listeners : public testing_support::BridgeTest {
     jfieldID field = env_->GetFieldID(env_->GetObjectClass(listener_), knob, "Z");
     env_->SetBooleanField(listener_, field, JNI_TRUE);
   }
-  void setK(int value) { at({"a", "b"})->setAny("k", value, "user"); }
+  void setK(int value) { entryAt({"a", "b"})->setAny("k", value, "user"); }
 
   jobject listener_ = nullptr;
 };
@@ -60,11 +60,11 @@ TEST_F(Listeners, ANodeHearsOfEverythingBelowIt) {
   EXPECT_EQ("", add(listener_, {"a"}));
   setK(8);
   EXPECT_EQ("create src a.b k null false; changed", heard());
-  addNode(at({"a", "b"}), "n");
+  addNode(entryAt({"a", "b"}), "n");
   EXPECT_EQ("create src a.b n null true; added", heard());
-  at({"a", "b"})->removeNode("n");
+  entryAt({"a", "b"})->removeNode("n");
   EXPECT_EQ("create src a.b n null true; removed", heard());
-  at({"a"})->unset("s", "user");
+  entryAt({"a"})->unset("s", "user");
   EXPECT_EQ("create src a s null false; changed", heard());
   addNode(root_, "elsewhere");
   EXPECT_EQ("", heard());
@@ -77,17 +77,17 @@ TEST_F(Listeners, AKeyHearsOfItselfOnly) {
   add(listener_, {"a", "b"}, "k");
   setK(8);
   EXPECT_EQ("create src a.b k null false; changed", heard());
-  at({"a", "b"})->setAny("empty", 1, "user");
+  entryAt({"a", "b"})->setAny("empty", 1, "user");
   EXPECT_EQ("", heard());
   remove(listener_, {"a", "b"}, "k");
   setK(9);
   EXPECT_EQ("", heard());
   add(listener_, {"a", "b"}, "k");
-  at({"a", "b"})->removeKey("k");
+  entryAt({"a", "b"})->removeKey("k");
   EXPECT_EQ("create src a.b k null false; removed", heard());
 }
 
-TEST_F(Listeners, ARootTellsAnEmptyPath) {
+TEST_F(Listeners, AnEventBelowTheRootHasAnEmptyPath) {
   add(listener_, {});
   addNode(root_, "n");
   EXPECT_EQ("create src  n null true; added", heard());
@@ -108,7 +108,7 @@ TEST_F(Listeners, AddingTwiceKeepsTheFirstRegistrationAndItsSource) {
   EXPECT_EQ("", heard());
 }
 
-TEST_F(Listeners, ListenersAreToldApartByIdentityAndNode) {
+TEST_F(Listeners, ListenersAreDistinguishedByIdentityAndNode) {
   jobject other = make("RecordingListener", "()V");  // equals() of both says yes to anything
   add(listener_, {"a"});
   add(other, {"a"});
@@ -131,14 +131,14 @@ TEST_F(Listeners, NullAndUnknownListenersChangeNothing) {
   EXPECT_EQ(before, valueChangeListeners.size());
 }
 
-TEST_F(Listeners, WhatDoesNotExistIsNotFound) {
+TEST_F(Listeners, AMissingEntryIsNotFound) {
   const std::string notFound = "com.velonix.services.settings.SettingNotFoundException: ";
   EXPECT_EQ(notFound + "x", add(listener_, {"x"}, "k")) << "the path alone";
   EXPECT_EQ(notFound + "a.x", add(listener_, {"a"}, "x"));
   EXPECT_EQ(notFound + "a.s", add(listener_, {"a", "s"})) << "a path must end at a node";
 }
 
-TEST_F(Listeners, AListenerThatFailsStopsNobodyAndLeavesNothingPending) {
+TEST_F(Listeners, AFailingListenerStopsNoOtherAndLeavesNoExceptionPending) {
   for (const char* knob : {"listenerThrows", "noEvent", "createThrows"}) {
     SCOPED_TRACE(knob);
     jobject healthy = make("RecordingListener", "()V");
@@ -158,7 +158,7 @@ TEST_F(Listeners, AListenerThatFailsStopsNobodyAndLeavesNothingPending) {
   }
 }
 
-TEST_F(Listeners, TheEntryOfADeadNodeStaysAndFailsTheLookupsThatMeetIt) {
+TEST_F(Listeners, ARegistrationOnADeadNodeStaysAndFailsLookupsOfItsListener) {
   const std::size_t before = valueChangeListeners.size();
   SettingsPtr doomed = addNode(root_, "doomed");
   add(listener_, {"doomed"});
@@ -172,7 +172,7 @@ TEST_F(Listeners, TheEntryOfADeadNodeStaysAndFailsTheLookupsThatMeetIt) {
   EXPECT_EQ("", remove(other, {"a"}));
 }
 
-TEST_F(Listeners, EventsOfPassingThreadsLeaveNothingBehind) {
+TEST_F(Listeners, EventsOfShortLivedThreadsLeaveNoThreadAttached) {
   add(listener_, {"a"});
   for (int i = 0; i < 300; ++i) {
     std::thread([&] { setK(1000 + i); }).join();
@@ -187,7 +187,7 @@ TEST_F(Listeners, EventsOfPassingThreadsLeaveNothingBehind) {
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
-TEST_F(Listeners, RegistrationsOnManyThreadsAtOnceAllEnd) {
+TEST_F(Listeners, RegistrationsByManyThreadsAllEnd) {
   jobject shared = env_->NewGlobalRef(listener_);
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
@@ -195,7 +195,7 @@ TEST_F(Listeners, RegistrationsOnManyThreadsAtOnceAllEnd) {
       const jzi::JavaGuard guard;
       JNIEnv* env = guard.env();
       jobject source = env->NewLocalRef(shared);
-      const SettingsPtr node = t % 2 ? at({"a"}) : at({"a", "b"});
+      const SettingsPtr node = t % 2 ? entryAt({"a"}) : entryAt({"a", "b"});
       for (int i = 0; i < 200; ++i) {
         addListener(env, shared, source, node);
         removeListener(env, shared, node);

@@ -1,5 +1,5 @@
-// Every call that a native method makes of the JVM, failing as it does without memory: the method
-// gives its usual answer or an exception, changes what it should or nothing, and works again
+// Every call of the JVM by a native method, failing as it does without memory: the method returns
+// its usual answer or raises an exception, does all of its change or nothing, and works again
 // afterwards.
 #include <functional>
 
@@ -24,7 +24,7 @@ class NoMemory : public testing_support::BridgeTest {
   using Call = std::function<jobject()>;
   using Action = std::function<void()>;
 
-  // Has one call after another of `call` fail, with nothing resolved before. `half` is a state in
+  // Makes one call after another of `call` fail, with nothing resolved before. `half` is a state in
   // which it may leave the tree besides that before it and that after it. `silent` is the number of
   // JVM calls whose failure it hides, having done nothing: getValue() of a SettingInfo is one.
   void failEach(
@@ -75,7 +75,7 @@ class NoMemory : public testing_support::BridgeTest {
     failEach(what, call, undo, half, silent);
   }
 
-  // The entries below a node, with the numbers.
+  // Returns the entries below a node, with the numbers.
   static std::string contents(const SettingsPtr& node) {
     std::string all;
     for (const SettingsPtr& child : node->getChildren()) {
@@ -91,7 +91,7 @@ class NoMemory : public testing_support::BridgeTest {
     return all;
   }
 
-  // Ends the pending exception, if there is one.
+  // Describes the object, or the pending exception, which it ends.
   std::string answer(jobject given) {
     const std::string thrown = takeException(env_);
     if (!thrown.empty()) return "threw " + thrown;
@@ -146,7 +146,7 @@ TEST_F(NoMemory, ChangingDoesAllOrNothing) {
   const jobjectArray root = path({}), a = path({"a"}), b = path(b_), to = path({"spare"});
   const jstring k = str("k"), fresh = str("fresh"), spare = str("spare"), user = str("user");
   const jobject twelve = info(integer(12));
-  const auto setBack = [&] { at(b_)->setAny("k", 7, "user"); };
+  const auto setBack = [&] { entryAt(b_)->setAny("k", 7, "user"); };
   const auto removeFresh = [&](const SettingsPtr& from) {
     if (const SettingsPtr added = from->getChild("fresh")) {
       added->isKey() ? from->removeKey("fresh") : from->removeNode("fresh");
@@ -158,23 +158,23 @@ TEST_F(NoMemory, ChangingDoesAllOrNothing) {
       "unset", [&] { nativeUnset(env_, nullptr, handle_, b, k, user); }, setBack);
   failEachOfChange(
       "add node", [&] { nativeAddNode(env_, nullptr, handle_, a, fresh, nullptr, nullptr); },
-      [&] { removeFresh(at({"a"})); });
+      [&] { removeFresh(entryAt({"a"})); });
   failEachOfChange(
       "delete", [&] { nativeDelete(env_, nullptr, handle_, root, spare); },
       [&] {
-        if (!at({"spare"})) addNode(root_, "spare");
+        if (!entryAt({"spare"})) addNode(root_, "spare");
       });
   failEachOfChange(
       "copy", [&] { nativeCopySubtree(env_, nullptr, handle_, to, handle_, b, fresh); },
-      [&] { removeFresh(at({"spare"})); });
-  // The key stays without its value, as it does when the value is refused.
+      [&] { removeFresh(entryAt({"spare"})); });
+  // The key stays without its value, as it does if the value is refused.
   failEachOfChange(
       "add key",
       [&] { nativeAddKey(env_, nullptr, handle_, b, fresh, twelve, user, nullptr, nullptr); },
-      [&] { removeFresh(at(b_)); }, "a(b(empty fresh k=7 )s )spare()", 1);
+      [&] { removeFresh(entryAt(b_)); }, "a(b(empty fresh k=7 )s )spare()", 1);
 }
 
-TEST_F(NoMemory, AValidatorThatCannotBeAskedRefusesOrTheValueIsSet) {
+TEST_F(NoMemory, AValidatorThatCannotBeCalledRefusesOrTheValueIsSet) {
   const jobjectArray b = path(b_);
   const jstring guarded = str("guarded"), user = str("user");
   const jobject twelve = info(integer(12));
@@ -182,7 +182,7 @@ TEST_F(NoMemory, AValidatorThatCannotBeAskedRefusesOrTheValueIsSet) {
                str("1..50"));
   failEachOfChange(
       "set", [&] { nativeSet(env_, nullptr, 0, handle_, b, guarded, twelve, user); },
-      [&] { at(b_)->setAny("guarded", 7, "user"); }, "", 1);
+      [&] { entryAt(b_)->setAny("guarded", 7, "user"); }, "", 1);
 }
 
 TEST_F(NoMemory, OpeningGivesAHandleOrAnException) {

@@ -41,8 +41,8 @@ TEST_F(Paths, ALongPathMakesNoJniWarning) {
 TEST_F(Paths, ANodeOrAKeyIsFoundOnlyWhenItIsWanted) {
   EXPECT_EQ(root_, getNodeFromJava(env_, handle_, nullptr, false));
   EXPECT_EQ(root_, getNodeFromJava(env_, handle_, path({}), false));
-  EXPECT_EQ(at({"a", "b"}), getNodeFromJava(env_, handle_, path({"a", "b"}), false));
-  EXPECT_EQ(at({"a", "b", "k"}), getNodeFromJava(env_, handle_, path({"a", "b", "k"}), true));
+  EXPECT_EQ(entryAt({"a", "b"}), getNodeFromJava(env_, handle_, path({"a", "b"}), false));
+  EXPECT_EQ(entryAt({"a", "b", "k"}), getNodeFromJava(env_, handle_, path({"a", "b", "k"}), true));
   EXPECT_FALSE(getNodeFromJava(env_, handle_, path({"a", "b", "k"}), false));
   EXPECT_FALSE(getNodeFromJava(env_, handle_, path({"a", "b"}), true));
   EXPECT_FALSE(getNodeFromJava(env_, handle_, nullptr, true));
@@ -52,12 +52,12 @@ TEST_F(Paths, ANodeOrAKeyIsFoundOnlyWhenItIsWanted) {
   }
 }
 
-TEST_F(Paths, ANodeTellsTheNamesThatLeadToIt) {
-  EXPECT_EQ((Names{"a", "b"}), texts(getSettingPathAsJArray(env_, at({"a", "b"}))));
+TEST_F(Paths, ThePathOfANodeHasTheNamesBelowTheRoot) {
+  EXPECT_EQ((Names{"a", "b"}), texts(getSettingPathAsJArray(env_, entryAt({"a", "b"}))));
   EXPECT_EQ(Names(), texts(getSettingPathAsJArray(env_, root_)));
 }
 
-TEST_F(Paths, AVeryDeepNodeTellsItsPathWithoutJniWarnings) {
+TEST_F(Paths, AVeryDeepPathMakesNoJniWarning) {
   SettingsPtr node = root_;
   Names names;
   for (int i = 0; i < 100; ++i) {

@@ -36,21 +36,21 @@ class Reading : public BridgeTest {
   }
 };
 
-TEST_F(Reading, AValueInEffectIsThatOfTheFirstLevelThatHasOne) {
+TEST_F(Reading, TheEffectiveValueIsThatOfTheFirstLevelThatHasOne) {
   EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", nullptr))));
   EXPECT_EQ("java.lang.Integer", className(valueOf(get({"a", "b"}, "k", nullptr))));
   EXPECT_EQ("user", level({"a", "b"}, "k"));
-  at({"a", "b"})->setAny("k", 9, "session");
+  entryAt({"a", "b"})->setAny("k", 9, "session");
   EXPECT_EQ("9", show(valueOf(get({"a", "b"}, "k", nullptr))));
   EXPECT_EQ("session", level({"a", "b"}, "k"));
 }
 
-TEST_F(Reading, AValueAtALevelIsThatLevelsOnly) {
+TEST_F(Reading, AValueIsReadAtItsOwnLevelOnly) {
   EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", "user"))));
   EXPECT_EQ("1", show(valueOf(get({"a", "b"}, "k", "factory"))));
 }
 
-TEST_F(Reading, WithoutAValueTheInfoTellsTheDeclaredClass) {
+TEST_F(Reading, WithoutAValueTheInfoHasTheDeclaredClass) {
   jobject atSession = get({"a", "b"}, "k", "session");
   EXPECT_EQ("null", show(valueOf(atSession)));
   EXPECT_EQ("class java.lang.Integer", show(typeOf(atSession)));
@@ -60,7 +60,7 @@ TEST_F(Reading, WithoutAValueTheInfoTellsTheDeclaredClass) {
   EXPECT_EQ("null", level({"a", "b"}, "empty"));
 }
 
-TEST_F(Reading, WhatDoesNotExistIsNotFoundUnderItsDottedPath) {
+TEST_F(Reading, AMissingEntryIsReportedByItsDottedPath) {
   EXPECT_EQ(nullptr, get({"a", "x"}, "k", nullptr));
   EXPECT_EQ(kNotFound + std::string("a.x.k"), takeException(env_));
   EXPECT_EQ(nullptr, get({"a", "b"}, "x", nullptr));
@@ -81,7 +81,7 @@ TEST_F(Reading, AnUnknownLevelIsARuntimeExceptionInEveryMethod) {
   EXPECT_EQ(expected, takeException(env_));
 }
 
-TEST_F(Reading, IsSetIsFalseForWhatDoesNotExist) {
+TEST_F(Reading, IsSetIsFalseForAMissingEntry) {
   EXPECT_TRUE(isSet({"a", "b"}, "k", "user"));
   EXPECT_TRUE(isSet({"a", "b"}, "k", nullptr));
   EXPECT_FALSE(isSet({"a", "b"}, "k", "session"));
@@ -90,7 +90,7 @@ TEST_F(Reading, IsSetIsFalseForWhatDoesNotExist) {
   EXPECT_FALSE(isSet({"a"}, "b", "user"));
 }
 
-TEST_F(Reading, ExistsTellsNodesAndKeysApart) {
+TEST_F(Reading, ExistsDistinguishesNodesAndKeys) {
   EXPECT_TRUE(exists({}, nullptr));
   EXPECT_TRUE(exists({"a", "b"}, nullptr));
   EXPECT_FALSE(exists({"a", "b", "k"}, nullptr));
@@ -107,7 +107,7 @@ TEST_F(Reading, IsChildNodeReportsAMissingChild) {
   EXPECT_EQ(kNotFound + std::string("a.x"), takeException(env_));
 }
 
-TEST_F(Reading, ChildrenAreListedAllOrByKind) {
+TEST_F(Reading, AllChildrenAreListedOrKeysOrNodesAlone) {
   EXPECT_EQ((Names{"b", "s"}), children({"a"}, 0));
   EXPECT_EQ(Names{"s"}, children({"a"}, 1));
   EXPECT_EQ(Names{"b"}, children({"a"}, -5));
@@ -121,16 +121,16 @@ TEST_F(Reading, ThousandsOfChildrenMakeNoJniWarning) {
   Names names;
   for (int i = 1000; i < 4000; ++i) {
     names.push_back("n" + std::to_string(i));
-    addNode(at({"spare"}), names.back());
+    addNode(entryAt({"spare"}), names.back());
   }
   EXPECT_EQ(names, children({"spare"}, 0));
 }
 
-TEST_F(Reading, AChildOfTheWrongKindOrNoneIsToldApart) {
+TEST_F(Reading, AMissingChildAndANodeForAKeyFailDifferently) {
   using namespace KORVEN::settings::core;
-  const auto node = at({"a"});
-  EXPECT_EQ(at({"a", "s"}), getChildFromJava(env_, node, str("s"), true));
-  EXPECT_EQ(at({"a", "b"}), getChildFromJava(env_, node, str("b"), false));
+  const auto node = entryAt({"a"});
+  EXPECT_EQ(entryAt({"a", "s"}), getChildFromJava(env_, node, str("s"), true));
+  EXPECT_EQ(entryAt({"a", "b"}), getChildFromJava(env_, node, str("b"), false));
   EXPECT_THROW(getChildFromJava(env_, node, str("b"), true), Failure<NotAKeyName>);
   EXPECT_THROW(getChildFromJava(env_, node, str("x"), true), Failure<NoSuchKey>);
   try {

@@ -12,7 +12,7 @@ constexpr jint kStaticModifier = 0x0008;
 
 class Registration : public testing_support::JvmTest {
  protected:
-  // "name" of each native method that the class declares; all must be static.
+  // Returns the name of each native method that the class declares; all must be static.
   std::multiset<std::string> declaredNatives(const char* className) {
     jclass cls = env_->FindClass(className);
     auto methods =

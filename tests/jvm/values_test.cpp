@@ -143,7 +143,7 @@ TEST_F(Values, NoValueIsNull) {
   EXPECT_EQ(nullptr, getJavaValueFromKey(env_, boost::any('c'))) << "char is none of the kinds";
 }
 
-TEST_F(Values, NullsAreRefusedBeforeJavaIsAsked) {
+TEST_F(Values, NullsAreRefusedBeforeJavaIsCalled) {
   jclass integerClass = env_->FindClass("java/lang/Integer");
   EXPECT_THROW(getValueFromJava(env_, nullptr, integerClass), std::invalid_argument);
   for (jobject first : {integer(1), static_cast<jobject>(str("text"))}) {

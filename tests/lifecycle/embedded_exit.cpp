@@ -69,7 +69,7 @@ int main() {
   });
   while (heardEvents(env) < 100) std::this_thread::yield();
 
-  // Work that is under way is waited for, but not for longer than is allowed.
+  // stopJava() waits for native work, but not longer than it is told.
   std::atomic<bool> isHeld{false}, letGo{false};
   std::thread holder([&] {
     const jzi::JavaGuard guard;
@@ -84,7 +84,7 @@ int main() {
   if (!jzi::stopJava(kBound)) return fail(env, "native work did not come to an end");
   vm->DestroyJavaVM();
   goOn = false;
-  publisher.join();  // it left Java alone before the JVM went, so it is not stuck in it
+  publisher.join();  // it has not called Java since stopJava(), so it is not stuck in the JVM
   std::puts("embedded exit done");
   return 0;
 }

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs a program that ends while settings are in use, many times over, and counts the clean ends.
-# Arguments: the number of runs, then the command. Clean is: exit code 0, within the time, and nothing
-# on the output that a JVM says when something is wrong. Each run has a user directory of its own.
+# Arguments: the number of runs, then the command. A clean end has exit code 0, comes within the time, and
+# prints none of a JVM's messages of faults. Each run has a user directory of its own.
 set -u
 runs=$1
 shift

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Checks the dynamic symbols of the bridge against the list of what it is meant to show.
+# Checks the dynamic symbols of the bridge against the list of those that it is meant to export.
 set -euo pipefail
 expected=$(sort <<'LIST'
 JNI_OnLoad

@@ -1,5 +1,5 @@
-// The native half of NativePublisher: a C++ side of the application that changes settings on
-// threads of its own, through the service alone.
+// The native half of NativePublisher: C++ code of an application that changes settings on threads
+// of its own, through the service alone.
 #include <jni.h>
 
 #include <string>

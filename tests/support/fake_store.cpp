@@ -27,9 +27,9 @@ struct ApplyTo {
 
   template <class Map>
   static void erase(Map& map, const std::string& path) {
-    for (auto at = map.begin(); at != map.end();) {
-      const bool isBelow = at->first == path || at->first.rfind(path + '.', 0) == 0;
-      at = isBelow ? map.erase(at) : std::next(at);
+    for (auto entry = map.begin(); entry != map.end();) {
+      const bool isBelow = entry->first == path || entry->first.rfind(path + '.', 0) == 0;
+      entry = isBelow ? map.erase(entry) : std::next(entry);
     }
   }
 };

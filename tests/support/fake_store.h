@@ -1,5 +1,5 @@
-// A small real store with knobs: it keeps what is applied in a record that outlives it, as a disk
-// would, fails the n-th apply, and reports changes as if somebody else had made them.
+// A small real store with knobs. What is applied goes to a record that outlives it, as a disk does.
+// It can fail the n-th apply, and report changes as if another process had made them.
 #pragma once
 
 #include <map>
@@ -12,7 +12,7 @@ namespace test {
 
 class FakeStore final : public zlutil::settings::host::Store {
  public:
-  // What survives the store; shared by the stores that are opened on it one after the other.
+  // The content, which survives the store; the stores opened on it one after the other share it.
   struct Record {
     std::map<std::string, zlutil::settings::host::DefineEntry> entries;
     std::map<std::string, boost::any> values;
@@ -22,13 +22,13 @@ class FakeStore final : public zlutil::settings::host::Store {
   explicit FakeStore(std::shared_ptr<Record> record, const std::string& readOnlyReason = "")
       : record_(std::move(record)), readOnlyReason_(readOnlyReason) {}
 
-  // The n-th apply() from now on fails; 1 is the next one.
+  // Makes the n-th apply() from now on fail; 1 is the next one.
   void failOn(int n) { failIn_ = n; }
 
-  // Has others change what the store holds. The tree is told at once, as by the store's thread, or,
-  // `unnoticed`, hears of it with the next apply() or look().
+  // Makes an external change. The tree is told at once, as by the store's thread, or, if
+  // `unnoticed`, with the next apply() or look().
   void changeFromOutside(const zlutil::settings::host::Changes& changes, bool unnoticed = false);
-  // From the next watch() on there is no thread.
+  // Makes watch() return false from now on, as without a thread.
   void goUnwatched() { isWatched_ = false; }
 
   void readAll(zlutil::settings::host::Node& root, int level) override;

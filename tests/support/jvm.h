@@ -1,6 +1,6 @@
 // The JVM of a test process. Made at first use, with -Xcheck:jni and the class path of the build,
-// and never destroyed; the bridge under test is loaded into it. Everything the JVM prints through
-// its message hook is searched for JNI warnings, and a warning fails the test that is running.
+// and never destroyed; the bridge under test is loaded into it. A JNI warning in the JVM's messages
+// fails the test that is running.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,15 +15,15 @@ namespace testing_support {
 JNIEnv* jvmEnv();
 JavaVM* jvm();
 
-// JNI warnings since the last call.
+// Returns the JNI warnings since the last call.
 std::vector<std::string> takeJniWarnings();
 
-// Ends the pending Java exception and gives its class name and message, "class: message" ("class"
-// for a null message); "" when none is pending.
+// Ends the pending Java exception and returns its class name and message, "class: message" ("class"
+// for a null message); "" if none is pending.
 std::string takeException(JNIEnv* env);
 
-// A test with a JVM. Checks after each test that no Java exception was left pending and that
-// -Xcheck:jni was silent. Local references of a test end with it.
+// A test with a JVM. After each test no Java exception may be pending and -Xcheck:jni must have
+// been silent. Local references of a test end with it.
 class JvmTest : public testing::Test {
  protected:
   void SetUp() override;
@@ -34,16 +34,16 @@ class JvmTest : public testing::Test {
   std::string text(jobject string);
   std::vector<std::string> texts(jobjectArray strings);
 
-  // object.toString(), "null" for null.
+  // Returns object.toString(), "null" for null.
   std::string show(jobject object);
 
-  // The name of the object's class, such as "java.lang.Integer".
+  // Returns the name of the object's class, such as "java.lang.Integer".
   std::string className(jobject object);
 
-  // A new object by JNI signature and varargs.
+  // Returns a new object, by JNI signature and varargs.
   jobject make(const char* className, const char* constructorSignature, ...);
 
-  // A no-argument instance method of the object that gives an object.
+  // Calls an instance method without arguments that returns an object.
   jobject call(jobject object, const char* method, const char* signature);
 
   JNIEnv* env_ = nullptr;

@@ -32,8 +32,8 @@ bool isMissing(JNIEnv* env, const char* name, const char* error) {
   return patch().missing.count(name) && raise(env, error, name);
 }
 
-// The function of that name that fails when it is time; `note` is run before and `noteMade` after,
-// when there is a result `made`.
+// The function of that name, which fails when its turn comes; `note` runs before it and `noteMade`
+// after it if there is a result `made`.
 #define PATCHED(result, name, parameters, arguments, note, noteMade) \
   result JNICALL name parameters {                                   \
     note;                                                            \

@@ -1,5 +1,5 @@
-// Stands between native code and the JVM's function table: notes what is asked of JNI, counts
-// references, hides classes and methods, and fails a call as the JVM does without memory.
+// Stands between native code and the JVM's function table: notes calls of JNI, counts references,
+// hides classes and methods, and fails a call as the JVM does without memory.
 #pragma once
 
 #include <jni.h>
@@ -24,20 +24,20 @@ struct JavaCalls {
 // In force from construction to destruction, for the environment's thread. One at a time.
 class PatchedJava {
  public:
-  // Hides the classes (with slashes) and static methods of the names `missing`.
+  // Hides the classes (with slashes) and the static methods with the names `missing`.
   explicit PatchedJava(JNIEnv* env, const std::set<std::string>& missing = {});
   ~PatchedJava();
   PatchedJava(const PatchedJava&) = delete;
   PatchedJava& operator=(const PatchedJava&) = delete;
 
-  // The calls since construction.
+  // Returns the calls since construction.
   const JavaCalls& calls() const;
 
-  // Fails the n-th call from now on that needs memory, 1 being the next: an OutOfMemoryError is
-  // pending, and there is no result.
+  // Makes the n-th call from now on that needs memory fail, 1 being the next: an OutOfMemoryError
+  // is pending, and there is no result.
   void failOn(int n);
 
-  // Returns whether that call has come.
+  // Returns whether that call has been made.
   bool hasFailed() const;
 
  private:

@@ -41,7 +41,7 @@ inline SettingsPtr addKey(const SettingsPtr& parent, const std::string& name,
   return addEntry(parent, name, true, validator);
 }
 
-// The int that a key has at a level; -1 for none.
+// Returns the int of a key at a level; -1 for none.
 inline int intAt(const SettingsPtr& node, const std::string& key, const std::string& level = "") {
   const boost::any value = node->getValue(key, level);
   return value.empty() ? -1 : boost::any_cast<int>(value);
@@ -58,7 +58,8 @@ inline SettingsProblems setAll(const SettingsPtr& root, const SettingsValues& va
   return root->setMultiple(boost::make_iterator_range(values.begin(), values.end()), level, 0);
 }
 
-// The message of the failure of that tag which `action` raises; a test failure when it raises none.
+// Returns the message of the failure of that tag which `action` throws; fails the test if it throws
+// none.
 template <class Tag, class Action>
 std::string messageOf(const Action& action) {
   try {
@@ -73,7 +74,7 @@ std::string messageOf(const Action& action) {
   return {};
 }
 
-// Hears every event about an entry and below it, as texts such as "changed editor.size".
+// Notes every event about an entry and below it, as texts such as "changed editor.size".
 class Listener {
  public:
   explicit Listener(const SettingsPtr& entry)
@@ -89,7 +90,7 @@ class Listener {
                    event.getParentObj()->getName());
             })) {}
 
-  // What comes from a thread of the service: waits until there is so much of it.
+  // Waits for the events of a thread of the service until there are so many.
   const Names& waitFor(std::size_t events) const {
     for (int wait = 0; wait < 5000 && count_ < events; ++wait) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -19,8 +19,8 @@ class TemporaryDirectory {
     if (!mkdtemp(&pattern[0])) throw std::runtime_error("cannot make " + pattern);
     path_ = pattern;
   }
-  // A store that is still open on it must not make new files while it is being emptied, so its name
-  // goes first.
+  // Renames it first: a store that is still open on it must not make new files while it is being
+  // emptied.
   ~TemporaryDirectory() {
     std::error_code ignored;  // what is left over does no harm
     const std::filesystem::path removed = path_.string() + ".removed";
@@ -33,7 +33,7 @@ class TemporaryDirectory {
   std::string path() const { return path_.string(); }
   std::string file(const std::string& name) const { return (path_ / name).string(); }
 
-  // Writes a file and gives its path.
+  // Writes a file and returns its path.
   std::string write(const std::string& name, std::string_view content) const {
     std::ofstream(file(name), std::ios::binary) << content;
     return file(name);

@@ -3,11 +3,11 @@ import com.velonix.services.settings.SettingListener;
 import java.util.ArrayList;
 import java.util.List;
 
-/** A listener that notes what it hears; its knobs make it fail, or run something. */
+/** A listener that notes the events that it receives; its knobs make it fail. */
 public class RecordingListener implements SettingListener {
     private final List<String> heard = new ArrayList<>();
 
-    /** Makes createEvent give null. */
+    /** Makes createEvent return null. */
     public boolean noEvent;
 
     /** Makes createEvent throw. */
@@ -54,7 +54,7 @@ public class RecordingListener implements SettingListener {
         heard.add(what);
     }
 
-    /** What was heard since the last call, joined by "; ". */
+    /** Returns the events since the last call, joined by "; ". */
     public synchronized String take() {
         String all = String.join("; ", heard);
         heard.clear();

@@ -1,4 +1,4 @@
-/** An exception of somebody's who has made a mistake in telling about it. */
+/** An exception whose getMessage() and toString() throw. */
 public class SpeechlessException extends RuntimeException {
     private static final long serialVersionUID = 1;
 

@@ -1,6 +1,6 @@
 import com.velonix.services.settings.SettingInfo;
 
-/** A value description whose getters throw. */
+/** A SettingInfo whose getters throw. */
 public class ThrowingInfo extends SettingInfo {
     private final boolean valueThrows;
 

@@ -17,7 +17,7 @@ public final class EmbeddedListener implements SettingListener {
         SettingPath.processRoot().path("embedded").addListener(new EmbeddedListener());
     }
 
-    /** How many events have been heard. */
+    /** Returns how many events have been received. */
     public static int heard() {
         return HEARD.get();
     }

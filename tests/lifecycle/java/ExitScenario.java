@@ -7,7 +7,7 @@ import java.util.concurrent.CountDownLatch;
 
 /**
  * A program that ends while settings are in use; the argument names the way. It must end by itself,
- * with exit code 0 and without a word of the JVM.
+ * with exit code 0 and without a message of the JVM.
  */
 public final class ExitScenario implements SettingListener {
     private static final int EVENTS_BEFORE_THE_END = 20;

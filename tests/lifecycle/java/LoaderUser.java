@@ -13,8 +13,8 @@ import java.util.function.BinaryOperator;
 
 /**
  * One of several applications in a Java machine, each in a class loader of its own that holds the
- * Java API too. It owns a node of the process's tree, with a validator and a listener of its own,
- * and obeys commands: a name and an argument, both texts, as is the answer.
+ * Java API too. It owns a node of the process's tree, with a validator and a listener of its own.
+ * It runs commands: a name and an argument, both texts, as is the answer.
  */
 public final class LoaderUser implements BinaryOperator<String> {
     private static final AtomicInteger asked = new AtomicInteger();
@@ -39,7 +39,7 @@ public final class LoaderUser implements BinaryOperator<String> {
         }
     }
 
-    /** The same, but the scenario hides it from all loaders but the first. */
+    /** Accepts every value. The scenario hides this class from all loaders but the first. */
     public static final class Hidden implements ValueValidator {
         public Hidden(String ignored) {}
 
@@ -62,7 +62,7 @@ public final class LoaderUser implements BinaryOperator<String> {
         try {
             return switch (command) {
                 case "open" -> open(argument);
-                case "guard" -> add(argument, Hidden.class);
+                case "validate" -> add(argument, Hidden.class);
                 case "set" -> set(argument.split("="));
                 case "publish" -> publish(argument.split("="));
                 case "get" -> String.valueOf(key(argument).get());
@@ -107,7 +107,7 @@ public final class LoaderUser implements BinaryOperator<String> {
         return "set";
     }
 
-    /** Has C++ code that goes with the loader make the value. */
+    /** Sets the value by C++ code in a library of the class loader. */
     private static String publish(String[] change) {
         NativePublisher.setOnce(change[0], Integer.parseInt(change[1]));
         return "set";

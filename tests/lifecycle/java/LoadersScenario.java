@@ -13,13 +13,13 @@ import java.util.stream.Stream;
 
 /**
  * Several class loaders of one Java machine hold the jar, each with a bridge of its own, and share
- * the process's tree; they go away in any order while others work. Arguments: the class path of the
- * loaders, and how many come and go at last.
+ * the process's tree. They are closed in any order while others work. Arguments: the class path of
+ * the loaders, and how many come and go at last.
  */
 public final class LoadersScenario {
     private static final long PATIENCE_MILLIS = 30_000;
 
-    /** An application; once it is closed nothing here refers to its loader any more. */
+    /** An application. Once it is closed, nothing here refers to its loader any more. */
     private static final class Application {
         private final WeakReference<ClassLoader> loader;
         private BinaryOperator<String> user;
@@ -56,13 +56,13 @@ public final class LoadersScenario {
                 throw new AssertionError(command + " " + argument + ": " + given);
         }
 
-        /** Closes it, with its node or not, and its class loader; both are still referred to. */
+        /** Closes the application, with or without its node, and its class loader; keeps both. */
         void stop(String node) throws Exception {
             expect("closed", "close", node);
             ((URLClassLoader) loader.get()).close();
         }
 
-        /** Waits until nothing is left of it. */
+        /** Waits until its class loader and its bridge are gone. */
         void vanish() throws Exception {
             long before = bridges();
             user = null;
@@ -87,10 +87,10 @@ public final class LoadersScenario {
         third.expect("added", "open", "three");
         check("three bridges, one host", bridges() == 3 && hosts() == 1);
 
-        everyoneHasClassesOfHisOwn(first, second, third);
+        everyoneHasOwnClasses(first, second, third);
         third.expect("working", "work", "three.size");
         first.end("");
-        whatAnEndedOneLeavesBehind(second, third);
+        afterAnEnd(second, third);
         Application fourth = new Application(classPath, false);
         fourth.expect("added", "open", "four");
         fourth.tell("asked", "");
@@ -99,7 +99,7 @@ public final class LoadersScenario {
         third.end("three");
         second.expect("set", "set", "four.size=8");
         fourth.expect("2", "heard", "");  // with its own
-        fourth.stop("");  // the class that its validator needs for 13 can no more be loaded
+        fourth.stop("");  // the class that its validator needs for 13 can no longer be loaded
         second.expect("set", "set", "four.size=13");
         fourth.vanish();
         System.out.println("any order done");
@@ -114,9 +114,9 @@ public final class LoadersScenario {
         System.out.println("loaders scenario done");
     }
 
-    private static void everyoneHasClassesOfHisOwn(
+    private static void everyoneHasOwnClasses(
             Application first, Application second, Application third) {
-        first.expect("added", "guard", "one.hidden");
+        first.expect("added", "validate", "one.hidden");
         for (Application each : List.of(first, second, third)) {
             each.tell("asked", "");
             each.tell("heard", "");
@@ -136,8 +136,8 @@ public final class LoadersScenario {
         third.expect("4", "get", "one.size");
     }
 
-    /** The first one has gone with the class of one validator; the other is known to all. */
-    private static void whatAnEndedOneLeavesBehind(Application second, Application third) {
+    /** The first one has gone, with the class of one validator; all know the class of the other. */
+    private static void afterAnEnd(Application second, Application third) {
         second.expect("4", "get", "one.size");
         second.expect("5", "get", "one.hidden");
         second.expect("there is no class LoaderUser$Hidden*", "set", "one.hidden=6");
@@ -157,7 +157,7 @@ public final class LoadersScenario {
         }
     }
 
-    /** What must not grow. */
+    /** Describes the resources of the process that must not grow. */
     private static String resources() throws Exception {
         Path temporary = Path.of(System.getProperty("java.io.tmpdir"));
         return "libraries " + count(mapped(".so")) + ", descriptors "

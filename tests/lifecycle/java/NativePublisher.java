@@ -9,7 +9,7 @@ public final class NativePublisher {
      */
     public static native void setOnce(String path, int value);
 
-    /** Sets the key again and again on a native thread that nobody waits for. */
+    /** Sets the key again and again on a detached native thread. */
     public static native void setForEver(String path);
 
     private NativePublisher() {}

@@ -9,7 +9,7 @@ import com.velonix.services.settings.validators.Range;
 import java.util.concurrent.Callable;
 import java.util.concurrent.atomic.AtomicInteger;
 
-/** Uses values, validators and listeners once; the answer tells what happened. */
+/** Uses values, validators and listeners once; the answer describes the results. */
 public final class ReloadUser implements Callable<String> {
     @Override
     public String call() throws Exception {

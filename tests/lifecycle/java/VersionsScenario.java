@@ -8,7 +8,7 @@ import java.util.zip.ZipEntry;
 import java.util.zip.ZipInputStream;
 
 /**
- * A second class loader brings the jar in another version, and is refused with a reason. Arguments:
+ * A second class loader with another version of the jar is refused with a reason. Arguments:
  * the jar, and the folder to unpack another version to.
  */
 public final class VersionsScenario {
@@ -52,7 +52,7 @@ public final class VersionsScenario {
         }
     }
 
-    /** The same length, in an encoding that keeps every byte. */
+    /** Replaces the version by one of the same length, in an encoding that keeps every byte. */
     private static byte[] inAnotherVersion(byte[] library) {
         return new String(library, StandardCharsets.ISO_8859_1)
                 .replaceAll(VERSION + ".", OTHER_VERSION)

@@ -11,7 +11,7 @@
 #include <vector>
 
 namespace test {
-// A key that may refuse to be compared, as that of an entry that has died does.
+// A key that may throw when it is compared, as the key of a dead entry does.
 struct Name {
   std::string text;
   bool isDead = false;
@@ -21,7 +21,7 @@ struct Name {
 namespace zlutil::threadutil {
 template <>
 struct Hash<test::Name> {
-  // Few buckets' worth of hashes, so that keys meet.
+  // Few different hashes, so that keys share buckets.
   static std::size_t hash(const test::Name& name) { return name.text.size(); }
   static bool equal(const test::Name& left, const test::Name& right) {
     if (left.isDead || right.isDead) throw std::runtime_error("dead");
@@ -61,7 +61,7 @@ TEST(ConcurrentMap, KeepsTheFirstValueOfAKeyUntilItIsErased) {
   EXPECT_EQ(contentsOf(map), (std::map<std::string, int>{{"b", 3}}));
 }
 
-TEST(ConcurrentMap, MakesAValueOnlyWhereThereIsNoneAndNothingWhenThatFails) {
+TEST(ConcurrentMap, MakesAMissingValueOnceAndKeepsNoneIfThatFails) {
   Map map;
   int made = 0;
   const auto make = [&] { return number(++made); };
@@ -73,7 +73,7 @@ TEST(ConcurrentMap, MakesAValueOnlyWhereThereIsNoneAndNothingWhenThatFails) {
   EXPECT_EQ(*map.findOrInsertNew({"b"}, make), 2);
 }
 
-TEST(ConcurrentMap, IsLeftAsItWasByAKeyThatCannotBeCompared) {
+TEST(ConcurrentMap, StaysUnchangedIfAKeyCannotBeCompared) {
   Map map;
   map.insert({{"a"}, number(1)});
   map.insert({{"bb"}, number(2)});
@@ -84,7 +84,7 @@ TEST(ConcurrentMap, IsLeftAsItWasByAKeyThatCannotBeCompared) {
   EXPECT_TRUE(map.insert({{"c"}, number(3)}));
 }
 
-TEST(ConcurrentMap, ChangesEveryValueAndLetsGoOfAll) {
+TEST(ConcurrentMap, ChangesEveryValueAndReleasesAll) {
   Map map;
   const std::shared_ptr<int> held = number(5);
   map.insert({{"a"}, held});
@@ -99,7 +99,7 @@ TEST(ConcurrentMap, ChangesEveryValueAndLetsGoOfAll) {
   EXPECT_TRUE(map.insert({{"a"}, number(8)}));
 }
 
-TEST(ConcurrentMap, LosesNothingWhenThreadsUseItAtOnce) {
+TEST(ConcurrentMap, KeepsEveryEntryUnderConcurrentUse) {
   constexpr int kThreads = 4, kRounds = 2000;
   Map map;
   std::atomic<int> entered{0}, left{0};

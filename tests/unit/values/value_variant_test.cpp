@@ -19,7 +19,7 @@ TEST(ValueVariant, AValueOfEveryKindComesBackFromItsAlternative) {
   });
 }
 
-TEST(ValueVariant, WhatIsNoneOfTheKindsIsEmpty) {
+TEST(ValueVariant, AValueOutsideTheKindsIsEmpty) {
   EXPECT_EQ(kNoValue, convertAnyToVariant(boost::any()).which());
   EXPECT_EQ(kNoValue, convertAnyToVariant(boost::any('c')).which());
   EXPECT_TRUE(convertVariantToAny(SettingValueVariant()).empty());

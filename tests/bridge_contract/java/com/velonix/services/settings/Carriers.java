@@ -57,7 +57,7 @@ class SettingChangeEvent {
     }
 }
 
-/** Notes what it hears. */
+/** Notes the events that it receives. */
 class RecordingListener implements SettingListener {
     private final StringBuilder heard = new StringBuilder();
 
@@ -83,7 +83,7 @@ class RecordingListener implements SettingListener {
         heard.append("removed ").append(event).append("; ");
     }
 
-    /** What was heard since the last call. */
+    /** Returns the events since the last call. */
     @Override
     public String toString() {
         String all = heard.toString();

@@ -14,8 +14,8 @@ import java.util.Set;
 import java.util.TreeSet;
 
 /**
- * Calls every native method, with the libraries as they are built and with no Java class but those
- * that the natives name. Arguments: an empty directory for factory settings and one for the user's.
+ * Calls every native method, with the built libraries and only the Java classes that the natives
+ * name. Arguments: an empty directory for factory settings and one for the user's.
  */
 public final class EveryNative {
     private static final Set<String> called = new HashSet<>();
@@ -33,7 +33,7 @@ public final class EveryNative {
         }
     }
 
-    /** Runs something that fails, and gives the class and message of the exception. */
+    /** Runs an action and returns the class and message of its exception. */
     private static String failure(Runnable action) {
         try {
             action.run();
