@@ -11,7 +11,7 @@
 
 namespace test {
 
-// Short waits for locks, so that a test of one that is never let go ends soon.
+// Waits only shortly for locks, so that a test of a lock that is never released ends soon.
 inline zlutil::settings::host::UserStoreOptions storeIn(const std::string& directory,
                                                         int lockWait = 2000) {
   zlutil::settings::host::UserStoreOptions options{directory, 1};
@@ -19,7 +19,7 @@ inline zlutil::settings::host::UserStoreOptions storeIn(const std::string& direc
   return options;
 }
 
-// The root of a new tree over `user`, with the files of `factory` behind the factory level.
+// Returns the root of a new tree over `user`, with the files of `factory` behind the factory level.
 inline zlutil::settings::host::NodePtr treeOver(
     const std::shared_ptr<zlutil::settings::host::Store>& user, const std::string& factory = "") {
   using namespace zlutil::settings::host;
@@ -37,7 +37,7 @@ inline zlutil::settings::host::NodePtr openTree(
   return treeOver(std::make_shared<zlutil::settings::host::UserStore>(options), factory);
 }
 
-// The root of a tree that finds what others have changed only when it changes something itself.
+// Returns the root of a tree that reads external changes only when it changes something itself.
 inline zlutil::settings::host::NodePtr openUnwatched(
     const zlutil::settings::host::UserStoreOptions& options) {
   using namespace zlutil::settings::host;
@@ -51,13 +51,13 @@ inline zlutil::settings::host::NodePtr openUnwatched(
   return root;
 }
 
-// For who has a store without a tree.
+// Returns a receiver for a store without a tree.
 inline zlutil::settings::host::Store::Receiver hearNothing() {
   return [](const auto&) { return true; };
 }
 
-// Everything that the tree has at the user level, one change per line: what a tree opened later
-// must have too.
+// Returns all content of the user level, one change per line; a tree opened later must have the
+// same.
 std::string contentsOf(const zlutil::settings::host::NodePtr& root);
 
 }  // namespace test
