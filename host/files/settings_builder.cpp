@@ -1,5 +1,6 @@
 #include "host/files/settings_builder.h"
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
 #include <cstring>
 #include <initializer_list>
@@ -15,7 +16,7 @@ namespace {
 
 constexpr std::size_t kShownLength = 60;
 
-// Text for a message: in quotes, on one line, and cut where it is long.
+// Returns the text for a message: in quotes, on one line and cut to kShownLength bytes.
 std::string quoted(std::string_view text) {
   if (text.size() <= kShownLength) return '"' + base::withControlsEscaped(text) + '"';
   std::size_t end = kShownLength;
@@ -23,7 +24,7 @@ std::string quoted(std::string_view text) {
   return '"' + base::withControlsEscaped(text.substr(0, end)) + "...\"";
 }
 
-// All types, as a file writes them.
+// Lists all types, as a file names them.
 std::string typeNames() {
   std::string names;
   for (int kind = boostany::kFirstKind; kind < boostany::kFirstKind + boostany::kElementKinds;
@@ -35,22 +36,23 @@ std::string typeNames() {
 
 [[noreturn]] void fail(const std::string& problem) { throw FormatError(problem); }
 
-// The attributes of an element, picked out by name. An attribute that nobody asks for is an error.
+// The attributes of an element, found by name. Refuses an attribute that is not in `known`.
 class Attributes {
  public:
   Attributes(const char* element, const char* const* list, std::initializer_list<const char*> known)
       : element_(element), list_(list) {
-    for (const char* const* at = list; *at; at += 2) {
-      bool found = false;
-      for (const char* const name : known) found = found || std::strcmp(name, *at) == 0;
-      if (!found) fail("unknown attribute " + quoted(*at) + " of <" + element + ">");
+    for (const char* const* name = list; *name; name += 2) {
+      const bool isKnown = std::any_of(known.begin(), known.end(), [name](const char* candidate) {
+        return std::strcmp(candidate, *name) == 0;
+      });
+      if (!isKnown) fail("unknown attribute " + quoted(*name) + " of <" + element + ">");
     }
   }
 
-  // Null when the element does not have it.
+  // Returns the value, or null if the element does not have the attribute.
   const char* find(const char* name) const {
-    for (const char* const* at = list_; *at; at += 2) {
-      if (std::strcmp(*at, name) == 0) return at[1];
+    for (const char* const* attribute = list_; *attribute; attribute += 2) {
+      if (std::strcmp(*attribute, name) == 0) return attribute[1];
     }
     return nullptr;
   }
@@ -70,7 +72,7 @@ bool isSpace(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-// Expat gives well-formed UTF-8 only.
+// The XML parser passes on well-formed UTF-8 only.
 std::string narrow(std::string_view utf8) { return *base::narrowFromUtf8(utf8); }
 
 [[noreturn]] void failOnValue(int kind, std::string_view text) {
@@ -107,7 +109,7 @@ void SettingsBuilder::beginElement(std::string_view element, const char* const* 
   for (const Rule& rule : kRules) {
     if (rule.state == state && rule.element == element) return (this->*rule.begin)(attributes);
   }
-  fail("found <" + quoted(element) + ">, expected " + expectedIn(state));
+  fail("found the element " + quoted(element) + ", expected " + expectedIn(state));
 }
 
 const char* SettingsBuilder::expectedIn(State state) {

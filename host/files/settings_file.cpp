@@ -18,17 +18,17 @@ host::NodePtr requireNode(const boost::shared_ptr<Settings>& top) {
   return boost::dynamic_pointer_cast<host::Node>(top);
 }
 
-// Pairs what the file has a value for with the keys below `top`.
+// Assigns the values of a file to the keys below `top`, and lists those that have no key.
 class Matching {
  public:
-  // Reads what the tree of `top` guards.
+  // The caller must hold the lock of the tree of `top`.
   Matching(const host::Node& file, const host::Node& top) { match(file, &top); }
 
   const SettingsValues& values() const { return values_; }
   const SettingsProblems& problems() const { return problems_; }
 
  private:
-  // `node` is null where the tree has no node for that of the file.
+  // `node` is null if the tree has no such node.
   void match(const host::Node& file, const host::Node* node) {
     for (const host::EntryPtr& child : file.childrenByName()) {
       host::Entry* const present = node ? node->child(child->name()) : nullptr;
@@ -48,7 +48,7 @@ class Matching {
     }
   }
 
-  // Below the root of a file, paths begin with its name and a dot.
+  // The paths of a file begin with the name of its root and a dot.
   static constexpr std::size_t kRootLength = sizeof kStandaloneRootName;
 
   SettingsValues values_;

@@ -19,8 +19,8 @@ constexpr char kAmpersand[] = "\"&\" is written \"&amp;\"";
 
 }  // namespace
 
-// The callbacks of the XML parser. Nothing may be thrown through its C frames, so a callback notes
-// what went wrong, stops the parser, and parse() raises it. After a stop the parser may still call.
+// The callbacks of the XML parser. An exception must not cross its C frames, so a callback stores
+// the error and stops the parser, and parse() throws it. A stopped parser may still call back.
 class SettingsParser::Handler {
  public:
   Handler(const ParseRules& rules, const std::string& shownName)
@@ -37,46 +37,47 @@ class SettingsParser::Handler {
   Handler& operator=(const Handler&) = delete;
 
   void* buffer(std::size_t size) {
-    void* const place = XML_GetBuffer(xml_, static_cast<int>(size));
-    if (!place) throw std::bad_alloc();
-    return place;
+    void* const buffer = XML_GetBuffer(xml_, static_cast<int>(size));
+    if (!buffer) throw std::bad_alloc();
+    return buffer;
   }
 
   void parse(std::size_t size, bool isLast) {
     read_ += size;
     const XML_Status status = XML_ParseBuffer(xml_, static_cast<int>(size), isLast);
     if (unexpected_) std::rethrow_exception(unexpected_);
-    if (!problem_.empty()) raise();
+    if (!problem_.empty()) throwProblem();
     if (status == XML_STATUS_OK) return checkLength();
     const XML_Error error = XML_GetErrorCode(xml_);
     if (error == XML_ERROR_NO_MEMORY || error == XML_ERROR_UNEXPECTED_STATE) {
       throw Failure<KORVEN::settings::core::SaxUnknownException>(
           shownName_, std::string(XML_ErrorString(error)));
     }
-    note(explained(error).c_str());
-    raise();
+    noteProblem(explained(error).c_str());
+    throwProblem();
   }
 
-  // Throws SaxParseException when the parser has told of nothing for so many bytes: it is inside of
-  // a tag, a comment or an instruction, all of which it may look at again with each piece. Where
-  // the parser itself is cannot be asked between two pieces in every version of it.
+  // Throws SaxParseException if no callback has come for kMaxMarkup bytes: the parser is inside a
+  // tag, a comment or an instruction, which it may scan again with each piece of the file. Not
+  // every version of the parser tells its position between two pieces.
   void checkLength() {
-    if (read_ - told_ <= kMaxMarkup) return;
-    note(("a tag or a comment is longer than " + std::to_string(kMaxMarkup >> 20) + " MB").c_str());
-    raise();
+    if (read_ - lastCallback_ <= kMaxMarkup) return;
+    noteProblem(
+        ("a tag or a comment is longer than " + std::to_string(kMaxMarkup >> 20) + " MB").c_str());
+    throwProblem();
   }
 
   NodePtr root() const { return builder_.root(); }
 
  private:
-  // Notes a problem and where the parser is now; after a stop it would say where the next thing is.
-  void note(const char* problem) {
+  // Stores a problem with the parser's position, which moves on after a stop.
+  void noteProblem(const char* problem) {
     problem_ = problem;
     line_ = XML_GetCurrentLineNumber(xml_);
     column_ = XML_GetCurrentColumnNumber(xml_) + 1;
   }
 
-  // What the parser says, and what to do about it.
+  // Returns the parser's message and the remedy, if one is known.
   std::string explained(XML_Error error) const {
     switch (error) {
       case XML_ERROR_TAG_MISMATCH:
@@ -103,7 +104,7 @@ class SettingsParser::Handler {
     return '<' + open_.back().first + "> is open since line " + std::to_string(open_.back().second);
   }
 
-  // Says what stands where the parser has stopped, if that is known to go wrong often.
+  // Explains the character at which the parser has stopped, if it is a frequent mistake.
   std::string reasonOfToken() const {
     int offset = 0, size = 0;
     const char* const context = XML_GetInputContext(xml_, &offset, &size);
@@ -119,7 +120,7 @@ class SettingsParser::Handler {
     return isReference || rest.front() == '&' ? std::string(": ") + kAmpersand : "";
   }
 
-  [[noreturn]] void raise() const {
+  [[noreturn]] void throwProblem() const {
     throw Failure<KORVEN::settings::core::SaxParseException>(
         shownName_, std::to_string(line_), std::to_string(column_),
         base::narrowFromUstring(base::to_ustring(problem_)));
@@ -128,13 +129,13 @@ class SettingsParser::Handler {
   bool hasFailed() const { return unexpected_ || !problem_.empty(); }
 
   template <class Step>
-  void guarded(const Step& step) noexcept {
-    told_ = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(xml_));
+  void runCallback(const Step& step) noexcept {
+    lastCallback_ = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(xml_));
     if (hasFailed()) return;
     try {
       step();
     } catch (const FormatError& error) {
-      note(error.what());
+      noteProblem(error.what());
     } catch (...) {
       unexpected_ = std::current_exception();
     }
@@ -143,29 +144,29 @@ class SettingsParser::Handler {
 
   static void onBegin(void* self, const XML_Char* element, const XML_Char** attributes) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([&] {
+    handler.runCallback([&] {
       handler.builder_.beginElement(element, attributes);
       handler.open_.emplace_back(element, XML_GetCurrentLineNumber(handler.xml_));
     });
   }
   static void onEnd(void* self, const XML_Char*) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([&] {
+    handler.runCallback([&] {
       handler.builder_.endElement();
       handler.open_.pop_back();
     });
   }
   static void onText(void* self, const XML_Char* text, int length) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([&] { handler.builder_.text({text, static_cast<std::size_t>(length)}); });
+    handler.runCallback([&] { handler.builder_.text({text, static_cast<std::size_t>(length)}); });
   }
   // A document type could declare entities, which expand without bound or read other files.
   static void onDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.guarded([] { throw FormatError("a document type declaration is not allowed"); });
+    handler.runCallback([] { throw FormatError("a document type declaration is not allowed"); });
   }
   static void onOther(void* self, const XML_Char*, int) {
-    static_cast<Handler*>(self)->guarded([] {});
+    static_cast<Handler*>(self)->runCallback([] {});
   }
 
   const std::string shownName_;
@@ -173,7 +174,7 @@ class SettingsParser::Handler {
   const XML_Parser xml_;
   std::vector<std::pair<std::string, XML_Size>> open_;  // elements, with the lines of their tags
   std::uint64_t read_ = 0;                              // bytes
-  std::uint64_t told_ = 0;                              // where the last callback was
+  std::uint64_t lastCallback_ = 0;                      // its position in the file
   std::string problem_;
   XML_Size line_ = 0;
   XML_Size column_ = 0;

@@ -1,5 +1,5 @@
-// Turns the bytes of a settings file (docs/settings-file.md) into entries. The tree that comes out
-// is nobody else's yet; the caller hands it on. One parser reads one file, on one thread.
+// Parses the bytes of a settings file (docs/settings-file.md) into entries of a new tree, which the
+// caller then owns. One parser reads one file, on one thread.
 #pragma once
 
 #include <cstddef>
@@ -19,18 +19,18 @@ struct ParseRules {
 
 class SettingsParser {
  public:
-  // `shownName` names the file in failures.
+  // `shownName` is the file's name in failures.
   SettingsParser(const ParseRules& rules, const std::string& shownName);
   ~SettingsParser();
 
-  // A place for up to `size` bytes of the file; borrowed until they are parsed.
+  // Returns a buffer for the next `size` bytes of the file, borrowed until parse().
   void* buffer(std::size_t size);
 
-  // Parses the first `size` bytes in the buffer. Throws SaxParseException with line and column for
-  // what the format does not allow, SaxUnknownException for anything else out of the XML parser.
+  // Parses the first `size` bytes of the buffer. Throws SaxParseException, with line and column, if
+  // the format does not allow them, and SaxUnknownException for other errors of the XML parser.
   void parse(std::size_t size, bool isLast);
 
-  // The root, once the last bytes have been parsed.
+  // Returns the root; call it after the last parse().
   NodePtr takeRoot();
 
  private:

@@ -19,7 +19,7 @@ constexpr std::size_t kChunk = 256 * 1024;
   throw Failure<KORVEN::settings::core::FileLoadingError>(shownFileName(fileName), reason);
 }
 
-// Refuses what is no file of a reasonable size: a directory, a pipe that nobody writes to.
+// Refuses directories, pipes and devices.
 void checkFile(int file, const std::string& fileName) {
   struct stat status;
   if (fstat(file, &status) != 0) fail(fileName, systemText(errno));
@@ -27,9 +27,9 @@ void checkFile(int file, const std::string& fileName) {
   if (!S_ISREG(status.st_mode)) fail(fileName, "it is not a regular file");
 }
 
-std::size_t readSome(int file, void* place, const std::string& fileName) {
+std::size_t readSome(int file, void* buffer, const std::string& fileName) {
   while (true) {
-    const ssize_t size = read(file, place, kChunk);
+    const ssize_t size = read(file, buffer, kChunk);
     if (size >= 0) return static_cast<std::size_t>(size);
     if (errno != EINTR) fail(fileName, systemText(errno));
   }
@@ -38,7 +38,7 @@ std::size_t readSome(int file, void* place, const std::string& fileName) {
 }  // namespace
 
 NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules) {
-  // Opening a pipe would otherwise wait for its writer.
+  // Without O_NONBLOCK, opening a pipe waits for its writer.
   const FileDescriptor file(open(fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file) fail(fileName, systemText(errno));
   checkFile(file.get(), fileName);

@@ -11,8 +11,8 @@ namespace zlutil::settings::host {
 // The largest file that is read, in bytes.
 inline constexpr std::uint64_t kMaxFileSize = std::uint64_t{256} << 20;
 
-// The entries of the file below a new root, which is nobody else's yet. `fileName` is bytes for the
-// system. Throws FileLoadingError, SaxParseException or SaxUnknownException.
+// Returns a new root with the entries of the file, which the caller then owns. `fileName` is bytes
+// for the system. Throws FileLoadingError, SaxParseException or SaxUnknownException.
 NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules);
 
 }  // namespace zlutil::settings::host

@@ -10,14 +10,14 @@
 namespace zlutil::settings::host {
 namespace {
 
-// Whether XML 1.0 has every character of the UTF-8 text: the control characters other than tab and
-// line ends are not in it, nor are U+FFFE and U+FFFF.
+// Returns whether XML 1.0 has every character of the UTF-8 text. It lacks U+FFFE, U+FFFF and the
+// control characters other than tab and line ends.
 bool isXmlText(std::string_view utf8) {
-  for (std::size_t at = 0; at < utf8.size(); ++at) {
-    const auto byte = static_cast<unsigned char>(utf8[at]);
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
     if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') return false;
-    if (byte == 0xEF && utf8.substr(at, 2) == "\xEF\xBF" &&
-        static_cast<unsigned char>(utf8[at + 2]) >= 0xBE) {
+    if (byte == 0xEF && utf8.substr(i, 2) == "\xEF\xBF" &&
+        static_cast<unsigned char>(utf8[i + 2]) >= 0xBE) {
       return false;
     }
   }
@@ -100,8 +100,8 @@ class Writer {
     text_ += tag;
   }
 
-  // Escapes what markup needs, and what a reader would otherwise change: line ends, and in
-  // attributes every white space but the blank.
+  // Escapes markup, and white space that an XML parser would change: carriage returns, and in
+  // attributes tabs and line ends.
   void writeText(const Entry& entry, const std::optional<std::string>& utf8, bool isAttribute) {
     if (!utf8 || !isXmlText(*utf8)) {
       throw Failure<KORVEN::settings::core::ValidationFailure>(

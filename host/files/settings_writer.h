@@ -1,4 +1,4 @@
-// The text of a settings file (docs/settings-file.md). Any thread.
+// Writes the text of a settings file (docs/settings-file.md). Any thread.
 #pragma once
 
 #include <bitset>
@@ -10,8 +10,8 @@ namespace zlutil::settings::host {
 
 using LevelSet = std::bitset<kLevelCount>;
 
-// What a file says about everything below `top`, with the values of the levels. Throws
-// ValidationFailure for a text that XML cannot hold. Reads what the tree guards.
+// Returns the text of a file with everything below `top` and the values of the levels. Throws
+// ValidationFailure if XML cannot hold a text. The caller must hold the tree's lock.
 std::string settingsText(const Node& top, const LevelSet& levels);
 
 }  // namespace zlutil::settings::host

@@ -21,21 +21,21 @@ bool isExtensionInCapitals(const std::string& extension) {
          strcasecmp(extension.c_str(), kExtension.data()) == 0;
 }
 
-// The settings files in the directory, in name order.
-std::vector<std::string> filesIn(const std::string& directory, bool isAskedFor) {
+// Returns the settings files in the directory, in name order.
+std::vector<std::string> filesIn(const std::string& directory, bool isRequired) {
   std::vector<std::string> files;
   if (directory.empty()) return files;
   std::error_code error;
-  for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end;
-       at.increment(error)) {
-    const std::string extension = at->path().extension().string();
-    if (extension == kExtension) files.push_back(at->path().string());
+  for (std::filesystem::directory_iterator file(directory, error), end; !error && file != end;
+       file.increment(error)) {
+    const std::string extension = file->path().extension().string();
+    if (extension == kExtension) files.push_back(file->path().string());
     if (isExtensionInCapitals(extension)) {
-      logError(shownFileName(at->path().string()) +
-               ": is not read: the name of a settings file ends in \".xml\"");
+      logError(shownFileName(file->path().string()) +
+               ": is not read: the name of a settings file must end in \".xml\"");
     }
   }
-  if (error && (isAskedFor || error != std::errc::no_such_file_or_directory)) {
+  if (error && (isRequired || error != std::errc::no_such_file_or_directory)) {
     logError(shownFileName(directory) + ": " + error.message());
   }
   std::sort(files.begin(), files.end());
@@ -49,8 +49,8 @@ std::string reasonFor(const std::string& directory) {
 
 }  // namespace
 
-XmlDirectoryStore::XmlDirectoryStore(const std::string& directory, bool isAskedFor)
-    : directory_(directory), isAskedFor_(isAskedFor), readOnlyReason_(reasonFor(directory)) {}
+XmlDirectoryStore::XmlDirectoryStore(const std::string& directory, bool isRequired)
+    : directory_(directory), isRequired_(isRequired), readOnlyReason_(reasonFor(directory)) {}
 
 void XmlDirectoryStore::readAll(Node& root, int level) {
   ParseRules rules;
@@ -58,7 +58,7 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   rules.level = level;
   rules.isOnlyLevel = true;
   rules.earlier = &root;
-  for (const std::string& file : filesIn(directory_, isAskedFor_)) {
+  for (const std::string& file : filesIn(directory_, isRequired_)) {
     try {
       merge(*readSettingsTree(file, rules), root, level);
     } catch (const std::exception& failure) {

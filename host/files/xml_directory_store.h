@@ -1,7 +1,7 @@
 // The read-only store of a level whose settings are the files `*.xml` of a directory, read in name
 // order. A file that is broken, or that contradicts an earlier one, is left out whole, with one
 // line on standard error that says where and why; the other files are read. A directory that does
-// not exist holds nothing; standard error says so when somebody has asked for it.
+// not exist is an empty level, and is reported on standard error if it is required.
 #pragma once
 
 #include "host/tree/store.h"
@@ -10,8 +10,8 @@ namespace zlutil::settings::host {
 
 class XmlDirectoryStore final : public Store {
  public:
-  // `directory` is bytes for the system, and empty for no directory.
-  explicit XmlDirectoryStore(const std::string& directory, bool isAskedFor = false);
+  // `directory` is bytes for the system; empty if there is none.
+  explicit XmlDirectoryStore(const std::string& directory, bool isRequired = false);
 
   void readAll(Node& root, int level) override;
   bool apply(const Changes& changes, const Receiver& receive) override;
@@ -25,7 +25,7 @@ class XmlDirectoryStore final : public Store {
 
  private:
   const std::string directory_;
-  const bool isAskedFor_;
+  const bool isRequired_;
   const std::string readOnlyReason_;
 };
 

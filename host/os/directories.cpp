@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kUserDirectory[] = "velonix/settings";
 
-// Empty when the variable is not set, or set to nothing.
+// Returns "" if the variable is not set.
 std::string fromEnvironment(const char* variable) {
   const char* const value = std::getenv(variable);
   return value ? value : "";

@@ -1,4 +1,4 @@
-// Owns a file descriptor, or none, and closes it. Belongs to one thread.
+// A file descriptor, or none, that closes itself. Belongs to one thread.
 #pragma once
 
 #include <unistd.h>
@@ -14,7 +14,7 @@ class FileDescriptor {
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
 
-  // False when opening has failed.
+  // Returns false if there is no file.
   explicit operator bool() const { return descriptor_ >= 0; }
   int get() const { return descriptor_; }
 

@@ -1,5 +1,5 @@
-// Which file a name stands for at the moment: another one with the same name is not the same file.
-// A value; any thread.
+// The identity of the file that a name stands for at the moment: its device and inode. A value; any
+// thread.
 #pragma once
 
 #include <sys/stat.h>
@@ -11,7 +11,7 @@ namespace zlutil::settings::host {
 
 class FileIdentity {
  public:
-  // No file.
+  // Identifies no file.
   FileIdentity() = default;
   // `name` is bytes for the system.
   explicit FileIdentity(const std::string& name) {
@@ -23,7 +23,7 @@ class FileIdentity {
   }
 
   explicit operator bool() const { return error_ == 0; }
-  // Why there is none.
+  // Returns the error number of the system if there is no file.
   int error() const { return error_; }
   bool operator==(const FileIdentity& other) const {
     return *this && other && device_ == other.device_ && inode_ == other.inode_;

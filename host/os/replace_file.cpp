@@ -22,7 +22,7 @@ constexpr mode_t kNewFileMode = 0666;
   throw Failure<KORVEN::settings::core::StoreFailure>(shownFileName(fileName), systemText(error));
 }
 
-// The file that the name means once links have been followed, whether it exists or not.
+// Returns the name with all symbolic links followed. The file need not exist.
 std::string targetOf(const std::string& fileName) {
   std::filesystem::path path = fileName;
   std::error_code error;
@@ -33,14 +33,14 @@ std::string targetOf(const std::string& fileName) {
   return path.string();
 }
 
-// The mode of the file, or nothing when there is none.
+// Returns the mode of the file, or nothing if there is no file.
 std::optional<mode_t> modeOf(const std::string& target) {
   struct stat status;
   if (stat(target.c_str(), &status) != 0) return std::nullopt;
   return status.st_mode & 07777;
 }
 
-// A new file beside the target, removed again unless it was renamed.
+// A new file beside the target, which its destructor removes unless moveToTarget() was called.
 class NewFile {
  public:
   explicit NewFile(const std::string& target) : target_(target) {

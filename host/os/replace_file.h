@@ -1,5 +1,5 @@
-// Replacing a file's content in one step. Any thread; of two that replace one file at the same time
-// the last one wins whole.
+// Replaces a file's content in one step. Any thread; if two replace one file at the same time, the
+// content is that of the last one.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace zlutil::settings::host {
 
-// Makes `content` the content of the file: written to a new file beside it, flushed to the disk and
-// renamed. A symbolic link is followed, and an existing file's mode is kept. `fileName` is bytes
-// for the system. Throws StoreFailure, and the old content then stands.
+// Writes `content` to a new file beside the old one, flushes it to the disk and renames it. Follows
+// a symbolic link, and keeps the mode of an existing file. `fileName` is bytes for the system.
+// Throws StoreFailure if anything fails; the old content then remains.
 void replaceFile(const std::string& fileName, std::string_view content);
 
 }  // namespace zlutil::settings::host

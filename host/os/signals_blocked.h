@@ -1,6 +1,6 @@
-// Blocks all signals on this thread for a while, so that a thread that it starts meanwhile inherits
-// that: signals are for the program's own threads. The thread itself gets its own back whatever
-// happens: it may be one of a JVM's, which cannot do without SIGSEGV.
+// A scope in which this thread blocks all signals, so that a thread started in it inherits that:
+// signals are for the program's own threads. The destructor restores the thread's own mask: a
+// thread of a JVM needs SIGSEGV.
 #pragma once
 
 #include <pthread.h>

@@ -42,14 +42,14 @@ void ProcessSession::addSession(const boost::shared_ptr<ZVM>& zvm) {
     throw std::invalid_argument("a session needs an identifier other than " +
                                 std::to_string(ZVM::UndefinedID));
   }
-  boost::shared_ptr<ZVM> previous = zvm;  // let go of after the lock
+  boost::shared_ptr<ZVM> previous = zvm;  // released after the lock
   SessionTable& all = table();
   base::MutexLock lock(all.mutex);
   all.sessions[zvm->getID()].swap(previous);
 }
 
 void ProcessSession::removeSession(ZvmID id) {
-  boost::shared_ptr<ZVM> removed;  // let go of after the lock
+  boost::shared_ptr<ZVM> removed;  // released after the lock
   SessionTable& all = table();
   base::MutexLock lock(all.mutex);
   const auto found = all.sessions.find(id);

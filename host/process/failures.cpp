@@ -7,15 +7,15 @@ BaseMsgID::BaseMsgID(const char* name, const char* text, std::vector<MsgArgument
 
 std::string BaseMsgID::format() const {
   std::string message;
-  for (const char* at = text_; *at; ++at) {
-    if (*at != '%' || at[1] < '1' || at[1] > '9') {
-      message += *at;
+  for (const char* next = text_; *next; ++next) {
+    if (*next != '%' || next[1] < '1' || next[1] > '9') {
+      message += *next;
       continue;
     }
-    const std::size_t position = *++at - '1';
+    const std::size_t position = *++next - '1';
     if (position >= arguments_.size()) continue;
     if (const std::string* narrow = boost::get<std::string>(&arguments_[position])) {
-      // A program may give as a name whatever it has.
+      // A name that a program passes may be any bytes.
       message +=
           base::isNarrow(*narrow) ? *narrow : base::narrowFromUstring(base::to_ustring(*narrow));
     } else {

@@ -39,24 +39,24 @@ ContextTrees& contextTrees() {
   return instance.get();
 }
 
-contextmgr::ZcrID contextMeantBy(contextmgr::ZcrID context) {
+contextmgr::ZcrID actualContext(contextmgr::ZcrID context) {
   return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
 }
 
-// SETTINGS_LOCK_WAIT; nothing when it is not set, or says no number of milliseconds.
+// Returns the value of SETTINGS_LOCK_WAIT, or nothing if it is not a number of milliseconds.
 std::optional<int> lockWaitFromEnvironment() {
   const char* const text = std::getenv("SETTINGS_LOCK_WAIT");
   if (!text || !*text) return std::nullopt;
   int milliseconds = -1;
   const char* const end = text + std::strlen(text);
-  const auto [at, error] = std::from_chars(text, end, milliseconds);
-  if (error == std::errc() && at == end && milliseconds >= 0) return milliseconds;
+  const auto [stop, error] = std::from_chars(text, end, milliseconds);
+  if (error == std::errc() && stop == end && milliseconds >= 0) return milliseconds;
   logError("SETTINGS_LOCK_WAIT is \"" + shownFileName(text) +
-           "\", which is no number of milliseconds. The usual time is taken.");
+           "\", expected a number of milliseconds. The default is used.");
   return std::nullopt;
 }
 
-// Without a directory the user level is in memory only.
+// Keeps the user level in memory if there is no directory.
 std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
   if (directories.user.empty()) return std::make_shared<MemoryStore>();
   UserStoreOptions options{directories.user, context.value()};
@@ -72,7 +72,7 @@ NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directorie
   stores[kUser] = userStore(context, directories);
   stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup, true);
   stores[kFactory] =
-      std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryAskedFor);
+      std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryRequired);
   const TreePtr tree(new Tree(context, stores));
   auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
   fillFromStores(root);
@@ -85,13 +85,13 @@ boost::shared_ptr<Settings> Settings::getSettingsRoot(const contextmgr::ZcrID& c
   try {
     host::ContextTrees& all = host::contextTrees();
     base::MutexLock lock(all.mutex);
-    const contextmgr::ZcrID meant = host::contextMeantBy(context);
-    const auto found = all.trees.find(meant);
+    const contextmgr::ZcrID actual = host::actualContext(context);
+    const auto found = all.trees.find(actual);
     if (found != all.trees.end()) return found->second.root;
     const host::Directories directories = host::currentDirectories();
-    const host::NodePtr root = host::makeContextTree(meant, directories);
-    boost::unique_lock<boost::shared_mutex> set(getTheRootMutex());
-    all.trees.emplace(meant, host::ContextTree{root, directories.factory});
+    const host::NodePtr root = host::makeContextTree(actual, directories);
+    boost::unique_lock<boost::shared_mutex> rootLock(getTheRootMutex());
+    all.trees.emplace(actual, host::ContextTree{root, directories.factory});
     return root;
   } catch (const std::exception& failure) {
     host::logError(std::string("cannot make the settings tree: ") + failure.what());
@@ -107,7 +107,7 @@ boost::shared_mutex& Settings::getTheRootMutex() {
 std::string ZSettings::getFactoryDir(const contextmgr::ZcrID& context) {
   host::ContextTrees& all = host::contextTrees();
   base::MutexLock lock(all.mutex);
-  const auto found = all.trees.find(host::contextMeantBy(context));
+  const auto found = all.trees.find(host::actualContext(context));
   return host::shownFileName(found != all.trees.end() ? found->second.factoryDirectory
                                                       : host::currentDirectories().factory);
 }

@@ -1,4 +1,4 @@
-// The trees of the runtime contexts. Each is made when its context is asked for first, and lives as
+// The trees of the runtime contexts. Each is made at the first request for its context and lives as
 // long as the process, so that listeners, handles and stores never outlive it. Any thread.
 #pragma once
 
@@ -7,8 +7,8 @@
 
 namespace zlutil::settings::host {
 
-// The root of a new tree of that context, filled from the directories. What cannot be read is
-// reported on standard error and left out.
+// Returns the root of a new tree of the context, filled from the directories. Reports unreadable
+// files and entries on standard error and leaves them out.
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories);
 
 }  // namespace zlutil::settings::host

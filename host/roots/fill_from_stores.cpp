@@ -6,13 +6,13 @@ namespace zlutil::settings::host {
 
 void fillFromStores(const NodePtr& root) {
   Tree& tree = root->tree();
-  // Lowest level first: what it defines, the higher ones have to agree with.
+  // Lowest level first: the higher levels must agree with its definitions.
   for (int level = kLevelCount - 1; level >= 0; --level) tree.store(level).readAll(*root, level);
   const boost::weak_ptr<Entry> watched = root;
   tree.connect(watched);
   for (int level = 0; level < kLevelCount; ++level) {
     const bool isWatched = tree.store(level).watch([watched, level] {
-      if (const EntryPtr present = watched.lock()) catchUp(present->tree(), level);
+      if (const EntryPtr locked = watched.lock()) catchUp(locked->tree(), level);
     });
     if (!isWatched) tree.setMustLook();
   }

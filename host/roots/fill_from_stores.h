@@ -1,12 +1,12 @@
-// Connects a new tree with its stores. One thread, before anyone else knows the tree.
+// Connects a new tree with its stores. One thread, before any other thread knows the tree.
 #pragma once
 
 #include "host/tree/node.h"
 
 namespace zlutil::settings::host {
 
-// Reads everything that the stores of the root's tree hold into it, and has them report what others
-// change from then on.
+// Reads the content of all stores of the root's tree into the tree, and from then on brings
+// external changes into it.
 void fillFromStores(const NodePtr& root);
 
 }  // namespace zlutil::settings::host

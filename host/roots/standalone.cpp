@@ -13,8 +13,8 @@
 namespace zlutil::settings {
 namespace {
 
-// Detached keys share a tree that nothing is ever attached to: all that one can do with such a key
-// is ask for its name and attach it elsewhere.
+// Returns the tree that all detached keys share. Nothing is ever attached to it: a detached key can
+// only be asked for its name and be attached elsewhere.
 const host::TreePtr& treeOfDetachedKeys() {
   static base::NeverDestroyed<host::TreePtr> tree(host::Tree::makeStandalone());
   return tree.get();
@@ -22,19 +22,19 @@ const host::TreePtr& treeOfDetachedKeys() {
 
 }  // namespace
 
-boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& given, bool isKey,
+boost::shared_ptr<Settings> ZSettings::createSettingsNode(const std::string& rawName, bool isKey,
                                                           bool mayHaveListeners,
                                                           const ValidatorChoice& validator) {
-  const std::string name = host::narrowText(given, "a name");
-  const host::ValidatorPtr guard = host::makeValidator(
+  const std::string name = host::narrowText(rawName, "a name");
+  const host::ValidatorPtr ownValidator = host::makeValidator(
       host::withNarrowTexts(validator, name),
       host::JavaProxies::instance().of(base::libraryOf(__builtin_return_address(0))));
   if (isKey) {
     return boost::make_shared<host::Key>(treeOfDetachedKeys(), name, boostany::kNoValue,
-                                         mayHaveListeners, guard);
+                                         mayHaveListeners, ownValidator);
   }
   return boost::make_shared<host::Node>(host::Tree::makeStandalone(), name, mayHaveListeners,
-                                        guard);
+                                        ownValidator);
 }
 
 boost::shared_ptr<Settings> Settings::importAsStandaloneObject(const base::ustring& path) {

@@ -34,7 +34,7 @@ std::string reasonOf(sqlite3* handle, int code, std::chrono::milliseconds waited
 
 std::string lockedText(std::chrono::milliseconds waited) {
   return "another process has kept it locked for " + std::to_string(waited.count()) +
-         " ms (SETTINGS_LOCK_WAIT says how long is waited)";
+         " ms (SETTINGS_LOCK_WAIT sets the longest wait)";
 }
 
 SqliteDatabase::SqliteDatabase(const std::string& name, int flags, int lockWait)
@@ -47,17 +47,17 @@ SqliteDatabase::SqliteDatabase(const std::string& name, int flags, int lockWait)
   }
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_busy_handler(handle_, &SqliteDatabase::waitForLock, this);
-  // The file may hold anything: nothing in its schema is trusted to run code.
+  // The file may hold anything, so its schema is not trusted to run code.
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  // A directory for temporary files may be full, or missing: SQLite uses none then.
+  // A directory for temporary files may be full or missing; in memory none is needed.
   sqlite3_exec(handle_, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
 }
 
 SqliteDatabase::~SqliteDatabase() { sqlite3_close(handle_); }
 
-// SQLite's own way of waiting sleeps for up to 100 ms at a time, while others take the lock again
-// and again.
+// SQLite's own busy handler sleeps for up to 100 ms at a time, while others take the lock again and
+// again.
 int SqliteDatabase::waitForLock(void* self, int times) {
   auto& database = *static_cast<SqliteDatabase*>(self);
   const auto now = std::chrono::steady_clock::now();
@@ -156,7 +156,7 @@ std::int64_t SqliteStatement::onlyNumber() {
   return result;
 }
 
-// It repeats the error of the last step, which has been thrown already.
+// Its result repeats the error of the last step, which has been thrown already.
 void SqliteStatement::reset() { sqlite3_reset(handle_); }
 
 bool SqliteStatement::isNull(int column) const {

@@ -1,5 +1,5 @@
-// A connection to one SQLite database and the statements prepared on it. Either belongs to one
-// thread at a time; a statement borrows its connection. Every error is a SqliteError.
+// A connection to one SQLite database, and the statements prepared on it. Each is used by one
+// thread at a time; a statement borrows its connection. Every error is thrown as a SqliteError.
 #pragma once
 
 #include <sqlite3.h>
@@ -12,47 +12,47 @@
 
 namespace zlutil::settings::host {
 
-// What went wrong, in the words of the system where it has any; narrow text.
+// An error of SQLite, with the system's own text if it has one; narrow text.
 class SqliteError : public std::runtime_error {
  public:
   SqliteError(int code, const std::string& reason) : std::runtime_error(reason), code_(code) {}
 
-  // The primary result code.
+  // Returns the primary result code.
   int code() const { return code_ & 0xFF; }
-  // Whether the file does not hold what a database has to.
+  // Returns whether the file is not a database or a damaged one.
   bool isDamage() const { return code() == SQLITE_CORRUPT || code() == SQLITE_NOTADB; }
 
  private:
   const int code_;
 };
 
-// The reason for giving up on a lock after so many milliseconds; narrow text.
+// Returns the text of the error that a lock was not free within this time; narrow text.
 std::string lockedText(std::chrono::milliseconds waited);
 
 class SqliteDatabase {
  public:
   // Opens the file, with the flags of sqlite3_open_v2 (SQLITE_OPEN_READWRITE, ...). `name` is bytes
-  // for the system. Waits for a lock of somebody else's for at most `lockWait` milliseconds.
+  // for the system. Waits for the locks of others for at most `lockWait` milliseconds.
   SqliteDatabase(const std::string& name, int flags, int lockWait);
   ~SqliteDatabase();
   SqliteDatabase(const SqliteDatabase&) = delete;
   SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
-  // From now on waits for at most so many milliseconds.
+  // Changes the longest wait for the locks of others.
   void setLockWait(int milliseconds) { lockWait_ = std::chrono::milliseconds(milliseconds); }
 
   void execute(const char* sql);
-  // The first column of the first row of the result, as a number and as text.
+  // Returns the first column of the first row, as a number or as text; 0 or "" if there is no row.
   std::int64_t number(const char* sql);
   std::string text(const char* sql);
-  // Has a rollback journal kept beside the file. Does nothing while another process has the file
-  // open with a write-ahead log, as earlier versions did; the log then goes on.
+  // Switches the file to a rollback journal. Does nothing while another process has the file open
+  // with a write-ahead log, as earlier versions did.
   void useRollbackJournal();
-  // Copies the whole content to another database.
+  // Copies the whole content to `target`.
   void copyTo(SqliteDatabase& target);
 
   sqlite3* handle() const { return handle_; }
-  // What a call has failed of that gave this code.
+  // Returns the error of a call that has returned this code.
   SqliteError error(int code) const;
   [[noreturn]] void fail(int code) const { throw error(code); }
 
@@ -77,16 +77,16 @@ class SqliteStatement {
   void bindBlob(int parameter, std::string_view bytes);
   void bindNull(int parameter);
 
-  // True with a row to read, false when there are no more; then, and when it throws, the statement
-  // is reset.
+  // Moves to the next row. Returns false if there is none. Resets the statement if there is none,
+  // and when it throws.
   bool step();
-  // Runs a statement that gives no rows.
+  // Runs the statement to its end.
   void run();
-  // Runs a statement and gives the first column of its first row; 0 when there is none.
+  // Runs the statement and returns the first column of its first row; 0 if there is no row.
   std::int64_t onlyNumber();
   void reset();
 
-  // Columns of the present row count from 0; bytes are valid until the next step.
+  // Return a column of the current row, counted from 0. The bytes are valid until the next step().
   bool isNull(int column) const;
   bool isBlob(int column) const;
   std::int64_t number(int column) const;

@@ -22,7 +22,7 @@ bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });
 }
 
-// Standard UTF-8 that becomes the same narrow text again; nothing when there is none.
+// Returns the standard UTF-8 that converts back to the same narrow text, or nothing if none does.
 std::optional<std::string> exactUtf8(const std::string& narrow) {
   if (isPlain(narrow)) return narrow;
   std::optional<std::string> utf8 = base::utf8FromNarrow(narrow);
@@ -75,7 +75,7 @@ std::optional<Element> elementFrom(std::string_view text) {
   return boostany::valueFromText<Element>(text);
 }
 
-// JSON of an element. A float is written as the double that it equals, which becomes it again.
+// Returns the element as JSON. A float is written as the double of the same value.
 template <class Element>
 nlohmann::json jsonOf(const Element& element) {
   if constexpr (std::is_same_v<Element, std::string>) {
@@ -93,7 +93,7 @@ nlohmann::json jsonOf(const Element& element) {
   }
 }
 
-// The bytes that pairs of hexadecimal digits stand for.
+// Decodes pairs of hexadecimal digits. Returns nothing if the text is anything else.
 std::optional<std::string> bytesFromHex(std::string_view hex) {
   std::string bytes;
   for (; !hex.empty(); hex.remove_prefix(2)) {
@@ -183,7 +183,7 @@ ColumnValue columnFromNarrow(const std::string& narrow) {
 
 std::optional<std::string> narrowFromColumn(std::string_view bytes, bool isBlob) {
   if (isBlob) return std::string(bytes);
-  // A page that has been cut off reads as zeros.
+  // A truncated page reads as zeros.
   if (bytes.find('\0') != std::string_view::npos) return std::nullopt;
   return base::narrowFromUtf8(bytes);
 }

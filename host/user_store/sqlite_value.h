@@ -1,11 +1,13 @@
-// How text and values stand in a column of the user store, exactly and readable for people.
+// The format of texts and values in a column of the user store: exact, and readable for people.
 //
-//   text      TEXT in standard UTF-8; what standard UTF-8 or the database's shell cannot show
+//   text      TEXT in standard UTF-8. A text that standard UTF-8 or the database's shell cannot
+//   show
 //             (a lone surrogate, U+0000) is a BLOB with the bytes of the narrow text
 //   scalar    TEXT: a string as text, everything else as in a settings file
-//   vector    TEXT: a JSON array (RFC 8259); numbers and true/false as they are, strings and NaN,
-//             Infinity, -Infinity in quotes, a string that TEXT cannot hold as {"bytes":"<hex>"}
-//   NaN       "NaN"; one with other bits than the usual one "NaN:<bits in hex>"
+//   vector    TEXT: a JSON array (RFC 8259). Numbers, true and false are plain; strings, NaN,
+//             Infinity and -Infinity are in quotes; a string that TEXT cannot hold is
+//             {"bytes":"<hex>"}
+//   NaN       "NaN"; with other bits than the quiet NaN "NaN:<bits in hex>"
 //
 // Any thread; a statement belongs to one.
 #pragma once
@@ -24,16 +26,16 @@ struct ColumnValue {
   std::string bytes;
 };
 
-// Borrows the bytes until the statement is reset.
+// The statement borrows the bytes until it is reset.
 void bindColumn(SqliteStatement& statement, int parameter, const ColumnValue& column);
 
 ColumnValue columnFromNarrow(const std::string& narrow);
-// Nothing when the bytes are no text.
+// Returns nothing if the bytes are not text.
 std::optional<std::string> narrowFromColumn(std::string_view bytes, bool isBlob);
 
-// `value` is of one of the kinds.
+// The value must be of one of the kinds.
 ColumnValue columnFromValue(const boost::any& value);
-// Empty when the column holds no value of that kind.
+// Returns an empty any if the column does not hold a value of the kind.
 boost::any valueFromColumn(int kind, std::string_view bytes, bool isBlob);
 
 }  // namespace zlutil::settings::host

@@ -20,8 +20,8 @@ namespace zlutil::settings::host {
 namespace {
 
 constexpr int kLongestWait = 1000;  // milliseconds
-// What comes in bursts is looked at once per pause.
-constexpr int kPause = 5;
+// The shortest time between two calls, so that a burst of commits costs one.
+constexpr int kPause = 5;  // milliseconds
 
 void drain(int descriptor) {
   char events[4096];
@@ -50,24 +50,25 @@ struct StampWatch::Shared {
     }
   }
 
-  // What fails, for want of memory say, may work at the next look, so the thread goes on.
+  // Catches every failure, because the next call may succeed: memory may be free again.
   void callWake() {
     try {
       wake();
     } catch (const std::exception& failure) {
-      // Said without taking memory, and once: it may fail every second.
+      // Reported without allocating, and once only: it may fail every second.
       if (!std::exchange(hasFailed, true)) {
-        std::fprintf(stderr, "%s: a look at it failed: %s\n", shownName.c_str(), failure.what());
+        std::fprintf(stderr, "%s: cannot check for changes: %s. The check is repeated.\n",
+                     shownName.c_str(), failure.what());
       }
     }
   }
 
-  // Asking again is harmless, and follows a file that has been replaced.
+  // Watching again is harmless, and follows a file that was replaced.
   void watchFile() const {
     if (notify) inotify_add_watch(notify.get(), file.c_str(), IN_MODIFY);
   }
 
-  // Without the descriptors (a process may have only so many) the longest wait remains.
+  // Without descriptors (their number is limited) the thread still wakes at the longest wait.
   void wait(int descriptor, int timeout) const {
     struct pollfd events[] = {{stop.get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
     poll(events, 2, timeout);
@@ -78,7 +79,7 @@ struct StampWatch::Shared {
   const FileDescriptor notify;
   const FileDescriptor stop;
   std::atomic<bool> stopped{false};
-  bool hasFailed = false;  // the thread's own
+  bool hasFailed = false;  // used by the thread only
   std::thread thread;
 };
 

@@ -1,5 +1,5 @@
 // A thread that calls a function when a file is written to, and at the latest a second after the
-// last call. It blocks all signals, and nothing waits for it when the process exits.
+// last call. It blocks all signals; the end of the process does not wait for it.
 #pragma once
 
 #include <functional>
@@ -10,14 +10,14 @@ namespace zlutil::settings::host {
 
 class StampWatch {
  public:
-  // Calls `wake` once at first. The file need not exist yet. What `wake` throws is reported on
-  // standard error, the first time, and it is called again as if it had thrown nothing. Where the
-  // process can have no further thread, it says so on standard error and never calls.
+  // Calls `wake` once at the beginning. The file need not exist yet. Reports the first exception of
+  // `wake` on standard error, and goes on calling it. Reports on standard error if no thread can be
+  // started; `wake` is then never called.
   StampWatch(const std::string& file, std::function<void()> wake);
-  // No call is running or begins once this has returned; except that `wake` itself may end the
-  // watch, and is then not called again.
+  // Waits for a call that is running; none begins afterwards. `wake` itself may destroy the watch,
+  // and is then not called again.
   ~StampWatch();
-  // False where the process can have no further thread.
+  // Returns false if no thread could be started.
   bool isRunning() const;
   StampWatch(const StampWatch&) = delete;
   StampWatch& operator=(const StampWatch&) = delete;

@@ -20,13 +20,13 @@ constexpr char kSchema[] =
     "PRAGMA user_version=1;";
 static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
 
-// How long the journal may become: transactions, and bytes of its text. Every so many transactions
-// it is cut down to that.
+// The longest journal, in transactions and in bytes of text. It is pruned to that length every
+// kPruneEvery transactions.
 #define JOURNAL_LENGTH "4096"
 #define JOURNAL_BYTES "1048576"
 constexpr std::int64_t kPruneEvery = 256;
 
-// Added to the schema's first version, which says nothing against it.
+// Tables added later, which need no new version of the schema.
 constexpr char kAdditions[] =
     "CREATE TABLE IF NOT EXISTS set_aside(path TEXT, type TEXT, value NOT NULL,"
     " PRIMARY KEY(path, type)) WITHOUT ROWID;"
@@ -41,8 +41,8 @@ constexpr char kBadPath[] = "no entry can have this path";
 constexpr char kBadDefinition[] = "its definition is not understood";
 constexpr char kBadValue[] = "its value is not understood";
 
-// Columns from `column` on: entry, type, validator, first, second. Nothing when they say nothing
-// that is known.
+// Reads the columns from `column` on: entry, type, validator, first, second. Returns nothing if a
+// word in them is unknown.
 std::optional<Change> definitionIn(const SqliteStatement& row, const std::string& path,
                                    int column) {
   const std::string_view entry = row.bytes(column);
@@ -69,14 +69,14 @@ std::optional<Change> definitionIn(const SqliteStatement& row, const std::string
   return definition;
 }
 
-// Columns from `column` on: type, value. Empty when they hold no value.
+// Reads the columns from `column` on: type, value. Returns an empty any if they hold no value.
 boost::any valueIn(const SqliteStatement& row, int column) {
   const std::optional<int> kind = boostany::kindOfName(row.bytes(column));
   if (!kind) return {};
   return valueFromColumn(*kind, row.bytes(column + 1), row.isBlob(column + 1));
 }
 
-// Whether it can be the path of an entry: what a damaged page holds may be anything.
+// Returns whether an entry can have the path; a damaged page may hold any bytes.
 bool isPath(std::string_view path) {
   while (true) {
     const std::size_t size = std::min(path.find('.'), path.size());
@@ -174,7 +174,7 @@ UserDatabase::UserDatabase(std::unique_ptr<SqliteDatabase> database)
       fixType_(*database_, "UPDATE definitions SET type = ?2 WHERE path = ?1 AND type IS NULL"),
       addType_(*database_,
                "INSERT OR IGNORE INTO definitions(path, entry, type) VALUES(?1, 'type', ?2)"),
-      // What is below a path lies between the path with "." and with the next character, "/".
+      // The paths below a path sort between the path with "." and with the next character, "/".
       removeDefinitions_(*database_,
                          "DELETE FROM definitions WHERE path = ?1"
                          " OR (path > ?1 || '.' AND path < ?1 || '/')"),
@@ -242,12 +242,12 @@ void UserDatabase::rollBack() noexcept {
     // Some errors have rolled back already.
     if (!sqlite3_get_autocommit(database_->handle())) rollBack_.run();
   } catch (const SqliteError&) {
-    // Nothing has been committed; the next transaction will say what is wrong.
+    // Nothing has been committed; the next transaction reports the error.
   }
 }
 
 void UserDatabase::put(const Changes& changes) {
-  std::vector<const PutValue*> values;  // next to each other; not written yet
+  std::vector<const PutValue*> values;  // consecutive changes that are not written yet
   const auto writeValues = [&] {
     values_.write(values);
     values.clear();
@@ -269,7 +269,7 @@ void UserDatabase::putAside(const Changes& values) {
 }
 
 void UserDatabase::write(const EraseValue& change) {
-  // The first value has fixed the type of the key, also when it goes.
+  // The first value has fixed the type of the key, which outlives the value.
   keepType_.bindText(1, change.path);
   keepType_.run();
   eraseValue_.bindText(1, change.path);
@@ -308,7 +308,7 @@ void UserDatabase::write(const RemoveSubtree& change) {
 }
 
 void UserDatabase::write(const FixKind& change) {
-  // Only the second one does anything where a file defines the key, and only the first otherwise.
+  // The second statement takes effect if a settings file defines the key, the first one otherwise.
   for (SqliteStatement* statement : {&fixType_, &addType_}) {
     statement->bindText(1, change.path);
     statement->bindText(2, boostany::kindName(change.kind));
@@ -324,7 +324,7 @@ std::int64_t UserDatabase::record(const Changes& changes) {
     text += pathOf(change);
     text += '\n';
   }
-  note(revision, text);
+  addToJournal(revision, text);
   if (revision % kPruneEvery == 0) {
     prune_.bind(1, revision);
     prune_.run();
@@ -332,7 +332,7 @@ std::int64_t UserDatabase::record(const Changes& changes) {
   return revision;
 }
 
-void UserDatabase::note(std::int64_t revision, const std::string& changes) {
+void UserDatabase::addToJournal(std::int64_t revision, const std::string& changes) {
   record_.bind(1, revision);
   record_.bindText(2, changes);
   record_.run();
@@ -340,7 +340,7 @@ void UserDatabase::note(std::int64_t revision, const std::string& changes) {
 
 void UserDatabase::skipTo(std::int64_t revision) {
   database_->execute("DELETE FROM journal");
-  note(revision, {});
+  addToJournal(revision, {});
 }
 
 std::int64_t UserDatabase::lastRevision() { return lastRevision_.onlyNumber(); }

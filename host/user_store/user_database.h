@@ -1,16 +1,18 @@
-// The database of the user store: its schema, its statements, and the changes that it holds. Used
-// by one thread at a time. Every error is a SqliteError.
+// The database of the user store: its schema, its statements and its journal. Used by one thread at
+// a time. Every error is thrown as a SqliteError.
 //
 //   definitions  one row per entry added at run time: path, 'node' or 'key', the key's type, the
 //                validator: 'java' with its two strings, or 'script' with its text. A key that a
-//                file defines without a type has a row 'type', which keeps the type of its first
+//                settings file defines without a type has a row 'type', with the type of its first
 //                value
 //   settings     one row per value: path, type, value (see sqlite_value.h)
-//   set_aside    values of another type than the one that has replaced them, because a settings
-//                file has changed the type of the key: nothing reads them but people
-//   journal      one row per transaction: a number that grows by one, and a line per change: a sign
-//                and the path. Other processes learn from it what to read again. Old rows go.
-//   store        one row: the identity, by which a running process knows its database again
+//   set_aside    values that one of another type has replaced, after a settings file has changed
+//                the type of the key; kept for people, and not read again
+//   journal      one row per transaction: its revision, which grows by one, and a line per change:
+//   a
+//                sign and the path. Other processes read from it what has changed. Old rows are
+//                removed
+//   store        one row: the identity, by which a running process recognises its database
 //
 // The schema's version is PRAGMA user_version, and PRAGMA application_id is kApplicationId.
 #pragma once
@@ -28,7 +30,7 @@ namespace zlutil::settings::host {
 inline constexpr int kUserSchemaVersion = 1;
 inline constexpr std::int32_t kApplicationId = 0x6E736574;  // "nset"
 
-// Changes that others have made, in the words of the journal.
+// One line of the journal.
 struct JournalEntry {
   enum Sign : char { kValue = '=', kDefine = '+', kRemove = 'x', kType = ':' };
   Sign sign;
@@ -37,60 +39,57 @@ struct JournalEntry {
 
 class UserDatabase {
  public:
-  // Gets told of what is left out: the path and the reason.
+  // Receives the path of each row that is left out, and the reason.
   using Report = std::function<void(const std::string& path, const std::string& reason)>;
 
-  // A database that has the schema already.
+  // The database must have the schema.
   explicit UserDatabase(std::unique_ptr<SqliteDatabase> database);
 
-  // Makes the schema in an empty database, and what it lacks in one of an earlier version. A
-  // database that has no identity gets this one, or a new one when it is empty.
+  // Makes the schema in an empty database, and adds the missing tables to one of an earlier
+  // version. Gives a database without an identity this one, or a new one if `identity` is empty.
   static void makeSchema(SqliteDatabase& database, const std::string& identity);
 
-  // Adds to `contents` what a database with the schema holds, parents before children, or the other
-  // way round when `descending`. What cannot be understood is left out. When it throws, what has
-  // been read so far is there.
+  // Appends the rows of a database with the schema to `contents`, parents before children, or
+  // children first if `descending`. Reports and leaves out rows that are not understood. If it
+  // throws, `contents` has the rows read so far.
   static void readDefinitions(SqliteDatabase& database, bool descending, const Report& report,
                               Changes& contents);
   static void readValues(SqliteDatabase& database, bool descending, const Report& report,
                          Changes& contents);
-  // Values in the table set_aside, which a database of an earlier version does not have.
+  // Reads the table set_aside, which a database of an earlier version lacks.
   static void readSetAside(SqliteDatabase& database, bool descending, const Report& report,
                            Changes& contents);
 
-  // Everything that it holds, definitions first.
+  // Returns all definitions and values, definitions first.
   Changes readAll(const Report& report);
 
-  // A write transaction has the database for itself; a read transaction sees one moment.
+  // A write transaction excludes all other writers; a read transaction sees one state.
   void beginWriting();
   void beginReading();
   void commit();
   void rollBack() noexcept;
 
-  // Within a write transaction.
+  // Stores the changes. The caller must have begun a write transaction, as for the next three.
   void put(const Changes& changes);
-  // Adds values (PutValue) to the table set_aside.
+  // Adds values, which must be PutValue, to the table set_aside.
   void putAside(const Changes& values);
-  // Notes in the journal what the transaction has done; gives its number.
+  // Writes the changes of the transaction to the journal. Returns its revision.
   std::int64_t record(const Changes& changes);
-
-  // Within a write transaction: makes `revision` the number of the last one, and has every process
-  // that has not read all since then compare everything.
+  // Sets the last revision, and clears the journal, so that every process that has not read up to
+  // there compares everything.
   void skipTo(std::int64_t revision);
 
   const std::string& identity() const { return identity_; }
-  // The number of the last transaction, and of the first one that the journal still has; 0 and 0
-  // when there was none.
+  // Return the last revision, and the first one that the journal still has; 0 if there is none.
   std::int64_t lastRevision();
   std::int64_t firstRevision();
-  // What the transactions after `revision` have done, in order, without those numbered in `except`
-  // (ascending).
+  // Returns the journal after `revision`, in order, without the revisions in `except` (ascending).
   std::vector<JournalEntry> journalAfter(std::int64_t revision,
                                          const std::vector<std::int64_t>& except);
-  // What the tree has to do now because of such entries.
+  // Returns the changes that bring a tree up to date, for such entries of the journal.
   Changes changesFor(const std::vector<JournalEntry>& entries, const Report& report);
 
-  // A number that changes when, and only when, another connection has changed the database.
+  // Returns a number that changes if, and only if, another connection changes the database.
   std::int64_t dataVersion();
 
   SqliteDatabase& connection() { return *database_; }
@@ -100,8 +99,8 @@ class UserDatabase {
   void write(const DefineEntry& change);
   void write(const RemoveSubtree& change);
   void write(const FixKind& change);
-  void note(std::int64_t revision, const std::string& changes);
-  // Each returns nothing if there is nothing to change; reports a row that is not understood.
+  void addToJournal(std::int64_t revision, const std::string& changes);
+  // Each returns nothing if there is nothing to change, and reports a row that is not understood.
   std::optional<Change> changeFor(const JournalEntry& entry, const Report& report);
   std::optional<Change> storedDefinition(const std::string& path, const Report& report);
   std::optional<Change> storedType(const std::string& path, const Report& report);

@@ -13,20 +13,21 @@ namespace {
 
 using KORVEN::settings::core::StoreFailure;
 
-// How long a look at what others have done waits for them; changes of this process wait for it.
-constexpr int kLookWait = 100;  // milliseconds
+// The longest wait for others while looking for their changes, in milliseconds. Changes of this
+// process wait for the look.
+constexpr int kLookWait = 100;
 
 constexpr char kReplaced[] = "the file has been replaced and is being read again";
 constexpr char kRemoved[] =
-    "the file has been removed. Put it back, or start the program anew without it";
+    "the file has been removed. Put it back, or restart the program without it";
 constexpr char kElsewhere[] =
-    "another directory has taken the place of its own, perhaps because a file system is not"
-    " mounted. It is used again when its own is back";
+    "its directory has been replaced by another one, perhaps because a file system is not mounted."
+    " The file is used again when its own directory is back";
 constexpr char kAnother[] =
-    "another database has taken its place. Put the first one back, or start the program anew to"
-    " use the other";
+    "it has been replaced by another database. Put the first one back, or restart the program to"
+    " use the other one";
 
-// Reports entries and values of the database that are left out.
+// Returns a function that reports the entries and values that are left out.
 UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {
   return
       [name = shownFileName(files.database())](const std::string& path, const std::string& reason) {
@@ -34,7 +35,7 @@ UserDatabase::Report reportLeftOut(const UserStoreFiles& files) {
       };
 }
 
-// Ends a transaction; without commit() nothing of it stays.
+// A scope that rolls the transaction back at its end, unless it has been committed.
 class Transaction {
  public:
   explicit Transaction(UserDatabase& database) : database_(database) {}
@@ -51,12 +52,12 @@ class Transaction {
 UserStore::UserStore(const UserStoreOptions& options)
     : options_(options), files_(options.directory, options.context) {}
 
-// The thread first: it uses everything else.
+// Ends the thread first, because it uses the other members.
 UserStore::~UserStore() { watch_.reset(); }
 
-void UserStore::open(const UserStoreLock& alone) {
+void UserStore::open(const UserStoreLock& lock) {
   checkIdentity();
-  auto database = openUserDatabase(files_, options_.lockWait, alone);
+  auto database = openUserDatabase(files_, options_.lockWait, lock);
   auto stamp = std::make_unique<UserStoreStamp>(files_.stamp());
   dataVersion_ = database->dataVersion();
   file_ = FileIdentity(files_.database());
@@ -67,8 +68,8 @@ void UserStore::open(const UserStoreLock& alone) {
   reason_.clear();
 }
 
-// What has been there and is gone is waited for, and not made anew in a wrong place.
-void UserStore::checkPlace() const {
+// Throws if the file that was open is missing: making a new one would hide its settings.
+void UserStore::checkPresence() const {
   if (!file_) return;
   const FileIdentity directory(files_.directory()), file(files_.database());
   if (!directory) throw SqliteError(SQLITE_CANTOPEN, systemText(directory.error()));
@@ -77,19 +78,19 @@ void UserStore::checkPlace() const {
   throw SqliteError(SQLITE_CANTOPEN, file.error() == ENOENT ? missing : systemText(file.error()));
 }
 
-// Nor is another database taken for it. One that is damaged, or of a version that gave none an
-// identity, has to stand in the same directory.
+// Throws if another database has replaced the one that was open. A damaged database, or one of a
+// version without identities, is accepted only in the same directory.
 void UserStore::checkIdentity() const {
   if (!file_) return;
-  const bool isAtHome = FileIdentity(files_.directory()) == directory_;
+  const bool isInItsDirectory = FileIdentity(files_.directory()) == directory_;
   try {
     const std::optional<std::string> found = identityOf(files_, options_.lockWait);
-    if (found ? *found == identity_ : isAtHome) return;
+    if (found ? *found == identity_ : isInItsDirectory) return;
   } catch (const SqliteError& error) {
     if (!error.isDamage()) throw;
-    if (isAtHome) return;
+    if (isInItsDirectory) return;
   }
-  throw SqliteError(SQLITE_CANTOPEN, isAtHome ? kAnother : kElsewhere);
+  throw SqliteError(SQLITE_CANTOPEN, isInItsDirectory ? kAnother : kElsewhere);
 }
 
 void UserStore::close(const std::string& reason) {
@@ -102,15 +103,15 @@ void UserStore::close(const std::string& reason) {
 void UserStore::readAll(Node& root, int level) {
   ExternalChanges contents{{}, false, shownFileName(files_.database())};
   {
-    base::MutexLock lock(mutex_);
+    base::MutexLock mutexLock(mutex_);
     try {
       files_.makeDirectory();
-      const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
-      open(alone);
+      const UserStoreLock lock(files_, UserStoreLock::kExclusive, options_.lockWait);
+      open(lock);
       database_->beginReading();
       Transaction transaction(*database_);
       contents.changes = database_->readAll(reportLeftOut(files_));
-      seen_ = highest_ = database_->lastRevision();
+      seenRevision_ = highestRevision_ = database_->lastRevision();
     } catch (const SqliteError& failure) {
       close(failure.what());
       contents.changes.clear();
@@ -126,50 +127,50 @@ void UserStore::readAll(Node& root, int level) {
 }
 
 bool UserStore::apply(const Changes& changes, const Receiver& receive) {
-  base::MutexLock lock(mutex_);
+  base::MutexLock mutexLock(mutex_);
   try {
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
-    const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
+    const UserStoreLock lock(files_, UserStoreLock::kExclusive, options_.lockWait);
     checkForReplacement();
     if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
     database_->connection().setLockWait(options_.lockWait);
-    return store(changes, receive, alone);
+    return store(changes, receive, lock);
   } catch (const SqliteError& failure) {
     throw Failure<StoreFailure>(shownFileName(files_.database()), std::string(failure.what()));
   }
 }
 
-bool UserStore::store(const Changes& changes, const Receiver& receive, const UserStoreLock& alone) {
+bool UserStore::store(const Changes& changes, const Receiver& receive, const UserStoreLock& lock) {
   std::int64_t revision;
   {
     database_->beginWriting();
     Transaction transaction(*database_);
-    // After an older file has been put in its place, the others must not take what follows for
-    // transactions that they know.
-    const std::int64_t known = std::max(highest_, stamp_->last());
+    // After an older file has replaced the database, the next revisions must not be those that
+    // other processes already know.
+    const std::int64_t known = std::max(highestRevision_, stamp_->last());
     if (database_->lastRevision() < known) database_->skipTo(known + 2);
-    const bool isBehind =
-        mustCompare_ || database_->lastRevision() != seen_ + static_cast<std::int64_t>(own_.size());
-    if (isBehind && !handOver(receive)) return false;
+    const auto ownCount = static_cast<std::int64_t>(ownRevisions_.size());
+    const bool isBehind = mustCompare_ || database_->lastRevision() != seenRevision_ + ownCount;
+    if (isBehind && !deliverExternalChanges(receive)) return false;
     revision = store(changes);
   }
-  // Somebody may have put another file in its place during the commit. That one gets the changes
-  // again; a second time they do no harm.
-  for (std::string reason = reasonToOpenAnew(); !reason.empty(); reason = reasonToOpenAnew()) {
+  // The file may have been replaced during the commit. The new one gets the same changes; storing
+  // them a second time is harmless.
+  for (std::string reason = reasonToReopen(); !reason.empty(); reason = reasonToReopen()) {
     close(reason);
-    checkPlace();
-    open(alone);
+    checkPresence();
+    open(lock);
     database_->beginWriting();
     Transaction transaction(*database_);
     revision = store(changes);
   }
-  noteOwn(revision);
+  noteOwnRevision(revision);
   stamp_->note(revision);
   return true;
 }
 
-// Within a write transaction.
+// The caller must have begun a write transaction.
 std::int64_t UserStore::store(const Changes& changes) {
   database_->put(changes);
   const std::int64_t revision = database_->record(changes);
@@ -177,84 +178,86 @@ std::int64_t UserStore::store(const Changes& changes) {
     database_->commit();
   } catch (const SqliteError&) {
     database_->rollBack();
-    if (hasStayed(revision)) return revision + 1;
+    if (hasPersisted(revision)) return revision + 1;
     throw;
   }
   return revision;
 }
 
-// Within a transaction.
-bool UserStore::handOver(const Receiver& receive) {
+// The caller must have begun a transaction.
+bool UserStore::deliverExternalChanges(const Receiver& receive) {
   const std::int64_t dataVersion = database_->dataVersion();
   const std::int64_t last = database_->lastRevision();
-  ExternalChanges foreign{{}, false, shownFileName(files_.database())};
-  foreign.isEverything = mustCompare_ || last < seen_ || database_->firstRevision() > seen_ + 1;
-  foreign.changes =
-      foreign.isEverything
+  ExternalChanges external{{}, false, shownFileName(files_.database())};
+  external.isEverything =
+      mustCompare_ || last < seenRevision_ || database_->firstRevision() > seenRevision_ + 1;
+  external.changes =
+      external.isEverything
           ? database_->readAll(reportLeftOut(files_))
-          : database_->changesFor(database_->journalAfter(seen_, own_), reportLeftOut(files_));
-  // What throws may have brought in a part of the changes only.
+          : database_->changesFor(database_->journalAfter(seenRevision_, ownRevisions_),
+                                  reportLeftOut(files_));
+  // If this throws, the tree may have a part of the changes only.
   mustCompare_ = true;
-  const bool isWelcome = receive(foreign);
+  const bool canStillChange = receive(external);
   mustCompare_ = false;
   dataVersion_ = dataVersion;
-  seen_ = last;
-  highest_ = std::max(highest_, last);
-  own_.clear();
-  return isWelcome;
+  seenRevision_ = last;
+  highestRevision_ = std::max(highestRevision_, last);
+  ownRevisions_.clear();
+  return canStillChange;
 }
 
 void UserStore::catchUp(const Receiver& receive) {
-  base::MutexLock lock(mutex_);
+  base::MutexLock mutexLock(mutex_);
   if (!database_) return;
   try {
-    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    const UserStoreLock lock(files_, UserStoreLock::kShared, kLookWait);
     database_->connection().setLockWait(kLookWait);
     database_->beginReading();
     Transaction transaction(*database_);
-    handOver(receive);
+    deliverExternalChanges(receive);
   } catch (const SqliteError& failure) {
-    // What is locked is looked at again, as it is after every commit.
+    // The next look tries again.
     if (failure.code() == SQLITE_BUSY) return;
     logError(shownFileName(files_.database()) +
              ": changes by other processes cannot be read: " + failure.what());
   }
 }
 
-void UserStore::noteOwn(std::int64_t revision) {
-  highest_ = std::max(highest_, revision);
-  if (revision == seen_ + 1) {
-    seen_ = revision;
+void UserStore::noteOwnRevision(std::int64_t revision) {
+  highestRevision_ = std::max(highestRevision_, revision);
+  if (revision == seenRevision_ + 1) {
+    seenRevision_ = revision;
   } else {
-    own_.push_back(revision);
+    ownRevisions_.push_back(revision);
   }
 }
 
-// A commit that fails is rolled back, except when all that failed was to flush the end of it: then
-// it is complete for everybody, and lasts once the next one has been flushed. So another follows
-// that does nothing.
-bool UserStore::hasStayed(std::int64_t revision) {
+// Returns whether a commit that failed is in the database all the same. If only its last flush
+// failed, every process sees the commit, and the flush of the next commit makes it durable: so this
+// commits an empty transaction.
+bool UserStore::hasPersisted(std::int64_t revision) {
   try {
     if (database_->lastRevision() < revision) return false;
     database_->beginWriting();
     Transaction transaction(*database_);
     database_->record({});
     database_->commit();
-    noteOwn(revision);
+    noteOwnRevision(revision);
     return true;
   } catch (const SqliteError&) {
-    // The thread finds out what there is.
+    // The thread compares the tree with the database.
     mustCompare_ = true;
     return false;
   }
 }
 
 bool UserStore::isCurrent() {
-  base::MutexLock lock(mutex_);
+  base::MutexLock mutexLock(mutex_);
   checkForReplacement();
   try {
     if (!database_) return false;
-    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    const UserStoreLock lock(files_, UserStoreLock::kShared, kLookWait);
     return !hasExternalChanges();
   } catch (const SqliteError&) {
     return false;
@@ -266,7 +269,7 @@ bool UserStore::hasExternalChanges() {
   return mustCompare_ || database_->dataVersion() != dataVersion_;
 }
 
-std::string UserStore::reasonToOpenAnew() const {
+std::string UserStore::reasonToReopen() const {
   const FileIdentity file(files_.database());
   if (!file) return systemText(file.error());
   return file == file_ ? std::string() : kReplaced;
@@ -274,7 +277,7 @@ std::string UserStore::reasonToOpenAnew() const {
 
 void UserStore::checkForReplacement() {
   if (!database_) return;
-  const std::string reason = reasonToOpenAnew();
+  const std::string reason = reasonToReopen();
   if (!reason.empty()) close(reason);
 }
 
@@ -282,16 +285,17 @@ bool UserStore::watch(const Watcher& watcher) {
   watcher_ = watcher;
   bool isBackUpDue = true;
   watch_ = std::make_unique<StampWatch>(files_.stamp(), [this, isBackUpDue]() mutable {
-    if (isBackUpDue) isBackUpDue = !isBackedUp();
+    if (isBackUpDue) isBackUpDue = !tryBackUp();
     look();
   });
   return watch_->isRunning();
 }
 
-// False while it cannot be opened, and when other processes kept it locked for too long.
-bool UserStore::isBackedUp() {
+// Makes the daily backup. Returns false if it has to be tried again: the database is closed, or
+// other processes kept it locked for too long.
+bool UserStore::tryBackUp() {
   {
-    base::MutexLock lock(mutex_);
+    base::MutexLock mutexLock(mutex_);
     if (!database_) return false;
   }
   try {
@@ -305,32 +309,32 @@ bool UserStore::isBackedUp() {
 
 void UserStore::look() {
   if (!needsCatchingUp()) return;
-  // A copy, because the watcher may let go of the last reference to this store.
+  // A copy, because the watcher may release the last reference to this store.
   const Watcher watcher = watcher_;
   watcher();
 }
 
-// Once a second at most: it takes long where it fails.
-bool UserStore::isTimeToOpen() {
+// Allows one attempt a second, because a failing one takes long.
+bool UserStore::mayRetryOpening() {
   const auto now = std::chrono::steady_clock::now();
-  if (now - triedToOpen_ < std::chrono::milliseconds(900)) return false;
-  triedToOpen_ = now;
+  if (now - lastAttempt_ < std::chrono::milliseconds(900)) return false;
+  lastAttempt_ = now;
   return true;
 }
 
 bool UserStore::needsCatchingUp() {
-  base::MutexLock lock(mutex_);
+  base::MutexLock mutexLock(mutex_);
   checkForReplacement();
   try {
     if (!database_) {
-      if (!isTimeToOpen()) return false;
-      checkPlace();
+      if (!mayRetryOpening()) return false;
+      checkPresence();
       if (!file_) files_.makeDirectory();
-      const UserStoreLock alone(files_, UserStoreLock::kAlone, options_.lockWait);
-      open(alone);
+      const UserStoreLock lock(files_, UserStoreLock::kExclusive, options_.lockWait);
+      open(lock);
       mustCompare_ = true;
     }
-    const UserStoreLock shared(files_, UserStoreLock::kShared, kLookWait);
+    const UserStoreLock lock(files_, UserStoreLock::kShared, kLookWait);
     const bool isBehind = hasExternalChanges();
     database_->connection().useRollbackJournal();
     return isBehind;

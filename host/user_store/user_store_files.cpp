@@ -34,7 +34,7 @@ std::string directoryOf(const std::string& file) {
   return directory.empty() ? "." : directory;
 }
 
-// Root makes files for others, in their directories: they have to be able to use them.
+// Gives what root makes to the owner of the directory, who has to be able to use it.
 bool giveToOwnerOfDirectory(int made, const std::string& name) {
   if (geteuid() != 0) return true;
   struct stat directory;
@@ -42,19 +42,19 @@ bool giveToOwnerOfDirectory(int made, const std::string& name) {
   return directory.st_uid == 0 || fchown(made, directory.st_uid, directory.st_gid) == 0;
 }
 
-// Removes a file at the end, unless it has got another name.
-class RemovedAtTheEnd {
+// Removes a file at the end of a scope, unless it has been renamed.
+class TemporaryFile {
  public:
-  explicit RemovedAtTheEnd(const std::string& file) : file_(file) {}
-  ~RemovedAtTheEnd() { unlink(file_.c_str()); }
-  RemovedAtTheEnd(const RemovedAtTheEnd&) = delete;
-  RemovedAtTheEnd& operator=(const RemovedAtTheEnd&) = delete;
+  explicit TemporaryFile(const std::string& file) : file_(file) {}
+  ~TemporaryFile() { unlink(file_.c_str()); }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
 
  private:
   const std::string file_;
 };
 
-// Whether the file still has the name under which it was opened.
+// Returns whether the file still has the name under which it was opened.
 bool isNamed(int descriptor, const std::string& name) {
   struct stat opened, named;
   return fstat(descriptor, &opened) == 0 && stat(name.c_str(), &named) == 0 &&
@@ -80,8 +80,8 @@ std::string UserStoreFiles::damaged() const {
   const std::string name = database_ + ".damaged-" + text;
   std::string free = name;
   const auto isTaken = [&free] {
-    for (const char* end : kDatabaseEnds) {
-      if (access((free + end).c_str(), F_OK) == 0) return true;
+    for (const char* suffix : kDatabaseSuffixes) {
+      if (access((free + suffix).c_str(), F_OK) == 0) return true;
     }
     return false;
   };
@@ -125,7 +125,7 @@ UserStoreLock::UserStoreLock(const UserStoreFiles& files, Mode mode, int wait) {
   const std::chrono::milliseconds longest(wait);
   const auto end = std::chrono::steady_clock::now() + longest;
   const std::string name = files.lock();
-  // Somebody may remove the file while it is waited for; who then makes another has that one.
+  // The file may be removed during the wait, and the next process then locks a new one.
   do {
     descriptor_.emplace(openOrMakeFile(name));
     if (!*descriptor_ && errno == ELOOP) {
@@ -133,7 +133,7 @@ UserStoreLock::UserStoreLock(const UserStoreFiles& files, Mode mode, int wait) {
                         '"' + shownFileName(name) + "\" is a link, which is not followed");
     }
     if (!*descriptor_) fail(errno);
-    while (flock(descriptor_->get(), (mode == kAlone ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
+    while (flock(descriptor_->get(), (mode == kExclusive ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
       if (errno != EWOULDBLOCK && errno != EINTR) fail(errno);
       if (std::chrono::steady_clock::now() >= end) {
         throw SqliteError(SQLITE_BUSY, lockedText(longest));
@@ -183,18 +183,18 @@ void moveFile(const std::string& from, const std::string& to) {
 }
 
 void backUpDaily(const UserStoreFiles& files, int lockWait) {
-  const UserStoreLock lock(files, UserStoreLock::kAlone, lockWait);
+  const UserStoreLock lock(files, UserStoreLock::kExclusive, lockWait);
   struct stat status;
   const std::string newest = files.backup(1);
   if (stat(newest.c_str(), &status) == 0) {
-    // One that is dated in the future says nothing of its age.
+    // The age of a backup that is dated in the future is unknown.
     const std::time_t age = std::time(nullptr) - status.st_mtime;
     if (age >= 0 && age < kBackupAge) return;
   }
   const std::string unfinished = files.backup(0);
   unlink(unfinished.c_str());
-  // Also where nothing is to be copied, or the disk is full.
-  const RemovedAtTheEnd removed(unfinished);
+  // Also if there is nothing to copy, or the disk is full.
+  const TemporaryFile removed(unfinished);
   makeFile(unfinished);
   {
     // SQLite keeps the locks of this process's other connections to the file.
@@ -202,7 +202,7 @@ void backUpDaily(const UserStoreFiles& files, int lockWait) {
     if (source.number("SELECT count(*) FROM journal") == 0) return;
     SqliteDatabase copy(unfinished, SQLITE_OPEN_READWRITE, 0);
     source.copyTo(copy);
-    // A file of its own, without a log beside it.
+    // A backup is a single file.
     copy.execute("PRAGMA journal_mode=DELETE");
   }
   for (int generation = kBackupGenerations; generation > 0; --generation) {

@@ -1,14 +1,14 @@
-// The files of one user store, and what keeps processes that open it at the same time apart. Names
-// are bytes for the system.
+// The files of one user store, and the lock that every process holds while it uses them. Names are
+// bytes for the system.
 //
 //   settings-<context>.db              the database
-//   settings-<context>.db-journal      what a transaction has overwritten, until it is complete
-//   settings-<context>.db-wal, -shm    the log that earlier versions kept, until it is folded in
-//   settings-<context>.stamp           the last commits, see user_store_stamp.h
-//   settings-<context>.lock            locked by whoever uses any of them, see UserStoreLock
-//   settings-<context>.db.backup-1     the last good state but one day or more old; -2 and -3 older
-//   settings-<context>.db.damaged-...  a database that was set aside, with the time
-//   settings-<context>.db.restored     a complete database that is to take the damaged one's place
+//   settings-<context>.db-journal      the pages that a transaction overwrites, until it is
+//   complete settings-<context>.db-wal, -shm    the log of earlier versions, until it has been
+//   applied settings-<context>.stamp           the last commits, see user_store_stamp.h
+//   settings-<context>.lock            locked while any of them is used, see UserStoreLock
+//   settings-<context>.db.backup-1     the newest backup; -2 and -3 are older
+//   settings-<context>.db.damaged-...  a copy of a damaged database, with the time
+//   settings-<context>.db.restored     a complete database that will replace the damaged one
 //
 // Functions throw SqliteError. Any thread.
 #pragma once
@@ -22,8 +22,8 @@
 namespace zlutil::settings::host {
 
 inline constexpr int kBackupGenerations = 3;
-// What SQLite adds to the name of a database for the files that it brings in when it opens it.
-inline constexpr const char* kDatabaseEnds[] = {"", "-journal", "-wal"};
+// The suffixes of a database and of the files that SQLite applies to it when it opens it.
+inline constexpr const char* kDatabaseSuffixes[] = {"", "-journal", "-wal"};
 
 class UserStoreFiles {
  public:
@@ -39,17 +39,17 @@ class UserStoreFiles {
   // 1 is the newest.
   std::string backup(int generation) const;
   std::string restored() const { return database_ + ".restored"; }
-  // What restoring works on, and what it makes, until it is complete.
+  // The copy from which a database is restored, and the restored one until it is complete.
   std::string salvaged() const { return database_ + ".salvaged"; }
   std::string unfinished() const { return database_ + ".unfinished"; }
-  // A name for the damaged database that no file has yet, with none of the ends.
+  // Returns a new name for a damaged database, which no file has yet with any of the suffixes.
   std::string damaged() const;
 
-  // Makes the directory, and those above it, for the user alone. Refuses one that others may write.
+  // Makes the directory, and those above it, for the user alone. Throws if everybody may write it.
   void makeDirectory() const;
-  // Throws when others may write the directory.
+  // Throws if everybody may write the directory.
   void checkDirectory() const;
-  // Has the directory's entries written to the disk.
+  // Flushes the directory's entries to the disk.
   void flushDirectory() const;
 
  private:
@@ -58,18 +58,19 @@ class UserStoreFiles {
   const std::string database_;
 };
 
-// Holds the lock file of a store: shared while reading, alone while writing, opening, restoring or
-// backing up. The database's own locks do not do for this: the system takes them from a process as
-// soon as any part of it closes any descriptor of the file, as a program does that copies it.
+// A scope that holds the lock file of a store: shared while reading, exclusive while writing,
+// opening, restoring or backing up. The database's own locks do not suffice: the system drops them
+// as soon as any code of the process closes a descriptor of the file, for example after copying it.
 class UserStoreLock {
  public:
-  enum Mode { kShared, kAlone };
+  enum Mode { kShared, kExclusive };
 
-  // Waits at most `wait` milliseconds.
+  // Waits at most `wait` milliseconds. Throws SqliteError (SQLITE_BUSY) if that is not enough.
   UserStoreLock(const UserStoreFiles& files, Mode mode, int wait);
 
   // The identity of the store's database, which the lock file keeps for a database that has lost
-  // it; empty when it does not. Setting it needs the lock alone; a failure leaves it as it was.
+  // it; empty if it has none. setIdentity() needs the exclusive lock, and changes nothing if it
+  // fails.
   std::string identity() const;
   void setIdentity(const std::string& identity) const;
 
@@ -77,21 +78,22 @@ class UserStoreLock {
   std::optional<FileDescriptor> descriptor_;
 };
 
-// Opens a file for reading and writing, or makes it for the user alone; follows no link. What root
-// makes belongs to the owner of the directory. Gives the descriptor, or -1 with errno set.
+// Opens a file for reading and writing, or makes it for the user alone. Follows no link. A file
+// that root makes belongs to the owner of the directory. Returns the descriptor, or -1 with errno
+// set.
 int openOrMakeFile(const std::string& file);
 
-// Makes an empty file likewise where there is none.
+// Makes an empty file in the same way if there is none.
 void makeFile(const std::string& file);
 
-// Has the file's content written to the disk.
+// Flushes the file's content to the disk.
 void flushFile(const std::string& file);
 
-// Puts a file in another's place.
+// Renames a file. Replaces a file that has the name `to`.
 void moveFile(const std::string& from, const std::string& to);
 
-// Copies the database to a new first generation, and lets go of the oldest, unless the first one is
-// younger than a day. Waits for other processes for at most `lockWait` milliseconds.
+// Copies the database to a new first generation of backups and removes the oldest one, unless the
+// first one is younger than a day. Waits for other processes for at most `lockWait` milliseconds.
 void backUpDaily(const UserStoreFiles& files, int lockWait);
 
 }  // namespace zlutil::settings::host

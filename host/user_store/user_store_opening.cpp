@@ -18,7 +18,7 @@ constexpr char kMissing[] = "the file is missing";
 constexpr char kEmptied[] = "it is empty";
 // SQLite adds "-journal" to a name and takes 512 bytes in all.
 constexpr std::size_t kLongestName = 504;
-// What a large transaction has added to the journal is cut off again.
+// The journal is cut back to its size limit after a large transaction.
 constexpr char kSettings[] =
     "PRAGMA journal_size_limit=1048576; PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON";
 
@@ -46,7 +46,7 @@ void checkLength(const std::string& file) {
                                          ": name a shorter directory in SETTINGS_USERDIR");
 }
 
-// A new database where there is none, unless there has been one.
+// Makes an empty database file if there is none. Throws if other files show that there was one.
 void makeDatabaseFile(const UserStoreFiles& files) {
   if (hasContent(files.database())) return;
   const JournalState journal = stateOfJournal(files.journal(), files.database());
@@ -56,13 +56,13 @@ void makeDatabaseFile(const UserStoreFiles& files) {
   makeFile(files.database());
 }
 
-// Throws a SqliteError that isDamage() when the database is not as it should be.
+// Throws a SqliteError with isDamage() if the database is damaged.
 std::unique_ptr<UserDatabase> openAndCheck(const UserStoreFiles& files, int lockWait,
                                            const UserStoreLock& lock) {
   makeDatabaseFile(files);
   auto connection =
       std::make_unique<SqliteDatabase>(files.database(), SQLITE_OPEN_READWRITE, lockWait);
-  // SQLite is content with reading where it cannot write.
+  // SQLite opens a file for reading only if it cannot write it.
   if (sqlite3_db_readonly(connection->handle(), "main") != 0) {
     const bool mayWrite = access(files.database().c_str(), W_OK) == 0;
     throw SqliteError(SQLITE_READONLY, mayWrite ? "it can only be read" : systemText(errno));
@@ -87,20 +87,20 @@ std::unique_ptr<UserDatabase> openAndCheck(const UserStoreFiles& files, int lock
     }
   }
   connection->useRollbackJournal();
-  // Where it can be neither opened nor made, nothing can be written.
+  // Fails here, and not at the first change, if the journal cannot be made or opened.
   makeFile(files.journal());
   UserDatabase::makeSchema(*connection, version == 0 ? "" : lock.identity());
   try {
     return std::make_unique<UserDatabase>(std::move(connection));
   } catch (const SqliteError& error) {
-    // The version says that the tables are there.
+    // A statement that fails for want of a table: the version promises it.
     if (error.code() == SQLITE_ERROR) throw SqliteError(SQLITE_CORRUPT, error.what());
     throw;
   }
 }
 
-// After an older file has been put in the place of the database, its transactions would have the
-// numbers of those that other processes know.
+// Skips the revisions up to that of the stamp file. After an older file has replaced the database,
+// its next revisions would otherwise be those that other processes already know.
 void skipNoted(UserDatabase& database, std::int64_t noted) {
   database.beginWriting();
   try {
@@ -112,7 +112,7 @@ void skipNoted(UserDatabase& database, std::int64_t noted) {
   }
 }
 
-// A directory in memory, or where temporary files go; removed at the end.
+// A temporary directory, in memory if possible, which its destructor removes.
 class ScratchDirectory {
  public:
   ScratchDirectory() {
@@ -124,7 +124,7 @@ class ScratchDirectory {
     throw SqliteError(SQLITE_CANTOPEN, systemText(errno));
   }
   ~ScratchDirectory() {
-    std::error_code ignored;  // what is left over does no harm
+    std::error_code ignored;  // remaining files do no harm
     std::filesystem::remove_all(path_, ignored);
   }
   ScratchDirectory(const ScratchDirectory&) = delete;
@@ -154,7 +154,7 @@ std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files, int 
   UserStoreStamp stamp(files.stamp());
   putRestoredInPlace(files, stamp);
   setForeignLogsAside(files);
-  // SQLite changes the database as soon as it finds something beside it to bring in.
+  // SQLite changes the database as soon as it finds a journal or log to apply.
   CopyAside copy(files);
   const JournalState journal = stateOfJournal(files.journal(), files.database());
   const bool hasLog = journal != JournalState::kEmpty || hasContent(files.wal());
@@ -184,7 +184,7 @@ std::optional<std::string> identityOf(const UserStoreFiles& files, int lockWait)
   try {
     return database.text("SELECT identity FROM store");
   } catch (const SqliteError& error) {
-    // Earlier versions gave it none.
+    // Earlier versions had no identities.
     if (error.code() == SQLITE_ERROR) return std::nullopt;
     throw;
   }
@@ -196,14 +196,15 @@ Changes readWithoutWriting(const UserStoreFiles& files, const UserDatabase::Repo
   try {
     return contentsOf(files.database(), SQLITE_OPEN_READONLY, report);
   } catch (const SqliteError&) {
-    // What a killed process has left beside it has to be brought in first, which is done to a copy.
+    // A killed process may have left a journal, which must be applied first: to a copy.
   }
   const ScratchDirectory scratch;
   const std::string copy = scratch.file("settings.db");
   std::error_code error;
   std::filesystem::copy_file(files.database(), copy, error);
-  for (const auto& [log, end] : {std::pair(files.journal(), "-journal"), {files.wal(), "-wal"}}) {
-    if (!error && hasContent(log)) std::filesystem::copy_file(log, copy + end, error);
+  for (const auto& [log, suffix] :
+       {std::pair(files.journal(), "-journal"), {files.wal(), "-wal"}}) {
+    if (!error && hasContent(log)) std::filesystem::copy_file(log, copy + suffix, error);
   }
   if (error) throw SqliteError(SQLITE_CANTOPEN, systemText(error.value()));
   return contentsOf(copy, SQLITE_OPEN_READWRITE, report);

@@ -1,5 +1,5 @@
-// Opening the database of a user store, which makes it where there is none and restores it where it
-// is damaged. Any thread.
+// Opens the database of a user store: makes it if there is none, and restores it if it is damaged.
+// Any thread.
 #pragma once
 
 #include <memory>
@@ -13,22 +13,22 @@ namespace zlutil::settings::host {
 struct UserStoreOptions {
   std::string directory;  // bytes for the system
   std::uint64_t context;
-  // How long a change waits for other processes, in milliseconds.
+  // The longest wait of a change for other processes, in milliseconds.
   int lockWait = 5000;
 };
 
-// Ready for reading and writing. The directory has to exist, and the caller holds `lock` alone.
-// Waits for programs that do not know that lock for at most `lockWait` milliseconds. Throws
-// SqliteError.
+// Opens the database for reading and writing. The directory must exist, and the caller must hold
+// `lock` exclusively. Waits for programs that do not know the lock for at most `lockWait`
+// milliseconds. Throws SqliteError.
 std::unique_ptr<UserDatabase> openUserDatabase(const UserStoreFiles& files, int lockWait,
                                                const UserStoreLock& lock);
 
-// The identity of the database that stands there, without changing anything; nothing when it has
-// none. Throws SqliteError.
+// Returns the identity of the database without changing anything, or nothing if it has none. Throws
+// SqliteError.
 std::optional<std::string> identityOf(const UserStoreFiles& files, int lockWait);
 
-// What can be read where openUserDatabase has failed, because nothing can be written there. Throws
-// SqliteError.
+// Reads the database without writing, for when openUserDatabase has failed because nothing can be
+// written. Throws SqliteError.
 Changes readWithoutWriting(const UserStoreFiles& files, const UserDatabase::Report& report);
 
 }  // namespace zlutil::settings::host

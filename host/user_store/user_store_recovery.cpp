@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kNoWait = 0;
 
-void say(const UserStoreFiles& files, const std::string& message) {
+void report(const UserStoreFiles& files, const std::string& message) {
   logError(shownFileName(files.database()) + ": " + message);
 }
 
@@ -26,7 +26,7 @@ std::string transactions(std::int64_t count) {
                     : "the last " + std::to_string(count) + " transactions";
 }
 
-// Copies a file, and flushes the copy; does nothing when there is no such file.
+// Copies a file and flushes the copy. Does nothing if there is no such file.
 void copyFile(const std::string& from, const std::string& to) {
   if (access(from.c_str(), F_OK) != 0) return;
   makeFile(to);
@@ -38,9 +38,9 @@ void copyFile(const std::string& from, const std::string& to) {
   flushFile(to);
 }
 
-// The database and what SQLite brings into it when it opens it.
+// Copies the database and the files that SQLite applies to it when it opens it.
 void copyDatabase(const std::string& from, const std::string& to) {
-  for (const char* end : kDatabaseEnds) copyFile(from + end, to + end);
+  for (const char* suffix : kDatabaseSuffixes) copyFile(from + suffix, to + suffix);
 }
 
 void removeFile(const std::string& file) {
@@ -49,12 +49,12 @@ void removeFile(const std::string& file) {
   }
 }
 
-// What can be read of a database that is damaged.
+// The readable content of a damaged database.
 struct Salvage {
   Changes definitions, values, setAside;
   bool isComplete = false;
 
-  // `noted` is the last transaction that it should have. The file is changed.
+  // `noted` is the last revision that it should have. Changes the file.
   Salvage(const std::string& file, std::int64_t noted) {
     if (access(file.c_str(), F_OK) != 0) return;
     isComplete = stateOfJournal(file + "-journal", file) != JournalState::kDamaged;
@@ -65,7 +65,7 @@ struct Salvage {
       read(database, &UserDatabase::readValues, values);
       read(database, &UserDatabase::readSetAside, setAside);
     } catch (const SqliteError& error) {
-      // Of this nothing has been found out; it may be open to the next who tries.
+      // Says nothing about the content; the next attempt may open it.
       if (error.code() == SQLITE_CANTOPEN) throw;
       isComplete = false;
     }
@@ -83,7 +83,7 @@ struct Salvage {
 
   template <class Read>
   void read(SqliteDatabase& database, const Read& read, Changes& contents) {
-    // From the one end as far as it goes, and then from the other.
+    // From one end to the first damaged row, then from the other end.
     Changes fromEnd;
     if (!readOneWay(database, read, false, contents)) readOneWay(database, read, true, fromEnd);
     contents.insert(contents.end(), fromEnd.rbegin(), fromEnd.rend());
@@ -102,7 +102,7 @@ struct Salvage {
   }
 };
 
-// The newest generation that is in order, or nothing.
+// The newest generation that is not damaged, or nothing.
 std::optional<std::string> bestBackup(const UserStoreFiles& files) {
   for (int generation = 1; generation <= kBackupGenerations; ++generation) {
     try {
@@ -112,7 +112,7 @@ std::optional<std::string> bestBackup(const UserStoreFiles& files) {
         return files.backup(generation);
       }
     } catch (const SqliteError& error) {
-      // An older one may be better. One that only cannot be read now is waited for.
+      // An older one may be readable. A backup that is not damaged may be readable later.
       const bool exists = access(files.backup(generation).c_str(), F_OK) == 0;
       if (exists && !error.isDamage()) throw;
     }
@@ -120,7 +120,7 @@ std::optional<std::string> bestBackup(const UserStoreFiles& files) {
   return std::nullopt;
 }
 
-// Writes the new database beside the place where it is to stand.
+// Writes the new database, under a name of its own.
 void build(const std::string& file, const std::optional<std::string>& backup,
            const Salvage& salvage, const std::string& identity) {
   unlink(file.c_str());
@@ -154,7 +154,7 @@ std::string dateOf(const std::string& file) {
 
 CopyAside::~CopyAside() {
   if (isKept_) return;
-  for (const char* end : kDatabaseEnds) unlink((name_ + end).c_str());
+  for (const char* suffix : kDatabaseSuffixes) unlink((name_ + suffix).c_str());
 }
 
 void CopyAside::make() {
@@ -167,17 +167,17 @@ void CopyAside::keep() { isKept_ = true; }
 
 void restoreUserStore(const UserStoreFiles& files, CopyAside& copy, UserStoreStamp& stamp,
                       const std::string& reason, const std::string& identity) {
-  // The damaged files stay where they are until another database is complete: whatever interrupts
-  // this finds them again.
+  // The damaged files stay until the other database is complete, so that the next opening finds
+  // them if this is interrupted.
   copy.make();
-  const std::string worked = files.salvaged();
-  for (const char* end : kDatabaseEnds) removeFile(worked + end);
-  if (copy.isMade()) copyDatabase(copy.name(), worked);
-  const Salvage salvage(worked, stamp.last());
+  const std::string salvaged = files.salvaged();
+  for (const char* suffix : kDatabaseSuffixes) removeFile(salvaged + suffix);
+  if (copy.isMade()) copyDatabase(copy.name(), salvaged);
+  const Salvage salvage(salvaged, stamp.last());
   std::optional<std::string> backup;
   if (!salvage.isComplete) backup = bestBackup(files);
   build(files.unfinished(), backup, salvage, identity);
-  for (const char* end : {"", "-journal", "-wal", "-shm"}) removeFile(worked + end);
+  for (const char* suffix : {"", "-journal", "-wal", "-shm"}) removeFile(salvaged + suffix);
 
   std::string message = "the settings were damaged (" + reason + "). ";
   if (copy.isMade()) message += "The damaged file is now " + shownFileName(copy.name()) + ". ";
@@ -192,8 +192,8 @@ void restoreUserStore(const UserStoreFiles& files, CopyAside& copy, UserStoreSta
     message += "There is no backup. Restored: " + counts +
                " that could be read. Lost: everything that could not be read.";
   }
-  // Said before it counts, so that it is said.
-  say(files, message);
+  // Reported before the rename that makes it valid: a crash in between repeats the report.
+  report(files, message);
   moveFile(files.unfinished(), files.restored());
   copy.keep();
   files.flushDirectory();
@@ -202,7 +202,7 @@ void restoreUserStore(const UserStoreFiles& files, CopyAside& copy, UserStoreSta
 
 void putRestoredInPlace(const UserStoreFiles& files, UserStoreStamp& stamp) {
   if (access(files.restored().c_str(), F_OK) != 0) return;
-  // These belong to the damaged one, and must be gone for good before the other has its name.
+  // These belong to the damaged database, and must be removed durably before the rename.
   stamp.clear();
   removeFile(files.journal());
   removeFile(files.wal());
@@ -214,14 +214,14 @@ void putRestoredInPlace(const UserStoreFiles& files, UserStoreStamp& stamp) {
 
 void setForeignLogsAside(const UserStoreFiles& files) {
   const std::string database = files.database();
-  const auto setAside = [&](const std::string& log, const char* end) {
-    const std::string aside = files.damaged() + end;
+  const auto setAside = [&](const std::string& log, const char* suffix) {
+    const std::string aside = files.damaged() + suffix;
     moveFile(log, aside);
     files.flushDirectory();
-    say(files, "\"" + shownFileName(log) +
-                   "\" was beside it and belongs to another database, or to another state of "
-                   "this one. It is now \"" +
-                   shownFileName(aside) + "\", and the database is used without it.");
+    report(files, "\"" + shownFileName(log) +
+                      "\" was beside it and belongs to another database, or to another state of "
+                      "this one. It is now \"" +
+                      shownFileName(aside) + "\", and the database is used without it.");
   };
   if (stateOfJournal(files.journal(), database) == JournalState::kForeign) {
     setAside(files.journal(), "-journal");
@@ -231,17 +231,18 @@ void setForeignLogsAside(const UserStoreFiles& files) {
 
 void reportShortened(const UserStoreFiles& files, std::int64_t missing, CopyAside* copy) {
   if (!copy) {
-    say(files, "it does not have " + transactions(missing) +
-                   " that were stored. If nobody has put an older file in its place, they are "
-                   "lost.");
+    report(files, "it lacks " + transactions(missing) +
+                      " that the stamp file knows. Unless an older file was put here on purpose, "
+                      "this is lost.");
     return;
   }
   copy->keep();
   files.flushDirectory();
-  say(files, "Lost: " + transactions(missing) +
-                 ". The log of the database is damaged. All that is left has been read; a copy as "
-                 "it was found is " +
-                 shownFileName(copy->name()) + ".");
+  report(files,
+         "Lost: " + transactions(missing) +
+             ". The log of the database is damaged. All that is left has been read; a copy as "
+             "it was found is " +
+             shownFileName(copy->name()) + ".");
 }
 
 }  // namespace zlutil::settings::host

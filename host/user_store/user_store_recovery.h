@@ -1,5 +1,5 @@
-// What is done about a damaged user store. Only while holding its UserStoreLock alone. Functions
-// throw SqliteError.
+// Restores a damaged user store. The caller must hold the store's UserStoreLock exclusively.
+// Functions throw SqliteError.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace zlutil::settings::host {
 
-// A copy of the database and what stands beside it, as they were found. Removed again unless it is
-// kept: who fails to restore may try again and again.
+// A copy of the database and of its journal or log, as they were found. The destructor removes it
+// unless keep() was called: restoring may fail and be repeated every second.
 class CopyAside {
  public:
   explicit CopyAside(const UserStoreFiles& files) : files_(files), name_(files.damaged()) {}
@@ -19,7 +19,7 @@ class CopyAside {
   CopyAside& operator=(const CopyAside&) = delete;
 
   const std::string& name() const { return name_; }
-  // Copies what there is, and flushes it; does nothing when there is nothing, or the second time.
+  // Copies and flushes the files that exist. Does nothing the second time.
   void make();
   bool isMade() const { return isMade_; }
   void keep();
@@ -30,22 +30,22 @@ class CopyAside {
   bool isMade_ = false, isKept_ = false;
 };
 
-// Keeps the copy of the damaged database and puts another in its place: all that it held when all
-// of it can still be read, else the newest backup that is in order, with whatever can be read over
-// it. Says on standard error what was done, and why (`reason`, narrow text). A database that has
-// lost its identity gets `identity`.
+// Keeps the copy of the damaged database and replaces the database. The new one has the whole
+// content of the damaged one if all of it can be read, else the newest undamaged backup, over which
+// everything readable is stored. Reports this on standard error with `reason` (narrow text). A
+// database that has lost its identity gets `identity`.
 void restoreUserStore(const UserStoreFiles& files, CopyAside& copy, UserStoreStamp& stamp,
                       const std::string& reason, const std::string& identity);
 
-// Does the rest where this was interrupted when the other database was complete.
+// Completes a restoreUserStore() that was interrupted after the new database was complete.
 void putRestoredInPlace(const UserStoreFiles& files, UserStoreStamp& stamp);
 
-// Renames a journal or a log that belongs to another database than the one it stands beside, or to
-// another state of it, so that it is not brought in, and says so on standard error.
+// Renames a journal or a log that belongs to another database, or to another state of this one, so
+// that SQLite does not apply it. Reports this on standard error.
 void setForeignLogsAside(const UserStoreFiles& files);
 
-// Says on standard error that a database is in order but lacks the last `missing` transactions.
-// Keeps the copy, if one is given.
+// Reports on standard error that an undamaged database lacks the last `missing` transactions. Keeps
+// the copy, if there is one.
 void reportShortened(const UserStoreFiles& files, std::int64_t missing, CopyAside* copy);
 
 }  // namespace zlutil::settings::host

@@ -17,29 +17,29 @@ constexpr int kLine = 2 * (kDigits + 1);
 
 UserStoreStamp::UserStoreStamp(const std::string& file) : descriptor_(openOrMakeFile(file)) {}
 
-void UserStoreStamp::note(std::int64_t transaction) {
+void UserStoreStamp::note(std::int64_t revision) {
   char line[kLine + 1];
-  const auto number = static_cast<long long>(transaction);
+  const auto number = static_cast<long long>(revision);
   std::snprintf(line, sizeof line, "%0*lld %0*lld\n", kDigits, number, kDigits, number);
-  // A failure has the consequences that the header names, and no others.
-  if (pwrite(descriptor_.get(), line, kLine, transaction % kStampLines * kLine) != kLine) return;
+  // A failure is ignored; the header names its consequences.
+  if (pwrite(descriptor_.get(), line, kLine, revision % kStampLines * kLine) != kLine) return;
 }
 
 std::int64_t UserStoreStamp::last() const {
   char text[kStampLines * kLine];
   const ssize_t size = pread(descriptor_.get(), text, sizeof text, 0);
   std::int64_t last = 0;
-  for (ssize_t at = 0; at + kLine <= size; at += kLine) {
-    const std::string_view first(text + at, kDigits), second(text + at + kDigits + 1, kDigits);
-    std::int64_t transaction = 0;
-    std::from_chars(first.data(), first.data() + kDigits, transaction);
-    if (first == second) last = std::max(last, transaction);
+  for (const char* line = text; line + kLine <= text + size; line += kLine) {
+    const std::string_view first(line, kDigits), second(line + kDigits + 1, kDigits);
+    std::int64_t revision = 0;
+    std::from_chars(first.data(), first.data() + kDigits, revision);
+    if (first == second) last = std::max(last, revision);
   }
   return last;
 }
 
 void UserStoreStamp::clear() {
-  // What is still noted then is found missing once more.
+  // After a failure the same revisions are reported missing once more.
   if (ftruncate(descriptor_.get(), 0) != 0) return;
 }
 

@@ -6,13 +6,13 @@
 namespace zlutil::settings::host {
 namespace {
 
-// What one statement writes. More rows make a commit no faster, and the text of all of them is in
-// memory at once.
+// The most rows and bytes of one statement. More rows make a commit no faster, and all their text
+// is in memory at once.
 constexpr std::size_t kManyRows = 40;
 constexpr std::size_t kManyBytes = 1 << 20;
 
-// Inserts rows, and gives those that are there with the same type their new values. Rows of another
-// type stay as they are.
+// Returns a statement that inserts rows, and updates existing rows of the same type. Existing rows
+// of another type stay unchanged.
 std::string putStatement(std::size_t rows) {
   std::string sql = "INSERT INTO settings(path, type, value) VALUES(?, ?, ?)";
   for (std::size_t row = 1; row < rows; ++row) sql += ", (?, ?, ?)";
@@ -67,11 +67,11 @@ void ValueWriter::writeOne(const Row& row) {
 }
 
 std::size_t ValueWriter::run(SqliteStatement& statement, const Row* rows, std::size_t count) {
-  for (std::size_t at = 0; at < count; ++at) {
-    const int parameter = static_cast<int>(3 * at) + 1;
-    statement.bindText(parameter, rows[at].path);
-    statement.bindText(parameter + 1, rows[at].type);
-    bindColumn(statement, parameter + 2, rows[at].value);
+  for (std::size_t i = 0; i < count; ++i) {
+    const int parameter = static_cast<int>(3 * i) + 1;
+    statement.bindText(parameter, rows[i].path);
+    statement.bindText(parameter + 1, rows[i].type);
+    bindColumn(statement, parameter + 2, rows[i].value);
   }
   statement.run();
   return static_cast<std::size_t>(sqlite3_changes(database_.handle()));

@@ -1,5 +1,5 @@
 // Writes values into the database of the user store, many rows with one statement. Used by one
-// thread at a time, within a write transaction; borrows the connection.
+// thread at a time, within a write transaction. Borrows the connection.
 #pragma once
 
 #include <string_view>
@@ -14,11 +14,11 @@ class ValueWriter {
  public:
   explicit ValueWriter(SqliteDatabase& database);
 
-  // Stores the values in order. A stored value of another type moves to the table set_aside.
-  // Throws SqliteError; the caller then has to roll the transaction back.
+  // Stores the values in order. Moves a stored value of another type to the table set_aside. Throws
+  // SqliteError; the caller must then roll the transaction back.
   void write(const std::vector<const PutValue*>& values);
 
-  // Stores the value in the table set_aside, over one of the same path and type.
+  // Stores the value in the table set_aside. Replaces one of the same path and type.
   void writeAside(const PutValue& value);
 
  private:
@@ -30,7 +30,7 @@ class ValueWriter {
   static Row rowOf(const PutValue& value);
   void write(const std::vector<Row>& rows);
   void writeOne(const Row& row);
-  // Runs the statement with three parameters for each row; gives how many rows it has written.
+  // Runs the statement with three parameters for each row. Returns how many rows it has written.
   std::size_t run(SqliteStatement& statement, const Row* rows, std::size_t count);
 
   SqliteDatabase& database_;

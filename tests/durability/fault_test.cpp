@@ -259,7 +259,7 @@ class RestoringTest : public testing::Test {
   void restore() {
     try {
       const UserStoreFiles files(options_.directory, options_.context);
-      const UserStoreLock lock(files, UserStoreLock::kAlone, 0);
+      const UserStoreLock lock(files, UserStoreLock::kExclusive, 0);
       UserStoreStamp stamp(files.stamp());
       CopyAside copy(files);
       restoreUserStore(files, copy, stamp, "it was found so", lock.identity());

@@ -106,7 +106,7 @@ TEST_F(LevelDirectories, WhatSomebodyMayMissIsReported) {
       {{"", "", none, true}, none + notThere},
       {{"", "", factory_.path()},
        factory_.file("odd\\n.XML") +
-           ": is not read: the name of a settings file ends in \".xml\"\n"}};
+           ": is not read: the name of a settings file must end in \".xml\"\n"}};
   for (const auto& [directories, reported] : cases) {
     testing::internal::CaptureStderr();
     const SettingsPtr root = host::makeContextTree(zlutil::contextmgr::BlessedZcrID, directories);
