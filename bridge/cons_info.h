@@ -22,7 +22,7 @@
 namespace jzi {
 
 namespace detail {
-struct ClassPlace;
+struct ClassCache;
 }  // namespace detail
 
 class SETTINGS_HOST_API ConsInfo {
@@ -46,17 +46,17 @@ class SETTINGS_HOST_API ConsInfo {
   jclass resolvedClass() const { return class_.load(std::memory_order_acquire); }
   jmethodID constructorID() const { return constructor_.load(std::memory_order_acquire); }
 
-  // For the Java layer. The class is borrowed from its table entry.
+  // For the Java layer. The class is borrowed from its cache, which place() returns.
   void rememberClass(jclass borrowed) { class_.store(borrowed, std::memory_order_release); }
   void rememberConstructor(jmethodID id) { constructor_.store(id, std::memory_order_release); }
-  detail::ClassPlace& place() const;
+  detail::ClassCache& place() const;
 
  private:
   const char* const className_;
   const char* const constructorSignature_;
   std::atomic<jclass> class_{nullptr};
   std::atomic<jmethodID> constructor_{nullptr};
-  mutable std::atomic<detail::ClassPlace*> place_{nullptr};
+  mutable std::atomic<detail::ClassCache*> cache_{nullptr};
   const bool isCopy_ = false;
 };
 

@@ -5,29 +5,29 @@
 
 namespace javalayer {
 
-using jzi::detail::ClassPlace;
+using jzi::detail::ClassCache;
 
-ClassPlace& Bridge::place(const char* className) {
+ClassCache& Bridge::cacheOf(const char* className) {
   base::MutexLock lock(mutex_);
-  const auto found = places_.find(className);
-  if (found != places_.end()) return *found->second;
-  auto made = std::make_unique<ClassPlace>(*this, className);
+  const auto found = caches_.find(className);
+  if (found != caches_.end()) return *found->second;
+  auto made = std::make_unique<ClassCache>(*this, className);
   const std::string_view key = made->name;
-  return *places_.emplace(key, std::move(made)).first->second;
+  return *caches_.emplace(key, std::move(made)).first->second;
 }
 
 void Bridge::adopt(JNIEnv* env, jclass cls) {
-  if (!loader_.remember(env, cls)) releasePlaces(env);
+  if (!loader_.remember(env, cls)) releaseCaches(env);
 }
 
 void Bridge::release(JNIEnv* env) {
-  releasePlaces(env);
+  releaseCaches(env);
   loader_.forget(env);
 }
 
-void Bridge::releasePlaces(JNIEnv* env) {
+void Bridge::releaseCaches(JNIEnv* env) {
   base::MutexLock lock(mutex_);
-  for (auto& entry : places_) entry.second->release(env);
+  for (auto& entry : caches_) entry.second->release(env);
 }
 
 Bridge& bridgeOf(const void* address) {

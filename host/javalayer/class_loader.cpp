@@ -6,8 +6,9 @@
 namespace javalayer {
 namespace {
 
-// Class.forName(name, false, loader); null with the JVM's exception pending when there is none.
-jclass forName(JNIEnv* env, const std::string& className, jobject from) {
+// Calls Class.forName(name, false, loader). Returns null, with the JVM's exception pending, if
+// there is no such class.
+jclass forName(JNIEnv* env, const std::string& className, jobject loader) {
   std::string dotted = className;
   std::replace(dotted.begin(), dotted.end(), '/', '.');
   jclass classClass = env->FindClass("java/lang/Class");
@@ -17,7 +18,7 @@ jclass forName(JNIEnv* env, const std::string& className, jobject from) {
   jstring name = find ? env->NewStringUTF(dotted.c_str()) : nullptr;
   jobject found = nullptr;
   if (name) {
-    found = env->CallStaticObjectMethod(classClass, find, name, JNI_FALSE, from);
+    found = env->CallStaticObjectMethod(classClass, find, name, JNI_FALSE, loader);
     if (env->ExceptionCheck()) found = nullptr;
     env->DeleteLocalRef(name);
   }
@@ -25,7 +26,7 @@ jclass forName(JNIEnv* env, const std::string& className, jobject from) {
   return static_cast<jclass>(found);
 }
 
-// The loader of the class, a local reference; null for the bootstrap loader.
+// Returns the loader of the class as a local reference, or null for the bootstrap loader.
 jobject loaderOf(JNIEnv* env, jclass cls) {
   jclass classClass = env->GetObjectClass(cls);
   jmethodID getLoader = env->GetMethodID(classClass, "getClassLoader", "()Ljava/lang/ClassLoader;");
@@ -65,7 +66,7 @@ void ClassLoader::forget(JNIEnv* env) {
 jclass ClassLoader::findClass(JNIEnv* env, const std::string& className) const {
   jclass found = nullptr;
   if (jobject weak = loader_.load(std::memory_order_acquire)) {
-    // A local reference keeps the loader while it is asked.
+    // The local reference keeps the loader alive during the call.
     if (jobject held = env->NewLocalRef(weak)) {
       found = forName(env, className, held);
       env->DeleteLocalRef(held);
@@ -84,10 +85,11 @@ jclass ClassLoader::resolve(JNIEnv* env, std::atomic<jclass>& slot, const char* 
   jclass local = findClass(env, className);
   auto weak = static_cast<jclass>(env->NewWeakGlobalRef(local));
   env->DeleteLocalRef(local);
-  // Without memory for the reference the class is as good as missing.
+  // There was no memory for the reference.
   if (!weak) throw std::runtime_error(std::string("java class not found: ") + className);
   jclass expected = nullptr;
-  // Of two threads that resolve at once one wins; the other's reference is released.
+  // Of two threads that resolve the class at once, the first wins; the other releases its
+  // reference.
   if (slot.compare_exchange_strong(expected, weak, std::memory_order_acq_rel)) return weak;
   env->DeleteWeakGlobalRef(weak);
   return expected;

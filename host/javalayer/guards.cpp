@@ -10,10 +10,11 @@
 namespace jzi {
 namespace {
 
-// References that a guard's frame has room for before the JVM has to grow it.
+// The references for which a guard's frame has room before the JVM has to grow it.
 constexpr jint kGuardFrame = 16;
 
-// Guards open on the threads of one stripe. A guard closes on the thread that opened it.
+// The guards that are open on the threads of one stripe. A guard closes on the thread that opened
+// it.
 struct alignas(base::kCacheLine) OpenGuards {
   std::atomic<long> count{0};
 };
@@ -30,7 +31,7 @@ long openOnOtherThreads() {
 
 JVMShutdownGuard::JVMShutdownGuard()
     : stripe_(base::threadStripe()), running_([this] {
-        // Counted before the flag is read: either stopJava() sees the count, or we see the flag.
+        // Counts before it reads the flag: either stopJava() sees the count, or this sees the flag.
         ++openOnThisThread;
         openGuards[stripe_].count.fetch_add(1, std::memory_order_seq_cst);
         return javalayer::isRunning();

@@ -1,4 +1,4 @@
-// Resolution of classes, methods and constructors for records and bare slots.
+// Resolves classes, methods and constructors for records and bare slots.
 #include <cstdarg>
 #include <stdexcept>
 #include <string>
@@ -6,16 +6,16 @@
 #include "base/mutex.h"
 #include "bridge/java_layer.h"
 #include "host/javalayer/bridges.h"
-#include "host/javalayer/class_places.h"
+#include "host/javalayer/class_cache.h"
 #include "host/javalayer/vm.h"
 
 namespace jzi {
 namespace {
 
-// Guards the record sets that callers hand in; taken only when a record is first resolved.
+// Protects the record sets of the callers. Taken only when a record is first resolved.
 base::Mutex recordsMutex;
 
-void remember(std::set<ConsInfo*>& records, ConsInfo& record) {
+void addTo(std::set<ConsInfo*>& records, ConsInfo& record) {
   if (record.isCopy()) return;
   base::MutexLock lock(recordsMutex);
   records.insert(&record);
@@ -25,7 +25,7 @@ void remember(std::set<ConsInfo*>& records, ConsInfo& record) {
 
 jclass getClass(JNIEnv* env, ConsInfo& record) {
   jclass known = record.resolvedClass();
-  // Not remembered in the record: outside the set, nothing would make the record forget it.
+  // The record does not remember it: clearConstructors() resets only the records of a set.
   return known ? known : record.place().find(env);
 }
 
@@ -33,7 +33,7 @@ jclass safeFindClass(JNIEnv* env, std::set<ConsInfo*>& records, ConsInfo& record
   if (jclass known = record.resolvedClass()) return known;
   jclass found = record.place().find(env);
   record.rememberClass(found);
-  remember(records, record);
+  addTo(records, record);
   return found;
 }
 

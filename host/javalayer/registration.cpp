@@ -1,4 +1,4 @@
-// Registration of natives, and the text of a pending exception.
+// Registers natives, and reads the text of a pending exception.
 #include <cstdio>
 
 #include "bridge/java_layer.h"
@@ -7,7 +7,7 @@
 namespace jzi {
 namespace {
 
-// Calls a String getter of the object; "" when it throws or gives null.
+// Calls a String getter of the object. Returns "" if it throws or returns null.
 std::string callForText(JNIEnv* env, jobject object, const char* method) {
   jclass cls = env->GetObjectClass(object);
   jmethodID id = env->GetMethodID(cls, method, "()Ljava/lang/String;");

@@ -1,11 +1,11 @@
-// Java strings in the process's narrow form, and the local-reference frame.
+// Converts Java strings to narrow and 16-bit text; and the local-reference frame.
 #include <cstring>
 
 #include "bridge/java_layer.h"
 
 void zljGetStdString(std::string& out, JNIEnv* env, jstring text) {
-  // Up to this many characters the text is fetched onto the stack, which saves a JNI call. A
-  // character takes at most three bytes, and none of them is zero.
+  // The longest text, in characters, that is copied by way of the stack, which saves a JNI call. A
+  // character takes at most three bytes, none of which is zero.
   constexpr jsize kOnStack = 80;
   out.clear();
   if (!text) return;

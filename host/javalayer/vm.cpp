@@ -12,8 +12,8 @@ namespace {
 
 std::atomic<JavaVM*> vm{nullptr};
 
-// Written by the VM's shutdown hook, which sees it as a direct byte buffer; 0 while the VM runs. A
-// byte of static storage in a library that is never unmapped, so the hook may come at any time.
+// 0 while the VM runs. The VM's shutdown hook writes it, at any time, through a direct byte buffer:
+// this library is never unmapped.
 std::atomic<signed char> stopped{0};
 static_assert(sizeof(stopped) == 1 && std::atomic<signed char>::is_always_lock_free);
 
@@ -27,8 +27,8 @@ struct Detacher {
 
 thread_local Detacher detacher;
 
-// Has the VM tell when it goes down. Without the class, in a program that brings Java classes of
-// its own, the VM is taken to run until the process ends.
+// Installs a hook that sets `stopped` when the VM shuts down. If the program lacks the class,
+// because it has Java classes of its own, the VM is taken to run until the process ends.
 void installShutdownHook(JNIEnv* env) {
   static constexpr const char* kClass = "com/velonix/services/settings/VmShutdown";
   jclass cls = env->FindClass(kClass);

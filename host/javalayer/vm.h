@@ -1,27 +1,27 @@
-// The VM that the Java layer works with: which one it is, and whether it is going down.
+// The VM of the Java layer, and whether it is shutting down. Any thread.
 #pragma once
 
 #include <jni.h>
 
 namespace javalayer {
 
-// Every name of a JNI version in this layer: what the natives are written for.
+// The JNI version for which the natives are written.
 inline constexpr jint kJniVersion = JNI_VERSION_1_4;
 
-// The adopted VM; null while there is none.
+// Returns the adopted VM, or null if there is none.
 JavaVM* currentVm() noexcept;
 
-// Whether there is a VM and it has not begun to go down.
+// Returns whether there is a VM that has not begun to shut down.
 bool isRunning() noexcept;
 
-// The environment of the calling thread; null when it is not attached or there is no VM.
+// Returns the environment of the calling thread, or null if it is not attached or there is no VM.
 JNIEnv* currentEnv() noexcept;
 
-// The environment of the calling thread, attaching it as a daemon if need be; null when the VM
-// refuses. A thread attached here is detached when it ends.
+// Returns the environment of the calling thread. Attaches the thread as a daemon if need be, and
+// detaches it when it ends. Returns null if the VM refuses.
 JNIEnv* attachedEnv() noexcept;
 
-// Makes guards answer that the JVM is not running.
+// Makes all guards answer that the JVM is not running.
 void markStopped() noexcept;
 
 }  // namespace javalayer
