@@ -1,5 +1,5 @@
-// Files with flipped bytes and cut tails: the store opens, restores or reports; it does not crash,
-// and what it held does not vanish without a word.
+// Files with flipped bytes and cut tails: the store opens, or restores and reports. It does not
+// crash, and no entry vanishes without a report.
 #include <random>
 
 #include "host/user_store/rollback_journal.h"
@@ -16,14 +16,13 @@ constexpr char kDatabase[] = "settings-1.db";
 constexpr char kJournal[] = "settings-1.db-journal";
 constexpr char kLog[] = "settings-1.db-wal";
 constexpr char kStamp[] = "settings-1.stamp";
-constexpr int kPlaces = 150;
-constexpr int kWildDamages = 200;
+constexpr int kPositions = 150;
+constexpr int kRandomDamages = 200;
 
 class DamageTest : public testing::Test {
  protected:
-  // The files of a store with content: at rest; as a process leaves them that is killed when it has
-  // written a transaction and not its end; and as one of an earlier version leaves them, with the
-  // last changes in its log.
+  // Makes the files of a store in three states: at rest; after a process was killed just before the
+  // end of a transaction; and of an earlier version, with the last changes in its log.
   DamageTest() {
     const TemporaryDirectory directory;
     const NodePtr root = openTree(storeIn(directory.path()));
@@ -37,7 +36,7 @@ class DamageTest : public testing::Test {
     useLog();
   }
 
-  // The last moment of a transaction at which it can be taken back: all of it is written.
+  // Keeps the files at the last moment at which a transaction can be rolled back.
   void crash(const TemporaryDirectory& directory, const NodePtr& root) {
     std::string contents, database, stamp;
     const std::function<void()> look = [&] {
@@ -83,7 +82,7 @@ class DamageTest : public testing::Test {
     loggedStamp_ = directory.read(kStamp);
   }
 
-  // Opens a store on such files and gives what it has and what it says.
+  // Opens a store on such files. Returns its contents and its reports.
   std::pair<std::string, std::string> open(const std::string& database, const std::string& journal,
                                            const std::string& backup = "") {
     const TemporaryDirectory directory;
@@ -99,13 +98,13 @@ class DamageTest : public testing::Test {
       try {
         addKey(root, "new");
       } catch (const std::exception&) {
-        // A store that cannot be opened has said so.
+        // A store that cannot be opened has reported it.
       }
     }
     return {contents, testing::internal::GetCapturedStderr()};
   }
 
-  // The contents of the files with a part of this kind in their names, and this end.
+  // Returns the contents of the files whose names have this part and this end.
   static std::vector<std::string> filesLike(const TemporaryDirectory& directory,
                                             const std::string& part, const std::string& end) {
     std::vector<std::string> contents;
@@ -118,7 +117,7 @@ class DamageTest : public testing::Test {
     return contents;
   }
 
-  static std::string damagedWildly(std::string log, int seed) {
+  static std::string damagedAtRandom(std::string log, int seed) {
     std::mt19937 random(static_cast<unsigned>(seed));
     for (int part = 1 + static_cast<int>(random() % 4); part > 0; --part) {
       const std::size_t from = random() % log.size(), to = random() % log.size();
@@ -144,8 +143,8 @@ class DamageTest : public testing::Test {
     return std::count(text.begin(), text.end(), '\n');
   }
 
-  // Opens a store on such a log and checks that it has a state that once was, and says what it
-  // lacks and where the log is kept.
+  // Opens a store on such a log. Checks that it has an earlier state, and reports the lost
+  // transactions and the copy of the log.
   void expectLogOpens(const std::string& log) {
     const TemporaryDirectory directory;
     directory.write(kDatabase, logged_);
@@ -153,7 +152,7 @@ class DamageTest : public testing::Test {
     directory.write(kStamp, loggedStamp_);
     testing::internal::CaptureStderr();
     const std::string found = contentsOf(openTree(storeIn(directory.path())));
-    const std::string said = testing::internal::GetCapturedStderr();
+    const std::string reports = testing::internal::GetCapturedStderr();
     const bool hasFirst = found.find("k0 = string late\n") != std::string::npos;
     const bool hasSecond = found.find("k1 = string later\n") != std::string::npos;
     EXPECT_EQ(lines(found), lines(contents_));
@@ -161,12 +160,12 @@ class DamageTest : public testing::Test {
     const std::string lost = hasSecond  ? ""
                              : hasFirst ? "Lost: the last transaction."
                                         : "Lost: the last 2 transactions.";
-    EXPECT_EQ(lines(said), hasSecond ? 0 : 1) << said;
-    EXPECT_NE(said.find(lost), std::string::npos) << said;
+    EXPECT_EQ(lines(reports), hasSecond ? 0 : 1) << reports;
+    EXPECT_NE(reports.find(lost), std::string::npos) << reports;
     if (hasSecond) return;
-    EXPECT_NE(said.find(".damaged-"), std::string::npos) << said;
+    EXPECT_NE(reports.find(".damaged-"), std::string::npos) << reports;
     EXPECT_EQ(filesLike(directory, ".damaged-", "-wal"), std::vector<std::string>{log});
-    // It is said once.
+    // It is reported once.
     testing::internal::CaptureStderr();
     EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), found);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -176,37 +175,37 @@ class DamageTest : public testing::Test {
 };
 
 TEST_F(DamageTest, AFlippedByteOfTheDatabaseLosesLittleOrIsReported) {
-  for (int place = 0; place < kPlaces; ++place) {
-    // The first places in the header, the others all over the file.
-    const std::size_t at = place < 50 ? place * 2 : (place - 50) * database_.size() / 100;
+  for (int step = 0; step < kPositions; ++step) {
+    // The first positions are in the header, the others all over the file.
+    const std::size_t position = step < 50 ? step * 2 : (step - 50) * database_.size() / 100;
     std::string damaged = database_;
-    damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
-    const auto [found, said] = open(damaged, "");
-    EXPECT_TRUE(lines(found) + 1 >= lines(contents_) || !said.empty()) << "at " << at;
+    damaged[position] = static_cast<char>(damaged[position] ^ 0xFF);
+    const auto [found, reports] = open(damaged, "");
+    EXPECT_TRUE(lines(found) + 1 >= lines(contents_) || !reports.empty()) << "at " << position;
   }
 }
 
-TEST_F(DamageTest, WithABackupADamagedDatabaseKeepsEverythingThatTheBackupHas) {
-  for (int place = 0; place <= 20; ++place) {
-    const std::string cut = database_.substr(0, place * database_.size() / 21);
-    const auto [found, said] = open(cut, "", database_);
+TEST_F(DamageTest, ADamagedDatabaseKeepsEverythingInItsBackup) {
+  for (int step = 0; step <= 20; ++step) {
+    const std::string cut = database_.substr(0, step * database_.size() / 21);
+    const auto [found, reports] = open(cut, "", database_);
     EXPECT_EQ(found, contents_) << "cut at " << cut.size();
-    EXPECT_NE(said.find("Restored: the state of"), std::string::npos) << said;
-    EXPECT_NE(said.find(".damaged-"), std::string::npos) << said;
+    EXPECT_NE(reports.find("Restored: the state of"), std::string::npos) << reports;
+    EXPECT_NE(reports.find(".damaged-"), std::string::npos) << reports;
   }
 }
 
-TEST_F(DamageTest, ACutDatabaseWithoutABackupIsReported) {
-  for (int place = 1; place <= 20; ++place) {
-    const auto [found, said] = open(database_.substr(0, place * database_.size() / 21), "");
-    EXPECT_NE(said.find("There is no backup"), std::string::npos) << place << said;
+TEST_F(DamageTest, ATruncatedDatabaseWithoutABackupIsReported) {
+  for (int step = 1; step <= 20; ++step) {
+    const auto [found, reports] = open(database_.substr(0, step * database_.size() / 21), "");
+    EXPECT_NE(reports.find("There is no backup"), std::string::npos) << step << reports;
   }
 }
 
-TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
+TEST_F(DamageTest, ADatabaseWithoutPartOfItsSchemaKeepsItsReadableRows) {
   const struct {
     const char* damage;
-    const char* said;
+    const char* report;
     bool keepsValues;
   } cases[] = {{"PRAGMA user_version=0", "nothing is lost", true},
                {"DROP TABLE journal", "There is no backup", true},
@@ -221,8 +220,8 @@ TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
                      .c_str());
     testing::internal::CaptureStderr();
     const std::string found = contentsOf(openTree(storeIn(directory.path())));
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find(c.said), std::string::npos) << said;
+    const std::string reports = testing::internal::GetCapturedStderr();
+    EXPECT_NE(reports.find(c.report), std::string::npos) << reports;
     // Of 200 keys and 10 nodes.
     EXPECT_EQ(lines(found), c.keepsValues ? lines(contents_) : 210u);
     EXPECT_EQ(SqliteDatabase(file, SQLITE_OPEN_READWRITE, 0)
@@ -231,58 +230,60 @@ TEST_F(DamageTest, ADatabaseThatLacksPartOfItsSchemaKeepsWhatCanBeRead) {
   }
 }
 
-TEST_F(DamageTest, ADamagedLogGivesAStateThatOnceWasAndWhatItLacksIsSaid) {
+TEST_F(DamageTest, ADamagedLogGivesAnEarlierStateAndIsReported) {
   ASSERT_GT(log_.size(), 1000u);
   expectLogOpens(log_);
-  for (int place = 0; place < kPlaces; ++place) {
-    const std::size_t at = place < 50 ? place * 2 : (place - 50) * log_.size() / 100;
-    SCOPED_TRACE("at " + std::to_string(at));
+  for (int step = 0; step < kPositions; ++step) {
+    const std::size_t position = step < 50 ? step * 2 : (step - 50) * log_.size() / 100;
+    SCOPED_TRACE("at " + std::to_string(position));
     std::string damaged = log_;
-    damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
+    damaged[position] = static_cast<char>(damaged[position] ^ 0xFF);
     expectLogOpens(damaged);
-    if (at > 0) expectLogOpens(log_.substr(0, at));
+    if (position > 0) expectLogOpens(log_.substr(0, position));
   }
 }
 
-TEST_F(DamageTest, WhateverStandsInTheLogTheStoreOpens) {
-  for (int damage = 0; damage < kWildDamages; ++damage) {
+TEST_F(DamageTest, AStoreWithAnyDamageOfItsLogOpens) {
+  for (int damage = 0; damage < kRandomDamages; ++damage) {
     SCOPED_TRACE(damage);
-    expectLogOpens(damagedWildly(log_, damage));
+    expectLogOpens(damagedAtRandom(log_, damage));
   }
 }
 
-TEST_F(DamageTest, AnUnfinishedTransactionIsTakenBackOrTheDamageOfItsJournalIsSaid) {
+TEST_F(DamageTest, AnUnfinishedTransactionIsRolledBackOrItsDamagedJournalReported) {
   ASSERT_GT(journal_.size(), 1000u);
   ASSERT_NE(crashed_, database_);
   EXPECT_EQ(open(crashed_, journal_), std::pair(contents_, std::string()));
-  // The transaction has changed two keys, each on a page of its own.
+  // The transaction has changed two keys on different pages.
   const auto changed = [](const std::string& found) {
     const std::size_t one = found.find("\nn0.k0 = "), other = found.find("\nn9.k9 = ");
     return one == std::string::npos || other == std::string::npos
                ? std::string()
                : found.substr(one, 60) + found.substr(other, 60);
   };
-  const auto expectTakenBackOrSaid = [&](const std::string& journal, const std::string& backup) {
-    const auto [found, said] = open(crashed_, journal, backup);
-    if (!said.empty()) return;
+  const auto expectRolledBackOrReported = [&](const std::string& journal,
+                                              const std::string& backup) {
+    const auto [found, reports] = open(crashed_, journal, backup);
+    if (!reports.empty()) return;
     EXPECT_EQ(changed(found), changed(contents_));
     EXPECT_EQ(lines(found), lines(contents_));
   };
-  for (int place = 0; place < 75; ++place) {
-    const std::size_t at = place < 25 ? place : (place - 25) * journal_.size() / 50;
-    SCOPED_TRACE("at " + std::to_string(at));
+  for (int step = 0; step < 75; ++step) {
+    const std::size_t position = step < 25 ? step : (step - 25) * journal_.size() / 50;
+    SCOPED_TRACE("at " + std::to_string(position));
     std::string damaged = journal_;
-    damaged[at] = static_cast<char>(damaged[at] ^ 0xFF);
-    expectTakenBackOrSaid(damaged, place % 4 == 0 ? database_ : "");
-    if (at > 0) expectTakenBackOrSaid(journal_.substr(0, at), place % 4 == 1 ? database_ : "");
+    damaged[position] = static_cast<char>(damaged[position] ^ 0xFF);
+    expectRolledBackOrReported(damaged, step % 4 == 0 ? database_ : "");
+    if (position > 0)
+      expectRolledBackOrReported(journal_.substr(0, position), step % 4 == 1 ? database_ : "");
   }
-  for (int damage = 0; damage < kWildDamages / 2; ++damage) {
+  for (int damage = 0; damage < kRandomDamages / 2; ++damage) {
     SCOPED_TRACE(damage);
-    expectTakenBackOrSaid(damagedWildly(journal_, damage), "");
+    expectRolledBackOrReported(damagedAtRandom(journal_, damage), "");
   }
 }
 
-TEST_F(DamageTest, ALogThatBelongsToAnotherStateIsNotBroughtIn) {
+TEST_F(DamageTest, ALogOfAnotherStateIsNotApplied) {
   const TemporaryDirectory directory;
   directory.write(kDatabase, database_);
   const NodePtr root = openTree(storeIn(directory.path()));
@@ -295,14 +296,14 @@ TEST_F(DamageTest, ALogThatBelongsToAnotherStateIsNotBroughtIn) {
   } cases[] = {{"-journal", journal_}, {"-wal", log_}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.end);
-    const TemporaryDirectory place;
-    place.write(kDatabase, directory.read(kDatabase));
-    place.write(std::string(kDatabase) + c.end, c.log);
+    const TemporaryDirectory copy;
+    copy.write(kDatabase, directory.read(kDatabase));
+    copy.write(std::string(kDatabase) + c.end, c.log);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(contentsOf(openTree(storeIn(place.path()))), contents);
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("belongs to another database"), std::string::npos) << said;
-    EXPECT_EQ(filesLike(place, ".damaged-", c.end), std::vector<std::string>{c.log});
+    EXPECT_EQ(contentsOf(openTree(storeIn(copy.path()))), contents);
+    const std::string reports = testing::internal::GetCapturedStderr();
+    EXPECT_NE(reports.find("belongs to another database"), std::string::npos) << reports;
+    EXPECT_EQ(filesLike(copy, ".damaged-", c.end), std::vector<std::string>{c.log});
   }
 }
 

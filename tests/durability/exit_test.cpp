@@ -1,7 +1,7 @@
 // Programs that end while other processes change the settings that they listen to: the thread that
-// watches the store keeps none from ending, and crashes none.
+// watches the store must not keep them from ending, nor crash them.
 //
-//   exit_test [runs]     of each way to end; prints how many ended by themselves with 0
+//   exit_test [runs]     runs each way to end; prints how many programs ended by themselves with 0
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,13 +21,13 @@ namespace {
 
 using zlutil::settings::SettingsValueChangeEvent;
 
-constexpr unsigned kPatience = 60;  // seconds, then the program is taken to hang
+constexpr unsigned kTimeLimit = 60;  // seconds
 constexpr char kReturnFromMain[] = "return-from-main", kExitInListener[] = "exit-in-listener";
 
-// The program that ends, after so many milliseconds or, on the store's own thread, at the first
-// change that it hears of.
+// Runs the program that ends: after so many milliseconds or, on the thread that delivers external
+// changes, at the first event.
 int end(const char* way, int milliseconds) {
-  alarm(kPatience);
+  alarm(kTimeLimit);
   const bool inListener = std::strcmp(way, kExitInListener) == 0;
   const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::AnyZcrID);
   static zlutil::eventmgr::ScopedConnection connection(

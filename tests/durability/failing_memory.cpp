@@ -19,7 +19,7 @@ bool allocationHasFailed() { return failing > 0 && allocations >= failing; }
 
 }  // namespace test
 
-// The other forms, but for those of over-aligned types, call these.
+// All other forms call these, except those of over-aligned types.
 void* operator new(std::size_t size) {
   using namespace test;
   if (++allocations == failing) throw std::bad_alloc();

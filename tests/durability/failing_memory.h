@@ -1,13 +1,13 @@
-// Memory that runs out on demand: operator new, for every caller in the process. Only what the
-// thread that called failAllocation() asks for is counted.
+// Replaces operator new by one that fails on demand. Only the allocations of the thread that called
+// failAllocation() are counted.
 #pragma once
 
 namespace test {
 
-// The n-th allocation from now on throws std::bad_alloc; 1 is the next one, 0 none.
+// Makes the n-th allocation from now on throw std::bad_alloc; 1 is the next one, 0 none.
 void failAllocation(int n);
 
-// Whether one has failed since failAllocation().
+// Returns whether an allocation has failed since failAllocation().
 bool allocationHasFailed();
 
 }  // namespace test

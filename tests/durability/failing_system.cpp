@@ -29,7 +29,7 @@ bool failsNow(bool startsThread = false) {
   return true;
 }
 
-// "" for a number that belongs to no file.
+// Returns "" if the descriptor has no file.
 std::string nameOf(int file) {
   std::error_code none;
   return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).filename();
@@ -73,7 +73,7 @@ std::set<std::string> unflushedFiles() { return unflushed; }
 
 }  // namespace test
 
-// These stand before the C library's own for every library of the process.
+// These replace the functions of the C library for every library of the process.
 #define FAILING_CALL(result, name, parameters, arguments, note)              \
   extern "C" __attribute__((visibility("default"))) result name parameters { \
     static auto* const call = test::real<result parameters>(#name);          \
@@ -99,7 +99,7 @@ FAILING_CALL(int, rename, (const char* from, const char* to), (from, to), NOTHIN
 FAILING_CALL(int, unlink, (const char* name), (name), NOTHING)
 FAILING_CALL(int, mkdir, (const char* name, mode_t mode), (name, mode), NOTHING)
 
-// It gives the error instead of setting it.
+// Returns the error number instead of setting errno.
 extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
                                                                      const pthread_attr_t* with,
                                                                      void* (*run)(void*),

@@ -1,6 +1,6 @@
-// Every system call of an operation that can fail, failing: the operation succeeds or says why not,
-// and the tree is what a tree opened afterwards reads, both beside the running store and after its
-// process has died. Likewise another process that restores the store, at every such call.
+// Makes every system call of an operation fail in turn: the operation succeeds or reports why not,
+// and the tree equals one that is opened afterwards, both beside the running store and after a
+// crash of its process. Also lets another process restore the store at every such call.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,7 +23,7 @@ using namespace zlutil::settings::host;
 
 class FaultTest : public testing::TestWithParam<int> {
  protected:
-  // Copies the files of a store as a process leaves them that dies now.
+  // Copies the files of a store as a process leaves them that crashes now.
   static void copyFiles(const std::string& from, const std::string& to) {
     std::filesystem::create_directories(to);
     for (const char* name : {"/settings-1.db", "/settings-1.db-journal", "/settings-1.stamp"}) {
@@ -74,7 +74,7 @@ TEST_P(FaultTest, AChangeSucceedsOrChangesNothing) {
       }
       const bool over = !hasCome();
       std::set<std::string> unflushed = unflushedFiles();
-      unflushed.erase("settings-1.stamp");  // which need not last
+      unflushed.erase("settings-1.stamp");  // is never flushed
       failOn(0, 0);
       failed += refused;
       const std::string now = contentsOf(root);
@@ -91,7 +91,7 @@ TEST_P(FaultTest, AChangeSucceedsOrChangesNothing) {
   EXPECT_GT(failed, 4);
 }
 
-TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
+TEST_P(FaultTest, AFaultWhileOpeningHidesNoValueAndIsReportedByWriting) {
   int unopened = 0;
   for (int n = 1;; ++n) {
     const TemporaryDirectory directory;
@@ -100,7 +100,7 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
       NodePtr root = openTree(storeIn(user));
       addKey(root, "k");
       root->setAny("k", 1, "user");
-      // As a killed process leaves it: the log is still there.
+      // As a killed process leaves it, with its journal.
       const TemporaryDirectory kept;
       copyFiles(user, kept.file("user"));
       root.reset();
@@ -115,8 +115,8 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
     store->readAll(*root, kUser);
     const bool over = !hasCome();
     failOn(0, 0);
-    const std::string said = testing::internal::GetCapturedStderr();
-    ASSERT_EQ(contentsOf(root), "k key\nk = int 1\n") << "call " << n << ": " << said;
+    const std::string reports = testing::internal::GetCapturedStderr();
+    ASSERT_EQ(contentsOf(root), "k key\nk = int 1\n") << "call " << n << ": " << reports;
     try {
       store->apply({PutValue{"k", 2}}, hearNothing());
     } catch (const Failure<StoreFailure>& failure) {
@@ -124,14 +124,14 @@ TEST_P(FaultTest, OpeningReadsWhatIsThereAndWritingAfterwardsSaysWhyNot) {
       const std::string prefix = "Cannot write " + user + "/settings-1.db: ";
       EXPECT_EQ(failure.GetMessageTxt().find(prefix), 0u) << failure.GetMessageTxt();
       EXPECT_GT(failure.GetMessageTxt().size(), prefix.size());
-      EXPECT_NE(said.find("cannot be stored"), std::string::npos) << said;
+      EXPECT_NE(reports.find("cannot be stored"), std::string::npos) << reports;
     }
     if (over) break;
   }
   EXPECT_GT(unopened, 2);
 }
 
-TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
+TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeLater) {
   int failed = 0;
   for (int n = 1;; ++n) {
     const TemporaryDirectory directory;
@@ -153,7 +153,7 @@ TEST_P(FaultTest, AStoreThatCouldNotBeMadeIsMadeWhenItCan) {
   EXPECT_GT(failed, 4);
 }
 
-TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
+TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedDespiteAFault) {
   const TemporaryDirectory files;
   {
     const NodePtr root = openTree(storeIn(files.path()));
@@ -165,12 +165,12 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
       .execute("PRAGMA user_version=0; PRAGMA journal_mode=DELETE");
   const struct {
     std::string database, backup;
-    const char* said;
+    const char* report;
   } cases[] = {{whole.substr(0, whole.size() / 2), whole, "Restored: the state of"},
                {files.read("settings-1.db"), "", "nothing is lost"}};
   for (const auto& c : cases) {
     for (int n = 1;; ++n) {
-      SCOPED_TRACE(c.said + (" call " + std::to_string(n)));
+      SCOPED_TRACE(c.report + (" call " + std::to_string(n)));
       const TemporaryDirectory directory;
       directory.write("settings-1.db", c.database);
       if (!c.backup.empty()) directory.write("settings-1.db.backup-1", c.backup);
@@ -181,11 +181,11 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
       store->readAll(*boost::make_shared<Node>(tree, "r", true, ValidatorPtr()), kUser);
       const bool over = !hasCome();
       failOn(0, 0);
-      // If not at once, then when nothing fails any more.
+      // Restored now, or at the latest when nothing fails any more.
       EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\nk = int 1\n");
-      const std::string said = testing::internal::GetCapturedStderr();
-      EXPECT_NE(said.find(c.said), std::string::npos) << said;
-      // What was found damaged is there once, however often it had to be tried.
+      const std::string reports = testing::internal::GetCapturedStderr();
+      EXPECT_NE(reports.find(c.report), std::string::npos) << reports;
+      // There is one copy of the damaged database, however often restoring was tried.
       int kept = 0;
       for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
         const std::string name = file.path().filename();
@@ -197,7 +197,7 @@ TEST_P(FaultTest, ADamagedStoreIsRestoredAndReportedWhateverFailsBesides) {
   }
 }
 
-TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
+TEST(ThreadLimitTest, AStoreWithoutAThreadIsUsedUnwatched) {
   const TemporaryDirectory directory;
   const auto store = std::make_shared<UserStore>(storeIn(directory.path()));
   const TreePtr tree = Tree::makeStandalone();
@@ -219,7 +219,7 @@ TEST(ThreadLimitTest, AStoreForWhichThereIsNoThreadIsUsedUnwatched) {
   EXPECT_EQ(contentsOf(openTree(storeIn(directory.path()))), "k key\n");
 }
 
-TEST(ThreadLimitTest, WhereNoThreadCanStartReadingBringsInAndTellsWhatOthersChange) {
+TEST(ThreadLimitTest, WithoutThreadsReadingDeliversExternalChanges) {
   const TemporaryDirectory directory;
   const NodePtr other = openTree(storeIn(directory.path()));
   addKey(other, "k");
@@ -233,7 +233,7 @@ TEST(ThreadLimitTest, WhereNoThreadCanStartReadingBringsInAndTellsWhatOthersChan
   other->setAny("k", 1, "user");
   failThreadOn(1, EAGAIN);
   EXPECT_EQ(intAt(root, "k"), 1);
-  EXPECT_TRUE(hasCome()) << "nobody tried to start the thread that tells";
+  EXPECT_TRUE(hasCome()) << "no thread was started to deliver the events";
   failOn(0, 0);
   EXPECT_EQ(listener.heard, Names{"changed k"});
 }
@@ -262,11 +262,11 @@ class RestoringTest : public testing::Test {
       const UserStoreLock lock(files, UserStoreLock::kExclusive, 0);
       UserStoreStamp stamp(files.stamp());
       CopyAside copy(files);
-      restoreUserStore(files, copy, stamp, "it was found so", lock.identity());
+      restoreUserStore(files, copy, stamp, "planted damage", lock.identity());
     } catch (const SqliteError&) {
     }
   }
-  void expectWhatIsAcknowledged() const {
+  void expectAcknowledged() const {
     EXPECT_EQ(contentsOf(openTree(options_)), "k key\n" + acknowledged_);
   }
 
@@ -277,7 +277,7 @@ class RestoringTest : public testing::Test {
   std::string acknowledged_;
 };
 
-TEST_F(RestoringTest, KeepsAChangeThatItComesBetween) {
+TEST_F(RestoringTest, KeepsAChangeThatItInterrupts) {
   const std::function<void()> interruption = [this] { restore(); };
   for (int n = 1;; ++n) {
     SCOPED_TRACE(n);
@@ -285,12 +285,12 @@ TEST_F(RestoringTest, KeepsAChangeThatItComesBetween) {
     change(n);
     const bool over = !hasCome();
     failOn(0, 0);
-    expectWhatIsAcknowledged();
+    expectAcknowledged();
     if (over) break;
   }
 }
 
-TEST_F(RestoringTest, KeepsWhatIsChangedMeanwhile) {
+TEST_F(RestoringTest, KeepsConcurrentChanges) {
   std::atomic<bool> over{false};
   std::thread changing([&] {
     for (int value = 1; !over; ++value) change(value);
@@ -298,13 +298,13 @@ TEST_F(RestoringTest, KeepsWhatIsChangedMeanwhile) {
   for (int times = 0; times < 20; ++times) restore();
   over = true;
   changing.join();
-  expectWhatIsAcknowledged();
+  expectAcknowledged();
 }
 
-// Another process, forked before this one has a store, that opens one whenever it is told to.
-class Onlooker {
+// Another process, forked before this one has a store, which opens the store when told to.
+class OtherProcess {
  public:
-  explicit Onlooker(const UserStoreOptions& options) {
+  explicit OtherProcess(const UserStoreOptions& options) {
     if (pipe(toIt_) != 0 || pipe(fromIt_) != 0) throw std::runtime_error("no pipe");
     process_ = fork();
     if (process_ != 0) return;
@@ -315,7 +315,7 @@ class Onlooker {
     }
     _exit(0);
   }
-  ~Onlooker() {
+  ~OtherProcess() {
     for (const int end : {toIt_[0], toIt_[1], fromIt_[0], fromIt_[1]}) close(end);
     kill(process_, SIGKILL);
     waitpid(process_, nullptr, 0);
@@ -330,15 +330,15 @@ class Onlooker {
   pid_t process_;
 };
 
-TEST(CopyingTest, AProgramThatCopiesTheDatabaseDropsNoLockThatACommitNeeds) {
+TEST(CopyingTest, CopyingTheDatabaseDropsNoLockThatACommitNeeds) {
   const TemporaryDirectory directory;
-  const Onlooker onlooker(storeIn(directory.path(), 5));
+  const OtherProcess process(storeIn(directory.path(), 5));
   const NodePtr root = openTree(storeIn(directory.path()));
   const SettingsPtr one = addKey(root, "one"), other = addKey(root, "other");
   root->copySubtree(root, "far");
   const std::function<void()> interruption = [&] {
     directory.read("settings-1.db");
-    onlooker.look();
+    process.look();
   };
   for (int n = 1;; ++n) {
     SCOPED_TRACE(n);

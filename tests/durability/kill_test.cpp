@@ -1,8 +1,9 @@
-// Kills a process that is changing settings, at a random moment and over and over, and checks what
-// is found afterwards: every change that was acknowledged, and of the one under way all or nothing.
+// Kills a process that changes settings, at random moments and over and over. Checks that the store
+// then has every acknowledged change, and all or nothing of an unfinished one.
 //
-//   kill_test [kills]     prints kills, acknowledged changes, lost ones, torn ones; fails when any
-//                         was lost or torn or the database is not in order
+//   kill_test [kills]     prints the kills, and the acknowledged, lost and torn changes; fails if
+//   any
+//                         is lost or torn, or if the database is damaged
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,15 +21,16 @@ namespace {
 using namespace zlutil::settings::host;
 
 constexpr int kKeys = 20;          // of one commit
-constexpr int kPrepared = 4;       // changes made in peace
+constexpr int kPrepared = 4;       // changes before the first kill
 constexpr int kLongestLife = 150;  // milliseconds after the first acknowledgement
 
 std::string keyName(int key) { return "k" + std::to_string(key); }
 
 std::string copyName(int round) { return round % 2 == 0 ? "even" : "odd"; }
 
-// The n-th change of a series in rounds of four: a single set, a commit of kKeys, a copy of them
-// added, the copy of the round before removed. Each is one transaction, and no two leave the same.
+// Makes the n-th change of a series in rounds of four: sets a key, commits kKeys values, adds a
+// copy of them, removes the copy of the round before. Each is one transaction, and leaves another
+// state.
 void makeChange(const NodePtr& root, int n) {
   const SettingsPtr many = root->getChild("many");
   const int round = n / 4;
@@ -50,7 +52,7 @@ void makeChange(const NodePtr& root, int n) {
   }
 }
 
-// The value that all keys of the node have; -1 when they differ or one is missing.
+// Returns the value that all keys of the node have; -1 if they differ or one is missing.
 int commonValue(const SettingsPtr& node) {
   if (!node || node->getChildren().size() != kKeys) return -1;
   const int value = intAt(node, keyName(0));
@@ -60,8 +62,8 @@ int commonValue(const SettingsPtr& node) {
   return value;
 }
 
-// The last change that the tree shows, or -1 when it is torn: a part of a change, or not the
-// outcome of the series up to any change.
+// Returns the last change that the tree shows; -1 if it is torn, that is, not the state after any
+// change of the series.
 int lastChange(const NodePtr& root) {
   const int single = intAt(root, "single"), many = commonValue(root->getChild("many"));
   const int round = single / 4;
@@ -126,12 +128,12 @@ int run(int kills) {
     if (found > last + 1) ++torn;
     next = found + 1;
   }
-  // A killed process damages nothing, so nothing may have been taken for damaged.
+  // A kill damages no database, so none may have been restored.
   for (const auto& file : std::filesystem::directory_iterator(directory.path())) {
     if (file.path().string().find(".damaged-") != std::string::npos) ++broken;
   }
-  std::printf("%d kills, %d acknowledged changes, %d lost, %d torn, %d databases not in order\n",
-              kills, acknowledged, lost, torn, broken);
+  std::printf("%d kills, %d acknowledged changes, %d lost, %d torn, %d damaged databases\n", kills,
+              acknowledged, lost, torn, broken);
   return lost || torn || broken ? 1 : 0;
 }
 

@@ -1,5 +1,5 @@
-// Every allocation of a change of structure, failing: the change is made or not, in the tree as in
-// the store.
+// Makes every allocation of a change of structure fail in turn: the change is made in both the tree
+// and the store, or in neither.
 #include <functional>
 #include <new>
 
@@ -10,7 +10,7 @@
 namespace test {
 namespace {
 
-TEST(MemoryTest, AChangeOfStructureThatRunsOutOfMemoryIsMadeNeitherHereNorOnTheDisk) {
+TEST(MemoryTest, AChangeOfStructureWithoutMemoryChangesNeitherTreeNorStore) {
   const TemporaryDirectory directory;
   const auto root = openTree(storeIn(directory.path()));
   const SettingsPtr node = addNode(root, "n"), below = addNode(node, "below");

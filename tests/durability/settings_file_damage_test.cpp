@@ -1,4 +1,4 @@
-// Settings files with flipped bytes and cut tails, and with a disk that fails while one is written.
+// Settings files with flipped bits and cut tails, and a disk that fails while one is written.
 #include "service/settings_file.h"
 
 #include <cerrno>
@@ -29,8 +29,8 @@ class SettingsFileDamage : public testing::Test {
 
   base::ustring name() { return base::to_ustring(directory_.file("f.xml")); }
 
-  // How many entries a tree loaded from that content has; -1 when it is refused, with a text that
-  // names the file.
+  // Returns how many entries a tree loaded from that content has; -1 if it is refused with a
+  // message that names the file.
   int load(const std::string& content) {
     directory_.write("f.xml", content);
     try {
@@ -53,7 +53,7 @@ class SettingsFileDamage : public testing::Test {
   std::string whole_;
 };
 
-TEST_F(SettingsFileDamage, ACutFileIsRefusedWhereverItIsCut) {
+TEST_F(SettingsFileDamage, ATruncatedFileIsRefused) {
   const std::size_t end = whole_.rfind('>');
   for (std::size_t size = 0; size < end; ++size) {
     EXPECT_EQ(load(whole_.substr(0, size)), -1) << "cut at " << size;
@@ -61,21 +61,21 @@ TEST_F(SettingsFileDamage, ACutFileIsRefusedWhereverItIsCut) {
   EXPECT_EQ(load(whole_), count(root_));
 }
 
-TEST_F(SettingsFileDamage, AFlippedBitIsRefusedOrLeavesEveryEntryThere) {
+TEST_F(SettingsFileDamage, AFlippedBitIsRefusedOrLosesNoEntry) {
   int refused = 0;
-  for (std::size_t at = 0; at < whole_.size(); ++at) {
+  for (std::size_t i = 0; i < whole_.size(); ++i) {
     for (const int bits : {0x01, 0x04, 0x20, 0x80, 0xFF}) {
       std::string damaged = whole_;
-      damaged[at] = static_cast<char>(damaged[at] ^ bits);
+      damaged[i] = static_cast<char>(damaged[i] ^ bits);
       const int entries = load(damaged);
       refused += entries < 0;
-      EXPECT_TRUE(entries < 0 || entries == count(root_)) << at << ": " << damaged;
+      EXPECT_TRUE(entries < 0 || entries == count(root_)) << i << ": " << damaged;
     }
   }
   EXPECT_GT(refused, 0);
 }
 
-TEST_F(SettingsFileDamage, AFileWhoseWritingFailsIsTheOldOneOrTheNewOne) {
+TEST_F(SettingsFileDamage, AFailedWriteLeavesTheOldFileOrTheNewOne) {
   root_->setAny("text", std::string("new"), "user");
   SettingsFile::write(root_, {"user"}, name());
   const std::string written = directory_.read("f.xml");
@@ -97,7 +97,7 @@ TEST_F(SettingsFileDamage, AFileWhoseWritingFailsIsTheOldOneOrTheNewOne) {
       const std::string found = directory_.read("f.xml");
       EXPECT_TRUE(found == written || (refused && found == whole_)) << "call " << n;
       EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_.path()), {}), 1)
-          << "call " << n << ": something is left behind";
+          << "call " << n << ": a file remains";
       if (over) break;
     }
     EXPECT_GE(failed, 5) << "open, write, fsync, rename, and the directory";

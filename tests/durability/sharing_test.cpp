@@ -1,8 +1,8 @@
-// Processes that share one store: each has threads that set keys of their own, each key once, while
-// every process listens. At the end every process must have heard of every change of the others
-// exactly once, and read every value.
+// Processes that share one store. Each has threads that set keys of their own, each key once, and a
+// listener. At the end every process must have received every change of the others exactly once,
+// and have every value.
 //
-//   sharing_test [seconds]     prints the exact counts; fails when they differ
+//   sharing_test [seconds]     prints the exact counts; fails if they differ
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,13 +64,13 @@ class Process {
     for (std::thread& thread : threads) thread.join();
   }
 
-  // Waits until `expected` changes of others have been heard of, or nothing can come any more.
+  // Waits for `expected` events about changes of others, at most kLongestDelay.
   Result listen(int expected) {
     const auto end = Clock::now() + kLongestDelay;
     while (heardOthers_ < expected && Clock::now() < end) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    // A change that is heard twice would come now.
+    // A second event of a change would arrive now.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     return {made_, heardOwn_, heardOthers_};
   }

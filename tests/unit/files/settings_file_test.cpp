@@ -30,7 +30,7 @@ class SettingsFileTest : public testing::Test {
     return Settings::importAsStandaloneObject(base::to_ustring(directory_.write("f.xml", content)));
   }
 
-  // The file of one key.
+  // Returns a file with this content.
   static std::string fileOf(const std::string& key) {
     return "<settings version=\"1\">\n" + key + "\n</settings>";
   }
@@ -69,14 +69,14 @@ TEST_F(SettingsFileTest, AFileBecomesAStandaloneTree) {
   EXPECT_EQ(editor->getChild("fontSize")->getPath(), "__STANDALONE_ROOT__.editor.fontSize");
 }
 
-TEST_F(SettingsFileTest, OtherEncodingsThatTheFileDeclaresAreRead) {
+TEST_F(SettingsFileTest, DeclaredEncodingsAreRead) {
   const SettingsPtr root =
       load("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" +
            fileOf("<key name=\"k\" type=\"string\"><value>\xE4</value></key>"));
   EXPECT_EQ(boost::any_cast<std::string>(root->getValue("k", "")), "\xC3\xA4");
 }
 
-TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
+TEST_F(SettingsFileTest, AnInvalidFileIsRefusedWithLineAndColumn) {
   const std::string text = "<key name=\"k\" type=\"string\"><value>";
   const std::string intKey = "<key name=\"k\" type=\"int\">";
   const std::string manyNodes = [] {
@@ -86,7 +86,7 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
   }();
   const struct {
     std::string content;
-    const char* place;
+    const char* position;
     const char* text;
   } cases[] = {
       {"", ":1:1: ", "no element"},
@@ -140,7 +140,7 @@ TEST_F(SettingsFileTest, WhatTheFormatDoesNotAllowIsRefusedWithItsPlace) {
   };
   for (const auto& c : cases) {
     const std::string message = messageOf<SaxParseException>([&] { load(c.content); });
-    EXPECT_EQ(message.rfind(directory_.file("f.xml") + c.place, 0), 0u) << message;
+    EXPECT_EQ(message.rfind(directory_.file("f.xml") + c.position, 0), 0u) << message;
     EXPECT_NE(message.find(c.text), std::string::npos) << message;
     EXPECT_LT(message.size(), 500u);
     EXPECT_EQ(message, base::withControlsEscaped(message));
@@ -153,7 +153,7 @@ TEST_F(SettingsFileTest, AMillionNestedElementsAreRefusedAtOnce) {
   EXPECT_NE(messageOf<SaxParseException>([&] { load(text); }).find("200 deep"), std::string::npos);
 }
 
-TEST_F(SettingsFileTest, AFileThatCannotBeReadIsNamedWithTheReason) {
+TEST_F(SettingsFileTest, AnUnreadableFileIsReportedWithTheReason) {
   const auto failure = [](const base::ustring& path) {
     return messageOf<FileLoadingError>([&] { Settings::importAsStandaloneObject(path); });
   };
@@ -164,11 +164,11 @@ TEST_F(SettingsFileTest, AFileThatCannotBeReadIsNamedWithTheReason) {
   failure(name("a.xml") + base::ustring(1, char16_t{0xD800}));
   ASSERT_EQ(mkfifo(directory_.file("pipe").c_str(), 0600), 0);
   failure(name("pipe"));
-  // It opens as a file, and nothing is mapped where it begins.
+  // It opens as a file, and nothing is mapped at its beginning.
   EXPECT_EQ(failure(u"/proc/self/mem"), "/proc/self/mem: Input/output error");
 }
 
-// Values of a kind that are likely to come back changed.
+// Returns values of a kind that are likely to be read back changed.
 template <class Element>
 std::vector<Element> hardValues() {
   using Limits = std::numeric_limits<Element>;
@@ -231,7 +231,7 @@ TEST_F(SettingsFileTest, EveryValueLevelAndValidatorComesBackExactly) {
   EXPECT_EQ(directory_.read("again.xml"), directory_.read("out.xml"));
 }
 
-TEST_F(SettingsFileTest, WhatXmlCannotHoldIsRefusedAndTheOldFileStands) {
+TEST_F(SettingsFileTest, TextThatXmlCannotHoldIsRefusedAndTheOldFileRemains) {
   const SettingsPtr root = ZSettings::createSettingsNode("r", false, true, ValidatorChoice());
   addKey(root, "k");
   directory_.write("out.xml", "old");

@@ -13,7 +13,7 @@ namespace {
 
 using zlutil::settings::host::currentDirectories;
 
-// Sets a variable, or takes it away for null, and puts back what was there.
+// Sets a variable, or unsets it for null, and restores it at the end of the scope.
 class Variable {
  public:
   Variable(const char* name, const char* value) : name_(name) {
@@ -31,7 +31,7 @@ class Variable {
   std::optional<std::string> before_;
 };
 
-TEST(Directories, TheUsersIsThatOfTheFirstVariableThatSaysOne) {
+TEST(Directories, TheUserDirectoryIsThatOfTheFirstVariableSet) {
   const struct {
     const char *own, *configuration, *home;
     std::string expected;
@@ -51,7 +51,7 @@ TEST(Directories, TheUsersIsThatOfTheFirstVariableThatSaysOne) {
   }
 }
 
-TEST(Directories, TheFactorysStandsBesideTheLibraryUnlessSaidOtherwise) {
+TEST(Directories, TheFactoryDirectoryIsBesideTheLibraryByDefault) {
   {
     const Variable factory("SETTINGS_FACTORYDIR", "/shipped");
     EXPECT_EQ(currentDirectories().factory, "/shipped");
@@ -62,7 +62,7 @@ TEST(Directories, TheFactorysStandsBesideTheLibraryUnlessSaidOtherwise) {
   EXPECT_EQ(beside.substr(beside.rfind('/')), "/factory");
 }
 
-TEST(Directories, ThereIsNoWorkgroupUnlessOneIsNamed) {
+TEST(Directories, ThereIsNoWorkgroupDirectoryByDefault) {
   {
     const Variable workgroup("SETTINGS_WORKGROUPDIR", nullptr);
     EXPECT_EQ(currentDirectories().workgroup, "");

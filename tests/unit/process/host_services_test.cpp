@@ -26,7 +26,7 @@ TEST(IdentifierName, IsALetterThenLettersDigitsAndUnderscoresUpTo63) {
   EXPECT_FALSE(isIdentifierName(nullptr));
 }
 
-TEST(FailureMessage, FillsItsPlacesWithNarrowAndWideArguments) {
+TEST(FailureMessage, InsertsNarrowAndWideArguments) {
   const Failure<NoSuchKey> failure(std::string("100%1"), base::ustring(u"k\x00E4"));
   EXPECT_EQ(failure.GetMessageTxt(), "\"100%1\" has no key \"k\xC3\xA4\".");
   EXPECT_STREQ(failure.what(), failure.GetMessageTxt().c_str());
@@ -46,7 +46,7 @@ TEST(Text, IsNarrowInsideAndUtf8AtTheBorders) {
   const struct {
     std::u16string units;
     std::string narrow;
-    const char* utf8;  // null when UTF-8 cannot say it
+    const char* utf8;  // null if UTF-8 cannot hold it
   } cases[] = {
       {u"a\x00E4\x20AC", "a\xC3\xA4\xE2\x82\xAC", "a\xC3\xA4\xE2\x82\xAC"},
       {{0xD83D, 0xDE00}, "\xED\xA0\xBD\xED\xB8\x80", "\xF0\x9F\x98\x80"},
@@ -67,7 +67,7 @@ TEST(Text, IsNarrowInsideAndUtf8AtTheBorders) {
   for (const char* bad : {"\xFF", "\xC3", "\xC0\x80", "\xED\xA0\xBD", "\xF4\x90\x80\x80", "\x80"}) {
     EXPECT_EQ(base::narrowFromUtf8(bad), std::nullopt);
   }
-  // What comes from outside may be standard UTF-8, or no text at all.
+  // Text from outside may be standard UTF-8, or arbitrary bytes.
   EXPECT_EQ(base::to_ustring("a\xF0\x9F\x98\x80"), (std::u16string{'a', 0xD83D, 0xDE00}));
   EXPECT_EQ(base::to_ustring("a\xFF\xC3"), u"a\xFFFD\xFFFD");
   EXPECT_EQ(base::displayFromNarrow("a\xED\xA0\xBD"), "a\xEF\xBF\xBD");

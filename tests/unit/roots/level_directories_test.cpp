@@ -18,7 +18,7 @@ std::string key(const std::string& name, const std::string& type, const std::str
 
 class LevelDirectories : public testing::Test {
  protected:
-  // The tree of the directories as they are now; what was reported stands in errors_.
+  // Makes a tree of the directories, and stores its reports in errors_.
   SettingsPtr makeTree() {
     testing::internal::CaptureStderr();
     const SettingsPtr root = host::makeContextTree(zlutil::contextmgr::BlessedZcrID,
@@ -48,7 +48,7 @@ TEST_F(LevelDirectories, FilesOfAllLevelsMakeOneTree) {
   EXPECT_EQ(node->getZcrID(), zlutil::contextmgr::BlessedZcrID);
 }
 
-TEST_F(LevelDirectories, ABrokenFileIsLeftOutWholeWithOneLineAndTheOthersAreRead) {
+TEST_F(LevelDirectories, ABrokenFileIsReportedInOneLineAndTheOthersAreRead) {
   factory_.write("a.xml", file(key("before", "int", "1") + key("bad", "int", "x")));
   factory_.write("b.xml", file(key("good", "int", "1")));
   workgroup_.write("c.xml", file("<key name=\"good\" type=\"string\"/>"));
@@ -66,7 +66,7 @@ TEST_F(LevelDirectories, ABrokenFileIsLeftOutWholeWithOneLineAndTheOthersAreRead
   EXPECT_EQ(std::count(errors_.begin(), errors_.end(), '\n'), 4) << errors_;
 }
 
-TEST_F(LevelDirectories, WhatFilesSayCanBeOverriddenButNotChanged) {
+TEST_F(LevelDirectories, EntriesOfFilesCanBeOverriddenButNotChanged) {
   factory_.write("a.xml", file("<node name=\"n\">" + key("k", "int", "1") + "</node>"));
   const SettingsPtr root = makeTree(), node = root->getChild("n");
   for (const char* level : {"workgroup", "factory"}) {
@@ -88,13 +88,13 @@ TEST_F(LevelDirectories, WhatFilesSayCanBeOverriddenButNotChanged) {
   root->removeNode("copy");
 }
 
-TEST_F(LevelDirectories, DirectoriesThatDoNotExistAreEmptyLevels) {
+TEST_F(LevelDirectories, MissingDirectoriesAreEmptyLevels) {
   const SettingsPtr root =
       host::makeContextTree(zlutil::contextmgr::BlessedZcrID, {"", "", factory_.file("none")});
   EXPECT_TRUE(root->getChildren().empty());
 }
 
-TEST_F(LevelDirectories, WhatSomebodyMayMissIsReported) {
+TEST_F(LevelDirectories, MissingDirectoriesAndMisnamedFilesAreReported) {
   factory_.write("odd\n.XML", file(key("k", "int", "1")));
   const std::string none = factory_.file("none"), notThere = ": No such file or directory\n";
   const struct {
@@ -115,7 +115,7 @@ TEST_F(LevelDirectories, WhatSomebodyMayMissIsReported) {
   }
 }
 
-TEST_F(LevelDirectories, AContextsTreeIsMadeOnceFromTheEnvironmentOfThatMoment) {
+TEST_F(LevelDirectories, TheTreeOfAContextIsMadeOnceFromTheEnvironment) {
   using zlutil::contextmgr::ZcrID;
   const ZcrID context(77);
   const TemporaryDirectory user;

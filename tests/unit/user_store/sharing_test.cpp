@@ -1,4 +1,4 @@
-// What processes that share a store mean to each other, with a tree for each of them.
+// Processes that share a store, each as a tree of its own.
 #include <future>
 
 #include "service/change_counters.h"
@@ -23,37 +23,40 @@ void expectFailure(const std::function<void()>& action, const std::string& text 
   EXPECT_NE(messageOf<Tag>(action).find(text), std::string::npos) << messageOf<Tag>(action);
 }
 
-TEST_F(SharedStore, ACollisionFailsLikeOneWithinAProcess) {
+TEST_F(SharedStore, AConflictWithAnotherProcessFailsLikeOneWithinAProcess) {
   const NodePtr root = open();
   const auto prepare = [&] {
     if (!root->getChild("n")) addKey(addNode(root, "n"), "k")->getParent()->setAny("k", 1, "user");
   };
   const auto removeN = [&] { root->removeNode("n"); };
-  const auto at = [](const NodePtr& tree) { return tree->getChild("n"); };
+  const auto nodeOf = [](const NodePtr& tree) { return tree->getChild("n"); };
   struct Collision {
-    std::function<void()> there;
-    std::function<void(const NodePtr& here)> here;
+    std::function<void()> otherChange;
+    std::function<void(const NodePtr& tree)> ownChange;
   };
   const Collision collisions[] = {
       {removeN,
        [&](auto& tree) {
-         expectFailure<NoSuchKey>([n = at(tree)] { n->setAny("k", 2, "user"); });
+         expectFailure<NoSuchKey>([n = nodeOf(tree)] { n->setAny("k", 2, "user"); });
        }},
       {removeN,
-       [&](auto& tree) { expectFailure<NoSuchKey>([n = at(tree)] { n->unset("k", "user"); }); }},
+       [&](auto& tree) {
+         expectFailure<NoSuchKey>([n = nodeOf(tree)] { n->unset("k", "user"); });
+       }},
       {removeN,
-       [&](auto& tree) { expectFailure<NoSuchKey>([n = at(tree)] { n->removeKey("k"); }); }},
+       [&](auto& tree) { expectFailure<NoSuchKey>([n = nodeOf(tree)] { n->removeKey("k"); }); }},
       {removeN, [&](auto& tree) { expectFailure<NoSuchNode>([&] { tree->removeNode("n"); }); }},
-      {removeN, [&](auto& tree) { expectFailure<NoSuchNode>([n = at(tree)] { addKey(n, "x"); }); }},
+      {removeN,
+       [&](auto& tree) { expectFailure<NoSuchNode>([n = nodeOf(tree)] { addKey(n, "x"); }); }},
       {removeN,
        [&](auto& tree) {
-         const SettingsPtr key = at(tree)->getChild("k");
+         const SettingsPtr key = nodeOf(tree)->getChild("k");
          EXPECT_EQ(setAll(tree, {{key, 2}}, "user"),
                    (SettingsProblems{{"(removed).k", "The key has been removed."}}));
        }},
       {[&] { root->getChild("n")->unset("k", "user"); },
        [&](auto& tree) {
-         expectFailure<ValueNotDefinedForGivenLevel>([n = at(tree)] { n->unset("k", "user"); });
+         expectFailure<ValueNotDefinedForGivenLevel>([n = nodeOf(tree)] { n->unset("k", "user"); });
        }},
       {[&] { addKey(root, "same"); },
        [&](auto& tree) {
@@ -63,30 +66,30 @@ TEST_F(SharedStore, ACollisionFailsLikeOneWithinAProcess) {
   for (const Collision& collision : collisions) {
     prepare();
     const NodePtr behind = openBehind();
-    collision.there();
+    collision.otherChange();
     const std::string stored = contentsOf(root);
-    collision.here(behind);
+    collision.ownChange(behind);
     EXPECT_EQ(contentsOf(behind), stored) << &collision - collisions;
     EXPECT_EQ(contentsOf(open()), stored) << &collision - collisions;
   }
 }
 
-TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllAndForEver) {
+TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllProcesses) {
   factory.write("a.xml", "<settings version=\"1\"><key name=\"filed\"/></settings>");
   const auto openHere = [&] { return openTree(storeIn(directory.path()), factory.path()); };
   const NodePtr root = openHere();
   addKey(root, "added");
   for (const char* name : {"added", "filed"}) {
-    const std::shared_ptr<Store> deaf = std::make_shared<UserStore>(storeIn(directory.path()));
+    const std::shared_ptr<Store> behind = std::make_shared<UserStore>(storeIn(directory.path()));
     const auto tree =
         boost::make_shared<Node>(Tree::makeStandalone(), "settings", true, ValidatorPtr());
-    deaf->readAll(*tree, kUser);
+    behind->readAll(*tree, kUser);
     root->setAny(name, std::string("text"), "user");
     root->unset(name, "user");
-    // What the other process hears before its own change is stored decides whether it can be.
+    // The other process learns the type before its own change is stored.
     bool isFixed = false;
-    EXPECT_FALSE(deaf->apply({PutValue{name, 1}}, [&](const ExternalChanges& foreign) {
-      for (const Change& change : foreign.changes) {
+    EXPECT_FALSE(behind->apply({PutValue{name, 1}}, [&](const ExternalChanges& external) {
+      for (const Change& change : external.changes) {
         const auto* const fixed = std::get_if<FixKind>(&change);
         if (fixed && fixed->path == name) isFixed = true;
       }
@@ -97,7 +100,7 @@ TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllAndForEver) {
   }
 }
 
-TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDestroyed) {
+TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndKept) {
   constexpr int kOthers = 100;
   std::string others;
   for (int key = 0; key < kOthers; ++key) {
@@ -116,7 +119,7 @@ TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDest
                 ": \"k\" is left out: the stored value is string, and the key holds int "
                 "values; it stays stored\n");
   EXPECT_FALSE(root->isSet("k", "user"));
-  // Many at once are stored together.
+  // Many values are stored by one statement.
   SettingsValues values;
   for (const SettingsPtr& key : root->getChildren()) values.emplace_back(key, 1);
   EXPECT_EQ(setAll(root, values, "user"), SettingsProblems());
@@ -125,7 +128,7 @@ TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDest
   root->setAny("k", 2, "user");
   EXPECT_EQ(shell()->text("SELECT path || type || value FROM set_aside"), "kstringprecious");
   EXPECT_EQ(intAt(withType("int"), "k"), 2);
-  // The other way: no entry is there any more.
+  // The settings file no longer defines the key.
   testing::internal::CaptureStderr();
   factory.write("a.xml", "<settings version=\"1\"/>");
   openTree(storeIn(directory.path()), factory.path());
@@ -134,7 +137,7 @@ TEST_F(SharedStore, AValueWhoseTypeASettingsFileHasChangedIsReportedAndNeverDest
   EXPECT_EQ(intAt(withType("int"), "k"), 2);
 }
 
-TEST_F(SharedStore, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
+TEST_F(SharedStore, SettingAValueThatAnotherProcessReplacedStoresItAgain) {
   const NodePtr root = open();
   const SettingsPtr one = addKey(root, "one"), two = addKey(root, "two");
   setAll(root, {{one, 1}, {two, 1}}, "user");
@@ -150,7 +153,7 @@ TEST_F(SharedStore, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
                 SettingsProblems());
     } else {
       behind->setAny("one", 1, "user");
-      EXPECT_EQ(intAt(behind, "two"), 2) << "what came with the same look";
+      EXPECT_EQ(intAt(behind, "two"), 2) << "it arrives with the same look";
       behind->setAny("two", 1, "user");
     }
     EXPECT_EQ(contentsOf(open()), stored);
@@ -158,7 +161,7 @@ TEST_F(SharedStore, AValueThatOthersHaveReplacedMeanwhileIsStoredAgain) {
   }
 }
 
-TEST_F(SharedStore, WhoHasMissedTheJournalComparesAndGoesOn) {
+TEST_F(SharedStore, AChangeAfterAPrunedJournalComparesEverything) {
   const NodePtr root = open();
   addKey(root, "k");
   addKey(root, "other");
@@ -170,36 +173,36 @@ TEST_F(SharedStore, WhoHasMissedTheJournalComparesAndGoesOn) {
   EXPECT_EQ(contentsOf(behind), "k key\nk = int 1\nother key\nother = int 6\n");
 }
 
-TEST_F(SharedStore, AListenerThatTakesItsTimeKeepsNothingFromTheTree) {
-  const NodePtr here = open(), there = open();
-  addKey(there, "k");
-  addKey(there, "last");
-  ASSERT_TRUE(eventually([&] { return contentsOf(here) == contentsOf(there); }));
+TEST_F(SharedStore, ASlowListenerDelaysNoChangeOfTheTree) {
+  const NodePtr first = open(), second = open();
+  addKey(second, "k");
+  addKey(second, "last");
+  ASSERT_TRUE(eventually([&] { return contentsOf(first) == contentsOf(second); }));
   std::promise<void> release;
   std::shared_future<void> released = release.get_future().share();
   std::atomic<bool> isHeld{false};
   const zlutil::eventmgr::ScopedConnection blocking(
-      here->getChild("k")->addListener<zlutil::settings::SettingsValueChangeEvent>(
+      first->getChild("k")->addListener<zlutil::settings::SettingsValueChangeEvent>(
           [&](const auto&) {
             isHeld = true;
             released.wait();
           }));
-  Listener listener(here->getChild("last"));
-  Listener all(here);
-  there->setAny("k", 1, "user");
+  Listener listener(first->getChild("last"));
+  Listener all(first);
+  second->setAny("k", 1, "user");
   ASSERT_TRUE(eventually([&] { return isHeld.load(); }));
   for (int value = 2; value < 100; ++value) {
-    there->setAny("last", value, "user");
-    addKey(addNode(there, "passing"), "x");
-    there->removeNode("passing");
+    second->setAny("last", value, "user");
+    addKey(addNode(second, "passing"), "x");
+    second->removeNode("passing");
   }
-  EXPECT_TRUE(eventually([&] { return intAt(here, "last") == 99; }));
-  here->setAny("last", 100, "user");
-  EXPECT_EQ(intAt(here, "last"), 100);
-  addKey(there, "end");
-  ASSERT_TRUE(eventually([&] { return contentsOf(here) == contentsOf(there); }));
+  EXPECT_TRUE(eventually([&] { return intAt(first, "last") == 99; }));
+  first->setAny("last", 100, "user");
+  EXPECT_EQ(intAt(first, "last"), 100);
+  addKey(second, "end");
+  ASSERT_TRUE(eventually([&] { return contentsOf(first) == contentsOf(second); }));
   release.set_value();
-  // Its own change is told by the thread that made it.
+  // The thread that makes a change delivers its event.
   EXPECT_EQ(listener.waitFor(2), (Names{"changed last", "changed last"}));
   EXPECT_EQ(all.waitFor(4),
             (Names{"changed last", "changed k", "changed last", "added end to settings"}));
@@ -224,7 +227,7 @@ TEST(UnwatchedTree, CatchesUpWheneverItIsReadOrChanged) {
   EXPECT_EQ(intAt(root, "k"), 1);
   const auto before = count();
   intAt(root, "k");
-  EXPECT_NE(count(), before) << "a reader must not keep what nobody will call outdated";
+  EXPECT_NE(count(), before) << "a reader must not cache a value that nothing will invalidate";
   change();
   EXPECT_TRUE(root->isSet("k", ""));
   EXPECT_NE(root->getChild(addElsewhere("a").front()), nullptr);

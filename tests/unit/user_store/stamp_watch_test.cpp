@@ -17,7 +17,7 @@ namespace {
 
 using zlutil::settings::host::StampWatch;
 
-TEST(StampWatch, GoesOnAfterEveryCallThatFailsAndSaysSoOnce) {
+TEST(StampWatch, ReportsTheFirstFailureAndGoesOnCalling) {
   const TemporaryDirectory directory;
   const std::string file = directory.write("stamp", "");
   std::atomic<int> calls{0};
@@ -33,16 +33,16 @@ TEST(StampWatch, GoesOnAfterEveryCallThatFailsAndSaysSoOnce) {
     }
   }
   EXPECT_GE(calls, 3);
-  const std::string said = testing::internal::GetCapturedStderr();
-  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-  EXPECT_EQ(said.find(file + ": cannot check for changes: "), 0u) << said;
+  const std::string reported = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(reported.begin(), reported.end(), '\n'), 1) << reported;
+  EXPECT_EQ(reported.find(file + ": cannot check for changes: "), 0u) << reported;
 }
 
-TEST(StampWatch, MayBeEndedByItsOwnThread) {
+TEST(StampWatch, MayBeDestroyedByItsOwnThread) {
   const TemporaryDirectory directory;
   std::unique_ptr<StampWatch> watch;
   std::promise<void> made, ended;
-  // Only the first call uses what is here.
+  // Only the first call uses these variables.
   bool isFirst = true;
   watch = std::make_unique<StampWatch>(directory.write("stamp", ""), [&, isFirst]() mutable {
     if (!std::exchange(isFirst, false)) return;

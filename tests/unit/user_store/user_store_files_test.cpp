@@ -1,5 +1,4 @@
-// The files of a user store: who may use them, what a copy of them holds, and what stands beside
-// the database.
+// The files of a user store: their owners, backups, copies, and a log beside the database.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,14 +13,14 @@ using namespace zlutil::settings::host;
 
 class UserStoreFilesTest : public UserStoreTest {
  protected:
-  // What opening a store says.
-  std::string saidByOpening(const std::string& contents) {
+  // Opens a store, checks its contents and returns its reports.
+  std::string reportsOfOpening(const std::string& contents) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(contentsOf(open()), contents);
     return testing::internal::GetCapturedStderr();
   }
 
-  // One that leaves every kind of file behind: also a damaged database and its copy.
+  // Makes a store that leaves every kind of file, also a damaged database and its copy.
   void makeEveryFile(const std::string& user) {
     const UserStoreFiles files(user, 1);
     { addKey(openTree(storeIn(user)), "k"); }
@@ -44,10 +43,10 @@ class UserStoreFilesTest : public UserStoreTest {
   static constexpr int kWait = 1000;
 };
 
-TEST_F(UserStoreFilesTest, TheStampKnowsTheLastTransactionInWhateverOrderTheyAreNoted) {
+TEST_F(UserStoreFilesTest, TheStampHasTheLastRevisionInWhateverOrderTheyAreNoted) {
   UserStoreStamp stamp(files_.stamp());
   EXPECT_EQ(stamp.last(), 0);
-  for (const std::int64_t transaction : {1, 64, 63, 65}) stamp.note(transaction);
+  for (const std::int64_t revision : {1, 64, 63, 65}) stamp.note(revision);
   EXPECT_EQ(stamp.last(), 65);
   UserStoreStamp(files_.stamp()).note(66);
   EXPECT_EQ(stamp.last(), 66);
@@ -55,22 +54,22 @@ TEST_F(UserStoreFilesTest, TheStampKnowsTheLastTransactionInWhateverOrderTheyAre
   EXPECT_EQ(stamp.last(), 0);
 }
 
-TEST_F(UserStoreFilesTest, OfADamagedStampTheLinesThatAreInOrderCount) {
+TEST_F(UserStoreFilesTest, DamagedLinesOfTheStampAreIgnored) {
   UserStoreStamp stamp(files_.stamp());
-  for (std::int64_t transaction = 1; transaction < 5; ++transaction) stamp.note(transaction);
+  for (std::int64_t revision = 1; revision < 5; ++revision) stamp.note(revision);
   const std::string whole = directory_.read("settings-1.stamp");
-  for (std::size_t at = 0; at < whole.size(); ++at) {
+  for (std::size_t i = 0; i < whole.size(); ++i) {
     for (const int bits : {0x01, 0x08, 0xFF}) {
       std::string damaged = whole;
-      damaged[at] = static_cast<char>(damaged[at] ^ bits);
+      damaged[i] = static_cast<char>(damaged[i] ^ bits);
       directory_.write("settings-1.stamp", damaged);
-      // The last of the four lines is that of the last transaction.
+      // The last of the four lines is that of the last revision.
       const std::int64_t last = UserStoreStamp(files_.stamp()).last();
       const std::size_t lastLine = whole.size() - 40;
-      EXPECT_TRUE(last == 4 || (at >= lastLine && last == 3)) << at << ' ' << bits;
+      EXPECT_TRUE(last == 4 || (i >= lastLine && last == 3)) << i << ' ' << bits;
     }
-    directory_.write("settings-1.stamp", whole.substr(0, at));
-    EXPECT_LT(UserStoreStamp(files_.stamp()).last(), 4) << at;
+    directory_.write("settings-1.stamp", whole.substr(0, i));
+    EXPECT_LT(UserStoreStamp(files_.stamp()).last(), 4) << i;
   }
 }
 
@@ -78,14 +77,14 @@ TEST_F(UserStoreFilesTest, ABackupIsMadeOnceADayAndThreeAreKept) {
   const auto keysIn = [](const std::string& file) {
     return SqliteDatabase(file, SQLITE_OPEN_READONLY, 0).number("SELECT count(*) FROM definitions");
   };
-  // An empty store gets none, nor the beginning of one.
+  // An empty store gets none, nor an unfinished one.
   { openTree(storeIn(directory_.path())); }
   backUpDaily(files_, kWait);
   for (const int generation : {0, 1}) {
     EXPECT_FALSE(std::filesystem::exists(files_.backup(generation))) << generation;
   }
   for (int day = 1; day <= 5; ++day) {
-    // The store is closed again, and its thread with it.
+    // The braces close the store, and end its thread.
     { addKey(openTree(storeIn(directory_.path())), "k" + std::to_string(day)); }
     backUpDaily(files_, kWait);
     std::filesystem::last_write_time(
@@ -113,7 +112,7 @@ TEST_F(UserStoreFilesTest, ABackupDatedInTheFutureIsReplaced) {
             Clock::now() + std::chrono::hours(1));
 }
 
-TEST_F(UserStoreFilesTest, WhatIsMadeBelongsToTheUserAloneFromTheStart) {
+TEST_F(UserStoreFilesTest, EveryFileIsPrivateFromTheStart) {
   const mode_t before = umask(0);
   makeEveryFile(directory_.file("a/b"));
   umask(before);
@@ -122,7 +121,7 @@ TEST_F(UserStoreFilesTest, WhatIsMadeBelongsToTheUserAloneFromTheStart) {
   }
 }
 
-TEST_F(UserStoreFilesTest, WhatRootMakesBelongsToTheOwnerOfTheDirectory) {
+TEST_F(UserStoreFilesTest, FilesMadeByRootBelongToTheOwnerOfTheDirectory) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
   constexpr uid_t kOwner = 12345;
   ASSERT_EQ(chown(directory_.path().c_str(), kOwner, kOwner), 0);
@@ -135,7 +134,7 @@ TEST_F(UserStoreFilesTest, WhatRootMakesBelongsToTheOwnerOfTheDirectory) {
   EXPECT_GE(files, 7);
 }
 
-TEST_F(UserStoreFilesTest, ADirectoryInWhichEverybodyMayWriteIsRefused) {
+TEST_F(UserStoreFilesTest, AWorldWritableDirectoryIsRefused) {
   const std::string shared = directory_.file("shared");
   for (const mode_t mode : {0777, 01777}) {
     std::filesystem::create_directory(shared);
@@ -159,11 +158,11 @@ TEST_F(UserStoreFilesTest, LinksAreNotFollowed) {
   EXPECT_EQ(directory_.read("target"), "precious");
   std::filesystem::remove(files_.lock());
   std::filesystem::create_symlink(target, files_.lock());
-  EXPECT_NE(saidByOpening("k key\n").find("is a link"), std::string::npos);
+  EXPECT_NE(reportsOfOpening("k key\n").find("is a link"), std::string::npos);
   EXPECT_EQ(directory_.read("target"), "precious");
 }
 
-TEST_F(UserStoreFilesTest, ACopyOfTheFileAloneHasEverything) {
+TEST_F(UserStoreFilesTest, ACopyOfTheDatabaseFileAloneHasEverything) {
   const NodePtr root = open();
   addKey(root, "k");
   for (int value = 0; value < 5; ++value) {
@@ -176,7 +175,7 @@ TEST_F(UserStoreFilesTest, ACopyOfTheFileAloneHasEverything) {
   EXPECT_FALSE(std::filesystem::exists(files_.sharedMemory()));
 }
 
-TEST_F(UserStoreFilesTest, TheLogOfAnEarlierVersionIsUsedAsLongAsThatOneRunsAndThenGoes) {
+TEST_F(UserStoreFilesTest, TheLogOfAnEarlierVersionIsUsedWhileThatRunsAndThenRemoved) {
   { addKey(open(), "k"); }
   auto earlier = shell();
   earlier->execute(
@@ -195,24 +194,24 @@ TEST_F(UserStoreFilesTest, TheLogOfAnEarlierVersionIsUsedAsLongAsThatOneRunsAndT
   EXPECT_EQ(contentsOf(openTree(storeIn(copy.path()))), "k key\nk = int 1\n");
 }
 
-TEST_F(UserStoreFilesTest, AMissingOrEmptiedDatabaseIsRestoredAndWhatStoodBesideItIsKept) {
+TEST_F(UserStoreFilesTest, AMissingOrEmptyDatabaseIsRestoredAndItsLogKept) {
   { addKey(open(), "k"); }
   std::filesystem::remove(files_.backup(1));
   backUpDaily(files_, kWait);
   for (const char* database : {"missing", "empty"}) {
-    for (const char* end : {"-journal", "-wal"}) {
-      SCOPED_TRACE(std::string(database) + end);
+    for (const char* suffix : {"-journal", "-wal"}) {
+      SCOPED_TRACE(std::string(database) + suffix);
       std::filesystem::remove(files_.database());
       if (database == std::string("empty")) directory_.write("settings-1.db", "");
-      directory_.write(std::string("settings-1.db") + end, "what was not brought in");
-      const std::string said = saidByOpening("k key\n");
-      EXPECT_NE(said.find("Restored: the state of"), std::string::npos) << said;
-      EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+      directory_.write(std::string("settings-1.db") + suffix, "a log that was not applied");
+      const std::string reports = reportsOfOpening("k key\n");
+      EXPECT_NE(reports.find("Restored: the state of"), std::string::npos) << reports;
+      EXPECT_EQ(std::count(reports.begin(), reports.end(), '\n'), 1) << reports;
       int kept = 0;
       for (const auto& file : std::filesystem::directory_iterator(directory_.path())) {
         const std::string name = file.path().filename();
         if (name.find(".damaged-") == std::string::npos) continue;
-        kept += directory_.read(name) == "what was not brought in";
+        kept += directory_.read(name) == "a log that was not applied";
         std::filesystem::remove(file);
       }
       EXPECT_EQ(kept, 1);
@@ -220,7 +219,7 @@ TEST_F(UserStoreFilesTest, AMissingOrEmptiedDatabaseIsRestoredAndWhatStoodBeside
   }
 }
 
-TEST_F(UserStoreFilesTest, WhatIsReportedIsOneLineThatCommandsNoTerminal) {
+TEST_F(UserStoreFilesTest, AReportIsOneLineWithControlCharactersEscaped) {
   testing::internal::CaptureStderr();
   logError("a\nb \x1B[2J \xC0\x80 \xC2\x9B caf\xC3\xA9");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),

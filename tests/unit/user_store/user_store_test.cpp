@@ -1,5 +1,4 @@
-// How the user store says what it cannot do, and two trees on one store, as two processes have
-// them.
+// Failures of the user store, and two trees on one store, as two processes have them.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -15,7 +14,7 @@ namespace {
 using namespace KORVEN::settings::core;
 using namespace zlutil::settings::host;
 
-TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndLeftAlone) {
+TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndNotChanged) {
   { addKey(open(), "k"); }
   shell()->execute("PRAGMA user_version=2");
   testing::internal::CaptureStderr();
@@ -28,7 +27,7 @@ TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndLeftAlone) {
   EXPECT_EQ(shell()->number("SELECT count(*) FROM definitions"), 1);
 }
 
-TEST_F(UserStoreTest, WhatADatabaseCannotTakeIsRefusedWithThatReason) {
+TEST_F(UserStoreTest, LimitsOfTheDatabaseAreReported) {
   testing::internal::CaptureStderr();
   const NodePtr far = openTree(storeIn(directory.file(
       std::string(200, 'a') + '/' + std::string(200, 'b') + '/' + std::string(200, 'c'))));
@@ -57,7 +56,7 @@ TEST_F(UserStoreTest, ADirectoryThatCannotBeMadeIsReportedByEveryWrite) {
   EXPECT_TRUE(root->getChildren().empty());
 }
 
-TEST_F(UserStoreTest, AStoreThatStaysLockedIsReadAndOpenedLater) {
+TEST_F(UserStoreTest, ALockedStoreIsReadAndOpenedLater) {
   addKey(open(), "k");
   const FileDescriptor lock(::open(directory.file("settings-1.lock").c_str(), O_RDWR));
   ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
@@ -72,7 +71,7 @@ TEST_F(UserStoreTest, AStoreThatStaysLockedIsReadAndOpenedLater) {
   EXPECT_EQ(contentsOf(open()), "k key\nk = int 1\n");
 }
 
-TEST_F(UserStoreTest, AWriteTransactionOfSomebodyElseIsWaitedForOrReported) {
+TEST_F(UserStoreTest, AWriteTransactionOfAnotherProgramIsWaitedForThenReported) {
   const NodePtr root = openTree(storeIn(directory.path(), 20));
   addKey(root, "k");
   const auto other = shell();
@@ -86,26 +85,26 @@ TEST_F(UserStoreTest, AWriteTransactionOfSomebodyElseIsWaitedForOrReported) {
   root->setAny("k", 1, "user");
 }
 
-TEST_F(UserStoreTest, TwoTreesHearOfEachOthersChanges) {
-  const NodePtr here = open();
-  const NodePtr there = open();
-  Listener listener(there);
-  const SettingsPtr node = addNode(here, "n");
+TEST_F(UserStoreTest, TwoTreesSeeEachOthersChanges) {
+  const NodePtr first = open();
+  const NodePtr second = open();
+  Listener listener(second);
+  const SettingsPtr node = addNode(first, "n");
   addKey(node, "k");
   node->setAny("k", 1, "user");
-  ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
-  there->getChild("n")->setAny("k", 2, "user");
+  ASSERT_TRUE(eventually([&] { return contentsOf(second) == contentsOf(first); }));
+  second->getChild("n")->setAny("k", 2, "user");
   ASSERT_TRUE(eventually([&] { return intAt(node, "k") == 2; }));
   node->unset("k", "user");
-  ASSERT_TRUE(eventually([&] { return intAt(there->getChild("n"), "k") == -1; }));
+  ASSERT_TRUE(eventually([&] { return intAt(second->getChild("n"), "k") == -1; }));
   node->setAny("k", 2, "user");
-  here->copySubtree(node, "copy");
-  here->removeNode("n");
-  ASSERT_TRUE(eventually([&] { return contentsOf(there) == contentsOf(here); }));
+  first->copySubtree(node, "copy");
+  first->removeNode("n");
+  ASSERT_TRUE(eventually([&] { return contentsOf(second) == contentsOf(first); }));
   EXPECT_EQ(contentsOf(open()), "copy node\ncopy.k key\ncopy.k = int 2\n");
 }
 
-TEST_F(UserStoreTest, WhatAnotherProgramStoresAndNobodyUnderstandsIsLeftOutAndReported) {
+TEST_F(UserStoreTest, RowsThatAreNotUnderstoodAreLeftOutAndReported) {
   testing::internal::CaptureStderr();
   NodePtr root = open();
   addKey(root, "k");
@@ -120,18 +119,18 @@ TEST_F(UserStoreTest, WhatAnotherProgramStoresAndNobodyUnderstandsIsLeftOutAndRe
       " || char(10) || '=last' || char(10)); COMMIT");
   EXPECT_TRUE(eventually([&] { return intAt(root, "last") == 7; }));
   EXPECT_EQ(contentsOf(root), "k key\nk = int 1\nlast key\nlast = int 7\n");
-  const std::string heard = testing::internal::GetCapturedStderr();
+  const std::string onChange = testing::internal::GetCapturedStderr();
   testing::internal::CaptureStderr();
   EXPECT_EQ(contentsOf(open()), "k key\nlast key\nlast = int 7\n");
-  const std::string read = testing::internal::GetCapturedStderr();
+  const std::string onOpening = testing::internal::GetCapturedStderr();
   for (const char* path : {"odd", "thing", "k"}) {
     const std::string line = database() + ": \"" + path + "\" is left out: ";
-    EXPECT_NE(heard.find(line), std::string::npos) << heard;
-    EXPECT_NE(read.find(line), std::string::npos) << read;
+    EXPECT_NE(onChange.find(line), std::string::npos) << onChange;
+    EXPECT_NE(onOpening.find(line), std::string::npos) << onOpening;
   }
 }
 
-TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
+TEST_F(UserStoreTest, ADatabaseThatIsUnreadableForAWhileIsReadLater) {
   const NodePtr root = open();
   addKey(root, "k");
   root->setAny("k", 1, "user");
@@ -139,7 +138,7 @@ TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
   shell()->execute(
       "BEGIN; ALTER TABLE settings RENAME TO away;"
       "INSERT INTO journal(changes) VALUES('=k'); COMMIT");
-  // The tree goes on with what it has.
+  // The tree keeps its values.
   messageOf<StoreFailure>([&] { root->setAny("k", 3, "user"); });
   EXPECT_EQ(intAt(root, "k"), 1);
   shell()->execute(
@@ -147,17 +146,17 @@ TEST_F(UserStoreTest, ADatabaseThatCannotBeReadForAWhileIsReadWhenItCan) {
       "INSERT INTO journal(changes) VALUES('=k'); COMMIT");
   EXPECT_TRUE(eventually([&] { return intAt(root, "k") == 2; }));
   root->setAny("k", 3, "user");
-  testing::internal::GetCapturedStderr();  // says what could not be read, if it was tried
+  testing::internal::GetCapturedStderr();  // has a report if the thread has tried to read
   EXPECT_EQ(contentsOf(open()), "k key\nk = int 3\n");
 }
 
-TEST_F(UserStoreTest, WhatHasTakenThePlaceOfTheStoreIsNotTakenForIt) {
+TEST_F(UserStoreTest, AnotherDirectoryOrDatabaseIsNotTakenForTheStore) {
   const std::string user = directory.file("user"), away = directory.file("away");
   const NodePtr root = openTree(storeIn(user));
   addKey(root, "k");
-  // Another store stands ready to take its place.
+  // Another store, which will replace it.
   const std::string other = directory.file("other");
-  addKey(openTree(storeIn(other)), "foreign");
+  addKey(openTree(storeIn(other)), "other");
   const auto refusal = [&] {
     return messageOf<StoreFailure>([&] { root->setAny("k", 1, "user"); });
   };
@@ -166,7 +165,7 @@ TEST_F(UserStoreTest, WhatHasTakenThePlaceOfTheStoreIsNotTakenForIt) {
   };
   const struct {
     const char* name;
-    const char* said;
+    const char* reason;
     std::function<void()> takeAway, putBack;
   } cases[] = {{"a bare directory", "not mounted",
                 [&] {
@@ -195,10 +194,10 @@ TEST_F(UserStoreTest, WhatHasTakenThePlaceOfTheStoreIsNotTakenForIt) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     c.takeAway();
-    EXPECT_TRUE(eventually([&] { return refusal().find(c.said) != std::string::npos; }))
+    EXPECT_TRUE(eventually([&] { return refusal().find(c.reason) != std::string::npos; }))
         << refusal();
     EXPECT_TRUE(root->getChild("k"));
-    EXPECT_FALSE(root->getChild("foreign"));
+    EXPECT_FALSE(root->getChild("other"));
     c.putBack();
     EXPECT_TRUE(canEventuallySetK(root));
     root->unset("k", "user");
@@ -207,8 +206,8 @@ TEST_F(UserStoreTest, WhatHasTakenThePlaceOfTheStoreIsNotTakenForIt) {
 }
 
 TEST_F(UserStoreTest, AnOlderFileInItsPlaceIsReadByAll) {
-  const NodePtr here = open(), there = open();
-  addKey(here, "k");
+  const NodePtr first = open(), second = open();
+  addKey(first, "k");
   const struct {
     const char* name;
     bool isAnotherFile, looksFirst;
@@ -218,11 +217,11 @@ TEST_F(UserStoreTest, AnOlderFileInItsPlaceIsReadByAll) {
                {"the same file, met by a look", false, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    here->setAny("k", 1, "user");
+    first->setAny("k", 1, "user");
     const std::string older = directory.read("settings-1.db");
-    for (int value = 2; value < 6; ++value) here->setAny("k", value, "user");
-    ASSERT_TRUE(eventually([&] { return contentsOf(there) == "k key\nk = int 5\n"; }));
-    // One that looks too late: the numbers of the transactions are again what it knows.
+    for (int value = 2; value < 6; ++value) first->setAny("k", value, "user");
+    ASSERT_TRUE(eventually([&] { return contentsOf(second) == "k key\nk = int 5\n"; }));
+    // A store that looks too late: the revisions have grown again to those that it knows.
     UserStore behind(storeIn(directory.path()));
     behind.readAll(*boost::make_shared<Node>(Tree::makeStandalone(), "r", true, ValidatorPtr()),
                    kUser);
@@ -230,34 +229,34 @@ TEST_F(UserStoreTest, AnOlderFileInItsPlaceIsReadByAll) {
     directory.write(c.isAnotherFile ? "new" : "settings-1.db", older);
     if (c.isAnotherFile) std::filesystem::rename(directory.file("new"), database());
     if (c.looksFirst) {
-      EXPECT_TRUE(eventually([&] { return contentsOf(here) == "k key\nk = int 1\n"; }));
+      EXPECT_TRUE(eventually([&] { return contentsOf(first) == "k key\nk = int 1\n"; }));
     }
     // More changes than were lost.
     EXPECT_TRUE(eventually([&] {
       try {
-        return here->getChild("new") || addKey(here, "new");
+        return first->getChild("new") || addKey(first, "new");
       } catch (const Failure<StoreFailure>&) {
         return false;
       }
     }));
-    for (int value = 0; value < 9; ++value) here->setAny("new", value, "user");
+    for (int value = 0; value < 9; ++value) first->setAny("new", value, "user");
     const std::string contents = "k key\nk = int 1\nnew key\nnew = int 8\n";
-    EXPECT_TRUE(eventually([&] { return contentsOf(here) == contents; })) << contentsOf(here);
-    // A file that was replaced is opened anew; the same file tells by its journal.
+    EXPECT_TRUE(eventually([&] { return contentsOf(first) == contents; })) << contentsOf(first);
+    // A replaced file is reopened; in the same file the journal shows the change.
     if (!c.isAnotherFile) {
       bool comparesAll = false;
       behind.catchUp(
-          [&](const ExternalChanges& foreign) { return comparesAll = foreign.isEverything; });
+          [&](const ExternalChanges& external) { return comparesAll = external.isEverything; });
       EXPECT_TRUE(comparesAll);
     }
-    EXPECT_TRUE(eventually([&] { return contentsOf(there) == contents; })) << contentsOf(there);
+    EXPECT_TRUE(eventually([&] { return contentsOf(second) == contents; })) << contentsOf(second);
     EXPECT_EQ(contentsOf(open()), contents);
     testing::internal::GetCapturedStderr();
-    here->removeKey("new");
+    first->removeKey("new");
   }
 }
 
-TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBack) {
+TEST_F(UserStoreTest, ADirectoryThatVanishesIsWaitedFor) {
   const std::string user = directory.file("user"), away = directory.file("away");
   const NodePtr root = openTree(storeIn(user));
   addKey(root, "k");
@@ -273,7 +272,7 @@ TEST_F(UserStoreTest, ADirectoryThatVanishesIsNotMadeAnewAndUsedAgainWhenItIsBac
   EXPECT_EQ(contentsOf(openTree(storeIn(user))), "k key\nk = int 1\n");
 }
 
-TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
+TEST_F(UserStoreTest, ExternalChangesAreDeliveredAgainAfterAFailure) {
   const NodePtr root = open();
   const auto behind =
       boost::make_shared<Node>(Tree::makeStandalone(), "settings", true, ValidatorPtr());
@@ -282,9 +281,9 @@ TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
   std::atomic<int> looks{0};
   testing::internal::CaptureStderr();
   store.watch([&] {
-    store.catchUp([&](const ExternalChanges& foreign) {
+    store.catchUp([&](const ExternalChanges& external) {
       if (++looks == 1) throw std::bad_alloc();
-      applyExternalChanges(*behind, kUser, foreign);
+      applyExternalChanges(*behind, kUser, external);
       return true;
     });
   });
@@ -296,7 +295,7 @@ TEST_F(UserStoreTest, ChangesThatTheTreeHadNoMemoryForAreBroughtAgain) {
       std::string::npos);
 }
 
-TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
+TEST_F(UserStoreTest, AProcessThatMissesJournalRowsComparesEverything) {
   const NodePtr root = open();
   const SettingsPtr node = addNode(root, "node");
   for (const SettingsPtr& parent : {SettingsPtr(root), node}) {
@@ -306,7 +305,7 @@ TEST_F(UserStoreTest, AProcessThatHasMissedTheJournalComparesEverything) {
     }
     addKey(addNode(parent, "becomesKey"), "k");
   }
-  // Another program changes the database and leaves no word of it but the number of a transaction.
+  // Another program changes the database, and writes to the journal only a revision.
   shell()->execute(
       "BEGIN; DELETE FROM definitions WHERE path LIKE '%gone' OR path LIKE '%becomesKey.k';"
       "UPDATE definitions SET entry = 'key' WHERE path LIKE '%becomesKey';"

@@ -1,5 +1,5 @@
-// What the user store keeps, exactly: every value of every kind, definitions, and how the database
-// shows them.
+// The content of the user store: every value of every kind, definitions, and the text of the
+// database.
 #include <boost/variant/get.hpp>
 #include <limits>
 
@@ -50,21 +50,21 @@ TEST_F(UserStoreTest, EveryValueOfEveryKindComesBackExactly) {
   const std::vector<boost::any> values = valuesOfEveryKind();
   {
     const NodePtr root = open();
-    for (std::size_t at = 0; at < values.size(); ++at) {
-      const std::string name = "k" + std::to_string(at);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const std::string name = "k" + std::to_string(i);
       addKey(root, name);
-      root->setAny(name, values[at], "user");
+      root->setAny(name, values[i], "user");
     }
   }
   const NodePtr root = open();
-  for (std::size_t at = 0; at < values.size(); ++at) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
     EXPECT_TRUE(
-        zlutil::boostany::sameValue(root->getValue("k" + std::to_string(at), "user"), values[at]))
-        << at;
+        zlutil::boostany::sameValue(root->getValue("k" + std::to_string(i), "user"), values[i]))
+        << i;
   }
 }
 
-TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
+TEST_F(UserStoreTest, ColumnsWithoutAValueOfTheKindAreRefused) {
   const std::pair<std::string, std::string> cases[] = {{"int", "x"},
                                                        {"int", ""},
                                                        {"byte", "128"},
@@ -93,13 +93,13 @@ TEST_F(UserStoreTest, ColumnsThatHoldNoSuchValueAreRefused) {
     EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), text, false).empty())
         << kind << ' ' << text;
   }
-  // Bytes that are no UTF-8 can be a string, or an element that is one, and nothing else.
+  // A BLOB can only be a string.
   for (const char* kind : {"int", "boolean", "int[]", "string[]"}) {
     EXPECT_TRUE(valueFromColumn(*zlutil::boostany::kindOfName(kind), "1", true).empty()) << kind;
   }
 }
 
-TEST_F(UserStoreTest, ArraysThatTheDatabaseItselfHasMadeAreRead) {
+TEST_F(UserStoreTest, ArraysMadeByTheDatabaseAreRead) {
   {
     const NodePtr root = open();
     for (const auto& [name, value] :
@@ -144,7 +144,7 @@ TEST_F(UserStoreTest, DefinitionsKeepKindAndValidator) {
   EXPECT_EQ(root->getKeyType("typed"), kindOfType(typeid(int)));
 }
 
-TEST_F(UserStoreTest, TheDatabaseReadsWellInItsShell) {
+TEST_F(UserStoreTest, TheDatabaseIsReadableInItsShell) {
   const NodePtr root = open();
   const SettingsPtr node = addNode(root, "editor");
   addKey(node, "title");
