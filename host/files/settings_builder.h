@@ -12,7 +12,7 @@
 
 namespace zlutil::settings::host {
 
-// Its text says what was found and what was expected, in standard UTF-8.
+// An error in a file. Its text names what was found and expected, in standard UTF-8.
 class FormatError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -34,7 +34,7 @@ std::string directoryOf(const std::string& file) {
   return directory.empty() ? "." : directory;
 }
 
-// Gives what root makes to the owner of the directory, who has to be able to use it.
+// Gives a file that root has made to the owner of the directory, who must be able to use it.
 bool giveToOwnerOfDirectory(int made, const std::string& name) {
   if (geteuid() != 0) return true;
   struct stat directory;

@@ -93,7 +93,7 @@ std::unique_ptr<UserDatabase> openAndCheck(const UserStoreFiles& files, int lock
   try {
     return std::make_unique<UserDatabase>(std::move(connection));
   } catch (const SqliteError& error) {
-    // A statement that fails for want of a table: the version promises it.
+    // A table or column is missing that the version promises.
     if (error.code() == SQLITE_ERROR) throw SqliteError(SQLITE_CORRUPT, error.what());
     throw;
   }
