@@ -6,7 +6,7 @@
 // compare-and-swap or with a value that every thread would write. A jmethodID is the same for all
 // threads; of two references to a class the loser's is released.
 //
-// A copy of a record is only a lookup key: it borrows the table entry that the Java layer has for
+// A copy of a record is only a lookup key: it borrows the cache that the Java layer has for
 // the class, is never entered into a record set, and owns no reference.
 //
 // Each bridge of a process has records of its own, and the Java layer tells by their addresses
