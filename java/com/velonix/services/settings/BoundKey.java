@@ -88,7 +88,7 @@ final class BoundKey {
 
     private static long bits(Object value) {
         if (value instanceof Boolean flag)
-            return Boolean.compare(flag, false);
+            return flag ? 1 : 0;
         if (value instanceof Double number)
             return Double.doubleToRawLongBits(number);
         if (value instanceof Float number)
