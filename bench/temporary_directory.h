@@ -2,34 +2,21 @@
 // because /tmp may be in memory, where flushing costs nothing.
 #pragma once
 
-#include <stdlib.h>
+#include <cstdlib>
 
-#include <filesystem>
-#include <stdexcept>
-#include <string>
+#include "tests/support/temporary_directory.h"
 
 namespace bench {
 
-class TemporaryDirectory {
+class TemporaryDirectory : public test::TemporaryDirectory {
  public:
-  TemporaryDirectory() {
-    const char* const parent = std::getenv("SETTINGS_BENCH_DIR");
-    path_ = std::string(parent ? parent : "/var/tmp") + "/settings-bench.XXXXXX";
-    if (!mkdtemp(&path_[0])) throw std::runtime_error("cannot make " + path_);
-  }
-  // Stores in the directory are still open and may make files, so it is renamed first.
-  ~TemporaryDirectory() {
-    std::error_code ignored;  // files that are left do no harm
-    std::filesystem::rename(path_, path_ + ".removed", ignored);
-    std::filesystem::remove_all(path_ + ".removed", ignored);
-  }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const std::string& path() const { return path_; }
+  TemporaryDirectory() : test::TemporaryDirectory(parent()) {}
 
  private:
-  std::string path_;
+  static const char* parent() {
+    const char* const chosen = std::getenv("SETTINGS_BENCH_DIR");
+    return chosen ? chosen : "/var/tmp";
+  }
 };
 
 }  // namespace bench

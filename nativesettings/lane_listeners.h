@@ -3,10 +3,11 @@
 //
 //   void deliver(int event, String[] path, String name, boolean isNode, boolean gone)
 //
-//   event    0 changed, 1 added, 2 removed
-//   path     the path of the parent of the event's entry; null if the listened-to key itself
-//   changed name     the name of the event's entry; null likewise isNode   whether that entry is a
-//   node gone     whether the listened-to entry itself has left the tree
+//   event   0 changed, 1 added, 2 removed
+//   path    the parent's path; null if the event is about the listened-to key itself
+//   name    the name of the event's entry; null like the path
+//   isNode  whether that entry is a node
+//   gone    whether the listened-to entry itself has left the tree
 //
 // Exceptions of deliver() are dropped. A subscription is a Java long: listen() gives it to Java,
 // which owns it until unlisten().

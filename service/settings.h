@@ -10,10 +10,11 @@
 // and are read back as narrow text; bytes that are neither are a ValidationFailure.
 //
 // Threads: every operation may be called from any thread. Reading never waits for another thread's
-// validation, storage or listeners. Changes to one tree happen one after the other; a change is
-// validated, stored, made visible, and then published, on the calling thread and with no lock held.
-// External changes can be read within a moment, and are read before a change is stored: a change
-// that they have made impossible fails as if this process had made them.
+// validation, storage or listeners; only where the process can start no thread that watches for
+// external changes, each read looks for them itself. Changes to one tree happen one after the
+// other; a change is validated, stored, made visible, and then published, on the calling thread and
+// with no lock held. External changes can be read within a moment, and are read before a change is
+// stored: a change that they have made impossible fails as if this process had made them.
 //
 // A comment names the failures of service/failures.h that its operation throws.
 #pragma once
@@ -117,14 +118,15 @@ class SETTINGS_HOST_API Settings {
   // CantModifyValuesOnReadOnlyLevel (a read-only file defines it), StoreFailure.
   virtual void removeNode(const std::string& name) = 0;
 
-  // Removes the child key. NoSuchKey, NotAKeyName, and as above.
+  // Removes the child key. NoSuchKey, NotAKeyName, CantModifyValuesOnReadOnlyLevel (a settings file
+  // defines it), StoreFailure.
   virtual void removeKey(const std::string& name) = 0;
 
   // Inserts this freshly created entry under `parent`. NotAKeyName or NotANodeName (this entry's
   // name is no identifier), NotANodeName (the parent is a key), NoSuchNode (the parent has been
   // removed), ErrorAddingChildNodeOrKey (the name is taken, or this entry is not detached),
-  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until then an
-  // entry belongs to one thread.
+  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until it is
+  // inserted, an entry belongs to one thread.
   virtual void attachTo(const boost::shared_ptr<Settings>& parent) = 0;
 
   // Returns whether the entry is the root of a tree.
@@ -155,7 +157,8 @@ class SETTINGS_HOST_API Settings {
   SettingsProblems multipleSet(const Iterator& first, const Iterator& last,
                                const std::string& level);
 
-  // Finds the problems that multipleSet would find, without setting anything.
+  // Finds the problems of the values that multipleSet would find, at no level: neither a read-only
+  // level nor a store is asked. Sets nothing.
   template <class Iterator>
   SettingsProblems multipleValidate(const Iterator& first, const Iterator& last);
 

@@ -11,6 +11,7 @@
 //   values/java/primitive_arrays.h         a type without a primitive does not compile
 //   ValueKinds.java                        the test Values.JavaHasTheSameKinds compares the lists
 //   PrimitiveArrays.java, BoundKey.java    java.ValueRoundTripTest has values of every kind
+//   values/value_variant.h                 a list of types without room does not compile
 //   docs/settings.xsd                      nothing compares it
 #pragma once
 

@@ -10,7 +10,7 @@
 namespace zlutil::settings::host {
 namespace {
 
-void publish(const ExternalEvent& event) noexcept {
+void publishOne(const ExternalEvent& event) noexcept {
   try {
     switch (event.kind) {
       case ExternalEvent::kAdded:
@@ -48,7 +48,7 @@ void Tree::connect(const boost::weak_ptr<Entry>& root) {
 }
 
 void ExternalEvents::note(std::vector<ExternalEvent> events) {
-  Events dropped;  // entries may die with it: with no lock held
+  Events dropped;  // destroyed without the lock
   const std::lock_guard<std::mutex> lock(mutex_);
   for (ExternalEvent& event : events) {
     if (!event.audience.empty()) add(std::move(event), dropped);
@@ -91,7 +91,7 @@ bool ExternalEvents::takeBack(const Entry& entry, Audience& audience, Events& dr
   return !audience.empty();
 }
 
-void ExternalEvents::tell() noexcept {
+void ExternalEvents::publish() noexcept {
   std::unique_lock<std::mutex> lock(mutex_);
   if (events_.empty() || isPublishing_) return;
   if (hasThread()) {
@@ -132,7 +132,7 @@ void ExternalEvents::publishAll(std::unique_lock<std::mutex>& lock) {
     if (next.front().kind == ExternalEvent::kAdded) added_.erase(next.front().entry.get());
     if (next.front().kind == ExternalEvent::kChanged) changed_.erase(next.front().entry.get());
     lock.unlock();
-    publish(next.front());
+    publishOne(next.front());
     next.clear();
     lock.lock();
   }

@@ -1,8 +1,8 @@
 // A queue of the events of changes by other processes. A thread of its own publishes them, in the
 // order of the changes, so a slow listener delays neither external changes nor changes by this
 // process. The queue merges events: several changes of a key become one event, and an entry that is
-// added and removed before its addition was published causes none. So it never has more events than
-// the tree has entries.
+// added and removed before its addition was published causes none. So an entry has at most one
+// addition, one change and one removal in the queue.
 //
 // The thread starts with the first event. If the process can start no thread, the thread that has
 // applied the changes publishes their events. Any thread.
@@ -34,7 +34,7 @@ class ExternalEvents : public std::enable_shared_from_this<ExternalEvents> {
 
   // Starts publishing the queued events. Does not wait for the listeners, unless the process can
   // start no thread. The caller holds no lock.
-  void tell() noexcept;
+  void publish() noexcept;
 
   // Ends the thread. The caller queues no events afterwards.
   void stop();

@@ -101,7 +101,7 @@ void NewKey::add(const boost::shared_ptr<Settings>& parent, const std::string& n
       boost::make_shared<host::Key>(host::Tree::makeStandalone(), host::narrowText(name, "a name"),
                                     boostany::kNoValue, true, made);
   boost::any copy;
-  host::addWithValue(*host::requirePlace(key, parent), key,
+  host::addWithValue(*host::requireParent(key, parent), key,
                      host::withNarrowTexts(value, name, copy), level);
 }
 

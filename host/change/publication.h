@@ -10,8 +10,8 @@
 
 namespace zlutil::settings::host {
 
-// The entries on whose topics an event is published: those that may have subscribers, seldom more
-// than a few.
+// The identities of the entries on whose topics an event is published. Entries without subscribers
+// are left out; seldom more than a few are left.
 using Audience = std::vector<exchange::IDType>;
 
 // Returns the audience of an event about an entry that was added or changed. The caller holds the

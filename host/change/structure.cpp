@@ -25,7 +25,7 @@ void checkName(const Entry& parent, const std::string& name, bool isKey) {
 
 // Throws if the entry cannot stand below the parent. The caller holds the lock() of the parent's
 // tree, and is the only one who knows the entry.
-void checkPlace(const Node& parent, const Entry& entry, int height) {
+void checkCanStand(const Node& parent, const Entry& entry, int height) {
   if (!parent.isAttached()) throw Failure<NoSuchNode>(std::string("(removed)"), parent.name());
   if (parent.child(entry.name())) refuse(parent, entry, "the name is taken");
   if (parent.depth() + 1 + height > kMaxDepth) {
@@ -74,7 +74,7 @@ bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry) {
   LevelChanges changes;
   {
     ReadLock lock(tree.lock());
-    checkPlace(parent, *entry, height);
+    checkCanStand(parent, *entry, height);
     checkWritable(parent, kUser);
     changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
   }
@@ -91,7 +91,7 @@ bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry) {
   return true;
 }
 
-NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
+NodePtr requireParent(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent) {
   const auto at = boost::dynamic_pointer_cast<Entry>(parent);
   if (!at) {
     throw Failure<ErrorAddingChildNodeOrKey>(std::string(), entry->name(),
@@ -114,14 +114,14 @@ NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& p
     refuse(*at, *entry, "it is that tree's top");
   const NodePtr node = boost::static_pointer_cast<Node>(at);
   ReadLock lock(node->tree().lock());
-  checkPlace(*node, *entry, 0);
+  checkCanStand(*node, *entry, 0);
   checkWritable(*node, kUser);
   return node;
 }
 
 void Entry::attachTo(const boost::shared_ptr<Settings>& parent) {
   const EntryPtr self = shared_from_this();
-  const NodePtr node = requirePlace(self, parent);
+  const NodePtr node = requireParent(self, parent);
   if (waitsForValue(self, node)) return;
   editTree(node->tree(), [&](TreeEdit& edit) { return tryInserting(edit, *node, self); });
 }

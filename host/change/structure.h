@@ -8,7 +8,7 @@ namespace zlutil::settings::host {
 
 // Returns `parent` as a node below which the entry, a detached one, can stand. Throws what
 // Settings::attachTo throws.
-NodePtr requirePlace(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
+NodePtr requireParent(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
 
 // Inserts an entry that no other thread knows, with all entries below it. Returns false, with
 // nothing inserted, if external changes leave that impossible. Throws what Settings::attachTo

@@ -1,6 +1,6 @@
 // One change of a tree. Every change of values or entries takes the same steps:
 //
-//   1. validate  The caller runs the validator, with no edit under way.
+//   1. validate  The caller finds the validator in a first edit, ends that, and runs it.
 //   2. lock      The constructor acquires the tree's writer().
 //   3. check     The caller checks that the change is possible, and still judged by the validator
 //                that has run.
@@ -12,10 +12,11 @@
 //   7. publish   finish() publishes the events on this thread. Then what was replaced is destroyed.
 //
 // Lock rules. writer() is held from step 2 to step 6, also during the store's I/O. lock() is
-// acquired for writing in step 5 only, for as long as the memory changes, and for reading wherever
-// entries are read that may stand in a removed subtree. No lock is held while a validator or a
-// listener runs, nor while an entry or a value is destroyed. Nothing after step 4 may fail: what a
-// later step needs is prepared before it.
+// acquired for writing where memory changes, in step 5 and for external changes in step 4, and for
+// reading wherever entries are read that may stand in a removed subtree. No lock is held while a
+// validator or a listener runs; lock() is not held while an entry or a value is destroyed. Once a
+// change is stored it reaches the memory: what step 5 needs is allocated before step 4. Without
+// memory for an event, the change is made and its listeners are not called.
 //
 // An edit that ends without finish() publishes no events of its own. One thread at a time.
 #pragma once
@@ -40,7 +41,7 @@ class TreeEdit {
  public:
   enum Priority { kOrdinary, kAhead };
 
-  // Acquires the tree's writer(), with kAhead before all but one of the other writers that wait.
+  // Acquires the tree's writer(). With kAhead, each other thread acquires it at most once before.
   explicit TreeEdit(Tree& tree, Priority priority = kOrdinary);
   ~TreeEdit();
   TreeEdit(const TreeEdit&) = delete;
@@ -58,7 +59,7 @@ class TreeEdit {
   // Applies what other processes have changed in the level's store.
   void catchUp(int level);
 
-  // Replaces values at the level, and notes those that differ for the listeners.
+  // Replaces values at the level, and notes the keys whose values have changed, for publication.
   void replaceValue(Key& key, int level, boost::any value);
   void replaceValues(int level, KeyChanges changes);
 

@@ -15,7 +15,7 @@ class ValueBatch {
   struct Candidate {
     Key* key;  // null when the value's entry is no key of the tree
     const boost::any* value;
-    std::size_t parent;  // of its enclosing node, in parents_
+    std::size_t parent;  // index in parents_ of the node that holds the key
   };
 
   // `level` is the level to change; none for a validation.

@@ -39,7 +39,7 @@ class ChildTable {
   // Adds a child. Returns false, with nothing added, if the name is taken.
   bool insert(const EntryPtr& child) {
     if (!enter(child)) return false;
-    byName_.insert(place(child->name()), child);
+    byName_.insert(position(child->name()), child);
     return true;
   }
 
@@ -61,7 +61,7 @@ class ChildTable {
     Entry* const found = find(name);
     if (!found) return {};
     index_.erase(index_.iterator_to(*found));
-    const auto at = place(name);
+    const auto at = position(name);
     EntryPtr child = std::move(*at);
     byName_.erase(at);
     return child;
@@ -89,7 +89,7 @@ class ChildTable {
     return left->name() < right->name();
   }
 
-  std::vector<EntryPtr>::iterator place(std::string_view name) {
+  std::vector<EntryPtr>::iterator position(std::string_view name) {
     if (!byName_.empty() && byName_.back()->name() < name) return byName_.end();
     return std::lower_bound(
         byName_.begin(), byName_.end(), name,

@@ -35,8 +35,8 @@ class JavaProxies {
 
   // Runs the validator by `preferred`, if it is still installed, or else by the others in the order
   // of their installation, until one knows its class. Returns if the value is valid, and if there
-  // is no proxy. Throws what the proxy that knows the class throws, or what the first one has
-  // thrown if none does. The exceptions are copies made by the host: a proxy's library may be
+  // is no proxy. Throws what the proxy that knows the class throws; if none knows it, what the
+  // first proxy threw. The exceptions are copies made by the host: a proxy's library may be
   // unmapped after the call.
   void run(const WeakJavaProxy& preferred, const JValidator& validator,
            const boost::shared_ptr<const Settings>& node, const std::string& key,

@@ -28,8 +28,7 @@ class Key final : public Entry {
   void removeKey(const std::string& name) override;
   void setAny(const std::string& key, const boost::any& value, const std::string& level) override;
 
-  // The caller of the following holds the tree's lock(). A change needs writer() too, so a thread
-  // that holds writer() may call them without lock().
+  // The caller of the following holds the tree's lock() or writer().
 
   int kind() const { return kind_; }
   // Empty if the level has none.

@@ -1,6 +1,6 @@
-// The levels in priority order, as numbers: loops over levels go from 0 to kLevelCount, and the
-// first level that has a value supplies the effective value. Constants and pure functions; any
-// thread.
+// The levels in priority order, as numbers: 0 to kLevelCount - 1. The first level that has a value
+// supplies the effective value. level_order.cpp has their names in the same order. Constants and
+// pure functions; any thread.
 #pragma once
 
 #include <optional>

@@ -32,8 +32,9 @@ class Node final : public Entry {
   Key& requireKey(const std::string& name) const;
   // Returns the entry at the dotted path below this node, or null.
   Entry* atPath(std::string_view path) const;
-  // The number of removals of entries from any tree. While it is the same, every entry that was
-  // found below a root is still there. Grows under the lock() of the tree concerned. Needs no lock.
+  // The number of removals of entries from any tree. A caller that has found an entry below a root
+  // may use it as long as the number is the same. Grows under the lock() of the tree concerned;
+  // read without a lock.
   static std::uint64_t removals();
   bool hasChildren() const { return !children_.empty(); }
   // The children in name order.

@@ -1,9 +1,10 @@
 // The persistence of one level of a tree. The tree has all values in memory; a store keeps what
 // must outlive the tree.
 //
-// A store belongs to one tree and one level. The tree calls it from any thread, one call at a time
-// except for look(), and never with its lock() held; calls may do I/O. The store calls the tree
-// only through the functions that it is given.
+// A store belongs to one tree and one level. The tree calls it from any thread, one call at a time;
+// look() may run beside any call. The tree never holds its lock() meanwhile; calls may do I/O. The
+// store calls the tree only through the functions that it is given. host/roots/context_trees.cpp
+// chooses the stores of a tree.
 #pragma once
 
 #include <boost/any.hpp>
@@ -47,7 +48,7 @@ struct FixKind {
 using Change = std::variant<PutValue, EraseValue, DefineEntry, RemoveSubtree, FixKind>;
 using Changes = std::vector<Change>;
 
-// Changes by other processes that the tree does not have yet.
+// Stored changes, or the whole stored content, that the tree does not have yet.
 struct ExternalChanges {
   Changes changes;
   // Whether `changes` is the whole content of the store, because the changes are not known.
@@ -77,7 +78,8 @@ class Store {
   // Hands external changes to `receive`, if there are any. Does not throw if they cannot be read.
   virtual void catchUp(const Receiver& receive) = 0;
 
-  // Returns false if no value outlives the tree: the tree then does not call apply().
+  // Returns whether the tree must call apply() for a change. A read-only store returns true, and
+  // its apply() throws.
   virtual bool keepsChanges() const = 0;
 
   // Returns false if there may be external changes that the tree does not have. The caller holds

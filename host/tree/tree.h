@@ -54,9 +54,9 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   // The queue of events of external changes; null if the tree is not connected.
   ExternalEvents* externalEvents() const { return externalEvents_.get(); }
 
-  // Applies external changes if no thread watches for them. Called before every read and change,
-  // with no lock held.
+  // Returns whether no thread watches for external changes, so that look() must.
   bool mustLook() const { return mustLook_; }
+  // Applies external changes if mustLook(). Called before every read and change, with no lock held.
   void look() {
     if (mustLook_) lookAtStores();
   }

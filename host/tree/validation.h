@@ -1,6 +1,6 @@
-// Validators inside the service: how an entry owns one, and how one is run. No function may be
-// called with a lock held, because a validator is foreign code that may read and change settings.
-// Any thread.
+// Validators inside the service: how an entry owns one, and how one is run. runValidator() must not
+// be called with a lock held, because a validator is foreign code that may read and change
+// settings. Any thread.
 #pragma once
 
 #include <boost/any.hpp>

@@ -1,6 +1,7 @@
-// A writer mutex with a priority lane: once a thread waits in lockAhead(), each other thread
-// acquires the mutex at most once before it. Threads that apply external changes use it, because
-// threads that change the tree without pause would starve them at a plain mutex. Any thread.
+// A mutex for writers that lets some go first: once a thread waits in lockAhead(), each other
+// thread acquires the mutex at most once before it. Threads that apply external changes use it,
+// because threads that change the tree without pause would starve them at a plain mutex. Any
+// thread.
 #pragma once
 
 #include <atomic>
@@ -40,30 +41,6 @@ class CAPABILITY("mutex") WriterMutex {
   std::atomic<int> ahead_{0};  // on their way to the mutex; falls under gate_ only
   std::mutex gate_;
   std::condition_variable passed_;
-};
-
-class SCOPED_CAPABILITY WriterLock {
- public:
-  explicit WriterLock(WriterMutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
-  ~WriterLock() RELEASE() { mutex_.unlock(); }
-  WriterLock(const WriterLock&) = delete;
-  WriterLock& operator=(const WriterLock&) = delete;
-
- private:
-  WriterMutex& mutex_;
-};
-
-class SCOPED_CAPABILITY WriterLockAhead {
- public:
-  explicit WriterLockAhead(WriterMutex& mutex) ACQUIRE(mutex) : mutex_(mutex) {
-    mutex_.lockAhead();
-  }
-  ~WriterLockAhead() RELEASE() { mutex_.unlock(); }
-  WriterLockAhead(const WriterLockAhead&) = delete;
-  WriterLockAhead& operator=(const WriterLockAhead&) = delete;
-
- private:
-  WriterMutex& mutex_;
 };
 
 }  // namespace zlutil::settings::host

@@ -16,7 +16,7 @@ namespace {
 
 using namespace KORVEN::settings::core;
 using namespace nativesettings;
-using namespace testing_support;
+using namespace test;
 using namespace zlutil::settings;
 
 class Callbacks : public ContractTest {
@@ -34,7 +34,7 @@ class Callbacks : public ContractTest {
 
 TEST_F(Callbacks, AValidatorReceivesTheValueAndItsPath) {
   javaValidator("accept", "second", inner_, "d.1", 5);
-  EXPECT_EQ("accept second 77 [n.x, m, inner] d.1 5", asked());
+  EXPECT_EQ(asked(), "accept second 77 [n.x, m, inner] d.1 5");
   const PatchedJava java(env_);
   javaValidator("accept", "second", inner_, "k", std::string("v"));
   EXPECT_EQ((Names{"k", "v", "n.x", "m", "inner", "second", "accept"}), java.calls().strings);
@@ -45,7 +45,7 @@ TEST_F(Callbacks, TheAnswerOfAValidatorReachesTheCaller) {
     javaValidator("refuse", "", m_, "k", 5);
     FAIL();
   } catch (const Failure<ValidationFailure>& e) {
-    EXPECT_EQ("", e.GetMessageTxt());
+    EXPECT_EQ(e.GetMessageTxt(), "");
   }
   try {
     javaValidator("throw", "up", m_, "k", 5);
@@ -76,24 +76,23 @@ TEST_F(Callbacks, AnEventHasWholeNamesAndSaysWhetherItIsOfANode) {
   publish(node_, SettingsValueChangeEvent(dotted_));
   publish(node_, SettingsAddNodeEvent(m_, inner_));
   publish(node_, SettingsRemoveNodeEvent(node_, k_));
-  EXPECT_EQ(
-      "changed src[n.x]d.1 null false; added src[n.x, m]inner null true; "
-      "removed src[n.x]k null false; ",
-      show(listener));
+  EXPECT_EQ(show(listener),
+            "changed src[n.x]d.1 null false; added src[n.x, m]inner null true; "
+            "removed src[n.x]k null false; ");
   // An event of a key without a parent is not delivered.
   publish(node_, SettingsValueChangeEvent(FakeSettings::make("loose", true, nullptr)));
   publish(node_, SettingsRemoveNodeEvent(nullptr, k_));
-  EXPECT_EQ("", show(listener));
+  EXPECT_EQ(show(listener), "");
   nativeAddRemoveListener(env_, nullptr, nullptr, handle_, nodePath_, nullptr, listener);
   publish(node_, SettingsValueChangeEvent(k_));
-  EXPECT_EQ("", show(listener));
+  EXPECT_EQ(show(listener), "");
 }
 
 TEST_F(Callbacks, AnEntryThatTakesNoListenersRegistersNone) {
   k_->takesListeners = false;
   jobject listener = make("com/velonix/services/settings/RecordingListener", "()V");
   nativeAddRemoveListener(env_, nullptr, str("src"), handle_, nodePath_, key_, listener);
-  EXPECT_EQ(0u, valueChangeListeners.size() + addNodeListeners.size() + removeNodeListeners.size());
+  EXPECT_EQ(valueChangeListeners.size() + addNodeListeners.size() + removeNodeListeners.size(), 0u);
 }
 
 TEST_F(Callbacks, ACommitListsItsProblemsInOrderAndReturnsNullForNone) {
@@ -101,16 +100,16 @@ TEST_F(Callbacks, ACommitListsItsProblemsInOrderAndReturnsNullForNone) {
   const jlong context = nativeCreateTransactionContext(env_, nullptr);
   nativeSet(env_, nullptr, context, handle_, nullptr, str("top"), five_, nullptr);
   nativeSet(env_, nullptr, context, handle_, nullptr, str("none"), five_, nullptr);
-  EXPECT_EQ(nullptr, nativeCommitTransaction(env_, nullptr, context, user_));
-  EXPECT_EQ("java.lang.RuntimeException: cannot open settings root", takeException(env_));
+  EXPECT_EQ(nativeCommitTransaction(env_, nullptr, context, user_), nullptr);
+  EXPECT_EQ(takeException(env_), "java.lang.RuntimeException: cannot open settings root");
 
   fakeHost().root = root_;
   calls();
-  EXPECT_EQ(nullptr, nativeCommitTransaction(env_, nullptr, context, user_));
-  EXPECT_EQ("setMultiple top=5 \"user\"", fakeHost().calls.back());
-  EXPECT_EQ("getSettingsRoot 0", calls().front());
-  EXPECT_EQ(nullptr, nativeValidateTransaction(env_, nullptr, context, user_));
-  EXPECT_EQ("validateMultiple top=5 ", calls().back());
+  EXPECT_EQ(nativeCommitTransaction(env_, nullptr, context, user_), nullptr);
+  EXPECT_EQ(fakeHost().calls.back(), "setMultiple top=5 \"user\"");
+  EXPECT_EQ(calls().front(), "getSettingsRoot 0");
+  EXPECT_EQ(nativeValidateTransaction(env_, nullptr, context, user_), nullptr);
+  EXPECT_EQ(calls().back(), "validateMultiple top=5 ");
 
   fakeHost().problems = {{"p1", "r1"}, {"p2", "unspeakable"}, {"p3", "r3"}};
   const std::string shownList = "[p1 because r1, p3 because r3]";

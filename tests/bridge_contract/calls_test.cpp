@@ -13,7 +13,7 @@
 namespace {
 
 using namespace nativesettings;
-using namespace testing_support;
+using namespace test;
 
 #define FIND "findDescendant /n.x"
 
@@ -24,23 +24,23 @@ TEST_F(Calls, ReadingCallsTheServiceOnceAndInOrder) {
   const auto get = [&](jstring level) {
     return show(nativeGet(env_, nullptr, handle_, nodePath_, key_, level));
   };
-  EXPECT_EQ("null class java.lang.Integer", get(nullptr));
+  EXPECT_EQ(get(nullptr), "null class java.lang.Integer");
   EXPECT_EQ((Names{FIND, "getValue k \"\"", "getKeyType k"}), calls());
   fakeHost().kind = boost::none;
-  EXPECT_EQ("null null", get(user_));
+  EXPECT_EQ(get(user_), "null null");
   EXPECT_EQ((Names{FIND, "getValue k \"user\"", "getKeyType k"}), calls());
   fakeHost().value = 5;
-  EXPECT_EQ("5 null", get(user_));
+  EXPECT_EQ(get(user_), "5 null");
   EXPECT_EQ((Names{FIND, "getValue k \"user\""}), calls());
 
   const auto level = [&] { return text(nativeGetLevel(env_, nullptr, handle_, nodePath_, key_)); };
   fakeHost().setLevel = "workgroup";
-  EXPECT_EQ("workgroup", level());
+  EXPECT_EQ(level(), "workgroup");
   EXPECT_EQ((Names{FIND, "isSet k \"session\"", "isSet k \"user\"", "isSet k \"workgroup\""}),
             calls());
   fakeHost().setLevel = "none";
-  EXPECT_EQ("null", level());
-  EXPECT_EQ(5u, calls().size());
+  EXPECT_EQ(level(), "null");
+  EXPECT_EQ(calls().size(), 5u);
   EXPECT_FALSE(nativeIsSet(env_, nullptr, handle_, nodePath_, key_, nullptr));
   EXPECT_EQ((Names{FIND, "isSet k \"\""}), calls());
 
@@ -83,19 +83,19 @@ TEST_F(Calls, ChangingCallsTheServiceOnceAndInOrder) {
 }
 
 TEST_F(Calls, AMissingTreeIsARuntimeException) {
-  EXPECT_EQ(0, nativeGetZvmRoot(env_, nullptr, 0));
-  EXPECT_EQ("java.lang.RuntimeException: cannot find root", takeException(env_));
-  EXPECT_EQ(0, nativeLoadSettings(env_, nullptr, str("f.xml")));
-  EXPECT_EQ("java.lang.RuntimeException: Failed to create settings tree for f.xml",
-            takeException(env_));
+  EXPECT_EQ(nativeGetZvmRoot(env_, nullptr, 0), 0);
+  EXPECT_EQ(takeException(env_), "java.lang.RuntimeException: cannot find root");
+  EXPECT_EQ(nativeLoadSettings(env_, nullptr, str("f.xml")), 0);
+  EXPECT_EQ(takeException(env_),
+            "java.lang.RuntimeException: Failed to create settings tree for f.xml");
   fakeHost().makesNothing = true;
-  EXPECT_EQ(0, nativeLoadSettings(env_, nullptr, nullptr));
-  EXPECT_EQ("java.lang.RuntimeException: Failed to create settings tree for __STANDALONE_ROOT__",
-            takeException(env_));
+  EXPECT_EQ(nativeLoadSettings(env_, nullptr, nullptr), 0);
+  EXPECT_EQ(takeException(env_),
+            "java.lang.RuntimeException: Failed to create settings tree for __STANDALONE_ROOT__");
   EXPECT_EQ((Names{"getSettingsRoot 1", "importAsStandaloneObject f.xml",
                    "createSettingsNode __STANDALONE_ROOT__ node true"}),
             calls());
-  EXPECT_EQ("factory of 77", text(nativeGetFactoryDir(env_, nullptr, handle_)));
+  EXPECT_EQ(text(nativeGetFactoryDir(env_, nullptr, handle_)), "factory of 77");
 }
 
 TEST_F(Calls, TheTestEnvironmentIsPrintedAndReadBack) {
@@ -104,19 +104,19 @@ TEST_F(Calls, TheTestEnvironmentIsPrintedAndReadBack) {
   };
   nativeUnsetEnv(env_, nullptr);
   fakeHost().ignoresSetenv = true;
-  EXPECT_EQ("SETTINGS_FACTORYDIR is set to nothing", set("/f", "/u"));
+  EXPECT_EQ(set("/f", "/u"), "SETTINGS_FACTORYDIR is set to nothing");
   fakeHost().ignoresSetenv = false;
-  EXPECT_EQ("/f", set("/f", "/u"));
+  EXPECT_EQ(set("/f", "/u"), "/f");
   const Names lines = {"setenv Command /f.\n", "setenv Command /u.\n"};
   EXPECT_EQ((Names{lines[0], lines[1], lines[0], lines[1]}), fakeHost().printed);
   for (const char* odd : {"a\xC0\x80", "a\xED\xA0\x80"}) {
     const std::string reason = " to \"" + std::string(odd) +
                                "\": the environment holds neither U+0000 nor half a surrogate "
                                "pair. Nothing was set.";
-    EXPECT_EQ("null", set(odd, "/u2"));
+    EXPECT_EQ(set(odd, "/u2"), "null");
     EXPECT_EQ("java.lang.RuntimeException: Cannot set SETTINGS_FACTORYDIR" + reason,
               takeException(env_));
-    EXPECT_EQ("null", set("/f2", odd));
+    EXPECT_EQ(set("/f2", odd), "null");
     EXPECT_EQ("java.lang.RuntimeException: Cannot set SETTINGS_USERDIR" + reason,
               takeException(env_));
     EXPECT_STREQ("/f", std::getenv("SETTINGS_FACTORYDIR"));
@@ -130,12 +130,12 @@ TEST_F(Calls, AnExceptionThatNoCallerReceivesIsPrinted) {
   nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, throwing, user_);
   EXPECT_FALSE(env_->ExceptionCheck());
   EXPECT_EQ(Names{FIND}, calls());
-  EXPECT_EQ(1, java.calls().described);
+  EXPECT_EQ(java.calls().described, 1);
   java.failOn(1);
   EXPECT_FALSE(
       jzi::detail::makeSharedObject(env_, key_, &JNIEnv::NewGlobalRef, &JNIEnv::DeleteGlobalRef));
   env_->ExceptionClear();
-  EXPECT_EQ(2, java.calls().described);
+  EXPECT_EQ(java.calls().described, 2);
 }
 
 TEST_F(Calls, MoreElementsThanAJavaArrayHoldsAreRefusedBeforeAnyIsMade) {

@@ -12,7 +12,7 @@
 #include "tests/bridge_contract/fake_host.h"
 #include "tests/support/jvm.h"
 
-namespace testing_support {
+namespace test {
 
 #define SETTINGS_PACKAGE "com.velonix.services.settings."
 
@@ -59,4 +59,4 @@ class ContractTest : public JvmTest {
   jobject five_ = nullptr;
 };
 
-}  // namespace testing_support
+}  // namespace test

@@ -12,7 +12,7 @@
 #include "service/validators.h"
 #include "service/z_settings.h"
 
-namespace testing_support {
+namespace test {
 
 using zlutil::settings::SettingsValues;
 using Range = boost::iterator_range<SettingsValues::const_iterator>;
@@ -38,7 +38,7 @@ namespace {
 std::string shown(const Range& values) {
   std::string all;
   for (const auto& [entry, value] : values) {
-    all += entry->getName() + "=" + testing_support::shown(value) + " ";
+    all += entry->getName() + "=" + test::shown(value) + " ";
   }
   return all;
 }
@@ -165,13 +165,13 @@ void FakeSettings::attachTo(const SettingsPtr& parent) {
 
 void FakeSettings::setAny(const std::string& key, const boost::any& value,
                           const std::string& level) {
-  fakeHost().called("setAny", key + " " + testing_support::shown(value) + " \"" + level + "\"");
+  fakeHost().called("setAny", key + " " + test::shown(value) + " \"" + level + "\"");
 }
 
-}  // namespace testing_support
+}  // namespace test
 
-using testing_support::fakeHost;
-using testing_support::FakeSettings;
+using test::fakeHost;
+using test::FakeSettings;
 
 void utPrintf(const char* format, ...) {
   char line[256];

@@ -11,7 +11,7 @@
 
 #include "service/settings.h"
 
-namespace testing_support {
+namespace test {
 
 using zlutil::settings::Settings;
 using zlutil::settings::SettingsProblems;
@@ -92,4 +92,4 @@ class FakeSettings : public Settings {
 // Returns a value as calls show it.
 std::string shown(const boost::any& value);
 
-}  // namespace testing_support
+}  // namespace test

@@ -10,7 +10,7 @@ extern "C" void JNICALL JNI_OnUnload(JavaVM*, void*);
 namespace {
 
 using namespace nativesettings;
-using namespace testing_support;
+using namespace test;
 
 #define CLASS(NAME) "com/velonix/services/settings/" NAME
 
@@ -77,20 +77,20 @@ TEST_F(Load, TheRegistrationNeedsAnEnvironmentOnly) {
 
 TEST_F(Load, UnloadingForgetsResolvedClassesAndLoadingFindsThemAgain) {
   javaValidator("accept", "x", m_, "k", 1);
-  EXPECT_NE(nullptr, settingValidator_validateID.load());
-  EXPECT_NE(nullptr, intClassInfo.getArrayClass(env_));
+  EXPECT_NE(settingValidator_validateID.load(), nullptr);
+  EXPECT_NE(intClassInfo.getArrayClass(env_), nullptr);
   fakeHost().calls.clear();
   JNI_OnUnload(jvm(), nullptr);
   EXPECT_EQ(Names{"clearFunctions"}, calls());
   EXPECT_TRUE(globalConsInfos.empty());
-  EXPECT_EQ(nullptr, settingValidator_validateID.load());
-  EXPECT_EQ(nullptr, settingInfo_getValueID.load());
-  EXPECT_EQ(nullptr, settingInfo_getTypeID.load());
-  EXPECT_EQ(nullptr, intClassInfo.getArrayClass(env_)) << "until the library is loaded again";
+  EXPECT_EQ(settingValidator_validateID.load(), nullptr);
+  EXPECT_EQ(settingInfo_getValueID.load(), nullptr);
+  EXPECT_EQ(settingInfo_getTypeID.load(), nullptr);
+  EXPECT_EQ(intClassInfo.getArrayClass(env_), nullptr) << "until the library is loaded again";
   EXPECT_EQ(JNI_VERSION_1_4, JNI_OnLoad(jvm(), nullptr));
-  EXPECT_NE(nullptr, intClassInfo.getArrayClass(env_));
+  EXPECT_NE(intClassInfo.getArrayClass(env_), nullptr);
   EXPECT_THROW(javaValidator("refuse", "x", m_, "k", 1), std::exception);
-  EXPECT_NE(nullptr, settingValidator_validateID.load());
+  EXPECT_NE(settingValidator_validateID.load(), nullptr);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace {
 
 using namespace KORVEN::settings::core;
 using namespace nativesettings;
-using namespace testing_support;
+using namespace test;
 using zlutil::settings::Failure;
 
 struct OnlyMsgID : IMsgIDException {
@@ -205,7 +205,7 @@ TEST_F(NativeFailures, EachFailureBecomesItsJavaExceptionWhereverItIsThrown) {
     for (const std::string& operation : site.operations) {
       for (const Row& row : kRows) {
         SCOPED_TRACE(site.native + ", " + row.name + " from " + operation);
-        ASSERT_EQ(JNI_OK, env_->PushLocalFrame(32));
+        ASSERT_EQ(env_->PushLocalFrame(32), JNI_OK);
         failAt(operation, row.raise);
         EXPECT_TRUE(site.call());
         EXPECT_EQ(expected(row, site), takeException(env_));

@@ -15,7 +15,7 @@
 namespace {
 
 using namespace nativesettings;
-using namespace testing_support;
+using namespace test;
 using NotReady =
     zlutil::settings::Failure<KORVEN::settings::core::JVMNotReadyForProcessingJavaFunction>;
 
@@ -27,15 +27,15 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
   fakeHost().problems = {{"p", "r"}};
   ASSERT_TRUE(jzi::stopJava(std::chrono::milliseconds(0)));
 
-  EXPECT_EQ(nullptr, nativeGet(env_, nullptr, handle_, nodePath_, key_, user_));
-  EXPECT_EQ(nullptr, nativeGetLevel(env_, nullptr, handle_, nodePath_, key_));
+  EXPECT_EQ(nativeGet(env_, nullptr, handle_, nodePath_, key_, user_), nullptr);
+  EXPECT_EQ(nativeGetLevel(env_, nullptr, handle_, nodePath_, key_), nullptr);
   EXPECT_FALSE(nativeIsSet(env_, nullptr, handle_, nodePath_, key_, user_));
   EXPECT_FALSE(nativeExists(env_, nullptr, handle_, nodePath_, key_));
   EXPECT_FALSE(nativeIsChildNode(env_, nullptr, handle_, nodePath_, str("m")));
-  EXPECT_EQ(nullptr, nativeGetChildren(env_, nullptr, handle_, nodePath_, 0));
-  EXPECT_EQ(0, nativeGetZvmRoot(env_, nullptr, 0));
-  EXPECT_EQ(0, nativeLoadSettings(env_, nullptr, str("f.xml")));
-  EXPECT_EQ(nullptr, nativeGetFactoryDir(env_, nullptr, handle_));
+  EXPECT_EQ(nativeGetChildren(env_, nullptr, handle_, nodePath_, 0), nullptr);
+  EXPECT_EQ(nativeGetZvmRoot(env_, nullptr, 0), 0);
+  EXPECT_EQ(nativeLoadSettings(env_, nullptr, str("f.xml")), 0);
+  EXPECT_EQ(nativeGetFactoryDir(env_, nullptr, handle_), nullptr);
   nativeSet(env_, nullptr, 0, handle_, nodePath_, key_, five_, user_);
   nativeUnset(env_, nullptr, handle_, nodePath_, key_, user_);
   nativeAddKey(env_, nullptr, handle_, nodePath_, str("new"), five_, user_, nullptr, nullptr);
@@ -44,12 +44,12 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
   nativeCopySubtree(env_, nullptr, handle_, nullptr, handle_, nodePath_, str("new"));
   nativeAddRemoveListener(env_, nullptr, key_, handle_, nodePath_, key_, listener);
   const jlong context = nativeCreateTransactionContext(env_, nullptr);
-  EXPECT_NE(0, context);
-  EXPECT_EQ(nullptr, nativeCommitTransaction(env_, nullptr, context, user_));
-  EXPECT_EQ(nullptr, nativeValidateTransaction(env_, nullptr, context, user_));
+  EXPECT_NE(context, 0);
+  EXPECT_EQ(nativeCommitTransaction(env_, nullptr, context, user_), nullptr);
+  EXPECT_EQ(nativeValidateTransaction(env_, nullptr, context, user_), nullptr);
   EXPECT_EQ(Names(), calls()) << "the service is not asked";
   EXPECT_FALSE(env_->ExceptionCheck());
-  EXPECT_EQ(0u, valueChangeListeners.size());
+  EXPECT_EQ(valueChangeListeners.size(), 0u);
   nativeDeleteTransactionContext(env_, nullptr, context);
 
   EXPECT_THROW(javaValidator("accept", "", node_, "k", 1), NotReady);
@@ -60,9 +60,9 @@ TEST_F(ContractTest, AfterTheEndOfJavaTheNativesDoNothing) {
 TEST_F(ContractTest, NativesThatTouchNoTreeGoOnWorking) {
   ASSERT_TRUE(jzi::stopJava(std::chrono::milliseconds(0)));
   EXPECT_TRUE(nativeIsKeyNameValid(env_, nullptr, str("a")));
-  EXPECT_EQ("user", text(nativeGetDefaultLevel(env_, nullptr)));
-  EXPECT_EQ(1, nativeCompareLevels(env_, nullptr, str("session"), user_));
-  EXPECT_EQ("/f", text(nativeSetEnv(env_, nullptr, str("/f"), str("/u"))));
+  EXPECT_EQ(text(nativeGetDefaultLevel(env_, nullptr)), "user");
+  EXPECT_EQ(nativeCompareLevels(env_, nullptr, str("session"), user_), 1);
+  EXPECT_EQ(text(nativeSetEnv(env_, nullptr, str("/f"), str("/u"))), "/f");
   EXPECT_EQ(reinterpret_cast<jlong>(root_.get()), nativeGetPtrTarget(env_, nullptr, handle_));
   const long owners = root_.use_count();
   const auto other = reinterpret_cast<jlong>(new SettingsPtr(root_));

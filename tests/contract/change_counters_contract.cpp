@@ -40,7 +40,7 @@ TEST_P(ServiceContract, EveryChangeOfAKeyIsCountedBeforeItsEvent) {
   node->removeKey("k");
   addKey(node, "k");
   root->removeNode("above");
-  EXPECT_EQ(6, heard);
+  EXPECT_EQ(heard, 6);
 }
 
 TEST_P(ServiceContract, AnAddedOrRemovedEntryCountsForItsListAndAllKeysBelow) {
@@ -67,7 +67,7 @@ TEST_P(ServiceContract, AnUnchangedKeyIsNotCounted) {
   const SettingsPtr node = addNode(root, "n"), key = addKey(node, "k");
   node->setAny("k", 1, "user");
   const Counts before;
-  EXPECT_EQ(1, intAt(node, "k"));
+  EXPECT_EQ(intAt(node, "k"), 1);
   node->setAny("k", 1, "user");
   EXPECT_ANY_THROW(node->setAny("k", std::string("another type"), "user"));
   EXPECT_FALSE(setAll(root, {{key, 2}, {node, 2}}, "user").empty());

@@ -13,9 +13,9 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::BridgeTest;
-using testing_support::PatchedJava;
-using testing_support::takeException;
+using test::BridgeTest;
+using test::PatchedJava;
+using test::takeException;
 using Names = std::vector<std::string>;
 
 #define SETTINGS_PACKAGE "com.velonix.services.settings."
@@ -58,11 +58,11 @@ class Changing : public BridgeTest {
 };
 
 TEST_F(Changing, ASetStoresAtItsLevelOnly) {
-  EXPECT_EQ("", set({"a", "b"}, "k", info(integer(12)), "session"));
-  EXPECT_EQ("12", read({"a", "b"}, "k"));
-  EXPECT_EQ("7", read({"a", "b"}, "k", "user"));
-  EXPECT_EQ("", unset({"a", "b"}, "k", "session"));
-  EXPECT_EQ("7", read({"a", "b"}, "k"));
+  EXPECT_EQ(set({"a", "b"}, "k", info(integer(12)), "session"), "");
+  EXPECT_EQ(read({"a", "b"}, "k"), "12");
+  EXPECT_EQ(read({"a", "b"}, "k", "user"), "7");
+  EXPECT_EQ(unset({"a", "b"}, "k", "session"), "");
+  EXPECT_EQ(read({"a", "b"}, "k"), "7");
 }
 
 TEST_F(Changing, EachFailureOfASetHasItsExceptionAndChangesNothing) {
@@ -81,13 +81,13 @@ TEST_F(Changing, EachFailureOfASetHasItsExceptionAndChangesNothing) {
   EXPECT_EQ(noKind, set(ab, "k", infoOfClass(nullptr))) << "neither value nor type";
   EXPECT_EQ(null, set(ab, "k", infoOfClass(env_->FindClass("java/lang/Integer"))));
   EXPECT_EQ(null, set(ab, "k", nullptr));
-  EXPECT_EQ("", set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_TRUE))) << "getValue() throws";
-  EXPECT_EQ("java.lang.RuntimeException: Attempting to set",
-            set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_FALSE)))
+  EXPECT_EQ(set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_TRUE)), "") << "getValue() throws";
+  EXPECT_EQ(set(ab, "k", make("ThrowingInfo", "(Z)V", JNI_FALSE)),
+            "java.lang.RuntimeException: Attempting to set")
       << "getType() throws";
   const std::string wrongType = set({"a", "b"}, "k", info(str("text")));
-  EXPECT_EQ(0u, wrongType.find(SETTINGS_PACKAGE "SettingValidationException: ")) << wrongType;
-  EXPECT_EQ("7", read({"a", "b"}, "k"));
+  EXPECT_EQ(wrongType.find(SETTINGS_PACKAGE "SettingValidationException: "), 0u) << wrongType;
+  EXPECT_EQ(read({"a", "b"}, "k"), "7");
 }
 
 TEST_F(Changing, EachFailureOfAnUnsetHasItsException) {
@@ -95,17 +95,17 @@ TEST_F(Changing, EachFailureOfAnUnsetHasItsException) {
   EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a.x", unset({"a"}, "x", "user"));
   EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: a.b.k", unset({"a", "b"}, "k", "session"))
       << "nothing is set there";
-  EXPECT_EQ("java.lang.RuntimeException: Unsupported level for a.b.k",
-            unset({"a", "b"}, "k", "galaxy"));
+  EXPECT_EQ(unset({"a", "b"}, "k", "galaxy"),
+            "java.lang.RuntimeException: Unsupported level for a.b.k");
 }
 
 TEST_F(Changing, KeysAndNodesAreAddedAndDeleted) {
-  EXPECT_EQ("", addKey({"spare"}, "fresh", info(str("v"))));
-  EXPECT_EQ("v", read({"spare"}, "fresh"));
-  EXPECT_EQ("", addNode({"spare"}, "deeper"));
-  EXPECT_EQ("", addKey({"spare", "deeper"}, "k2", info(integer(3))));
-  EXPECT_EQ("", remove({"spare"}, "fresh"));
-  EXPECT_EQ("", remove({}, "spare"));
+  EXPECT_EQ(addKey({"spare"}, "fresh", info(str("v"))), "");
+  EXPECT_EQ(read({"spare"}, "fresh"), "v");
+  EXPECT_EQ(addNode({"spare"}, "deeper"), "");
+  EXPECT_EQ(addKey({"spare", "deeper"}, "k2", info(integer(3))), "");
+  EXPECT_EQ(remove({"spare"}, "fresh"), "");
+  EXPECT_EQ(remove({}, "spare"), "");
   EXPECT_FALSE(entryAt({"spare"}));
 }
 
@@ -129,22 +129,22 @@ TEST_F(Changing, AKeyWhoseFirstValueIsRefusedStaysWithoutAValue) {
   EXPECT_EQ(SETTINGS_PACKAGE "SettingUnsupportedTypeRuntimeException: Unsupported type",
             addKey({"spare"}, "fresh", info(env_->NewIntArray(1))));
   ASSERT_TRUE(entryAt({"spare", "fresh"}));
-  EXPECT_EQ("null", read({"spare"}, "fresh"));
+  EXPECT_EQ(read({"spare"}, "fresh"), "null");
 }
 
 TEST_F(Changing, ASingleValidatorStringIsIgnored) {
-  EXPECT_EQ("", addKey({"spare"}, "one", info(integer(1)), "no.such.Validator", nullptr));
-  EXPECT_EQ("", addKey({"spare"}, "two", info(integer(1)), nullptr, "1..2"));
+  EXPECT_EQ(addKey({"spare"}, "one", info(integer(1)), "no.such.Validator", nullptr), "");
+  EXPECT_EQ(addKey({"spare"}, "two", info(integer(1)), nullptr, "1..2"), "");
   const std::string both = addKey({"spare"}, "three", info(integer(1)), "no.such.Validator", "");
   EXPECT_NE(std::string::npos, both.find("no.such.Validator")) << both;
 }
 
 TEST_F(Changing, ASubtreeIsCopiedBelowTheFirstPath) {
-  EXPECT_EQ("", copy({"spare"}, {"a"}, "again"));
-  EXPECT_EQ("7", read({"spare", "again", "b"}, "k"));
-  EXPECT_EQ("1", read({"spare", "again", "b"}, "k", "factory"));
-  EXPECT_EQ("java.lang.UnsupportedOperationException: Path already contains children: spare",
-            copy({"spare"}, {"a"}, "again"));
+  EXPECT_EQ(copy({"spare"}, {"a"}, "again"), "");
+  EXPECT_EQ(read({"spare", "again", "b"}, "k"), "7");
+  EXPECT_EQ(read({"spare", "again", "b"}, "k", "factory"), "1");
+  EXPECT_EQ(copy({"spare"}, {"a"}, "again"),
+            "java.lang.UnsupportedOperationException: Path already contains children: spare");
   EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: x", copy({"x"}, {"a"}, "c"));
   EXPECT_EQ(SETTINGS_PACKAGE "SettingNotFoundException: spare", copy({"spare"}, {"x"}, "c"));
 }
@@ -170,9 +170,9 @@ TEST_F(Changing, ReadingAndSettingLeaveNoReferenceBehind) {
   const long before = java.calls().lookups;
   nativeSet(env_, nullptr, 0, handle_, path({"a", "b"}), str("k"), description, level);
   nativeGet(env_, nullptr, handle_, path({"a", "b"}), str("k"), level);
-  EXPECT_EQ(0, java.calls().globals);
-  EXPECT_EQ(0, java.calls().weakGlobals);
-  EXPECT_EQ(0, java.calls().frames);
+  EXPECT_EQ(java.calls().globals, 0);
+  EXPECT_EQ(java.calls().weakGlobals, 0);
+  EXPECT_EQ(java.calls().frames, 0);
   // One look at java.lang.String for each path that this test itself makes.
   EXPECT_EQ(before + 2, java.calls().lookups) << "classes and methods are remembered";
 }
@@ -200,7 +200,7 @@ class Transactions : public Changing {
     const zljLocalReferenceFrame frame(env_, 16);
     nativeSet(env_, nullptr, context_, process_, path({"transactions"}), str(key), info(value),
               str("no level at all"));
-    EXPECT_EQ("", takeException(env_));
+    EXPECT_EQ(takeException(env_), "");
   }
   std::vector<std::string> problems(bool commit, const char* level = "session") {
     jobject list = commit ? nativeCommitTransaction(env_, nullptr, context_, str(level))
@@ -218,23 +218,23 @@ class Transactions : public Changing {
 
   jlong context_ = 0;
   jlong process_ = 0;
-  testing_support::SettingsPtr processRoot_;
-  testing_support::SettingsPtr node_;
+  test::SettingsPtr processRoot_;
+  test::SettingsPtr node_;
 };
 
 TEST_F(Transactions, ARecordedChangeIsAppliedByTheCommit) {
   record("one", integer(10));
   record("two", str("t"));
   record("noSuchKey", str("t"));  // not recorded, and no failure
-  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_EQ(boost::any_cast<int>(value("one")), 1);
   EXPECT_TRUE(problems(false).empty());
-  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_EQ(boost::any_cast<int>(value("one")), 1);
   EXPECT_TRUE(problems(true).empty());
-  EXPECT_EQ(10, boost::any_cast<int>(value("one")));
-  EXPECT_EQ("t", boost::any_cast<std::string>(value("two")));
+  EXPECT_EQ(boost::any_cast<int>(value("one")), 10);
+  EXPECT_EQ(boost::any_cast<std::string>(value("two")), "t");
   node_->setAny("one", 11, "session");
   EXPECT_TRUE(problems(true).empty()) << "a context may be committed again";
-  EXPECT_EQ(10, boost::any_cast<int>(value("one")));
+  EXPECT_EQ(boost::any_cast<int>(value("one")), 10);
 }
 
 TEST_F(Transactions, AnEmptyContextAndTheNullContextDoNothing) {
@@ -250,21 +250,21 @@ TEST_F(Transactions, OneProblemLeavesEverythingAsItWas) {
   const std::vector<std::string> one(1, SETTINGS_PACKAGE "SettingValidity");
   EXPECT_EQ(one, problems(false));
   EXPECT_EQ(one, problems(true));
-  EXPECT_EQ(1, boost::any_cast<int>(value("one")));
+  EXPECT_EQ(boost::any_cast<int>(value("one")), 1);
   EXPECT_TRUE(value("two").empty());
 }
 
 TEST_F(Transactions, AnUnknownLevelAndAVanishedKeyAreProblems) {
   record("one", integer(10));
-  EXPECT_EQ(1u, problems(true, "galaxy").size());
+  EXPECT_EQ(problems(true, "galaxy").size(), 1u);
   node_->removeKey("one");
-  EXPECT_EQ(1u, problems(true).size());
+  EXPECT_EQ(problems(true).size(), 1u);
 }
 
 TEST_F(Transactions, ProblemsByTheThousandMakeNoJniWarning) {
   jstring value = str("of another type");
   for (int i = 0; i < 2000; ++i) record("one", value);
-  EXPECT_EQ(2000u, problems(true).size());
+  EXPECT_EQ(problems(true).size(), 2000u);
 }
 
 }  // namespace

@@ -16,8 +16,8 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::BridgeTest;
-using testing_support::takeException;
+using test::BridgeTest;
+using test::takeException;
 using zlutil::contextmgr::BlessedZcrID;
 using zlutil::contextmgr::ZcrID;
 
@@ -66,7 +66,7 @@ TEST_F(Handles, AHandleKeepsItsTreeAlive) {
 
 TEST_F(Handles, NoFileNameMakesAnEmptyStandaloneRoot) {
   const jlong handle = nativeLoadSettings(env_, nullptr, nullptr);
-  EXPECT_EQ("__STANDALONE_ROOT__", getRootFromJava(handle)->getName());
+  EXPECT_EQ(getRootFromJava(handle)->getName(), "__STANDALONE_ROOT__");
   EXPECT_TRUE(getRootFromJava(handle)->getChildren().empty());
   release(handle);
 }
@@ -76,26 +76,27 @@ TEST_F(Handles, AFileBecomesATreeOfItsOwn) {
       "<settings version=\"1\"><node name=\"n\"><key name=\"k\" type=\"int\">"
       "<value level=\"user\">5</value></key></node></settings>");
   const jlong handle = load(file.name());
-  ASSERT_NE(0, handle) << takeException(env_);
+  ASSERT_NE(handle, 0) << takeException(env_);
   const auto root = getRootFromJava(handle);
-  EXPECT_EQ("__STANDALONE_ROOT__", root->getName());
-  EXPECT_EQ(5, boost::any_cast<int>(root->getChild("n")->getValue("k", "")));
+  EXPECT_EQ(root->getName(), "__STANDALONE_ROOT__");
+  EXPECT_EQ(boost::any_cast<int>(root->getChild("n")->getValue("k", "")), 5);
   release(handle);
 }
 
 TEST_F(Handles, AFileThatCannotBeReadOrParsedIsAFileNotFoundException) {
-  EXPECT_EQ(0, load("/nonexistent/x.xml"));
+  EXPECT_EQ(load("/nonexistent/x.xml"), 0);
   const std::string missing = takeException(env_);
-  EXPECT_EQ(0u, missing.find("java.io.FileNotFoundException: Settings file could not be loaded for "
-                             "\"/nonexistent/x.xml\": "))
+  EXPECT_EQ(missing.find("java.io.FileNotFoundException: Settings file could not be loaded for "
+                         "\"/nonexistent/x.xml\": "),
+            0u)
       << missing;
   const TemporaryFile bad("<settings version=\"1\">\n  <nod name=\"n\"/></settings>");
-  EXPECT_EQ(0, load(bad.name()));
+  EXPECT_EQ(load(bad.name()), 0);
   const std::string parse = takeException(env_);
-  EXPECT_EQ(0u, parse.find("java.io.FileNotFoundException: " + bad.name() + ":2:")) << parse;
+  EXPECT_EQ(parse.find("java.io.FileNotFoundException: " + bad.name() + ":2:"), 0u) << parse;
   // U+0000 cannot be in a file name.
-  EXPECT_EQ(0, load("/tmp/a\xC0\x80"));
-  EXPECT_EQ(0u, takeException(env_).find("java.io.FileNotFoundException: "));
+  EXPECT_EQ(load("/tmp/a\xC0\x80"), 0);
+  EXPECT_EQ(takeException(env_).find("java.io.FileNotFoundException: "), 0u);
 }
 
 TEST_F(Handles, AnEngineSessionLeadsToItsContext) {

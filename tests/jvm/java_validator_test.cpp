@@ -11,12 +11,12 @@ namespace {
 
 using namespace KORVEN::settings::core;
 using nativesettings::javaValidator;
-using testing_support::takeException;
+using test::takeException;
 using zlutil::settings::Failure;
 
 constexpr const char* kRange = "com.velonix.services.settings.validators.Range";
 
-class JavaValidator : public testing_support::BridgeTest {
+class JavaValidator : public test::BridgeTest {
  protected:
   // Returns "" if the value is valid, else "tag: message".
   std::string validate(const std::string& first, const std::string& second,
@@ -35,20 +35,20 @@ class JavaValidator : public testing_support::BridgeTest {
 };
 
 TEST_F(JavaValidator, TheAnswerOfTheValidatorDecides) {
-  EXPECT_EQ("", validate(kRange, "1..5", 3));
-  EXPECT_EQ(0u, validate(kRange, "1..5", 6).find("refused: "));
+  EXPECT_EQ(validate(kRange, "1..5", 3), "");
+  EXPECT_EQ(validate(kRange, "1..5", 6).find("refused: "), 0u);
 }
 
 TEST_F(JavaValidator, AValidatorThatCannotRunIsNamedWithItsTwoStrings) {
   const std::string missing = validate("no.such.Validator", "x", 3);
-  EXPECT_EQ(0u, missing.find("failed: The Java validator (\"no.such.Validator\", \"x\") failed: "))
+  EXPECT_EQ(missing.find("failed: The Java validator (\"no.such.Validator\", \"x\") failed: "), 0u)
       << missing;
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
 TEST_F(JavaValidator, AnEarlierPendingExceptionIsNoFailureOfTheValidator) {
   env_->ThrowNew(env_->FindClass("java/lang/ArithmeticException"), "earlier");
-  EXPECT_EQ("", validate(kRange, "1..5", 3));
+  EXPECT_EQ(validate(kRange, "1..5", 3), "");
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
@@ -58,18 +58,18 @@ TEST_F(JavaValidator, ItRunsOnThreadsThatTheJvmDoesNotKnow) {
     good = validate(kRange, "1..5", 3);
     bad = validate(kRange, "1..5", 6);
   }).join();
-  EXPECT_EQ("", good);
-  EXPECT_EQ(0u, bad.find("refused: "));
+  EXPECT_EQ(good, "");
+  EXPECT_EQ(bad.find("refused: "), 0u);
 }
 
 TEST_F(JavaValidator, ItLeavesNoReferenceBehind) {
   validate(kRange, "1..5", 3);
-  const testing_support::PatchedJava java(env_);
+  const test::PatchedJava java(env_);
   validate(kRange, "1..5", 3);
   validate(kRange, "1..5", 6);
-  EXPECT_EQ(0, java.calls().globals);
-  EXPECT_EQ(0, java.calls().weakGlobals);
-  EXPECT_EQ(0, java.calls().frames);
+  EXPECT_EQ(java.calls().globals, 0);
+  EXPECT_EQ(java.calls().weakGlobals, 0);
+  EXPECT_EQ(java.calls().frames, 0);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 
 using namespace nativesettings;
 
-class Levels : public testing_support::JvmTest {
+class Levels : public test::JvmTest {
  protected:
   int compare(const char* first, const char* second) {
     return nativeCompareLevels(env_, nullptr, first ? str(first) : nullptr,
@@ -20,11 +20,11 @@ class Levels : public testing_support::JvmTest {
 };
 
 TEST_F(Levels, TheNativesReturnTheWellKnownNames) {
-  EXPECT_EQ("user", text(nativeGetUserLevel(env_, nullptr)));
-  EXPECT_EQ("workgroup", text(nativeGetWorkgroupLevel(env_, nullptr)));
-  EXPECT_EQ("factory", text(nativeGetFactoryLevel(env_, nullptr)));
-  EXPECT_EQ("session", text(nativeGetSessionLevel(env_, nullptr)));
-  EXPECT_EQ("user", text(nativeGetDefaultLevel(env_, nullptr)));
+  EXPECT_EQ(text(nativeGetUserLevel(env_, nullptr)), "user");
+  EXPECT_EQ(text(nativeGetWorkgroupLevel(env_, nullptr)), "workgroup");
+  EXPECT_EQ(text(nativeGetFactoryLevel(env_, nullptr)), "factory");
+  EXPECT_EQ(text(nativeGetSessionLevel(env_, nullptr)), "session");
+  EXPECT_EQ(text(nativeGetDefaultLevel(env_, nullptr)), "user");
 }
 
 TEST_F(Levels, OnlyAnEarlierLevelComparesAsOne) {
@@ -34,12 +34,12 @@ TEST_F(Levels, OnlyAnEarlierLevelComparesAsOne) {
     for (std::size_t j = 0; j < order.size(); ++j) {
       EXPECT_EQ(i < j ? 1 : i == j ? 0 : -1, compare(order[i].c_str(), order[j].c_str()));
     }
-    EXPECT_EQ(-1, compare(order[i].c_str(), "unknown"));
-    EXPECT_EQ(-1, compare("unknown", order[i].c_str()));
-    EXPECT_EQ(-1, compare(nullptr, order[i].c_str()));
+    EXPECT_EQ(compare(order[i].c_str(), "unknown"), -1);
+    EXPECT_EQ(compare("unknown", order[i].c_str()), -1);
+    EXPECT_EQ(compare(nullptr, order[i].c_str()), -1);
   }
-  EXPECT_EQ(-1, compare("unknown", "unknown"));
-  EXPECT_EQ(-1, compare(nullptr, nullptr));
+  EXPECT_EQ(compare("unknown", "unknown"), -1);
+  EXPECT_EQ(compare(nullptr, nullptr), -1);
 }
 
 // The environment is as before when a test is over: other tests of this process may depend on it.
@@ -67,14 +67,14 @@ class TestEnvironment : public Levels {
 };
 
 TEST_F(TestEnvironment, SettingOverwritesAndReturnsTheFactoryDirectory) {
-  EXPECT_EQ("/f1", set("/f1", "/u1"));
-  EXPECT_EQ("/f2", set("/f2", "/u2"));
+  EXPECT_EQ(set("/f1", "/u1"), "/f1");
+  EXPECT_EQ(set("/f2", "/u2"), "/f2");
   EXPECT_STREQ("/f2", std::getenv("SETTINGS_FACTORYDIR"));
   EXPECT_STREQ("/u2", std::getenv("SETTINGS_USERDIR"));
 }
 
 TEST_F(TestEnvironment, AnEmptyDirectoryIsSetAsItIs) {
-  EXPECT_EQ("", set("", ""));
+  EXPECT_EQ(set("", ""), "");
   EXPECT_STREQ("", std::getenv("SETTINGS_FACTORYDIR"));
 }
 
@@ -87,8 +87,8 @@ TEST_F(TestEnvironment, DirectoriesReachTheEnvironmentAsStandardUtf8) {
 TEST_F(TestEnvironment, UnsettingRemovesBothVariables) {
   set("/f", "/u");
   nativeUnsetEnv(env_, nullptr);
-  EXPECT_EQ(nullptr, std::getenv("SETTINGS_FACTORYDIR"));
-  EXPECT_EQ(nullptr, std::getenv("SETTINGS_USERDIR"));
+  EXPECT_EQ(std::getenv("SETTINGS_FACTORYDIR"), nullptr);
+  EXPECT_EQ(std::getenv("SETTINGS_USERDIR"), nullptr);
 }
 
 }  // namespace

@@ -11,12 +11,12 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::PatchedJava;
-using testing_support::SettingsPtr;
-using testing_support::takeException;
+using test::PatchedJava;
+using test::SettingsPtr;
+using test::takeException;
 using Names = std::vector<std::string>;
 
-class Listeners : public testing_support::BridgeTest {
+class Listeners : public test::BridgeTest {
  protected:
   // Registrations on entries that die with the tree of a test would stay for ever.
   void TearDown() override {
@@ -57,40 +57,40 @@ class Listeners : public testing_support::BridgeTest {
 };
 
 TEST_F(Listeners, ANodeHearsOfEverythingBelowIt) {
-  EXPECT_EQ("", add(listener_, {"a"}));
+  EXPECT_EQ(add(listener_, {"a"}), "");
   setK(8);
-  EXPECT_EQ("create src a.b k null false; changed", heard());
+  EXPECT_EQ(heard(), "create src a.b k null false; changed");
   addNode(entryAt({"a", "b"}), "n");
-  EXPECT_EQ("create src a.b n null true; added", heard());
+  EXPECT_EQ(heard(), "create src a.b n null true; added");
   entryAt({"a", "b"})->removeNode("n");
-  EXPECT_EQ("create src a.b n null true; removed", heard());
+  EXPECT_EQ(heard(), "create src a.b n null true; removed");
   entryAt({"a"})->unset("s", "user");
-  EXPECT_EQ("create src a s null false; changed", heard());
+  EXPECT_EQ(heard(), "create src a s null false; changed");
   addNode(root_, "elsewhere");
-  EXPECT_EQ("", heard());
-  EXPECT_EQ("", remove(listener_, {"a"}));
+  EXPECT_EQ(heard(), "");
+  EXPECT_EQ(remove(listener_, {"a"}), "");
   setK(9);
-  EXPECT_EQ("", heard());
+  EXPECT_EQ(heard(), "");
 }
 
 TEST_F(Listeners, AKeyHearsOfItselfOnly) {
   add(listener_, {"a", "b"}, "k");
   setK(8);
-  EXPECT_EQ("create src a.b k null false; changed", heard());
+  EXPECT_EQ(heard(), "create src a.b k null false; changed");
   entryAt({"a", "b"})->setAny("empty", 1, "user");
-  EXPECT_EQ("", heard());
+  EXPECT_EQ(heard(), "");
   remove(listener_, {"a", "b"}, "k");
   setK(9);
-  EXPECT_EQ("", heard());
+  EXPECT_EQ(heard(), "");
   add(listener_, {"a", "b"}, "k");
   entryAt({"a", "b"})->removeKey("k");
-  EXPECT_EQ("create src a.b k null false; removed", heard());
+  EXPECT_EQ(heard(), "create src a.b k null false; removed");
 }
 
 TEST_F(Listeners, AnEventBelowTheRootHasAnEmptyPath) {
   add(listener_, {});
   addNode(root_, "n");
-  EXPECT_EQ("create src  n null true; added", heard());
+  EXPECT_EQ(heard(), "create src  n null true; added");
   remove(listener_, {});
 }
 
@@ -101,11 +101,11 @@ TEST_F(Listeners, AddingTwiceKeepsTheFirstRegistrationAndItsSource) {
   add(listener_, {"a"}, nullptr, "second");
   EXPECT_EQ(once, java.calls().globals);
   setK(8);
-  EXPECT_EQ("create first a.b k null false; changed", heard());
+  EXPECT_EQ(heard(), "create first a.b k null false; changed");
   remove(listener_, {"a"});
-  EXPECT_EQ(0, java.calls().globals);
+  EXPECT_EQ(java.calls().globals, 0);
   setK(9);
-  EXPECT_EQ("", heard());
+  EXPECT_EQ(heard(), "");
 }
 
 TEST_F(Listeners, ListenersAreDistinguishedByIdentityAndNode) {
@@ -114,20 +114,20 @@ TEST_F(Listeners, ListenersAreDistinguishedByIdentityAndNode) {
   add(other, {"a"});
   add(listener_, {"a", "b"});
   setK(8);
-  EXPECT_EQ("create src a.b k null false; changed; create src a.b k null false; changed", heard());
-  EXPECT_EQ("create src a.b k null false; changed", heard(other));
+  EXPECT_EQ(heard(), "create src a.b k null false; changed; create src a.b k null false; changed");
+  EXPECT_EQ(heard(other), "create src a.b k null false; changed");
   remove(listener_, {"a"});
   setK(9);
-  EXPECT_EQ("create src a.b k null false; changed", heard());
+  EXPECT_EQ(heard(), "create src a.b k null false; changed");
   remove(listener_, {"a", "b"});
   remove(other, {"a"});
 }
 
 TEST_F(Listeners, NullAndUnknownListenersChangeNothing) {
   const std::size_t before = valueChangeListeners.size();
-  EXPECT_EQ("", add(nullptr, {"a"}));
-  EXPECT_EQ("", remove(nullptr, {"a"}));
-  EXPECT_EQ("", remove(listener_, {"a"}));
+  EXPECT_EQ(add(nullptr, {"a"}), "");
+  EXPECT_EQ(remove(nullptr, {"a"}), "");
+  EXPECT_EQ(remove(listener_, {"a"}), "");
   EXPECT_EQ(before, valueChangeListeners.size());
 }
 
@@ -148,7 +148,7 @@ TEST_F(Listeners, AFailingListenerStopsNoOtherAndLeavesNoExceptionPending) {
     add(healthy, {"a"});
     setK(static_cast<int>(knob[0]));
     EXPECT_FALSE(env_->ExceptionCheck());
-    EXPECT_EQ("create src a.b k null false; changed", heard(healthy));
+    EXPECT_EQ(heard(healthy), "create src a.b k null false; changed");
     EXPECT_EQ(knob == std::string("listenerThrows") ? "create src a.b k null false; changed"
               : knob == std::string("noEvent")      ? "create src a.b k null false"
                                                     : "",
@@ -165,11 +165,11 @@ TEST_F(Listeners, ARegistrationOnADeadNodeStaysAndFailsLookupsOfItsListener) {
   root_->removeNode("doomed");
   doomed.reset();
   const std::string failure = add(listener_, {"a"});
-  EXPECT_EQ(0u, failure.find("java.lang.RuntimeException: std::exception for \"a\": ")) << failure;
+  EXPECT_EQ(failure.find("java.lang.RuntimeException: std::exception for \"a\": "), 0u) << failure;
   EXPECT_EQ(before + 1, valueChangeListeners.size());
   jobject other = make("RecordingListener", "()V");
-  EXPECT_EQ("", add(other, {"a"})) << "other listeners are not concerned";
-  EXPECT_EQ("", remove(other, {"a"}));
+  EXPECT_EQ(add(other, {"a"}), "") << "other listeners are not concerned";
+  EXPECT_EQ(remove(other, {"a"}), "");
 }
 
 TEST_F(Listeners, EventsOfShortLivedThreadsLeaveNoThreadAttached) {
@@ -183,7 +183,7 @@ TEST_F(Listeners, EventsOfShortLivedThreadsLeaveNoThreadAttached) {
   remove(listener_, {"a"});
   jclass threads = env_->FindClass("java/lang/Thread");
   jmethodID activeCount = env_->GetStaticMethodID(threads, "activeCount", "()I");
-  EXPECT_EQ(1, env_->CallStaticIntMethod(threads, activeCount));
+  EXPECT_EQ(env_->CallStaticIntMethod(threads, activeCount), 1);
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
@@ -206,8 +206,8 @@ TEST_F(Listeners, RegistrationsByManyThreadsAllEnd) {
   for (std::thread& thread : threads) thread.join();
   heard();
   setK(1);
-  EXPECT_EQ("", heard());
-  EXPECT_EQ(0u, valueChangeListeners.size());
+  EXPECT_EQ(heard(), "");
+  EXPECT_EQ(valueChangeListeners.size(), 0u);
   env_->DeleteGlobalRef(shared);
 }
 

@@ -13,13 +13,13 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::PatchedJava;
-using testing_support::SettingsPtr;
-using testing_support::takeException;
+using test::PatchedJava;
+using test::SettingsPtr;
+using test::takeException;
 
 constexpr const char* kRange = "com.velonix.services.settings.validators.Range";
 
-class NoMemory : public testing_support::BridgeTest {
+class NoMemory : public test::BridgeTest {
  protected:
   using Call = std::function<jobject()>;
   using Action = std::function<void()>;
@@ -40,7 +40,7 @@ class NoMemory : public testing_support::BridgeTest {
       ASSERT_EQ(before, contents(root_));
       nativesettings_utilsUnload();
       rearmClassRecords(env_);
-      ASSERT_EQ(JNI_OK, env_->PushLocalFrame(64));
+      ASSERT_EQ(env_->PushLocalFrame(64), JNI_OK);
       jobject given = nullptr;
       bool over = false;
       {
@@ -51,10 +51,10 @@ class NoMemory : public testing_support::BridgeTest {
       }
       const std::string answered = answer(given), now = contents(root_);
       env_->PopLocalFrame(nullptr);
-      EXPECT_EQ(std::vector<std::string>(), testing_support::takeJniWarnings());
+      EXPECT_EQ(std::vector<std::string>(), test::takeJniWarnings());
       if (answered != usual) {
         EXPECT_FALSE(over);
-        EXPECT_EQ(0u, answered.find("threw ")) << answered;
+        EXPECT_EQ(answered.find("threw "), 0u) << answered;
         EXPECT_TRUE(now == before || now == after || now == half) << now;
       } else if (now != after) {
         --silent;
@@ -63,7 +63,7 @@ class NoMemory : public testing_support::BridgeTest {
       undo();
       if (over) break;
     }
-    EXPECT_EQ(0, silent);
+    EXPECT_EQ(silent, 0);
   }
 
   void failEachOfChange(const char* what, const Action& change, const Action& undo,

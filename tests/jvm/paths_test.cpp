@@ -6,18 +6,18 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::BridgeTest;
-using testing_support::SettingsPtr;
+using test::BridgeTest;
+using test::SettingsPtr;
 using Names = std::vector<std::string>;
 
 class Paths : public BridgeTest {};
 
 TEST_F(Paths, PathAndKeyBecomeAListOfNamesAndADottedText) {
   EXPECT_EQ(Names(), getPathFromJava(env_, nullptr, nullptr));
-  EXPECT_EQ("", getDotPathFromJava(env_, nullptr, nullptr));
+  EXPECT_EQ(getDotPathFromJava(env_, nullptr, nullptr), "");
   EXPECT_EQ((Names{"a", "b", "k"}), getPathFromJava(env_, path({"a", "b"}), str("k")));
-  EXPECT_EQ("a.b.k", getDotPathFromJava(env_, path({"a", "b"}), str("k")));
-  EXPECT_EQ("k", getDotPathFromJava(env_, nullptr, str("k")));
+  EXPECT_EQ(getDotPathFromJava(env_, path({"a", "b"}), str("k")), "a.b.k");
+  EXPECT_EQ(getDotPathFromJava(env_, nullptr, str("k")), "k");
 }
 
 TEST_F(Paths, ANullElementCountsAsAnEmptyName) {
@@ -27,10 +27,10 @@ TEST_F(Paths, ANullElementCountsAsAnEmptyName) {
 }
 
 TEST_F(Paths, EmptyNamesAreKeptInAListAndSkippedWhenAccumulated) {
-  EXPECT_EQ("a..b", getDotPath(Names{"a", "", "b"}));
+  EXPECT_EQ(getDotPath(Names{"a", "", "b"}), "a..b");
   std::string accumulated;
   for (const char* name : {"a", "", "b"}) getDotPath(accumulated, name);
-  EXPECT_EQ("a.b", accumulated);
+  EXPECT_EQ(accumulated, "a.b");
 }
 
 TEST_F(Paths, ALongPathMakesNoJniWarning) {

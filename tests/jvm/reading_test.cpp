@@ -7,8 +7,8 @@
 namespace {
 
 using namespace nativesettings;
-using testing_support::BridgeTest;
-using testing_support::takeException;
+using test::BridgeTest;
+using test::takeException;
 using zlutil::settings::Failure;
 using Names = std::vector<std::string>;
 
@@ -37,35 +37,35 @@ class Reading : public BridgeTest {
 };
 
 TEST_F(Reading, TheEffectiveValueIsThatOfTheFirstLevelThatHasOne) {
-  EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", nullptr))));
-  EXPECT_EQ("java.lang.Integer", className(valueOf(get({"a", "b"}, "k", nullptr))));
-  EXPECT_EQ("user", level({"a", "b"}, "k"));
+  EXPECT_EQ(show(valueOf(get({"a", "b"}, "k", nullptr))), "7");
+  EXPECT_EQ(className(valueOf(get({"a", "b"}, "k", nullptr))), "java.lang.Integer");
+  EXPECT_EQ(level({"a", "b"}, "k"), "user");
   entryAt({"a", "b"})->setAny("k", 9, "session");
-  EXPECT_EQ("9", show(valueOf(get({"a", "b"}, "k", nullptr))));
-  EXPECT_EQ("session", level({"a", "b"}, "k"));
+  EXPECT_EQ(show(valueOf(get({"a", "b"}, "k", nullptr))), "9");
+  EXPECT_EQ(level({"a", "b"}, "k"), "session");
 }
 
 TEST_F(Reading, AValueIsReadAtItsOwnLevelOnly) {
-  EXPECT_EQ("7", show(valueOf(get({"a", "b"}, "k", "user"))));
-  EXPECT_EQ("1", show(valueOf(get({"a", "b"}, "k", "factory"))));
+  EXPECT_EQ(show(valueOf(get({"a", "b"}, "k", "user"))), "7");
+  EXPECT_EQ(show(valueOf(get({"a", "b"}, "k", "factory"))), "1");
 }
 
 TEST_F(Reading, WithoutAValueTheInfoHasTheDeclaredClass) {
   jobject atSession = get({"a", "b"}, "k", "session");
-  EXPECT_EQ("null", show(valueOf(atSession)));
-  EXPECT_EQ("class java.lang.Integer", show(typeOf(atSession)));
+  EXPECT_EQ(show(valueOf(atSession)), "null");
+  EXPECT_EQ(show(typeOf(atSession)), "class java.lang.Integer");
   jobject empty = get({"a", "b"}, "empty", nullptr);
-  EXPECT_EQ("null", show(valueOf(empty)));
-  EXPECT_EQ("null", show(typeOf(empty)));
-  EXPECT_EQ("null", level({"a", "b"}, "empty"));
+  EXPECT_EQ(show(valueOf(empty)), "null");
+  EXPECT_EQ(show(typeOf(empty)), "null");
+  EXPECT_EQ(level({"a", "b"}, "empty"), "null");
 }
 
 TEST_F(Reading, AMissingEntryIsReportedByItsDottedPath) {
-  EXPECT_EQ(nullptr, get({"a", "x"}, "k", nullptr));
+  EXPECT_EQ(get({"a", "x"}, "k", nullptr), nullptr);
   EXPECT_EQ(kNotFound + std::string("a.x.k"), takeException(env_));
-  EXPECT_EQ(nullptr, get({"a", "b"}, "x", nullptr));
+  EXPECT_EQ(get({"a", "b"}, "x", nullptr), nullptr);
   EXPECT_EQ(kNotFound + std::string("a.b.x"), takeException(env_));
-  EXPECT_EQ(nullptr, get({"a"}, "b", nullptr)) << "a node is no key";
+  EXPECT_EQ(get({"a"}, "b", nullptr), nullptr) << "a node is no key";
   EXPECT_EQ(kNotFound + std::string("a.b"), takeException(env_));
   level({"a", "x"}, "k");
   EXPECT_EQ(kNotFound + std::string("a.x.k"), takeException(env_));
@@ -112,8 +112,8 @@ TEST_F(Reading, AllChildrenAreListedOrKeysOrNodesAlone) {
   EXPECT_EQ(Names{"s"}, children({"a"}, 1));
   EXPECT_EQ(Names{"b"}, children({"a"}, -5));
   EXPECT_EQ(Names(), children({"spare"}, 0));
-  EXPECT_NE(nullptr, nativeGetChildren(env_, nullptr, handle_, path({"spare"}), 1));
-  EXPECT_EQ(nullptr, nativeGetChildren(env_, nullptr, handle_, path({"a", "x"}), 0));
+  EXPECT_NE(nativeGetChildren(env_, nullptr, handle_, path({"spare"}), 1), nullptr);
+  EXPECT_EQ(nativeGetChildren(env_, nullptr, handle_, path({"a", "x"}), 0), nullptr);
   EXPECT_EQ(kNotFound + std::string("a.x"), takeException(env_));
 }
 
@@ -137,7 +137,7 @@ TEST_F(Reading, AMissingChildAndANodeForAKeyFailDifferently) {
     getChildFromJava(env_, node, str("x"), false);
     FAIL();
   } catch (const Failure<NoSuchNode>& e) {
-    EXPECT_EQ("\"a\" has no entry \"x\".", e.GetMessageTxt());
+    EXPECT_EQ(e.GetMessageTxt(), "\"a\" has no entry \"x\".");
   }
 }
 

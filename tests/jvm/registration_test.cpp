@@ -10,7 +10,7 @@ namespace {
 constexpr jint kNativeModifier = 0x0100;
 constexpr jint kStaticModifier = 0x0008;
 
-class Registration : public testing_support::JvmTest {
+class Registration : public test::JvmTest {
  protected:
   // Returns the name of each native method that the class declares; all must be static.
   std::multiset<std::string> declaredNatives(const char* className) {
@@ -41,14 +41,15 @@ TEST_F(Registration, EveryRowIsDeclaredInJavaAndEveryNativeHasItsRow) {
     for (std::size_t i = 0; i < natives.count; ++i) {
       const JNINativeMethod& row = natives.methods[i];
       table.insert(row.name);
-      EXPECT_NE(nullptr, env_->GetStaticMethodID(env_->FindClass(natives.className), row.name,
-                                                 row.signature))
-          << row.name << " " << row.signature << " " << testing_support::takeException(env_);
+      EXPECT_NE(
+          env_->GetStaticMethodID(env_->FindClass(natives.className), row.name, row.signature),
+          nullptr)
+          << row.name << " " << row.signature << " " << test::takeException(env_);
       ++rows;
     }
     EXPECT_EQ(declaredNatives(natives.className), table);
   }
-  EXPECT_EQ(31u, rows);
+  EXPECT_EQ(rows, 31u);
 }
 
 TEST_F(Registration, AClassThatCannotBeRegisteredLeavesNoExceptionForTheNext) {

@@ -12,7 +12,7 @@ namespace {
 
 using namespace nativesettings;
 using namespace zlutil::boostany;
-using testing_support::takeException;
+using test::takeException;
 
 template <class Type>
 std::vector<Type> edges() {
@@ -60,13 +60,13 @@ bool identical(const std::vector<Element>& a, const std::vector<Element>& b) {
   return true;
 }
 
-class Values : public testing_support::BridgeTest {
+class Values : public test::BridgeTest {
  protected:
   // To Java and back, through the class of the Java object.
   template <class Type>
   void expectRoundTrip(const Type& value) {
     jobject object = getJavaValueFromKey(env_, boost::any(value));
-    ASSERT_NE(nullptr, object);
+    ASSERT_NE(object, nullptr);
     const auto back = getValueFromJava(env_, object, env_->GetObjectClass(object));
     ASSERT_TRUE(back);
     ASSERT_EQ(kKindOf<Type>, back->which());
@@ -99,10 +99,10 @@ TEST_F(Values, AHundredThousandElementsComeBackWithoutJniWarnings) {
 
 TEST_F(Values, UnsignedValuesTravelAsTheBitsOfTheirWidth) {
   jobject byte = getJavaValueFromKey(env_, static_cast<unsigned char>(200));
-  EXPECT_EQ("com.velonix.util.types.UnsignedByte", className(byte));
-  EXPECT_EQ("200", show(byte));
-  EXPECT_EQ("18446744073709551615",
-            show(getJavaValueFromKey(env_, std::numeric_limits<unsigned long>::max())));
+  EXPECT_EQ(className(byte), "com.velonix.util.types.UnsignedByte");
+  EXPECT_EQ(show(byte), "200");
+  EXPECT_EQ(show(getJavaValueFromKey(env_, std::numeric_limits<unsigned long>::max())),
+            "18446744073709551615");
 }
 
 TEST_F(Values, EachKindHasItsJavaClass) {
@@ -120,8 +120,8 @@ TEST_F(Values, EachKindHasItsJavaClass) {
     EXPECT_EQ(name, text(call(getJavaClassOfKind(env_, kind), "getName", "()Ljava/lang/String;")));
     EXPECT_EQ(name, className(getJavaValueFromKey(env_, boost::any(Type()))));
   });
-  EXPECT_EQ(nullptr, getJavaClassOfKind(env_, 0));
-  EXPECT_EQ(nullptr, getJavaClassOfKind(env_, 25));
+  EXPECT_EQ(getJavaClassOfKind(env_, 0), nullptr);
+  EXPECT_EQ(getJavaClassOfKind(env_, 25), nullptr);
 }
 
 // ValueKinds.java repeats the list of kinds.
@@ -129,7 +129,7 @@ TEST_F(Values, JavaHasTheSameKinds) {
   jclass kinds = env_->FindClass("com/velonix/services/settings/ValueKinds");
   jfieldID elements = env_->GetStaticFieldID(kinds, "ELEMENTS", "[Ljava/lang/Class;");
   const auto classes = static_cast<jobjectArray>(env_->GetStaticObjectField(kinds, elements));
-  EXPECT_EQ(kElementKinds, env_->GetArrayLength(classes));
+  EXPECT_EQ(env_->GetArrayLength(classes), kElementKinds);
   jmethodID kindOf = env_->GetStaticMethodID(kinds, "of", "(Ljava/lang/Class;)I");
   for (int kind = kFirstKind; kind <= kLastKind; ++kind) {
     EXPECT_EQ(kind, env_->CallStaticIntMethod(kinds, kindOf, getJavaClassOfKind(env_, kind)))
@@ -139,8 +139,8 @@ TEST_F(Values, JavaHasTheSameKinds) {
 }
 
 TEST_F(Values, NoValueIsNull) {
-  EXPECT_EQ(nullptr, getJavaValueFromKey(env_, boost::any()));
-  EXPECT_EQ(nullptr, getJavaValueFromKey(env_, boost::any('c'))) << "char is none of the kinds";
+  EXPECT_EQ(getJavaValueFromKey(env_, boost::any()), nullptr);
+  EXPECT_EQ(getJavaValueFromKey(env_, boost::any('c')), nullptr) << "char is none of the kinds";
 }
 
 TEST_F(Values, NullsAreRefusedBeforeJavaIsCalled) {

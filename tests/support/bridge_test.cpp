@@ -3,7 +3,7 @@
 #include "nativesettings/handles.h"
 #include "service/z_settings.h"
 
-namespace testing_support {
+namespace test {
 
 using zlutil::settings::ValidatorChoice;
 using zlutil::settings::ZSettings;
@@ -11,7 +11,7 @@ using zlutil::settings::ZSettings;
 void BridgeTest::SetUp() {
   JvmTest::SetUp();
   handle_ = nativesettings::nativeLoadSettings(env_, nullptr, nullptr);
-  ASSERT_NE(0, handle_);
+  ASSERT_NE(handle_, 0);
   root_ = nativesettings::getRootFromJava(handle_);
   const SettingsPtr a = addNode(root_, "a");
   const SettingsPtr b = addNode(a, "b");
@@ -60,4 +60,4 @@ jobject BridgeTest::typeOf(jobject settingInfo) {
   return call(settingInfo, "getType", "()Ljava/lang/Class;");
 }
 
-}  // namespace testing_support
+}  // namespace test

@@ -7,7 +7,7 @@
 #include "service/settings.h"
 #include "tests/support/jvm.h"
 
-namespace testing_support {
+namespace test {
 
 using SettingsPtr = boost::shared_ptr<zlutil::settings::Settings>;
 
@@ -35,4 +35,4 @@ class BridgeTest : public JvmTest {
   jlong handle_ = 0;
 };
 
-}  // namespace testing_support
+}  // namespace test

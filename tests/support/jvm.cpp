@@ -10,7 +10,7 @@
 
 extern "C" jint JNICALL JNI_OnLoad(JavaVM*, void*);
 
-namespace testing_support {
+namespace test {
 namespace {
 
 constexpr jint kTestFrame = 512;
@@ -101,12 +101,12 @@ std::string takeException(JNIEnv* env) {
 
 void JvmTest::SetUp() {
   env_ = jvmEnv();
-  ASSERT_EQ(JNI_OK, env_->PushLocalFrame(kTestFrame));
+  ASSERT_EQ(env_->PushLocalFrame(kTestFrame), JNI_OK);
   takeJniWarnings();
 }
 
 void JvmTest::TearDown() {
-  EXPECT_EQ("", takeException(env_)) << "left pending";
+  EXPECT_EQ(takeException(env_), "") << "left pending";
   env_->PopLocalFrame(nullptr);
   EXPECT_EQ(std::vector<std::string>(), takeJniWarnings());
 }
@@ -169,4 +169,4 @@ jobject JvmTest::call(jobject object, const char* method, const char* signature)
   return env_->ExceptionCheck() ? nullptr : result;
 }
 
-}  // namespace testing_support
+}  // namespace test

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace testing_support {
+namespace test {
 
 // The environment of the main thread.
 JNIEnv* jvmEnv();
@@ -49,4 +49,4 @@ class JvmTest : public testing::Test {
   JNIEnv* env_ = nullptr;
 };
 
-}  // namespace testing_support
+}  // namespace test

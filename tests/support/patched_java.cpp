@@ -1,6 +1,6 @@
 #include "tests/support/patched_java.h"
 
-namespace testing_support {
+namespace test {
 namespace {
 
 struct Patch {
@@ -150,4 +150,4 @@ void PatchedJava::failOn(int n) { patch().callsLeft = n; }
 
 bool PatchedJava::hasFailed() const { return patch().callsLeft <= 0; }
 
-}  // namespace testing_support
+}  // namespace test

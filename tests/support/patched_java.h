@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testing_support {
+namespace test {
 
 struct JavaCalls {
   long globals = 0;                  // NewGlobalRef minus DeleteGlobalRef
@@ -45,4 +45,4 @@ class PatchedJava {
   const JNINativeInterface_* const original_;
 };
 
-}  // namespace testing_support
+}  // namespace test

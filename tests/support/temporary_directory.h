@@ -1,12 +1,12 @@
-// A directory of a test's own, removed with everything in it at the end.
+// A directory for the files of one test, removed with its content by the destructor.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -14,15 +14,15 @@ namespace test {
 
 class TemporaryDirectory {
  public:
-  TemporaryDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "settings.XXXXXX").string();
+  explicit TemporaryDirectory(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string pattern = (parent / "settings.XXXXXX").string();
     if (!mkdtemp(&pattern[0])) throw std::runtime_error("cannot make " + pattern);
     path_ = pattern;
   }
-  // Renames it first: a store that is still open on it must not make new files while it is being
-  // emptied.
+  // Renames the directory first, because a store that is still open may make files in it.
   ~TemporaryDirectory() {
-    std::error_code ignored;  // what is left over does no harm
+    std::error_code ignored;  // files that are left do no harm
     const std::filesystem::path removed = path_.string() + ".removed";
     std::filesystem::rename(path_, removed, ignored);
     std::filesystem::remove_all(removed, ignored);

@@ -20,8 +20,8 @@ TEST(ValueVariant, AValueOfEveryKindComesBackFromItsAlternative) {
 }
 
 TEST(ValueVariant, AValueOutsideTheKindsIsEmpty) {
-  EXPECT_EQ(kNoValue, convertAnyToVariant(boost::any()).which());
-  EXPECT_EQ(kNoValue, convertAnyToVariant(boost::any('c')).which());
+  EXPECT_EQ(convertAnyToVariant(boost::any()).which(), kNoValue);
+  EXPECT_EQ(convertAnyToVariant(boost::any('c')).which(), kNoValue);
   EXPECT_TRUE(convertVariantToAny(SettingValueVariant()).empty());
 }
 

@@ -2,9 +2,10 @@ package com.velonix.services.settings;
 
 /**
  * A listener's registration; {@link #close()} ends it. It stays in force after the root that it was
- * made through has been closed, and keeps that tree open, also if no reference to the registration
- * is kept. It ends by itself, and releases the listener, when its entry is removed, alone or with a
- * node above it.
+ * made through has been closed, as long as the tree exists, also if no reference to the
+ * registration is kept. It ends by itself when its entry is removed, alone or with a node above it,
+ * and when a tree in memory is closed for the last time; a registration that is still referenced
+ * then references its listener.
  */
 public interface Registration extends AutoCloseable {
     /**

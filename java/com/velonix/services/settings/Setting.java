@@ -10,8 +10,9 @@ import java.util.Optional;
  *
  * <p>{@link SettingPath#setting} makes it; it is valid until the root of the tree is closed. May be
  * used by any number of threads. Every operation throws {@link IllegalStateException} once the tree
- * has been closed or the JVM has begun to shut down, and then has changed nothing. Other failures
- * of the service than those named here are {@link SettingException}s too.
+ * has been closed or, except reads of a cached value, the JVM has begun to shut down; it then has
+ * changed nothing. Any other failure of the service is a {@link SettingException} or a {@link
+ * RuntimeException}.
  *
  * @param <T> the class of the values
  */

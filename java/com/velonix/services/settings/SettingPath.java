@@ -13,20 +13,22 @@ import java.util.Objects;
  * <p>{@link #processRoot()}, {@link #sessionRoot(long)}, {@link #load(Path)} and {@link
  * #standalone()} open a tree and return its root, which owns the tree's native handle. All paths
  * and settings made from a root share its handle. Their operations throw {@link
- * IllegalStateException} once the root has been closed or the JVM has begun to shut down, and then
- * have changed nothing. May be used by any number of threads.
+ * IllegalStateException} once the root has been closed or, except reads of cached names and values,
+ * the JVM has begun to shut down; they then have changed nothing. May be used by any number of
+ * threads.
  *
  * <p>An operation throws {@link SettingNotFoundException} if the node, or an entry of it that is
  * named, does not exist, and {@link SettingNameDuplicationException} if another entry has the name
- * of a new one. Other failures of the service are {@link SettingException}s too.
+ * of a new one. Any other failure of the service is a {@link SettingException} or a {@link
+ * RuntimeException}.
  */
 public final class SettingPath implements AutoCloseable, Listenable {
     private final TreeHandle tree;
     private final String[] names;
 
     /**
-     * The lists of children read last, by their selectors plus one; null before the first read.
-     * Threads may replace one at any time: it is immutable.
+     * The cached lists of children; the index is the selector plus one. Null before the first read.
+     * Threads replace the elements without a lock, because a CachedNames is immutable.
      */
     private CachedNames[] cached;
 

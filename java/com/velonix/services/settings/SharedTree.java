@@ -14,8 +14,8 @@ import java.util.concurrent.atomic.AtomicLongArray;
  *
  * <p>Calls that are under way are counted. Once the last {@link TreeHandle} has been closed no new
  * call begins, and the thread of the last call releases the native handle when it leaves; so
- * closing never waits. Threads count in {@value #SLOTS} slots by their number. Slots lie in
- * different cache lines, so that threads do not slow each other.
+ * closing never waits. A thread counts in the slot that its number selects; slots lie in different
+ * cache lines, so that threads do not slow each other.
  */
 final class SharedTree {
     private static final int SLOTS = 16;
