@@ -1,5 +1,7 @@
 #include "host/change/tree_edit.h"
 
+#include <new>
+
 #include "host/change/external_events.h"
 #include "host/tree/subtree.h"
 #include "values/stored_value.h"
@@ -94,12 +96,16 @@ void TreeEdit::remove(Node& parent, const Entry& child, Audience audience) {
 
 void TreeEdit::finish() {
   unlock();
-  if (structure_.ofRemoval) {
-    publishRemoved(structure_.parent, structure_.entry, *structure_.ofRemoval);
-  } else if (structure_.entry) {
-    publishAdded(structure_.parent, structure_.entry);
+  try {
+    if (structure_.ofRemoval) {
+      publishRemoved(structure_.parent, structure_.entry, *structure_.ofRemoval);
+    } else if (structure_.entry) {
+      publishAdded(structure_.parent, structure_.entry);
+    }
+    changed_.publish();
+  } catch (const std::bad_alloc&) {
+    // The change is made, so it must not look as if it had failed.
   }
-  changed_.publish();
 }
 
 }  // namespace zlutil::settings::host

@@ -1,8 +1,9 @@
-// Makes every allocation of a change of structure fail in turn: the change is made in both the tree
-// and the store, or in neither.
+// Makes every allocation of a change fail in turn: the change is made in both the tree and the
+// store, or in neither.
 #include <functional>
 #include <new>
 
+#include "service/events.h"
 #include "tests/durability/failing_memory.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/user_tree.h"
@@ -10,7 +11,7 @@
 namespace test {
 namespace {
 
-TEST(MemoryTest, AChangeOfStructureWithoutMemoryChangesNeitherTreeNorStore) {
+TEST(MemoryTest, AChangeWithoutMemoryChangesNeitherTreeNorStore) {
   const TemporaryDirectory directory;
   const auto root = openTree(storeIn(directory.path()));
   const SettingsPtr node = addNode(root, "n"), below = addNode(node, "below");
@@ -19,9 +20,24 @@ TEST(MemoryTest, AChangeOfStructureWithoutMemoryChangesNeitherTreeNorStore) {
     addKey(below, name);
     below->setAny(name, std::string(100, 'x'), "user");
   }
+  // Long enough to be allocated, and another one at each call.
+  int length = 100;
+  const auto newText = [&] { return std::string(++length, 'y'); };
+  const zlutil::eventmgr::ScopedConnection heard(
+      below->addListener<zlutil::settings::SettingsValueChangeEvent>([](const auto&) {}));
+  const SettingsPtr a = below->getChild("a"), b = below->getChild("b");
+  const auto set = [&] { below->setAny("a", newText(), "user"); };
+  // Returns problems in place of throwing.
+  const auto commit = [&] {
+    const SettingsValues values = {{a, newText()}, {b, newText()}};
+    if (!root->setMultiple(boost::make_iterator_range(values.cbegin(), values.cend()), "user", 0)
+             .empty()) {
+      throw std::bad_alloc();
+    }
+  };
   const std::function<void()> changes[] = {[&] { addKey(below, "new"); },
                                            [&] { root->copySubtree(node, "copy"); },
-                                           [&] { root->removeNode("copy"); }};
+                                           [&] { root->removeNode("copy"); }, set, commit};
   int failed = 0;
   for (const auto& change : changes) {
     for (int n = 1;; ++n) {
@@ -30,7 +46,7 @@ TEST(MemoryTest, AChangeOfStructureWithoutMemoryChangesNeitherTreeNorStore) {
       failAllocation(n);
       try {
         change();
-      } catch (const std::bad_alloc&) {
+      } catch (const std::exception&) {
         refused = true;
       }
       const bool over = !allocationHasFailed();
