@@ -1,5 +1,7 @@
 #include "host/change/publication.h"
 
+#include <new>
+
 #include "service/events.h"
 
 namespace zlutil::settings::host {
@@ -39,18 +41,23 @@ Audience audienceOfRemoval(const Entry& entry) {
   return audience;
 }
 
-void ChangedKeys::add(Key& key) {
-  if (key.parent() != parent_) {
-    parent_ = key.parent();
-    above_ = parent_ ? audienceOf(*parent_) : Audience();
+void ChangedKeys::add(Key& key) noexcept {
+  try {
+    if (key.parent() != parent_) {
+      parent_ = key.parent();
+      above_ = parent_ ? audienceOf(*parent_) : Audience();
+    }
+    const bool hasOwn = eventmgr::EventMgr::instance().mayHaveSubscribers(key.getID());
+    if (!hasOwn && above_.empty()) return;
+    Audience audience;
+    audience.reserve(above_.size() + 1);
+    if (hasOwn) audience.push_back(key.getID());
+    audience.insert(audience.end(), above_.begin(), above_.end());
+    heard_.emplace_back(boost::static_pointer_cast<Key>(key.shared_from_this()),
+                        std::move(audience));
+  } catch (const std::bad_alloc&) {
+    parent_ = nullptr;
   }
-  const bool hasOwn = eventmgr::EventMgr::instance().mayHaveSubscribers(key.getID());
-  if (!hasOwn && above_.empty()) return;
-  Audience audience;
-  audience.reserve(above_.size() + 1);
-  if (hasOwn) audience.push_back(key.getID());
-  audience.insert(audience.end(), above_.begin(), above_.end());
-  heard_.emplace_back(boost::static_pointer_cast<Key>(key.shared_from_this()), std::move(audience));
 }
 
 void ChangedKeys::publish() const {

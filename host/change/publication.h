@@ -25,8 +25,9 @@ Audience audienceOfRemoval(const Entry& entry);
 // The keys whose values one edit has changed, with their audiences. One thread at a time.
 class ChangedKeys {
  public:
-  // Adds a key, unless it has no audience. The caller holds the tree's lock().
-  void add(Key& key);
+  // Adds a key, unless it has no audience, or there is no memory for it. The caller holds the
+  // tree's lock().
+  void add(Key& key) noexcept;
 
   // Publishes a change of each key, in the order in which they were added.
   void publish() const;

@@ -52,18 +52,9 @@ void TreeEdit::replaceValues(int level, KeyChanges changes) {
   replaced_ = std::move(changes);
   WriteLock lock(tree_.lock());
   for (KeyChange& change : replaced_) {
-    if (boostany::sameValue(change.key->value(level), change.value)) {
-      change.key = nullptr;
-    } else {
-      change.key->replaceValue(level, change.value);
-    }
-  }
-  try {
-    for (const KeyChange& change : replaced_) {
-      if (change.key) changed_.add(*change.key);
-    }
-  } catch (const std::bad_alloc&) {
-    // All values are in place; the listeners of the remaining keys are not called.
+    if (boostany::sameValue(change.key->value(level), change.value)) continue;
+    change.key->replaceValue(level, change.value);
+    changed_.add(*change.key);
   }
 }
 
