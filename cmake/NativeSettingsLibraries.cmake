@@ -23,13 +23,15 @@ collect_rooms(host_rooms ns_base ns_service ns_values host_os host_process host_
   host_change host_files host_user_store host_roots)
 
 # libsettingshost: the settings service, the Java layer and engine sessions. It may own threads, so it
-# is never unmapped. And it is there once in a process, for all bridges: its symbols carry its version,
-# so that the linker refuses a bridge that was built for another.
+# is never unmapped. And it is there once in a process, for all bridges: its name and its symbols carry
+# the version of its interface, so that the linker refuses a bridge that was built for another.
 add_library(settingshost SHARED)
 target_link_libraries(settingshost PUBLIC build_settings PRIVATE host_rooms)
 set(version_script ${CMAKE_CURRENT_BINARY_DIR}/settingshost.version)
-file(CONFIGURE OUTPUT ${version_script} CONTENT "SETTINGSHOST_${PROJECT_VERSION} { global: *; };\n")
+file(CONFIGURE OUTPUT ${version_script} CONTENT "SETTINGSHOST_${NATIVESETTINGS_INTERFACE} { global: *; };\n")
 target_link_options(settingshost PRIVATE -Wl,-z,nodelete -Wl,--version-script=${version_script})
+set_target_properties(settingshost PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${NATIVESETTINGS_INTERFACE})
 
 if(NATIVESETTINGS_JAVA)
   add_room(ns_bridge FOLDER bridge USES ns_base LIBRARIES jni_headers)
@@ -50,4 +52,6 @@ if(NATIVESETTINGS_JAVA)
   add_library(nativesettings SHARED)
   target_link_libraries(nativesettings PRIVATE bridge_rooms bridge_base settingshost)
   target_link_options(nativesettings PRIVATE -Wl,--exclude-libs,ALL)
+  set_target_properties(nativesettings PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${NATIVESETTINGS_INTERFACE})
 endif()

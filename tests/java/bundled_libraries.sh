@@ -15,7 +15,7 @@ fail() {
 
 cd "$work"
 "$java_home/bin/jar" --extract --file "$jar" native
-libraries=(native/*/*.so)
+libraries=(native/*/*.so.*)
 [[ ${#libraries[@]} -eq 2 ]] || fail "two libraries expected, found ${libraries[*]}"
 for library in "${libraries[@]}"; do
   name=${library##*/}
@@ -33,7 +33,7 @@ for library in "${libraries[@]}"; do
     if grep -v -e "-f$option" units; then fail "$name was compiled in part without -f$option"; fi
   done
 done
-grep -q '__[a-z]*_chk' <(nm --dynamic native/*/libsettingshost.so) ||
+grep -q '__[a-z]*_chk' <(nm --dynamic native/*/libsettingshost.so.*) ||
   fail "the host does not check its buffers"
 
 mkdir temp

@@ -4,28 +4,31 @@ import java.net.URLClassLoader;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.List;
+import java.util.regex.Pattern;
 import java.util.zip.ZipEntry;
 import java.util.zip.ZipInputStream;
 
 /**
- * A second class loader with another version of the jar is refused with a reason. Arguments:
- * the jar, and the folder to unpack another version to.
+ * A second class loader with another version of the jar is refused with a reason, whether the name
+ * of the host differs or only its symbols. Arguments: the jar, and the folder to unpack other
+ * versions to.
  */
 public final class VersionsScenario {
-    private static final String VERSION = "SETTINGSHOST_", OTHER_VERSION = VERSION + "X";
-
     public static void main(String[] arguments) throws Exception {
-        Path jar = Path.of(arguments[0]), other = Path.of(arguments[1]);
-        unpackInAnotherVersion(jar, other);
+        Path jar = Path.of(arguments[0]), folder = Path.of(arguments[1]);
         openTree(jar);
-        try {
-            openTree(other);
-            throw new AssertionError("two versions have been loaded");
-        } catch (InvocationTargetException refused) {
-            String message = refused.getCause().toString();
-            if (!message.contains("`" + OTHER_VERSION)
-                    || !message.contains("There are two versions of nativesettings.jar"))
-                throw new AssertionError(message);
+        for (String version : List.of("SETTINGSHOST_", "libsettingshost.so.")) {
+            Path other = folder.resolve(version);
+            unpackInAnotherVersion(jar, version, other);
+            try {
+                openTree(other);
+                throw new AssertionError("two versions have been loaded");
+            } catch (InvocationTargetException refused) {
+                String message = refused.getCause().toString();
+                if (!message.contains("There are two versions of nativesettings.jar"))
+                    throw new AssertionError(message);
+            }
         }
         openTree(jar);
         System.out.println("versions scenario done");
@@ -38,25 +41,24 @@ public final class VersionsScenario {
         ((AutoCloseable) path.getMethod("standalone").invoke(null)).close();
     }
 
-    private static void unpackInAnotherVersion(Path jar, Path folder) throws Exception {
+    /** Unpacks the jar with X in place of the first digit of the version. */
+    private static void unpackInAnotherVersion(Path jar, String version, Path folder)
+            throws Exception {
         try (ZipInputStream entries = new ZipInputStream(Files.newInputStream(jar))) {
             for (ZipEntry entry; (entry = entries.getNextEntry()) != null;) {
                 if (entry.isDirectory())
                     continue;
-                Path file = folder.resolve(entry.getName());
+                Path file = folder.resolve(changed(entry.getName(), version));
                 Files.createDirectories(file.getParent());
-                byte[] content = entries.readAllBytes();
-                Files.write(file,
-                        entry.getName().endsWith(".so") ? inAnotherVersion(content) : content);
+                // An encoding that keeps every byte.
+                String content = new String(entries.readAllBytes(), StandardCharsets.ISO_8859_1);
+                Files.write(file, changed(content, version).getBytes(StandardCharsets.ISO_8859_1));
             }
         }
     }
 
-    /** Replaces the version by one of the same length, in an encoding that keeps every byte. */
-    private static byte[] inAnotherVersion(byte[] library) {
-        return new String(library, StandardCharsets.ISO_8859_1)
-                .replaceAll(VERSION + ".", OTHER_VERSION)
-                .getBytes(StandardCharsets.ISO_8859_1);
+    private static String changed(String text, String version) {
+        return text.replaceAll(Pattern.quote(version) + "[0-9]", version + "X");
     }
 
     private VersionsScenario() {}

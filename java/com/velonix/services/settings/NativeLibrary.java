@@ -5,7 +5,6 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.net.URL;
 import java.net.URLConnection;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
@@ -17,8 +16,8 @@ import java.util.Locale;
  * property {@value #DIRECTORY_PROPERTY}, else from {@code java.library.path}, else from the jar.
  *
  * <p>The host, which owns the trees, is loaded once in a process: another class loader has a bridge
- * of its own, which the dynamic linker binds to the host that is loaded. The linker refuses a
- * bridge that was built for another version of the host.
+ * of its own, which the dynamic linker binds to the host that is loaded. A bridge that was built for
+ * another version of the host is refused.
  *
  * <p>Loading initialises the classes that have native methods, and those that reading and writing
  * need, so none of these may load the libraries in its own static initialiser: two threads could
@@ -31,8 +30,6 @@ import java.util.Locale;
  */
 final class NativeLibrary {
     static final String DIRECTORY_PROPERTY = "com.velonix.services.settings.library.path";
-
-    private static final String HOST = "settingshost", BRIDGE = "nativesettings";
 
     /** The beginning of the host's symbol version, which the linker quotes when it differs. */
     private static final String HOST_VERSION = "SETTINGSHOST_";
@@ -118,6 +115,8 @@ final class NativeLibrary {
 
     private static String tryAll() {
         StringBuilder reasons = new StringBuilder("The settings libraries cannot be loaded:");
+        if (LibraryFiles.anotherHostIsMapped())
+            return reasons.append(TWO_VERSIONS).toString();
         String directory = System.getProperty(DIRECTORY_PROPERTY);
         if (directory != null
                 && attempt("from " + DIRECTORY_PROPERTY + "=" + directory,
@@ -149,14 +148,14 @@ final class NativeLibrary {
     }
 
     private static void loadFromLibraryPath() {
-        for (String name : namesToLoad()) {
-            System.loadLibrary(name);
-        }
+        if (!LibraryFiles.hostIsMapped())
+            System.loadLibrary(LibraryFiles.HOST_NAME);
+        System.loadLibrary(LibraryFiles.BRIDGE_NAME);
     }
 
     private static void loadFrom(Path directory) {
-        for (String name : namesToLoad()) {
-            System.load(directory.resolve(System.mapLibraryName(name)).toString());
+        for (String file : filesToLoad()) {
+            System.load(directory.resolve(file).toString());
         }
     }
 
@@ -165,13 +164,13 @@ final class NativeLibrary {
         Path directory = Files.createTempDirectory("nativesettings",
                 PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString("rwx------")));
         try {
-            for (String name : namesToLoad()) {
-                copyFromJar(System.mapLibraryName(name), directory);
+            for (String file : filesToLoad()) {
+                copyFromJar(file, directory);
             }
             loadFrom(directory);
         } finally {
-            for (String name : List.of(HOST, BRIDGE)) {
-                Files.deleteIfExists(directory.resolve(System.mapLibraryName(name)));
+            for (String file : List.of(LibraryFiles.HOST, LibraryFiles.BRIDGE)) {
+                Files.deleteIfExists(directory.resolve(file));
             }
             Files.delete(directory);
         }
@@ -189,19 +188,13 @@ final class NativeLibrary {
         }
     }
 
-    /** Returns the names in loading order: the bridge is linked to the host. */
-    private static List<String> namesToLoad() {
-        return hostIsMapped() ? List.of(BRIDGE) : List.of(HOST, BRIDGE);
-    }
-
-    private static boolean hostIsMapped() {
-        try {
-            // File names may be any bytes, so they are not decoded as UTF-8.
-            return Files.readString(Path.of("/proc/self/maps"), StandardCharsets.ISO_8859_1)
-                    .contains("/" + System.mapLibraryName(HOST));
-        } catch (IOException unreadable) {
-            return false;
-        }
+    /**
+     * Returns the files in loading order. If the bridge brought the host in, the linker would bind
+     * symbols of the host to the bridge, which could then never be unmapped.
+     */
+    private static List<String> filesToLoad() {
+        return LibraryFiles.hostIsMapped() ? List.of(LibraryFiles.BRIDGE)
+                                           : List.of(LibraryFiles.HOST, LibraryFiles.BRIDGE);
     }
 
     private static String jarFolder() {
