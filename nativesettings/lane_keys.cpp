@@ -1,7 +1,6 @@
 #include "nativesettings/lane_keys.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "bridge/converters.h"
 #include "nativesettings/frame.h"
@@ -16,6 +15,8 @@
 #include "values/java/local_frames.h"
 #include "values/java/object_array.h"
 #include "values/java/primitive_arrays.h"
+#include "values/number_bits.h"
+#include "values/value_kinds.h"
 
 namespace nativesettings {
 namespace {
@@ -37,31 +38,6 @@ bool attempt(JNIEnv* env, const Body& body) noexcept {
   }
 }
 
-template <class Type>
-jlong bitsOf(Type value) {
-  if constexpr (std::is_floating_point_v<Type>) {
-    jlong bits = 0;
-    std::memcpy(&bits, &value, sizeof(value));  // the low bytes come first
-    return bits;
-  } else {
-    return static_cast<jlong>(value);
-  }
-}
-
-template <class Type>
-Type fromBits(jlong bits) {
-  if constexpr (std::is_floating_point_v<Type>) {
-    Type value;
-    std::memcpy(&value, &bits, sizeof(value));
-    return value;
-  } else if constexpr (std::is_same_v<Type, bool>) {
-    return bits != 0;
-  } else {
-    return static_cast<Type>(bits);
-  }
-}
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
-
 jlong bind(JNIEnv* env, jclass, jlong root, jobjectArray path, jstring key) {
   jlong bound = 0;
   attempt(env, [&] {
@@ -82,34 +58,10 @@ jint levelOf(JNIEnv* env, jclass, jstring name) {
   return static_cast<jint>(found - levels.begin());
 }
 
-// The kinds of value that one native serves.
-struct Numbers {
-  template <class Type>
-  static constexpr bool kHas = std::is_arithmetic_v<Type>;
-};
-struct Arrays {
-  template <class Type>
-  static constexpr bool kHas = kIsVector<Type>;
-};
-
-// Calls `use(value)` if the key has a value and it is of the kind, which must be one of `Kinds`.
-template <class Kinds, class Use>
-bool readOfKind(JNIEnv* env, jlong key, jint kind, jint level, const Use& use) noexcept {
-  return attempt(env, [&] {
-    boost::any value;
-    return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
-             using Type = typename decltype(tag)::type;
-             if constexpr (Kinds::template kHas<Type>) {
-               if (const Type* found = boost::any_cast<Type>(&value)) use(*found);
-             }
-           });
-  });
-}
-
-jlong getNumber(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
-  jlong bits = kNotDone;
-  readOfKind<Numbers>(env, key, kind, level, [&](auto number) { bits = bitsOf(number); });
-  return bits;
+// Touches nothing of Java, so it needs no frame; neither does setting a number.
+jlong getNumber(JNIEnv*, jclass, jlong key, jint kind, jint level) {
+  std::int64_t bits = 0;
+  return keyOf(key).getNumber(level, kind, bits) ? bits : kNotDone;
 }
 
 jstring getText(JNIEnv* env, jclass, jlong key, jint level) {
@@ -137,7 +89,15 @@ jobject toArray(JNIEnv* env, const std::vector<Element>& values) {
 
 jobject getArray(JNIEnv* env, jclass, jlong key, jint kind, jint level) {
   jobject array = nullptr;
-  readOfKind<Arrays>(env, key, kind, level, [&](auto& values) { array = toArray(env, values); });
+  attempt(env, [&] {
+    boost::any value;
+    return keyOf(key).getValue(level, value) && withTypeOfKind(kind, [&](auto tag) {
+             using Type = typename decltype(tag)::type;
+             if constexpr (kIsVector<Type>) {
+               if (const Type* found = boost::any_cast<Type>(&value)) array = toArray(env, *found);
+             }
+           });
+  });
   return array;
 }
 
@@ -150,23 +110,17 @@ bool setOrRecord(jlong context, BoundKey& key, int level, boost::any& value) {
   return true;
 }
 
-// Sets or records the value that `make(tag of the type)` returns for the kind, one of `Kinds`.
-template <class Kinds, class Make>
-jboolean setOfKind(JNIEnv* env, jlong context, jlong key, jint kind, jint level,
-                   const Make& make) noexcept {
+jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
+                   jlong bits) {
+  if (context == 0) return keyOf(key).setNumber(level, kind, bits);
   return attempt(env, [&] {
     boost::any value;
     withTypeOfKind(kind, [&](auto tag) {
-      if constexpr (Kinds::template kHas<typename decltype(tag)::type>) value = make(tag);
+      using Type = typename decltype(tag)::type;
+      if constexpr (std::is_arithmetic_v<Type>) value = fromBits<Type>(bits);
     });
     return setOrRecord(context, keyOf(key), level, value);
   });
-}
-
-jboolean setNumber(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
-                   jlong bits) {
-  return setOfKind<Numbers>(env, context, key, kind, level,
-                            [&](auto tag) { return fromBits<typename decltype(tag)::type>(bits); });
 }
 
 jboolean setText(JNIEnv* env, jclass, jlong context, jlong key, jint level, jstring text) {
@@ -191,15 +145,24 @@ std::vector<std::string> textsOf(JNIEnv* env, jobjectArray array) {
   return texts;
 }
 
+boost::any arrayOf(JNIEnv* env, jobject array, jint kind) {
+  boost::any value;
+  withTypeOfKind(kind, [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    if constexpr (std::is_same_v<Type, std::vector<std::string>>) {
+      value = textsOf(env, static_cast<jobjectArray>(array));
+    } else if constexpr (kIsVector<Type>) {
+      value = fromPrimitiveArray<ElementOf<Type>>(env, array);
+    }
+  });
+  return value;
+}
+
 jboolean setArray(JNIEnv* env, jclass, jlong context, jlong key, jint kind, jint level,
                   jobject array) {
-  return setOfKind<Arrays>(env, context, key, kind, level, [&](auto tag) {
-    using Element = ElementOf<typename decltype(tag)::type>;
-    if constexpr (std::is_same_v<Element, std::string>) {
-      return textsOf(env, static_cast<jobjectArray>(array));
-    } else {
-      return fromPrimitiveArray<Element>(env, array);
-    }
+  return attempt(env, [&] {
+    boost::any value = arrayOf(env, array, kind);
+    return setOrRecord(context, keyOf(key), level, value);
   });
 }
 

@@ -11,6 +11,7 @@
 
 #include <boost/any.hpp>
 #include <boost/shared_ptr.hpp>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,15 +29,26 @@ class BoundKey {
 
   virtual ~BoundKey() = default;
 
-  // Copies the value at the level into `value`, which becomes empty if there is none. `level` is a
-  // position in SettingsLevelManager::getAllLevelNames() or kEffective. Returns false if there is
-  // no such key.
+  // Levels are positions in SettingsLevelManager::getAllLevelNames().
+
+  // Copies the value at the level or the effective one into `value`, which becomes empty if there
+  // is none. Returns false if there is no such key.
   virtual bool getValue(int level, boost::any& value) const noexcept = 0;
+
+  // Does the same for a number, without allocation. `kind` is a number of values/value_kinds.h;
+  // `bits` are those of values/number_bits.h. Returns false if there is no value, or one of another
+  // kind.
+  virtual bool getNumber(int level, int kind, std::int64_t& bits) const noexcept = 0;
 
   // Sets the value at the level, as Settings::setAny does. Returns false, with nothing set, if
   // there is no such key, a validator has to be called, the value is of another type than the
-  // key's, or the change is refused or cannot be stored. Takes `value` if it returns true.
+  // key's, or the change is refused or cannot be stored. Takes the content of `value` if it returns
+  // true.
   virtual bool setAny(int level, boost::any& value) noexcept = 0;
+
+  // Does the same for a number, given as to getNumber(). Allocates nothing if the level has a
+  // value.
+  virtual bool setNumber(int level, int kind, std::int64_t bits) noexcept = 0;
 
   // Removes the value at the level, as Settings::unset does. Returns false, with nothing removed,
   // if there is no such key, the level has no value, or the change is refused or cannot be stored.

@@ -1,6 +1,7 @@
 #include "values/stored_value.h"
 
 #include <cstring>
+#include <utility>
 
 #include "values/value_kinds.h"
 
@@ -42,6 +43,15 @@ boost::any ownCopy(const boost::any& value) {
     copy = *boost::unsafe_any_cast<Type>(&value);
   });
   return copy;
+}
+
+boost::any ownMove(boost::any& value) {
+  boost::any moved;
+  withTypeOfKind(kindOfValue(value), [&](auto tag) {
+    using Type = typename decltype(tag)::type;
+    moved = std::move(*boost::unsafe_any_cast<Type>(&value));
+  });
+  return moved;
 }
 
 }  // namespace zlutil::boostany

@@ -16,4 +16,7 @@ bool sameValue(const boost::any& left, const boost::any& right);
 // made it, and that library may be unmapped while the tree still has the value.
 boost::any ownCopy(const boost::any& value);
 
+// Does the same by moving the content out of `value`, which keeps its type.
+boost::any ownMove(boost::any& value);
+
 }  // namespace zlutil::boostany

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "host/change/tree_edit.h"
+#include "values/number_bits.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
 
@@ -16,28 +17,43 @@ class BoundKeyInTree final : public BoundKey {
       : root_(std::move(root)), names_(std::move(names)) {}
 
   bool getValue(int level, boost::any& value) const noexcept override {
-    return orRefused([&] {
-      tree().look();
-      ReadLock lock(tree().lock());
-      const Key* const key = find();
-      if (!key || !isLevelOrEffective(level)) return false;
-      value = level == kEffective ? key->effectiveValue() : key->value(level);
-      return true;
+    return read(level, [&](const boost::any& found) { value = found; });
+  }
+
+  bool getNumber(int level, int kind, std::int64_t& bits) const noexcept override {
+    bool isNumber = false;
+    read(level, [&](const boost::any& found) {
+      boostany::withTypeOfKind(kind, [&](auto tag) {
+        using Type = typename decltype(tag)::type;
+        if constexpr (std::is_arithmetic_v<Type>) {
+          const Type* const number = boost::any_cast<Type>(&found);
+          isNumber = number != nullptr;
+          if (isNumber) bits = boostany::toBits(*number);
+        }
+      });
+    });
+    return isNumber;
+  }
+
+  bool setAny(int level, boost::any& value) noexcept override {
+    return change(level, boostany::kindOfValue(value), [&](TreeEdit& edit, Key& key) {
+      edit.replaceValue(key, level, boostany::ownMove(value));
     });
   }
 
-  // Refuses levels whose store keeps changes: there the I/O takes the time, and Settings::setAny
-  // does it.
-  bool setAny(int level, boost::any& value) noexcept override {
-    return orRefused([&] {
-      tree().look();
-      TreeEdit edit(tree());
-      Key* const key = findToChange(level);
-      if (!key || key->effectiveValidator() || !isOfKind(*key, value)) return false;
-      edit.replaceValue(*key, level, std::move(value));
-      edit.finish();
-      return true;
-    });
+  bool setNumber(int level, int kind, std::int64_t bits) noexcept override {
+    bool isNumber = false;
+    return change(level, kind,
+                  [&](TreeEdit& edit, Key& key) {
+                    boostany::withTypeOfKind(kind, [&](auto tag) {
+                      using Type = typename decltype(tag)::type;
+                      if constexpr (std::is_arithmetic_v<Type>) {
+                        isNumber = true;
+                        edit.replaceNumber(key, level, boostany::fromBits<Type>(bits));
+                      }
+                    });
+                  }) &&
+           isNumber;
   }
 
   bool unset(int level) noexcept override {
@@ -68,13 +84,42 @@ class BoundKeyInTree final : public BoundKey {
     }
   }
 
+  // Calls `use(value)` with the value at the level or the effective one. Returns false if there is
+  // no such key.
+  template <class Use>
+  bool read(int level, const Use& use) const noexcept {
+    return orRefused([&] {
+      tree().look();
+      ReadLock lock(tree().lock());
+      const Key* const key = find();
+      if (!key || !isLevelOrEffective(level)) return false;
+      use(level == kEffective ? key->effectiveValue() : key->value(level));
+      return true;
+    });
+  }
+
+  // Calls `replace(edit, key)` if the key can take a value of the kind at the level and no
+  // validator has to be called. Refuses levels whose store keeps changes: there the I/O takes the
+  // time, and Settings::setAny does it.
+  template <class Replace>
+  bool change(int level, int kind, const Replace& replace) noexcept {
+    return orRefused([&] {
+      tree().look();
+      TreeEdit edit(tree());
+      Key* const key = findToChange(level);
+      if (!key || key->effectiveValidator() || !takesKind(*key, kind)) return false;
+      replace(edit, *key);
+      edit.finish();
+      return true;
+    });
+  }
+
   Tree& tree() const { return root_->tree(); }
 
   static bool isLevelOrEffective(int level) { return level >= kEffective && level < kLevelCount; }
 
-  static bool isOfKind(const Key& key, const boost::any& value) {
-    const int given = boostany::kindOfValue(value);
-    return given != boostany::kNoValue && (key.kind() == boostany::kNoValue || key.kind() == given);
+  static bool takesKind(const Key& key, int kind) {
+    return kind != boostany::kNoValue && (key.kind() == boostany::kNoValue || key.kind() == kind);
   }
 
   // Returns the key at the path, or null. The caller holds the tree's lock() or writer(). Several

@@ -8,6 +8,7 @@
 #include "host/change/value_checks.h"
 #include "host/tree/java_proxies.h"
 #include "service/new_key.h"
+#include "values/stored_value.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings {
@@ -29,7 +30,8 @@ std::vector<Expected>& expected() {
 // unless keep() was called.
 class FirstValue {
  public:
-  FirstValue(Key& key, int level, boost::any value) : key_(key), level_(level) {
+  FirstValue(Key& key, int level, const boost::any& given) : key_(key), level_(level) {
+    boost::any value = boostany::ownCopy(given);
     key_.replaceValue(level_, value);
   }
   ~FirstValue() {

@@ -53,19 +53,18 @@ void ChangedKeys::add(Key& key) noexcept {
     audience.reserve(above_.size() + 1);
     if (hasOwn) audience.push_back(key.getID());
     audience.insert(audience.end(), above_.begin(), above_.end());
-    heard_.emplace_back(boost::static_pointer_cast<Key>(key.shared_from_this()),
-                        std::move(audience));
+    heard_.emplace_back(key.shared_from_this(), std::move(audience));
   } catch (const std::bad_alloc&) {
     parent_ = nullptr;
   }
 }
 
-void ChangedKeys::publish() const {
-  for (const auto& [key, audience] : heard_) publishChanged(key, audience);
+void ChangedKeys::publish() {
+  for (auto& [key, audience] : heard_) publishChanged(std::move(key), audience);
 }
 
-void publishChanged(const EntryPtr& key, const Audience& audience) {
-  publish(audience, SettingsValueChangeEvent(key));
+void publishChanged(EntryPtr key, const Audience& audience) {
+  publish(audience, SettingsValueChangeEvent(std::move(key)));
 }
 
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry) {

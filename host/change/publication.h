@@ -29,11 +29,11 @@ class ChangedKeys {
   // tree's lock().
   void add(Key& key) noexcept;
 
-  // Publishes a change of each key, in the order in which they were added.
-  void publish() const;
+  // Publishes a change of each key, in the order in which they were added. Called once.
+  void publish();
 
  private:
-  boost::container::small_vector<std::pair<KeyPtr, Audience>, 1> heard_;
+  boost::container::small_vector<std::pair<EntryPtr, Audience>, 1> heard_;
   // The parent of the last key, and the audience from there upwards: the next key mostly has the
   // same.
   const Node* parent_ = nullptr;
@@ -41,7 +41,7 @@ class ChangedKeys {
 };
 
 // Publishes a change of the key's value.
-void publishChanged(const EntryPtr& key, const Audience& audience);
+void publishChanged(EntryPtr key, const Audience& audience);
 
 // Publishes that the entry was added below `parent`; without `audience`, to its present audience.
 void publishAdded(const boost::shared_ptr<Settings>& parent, const EntryPtr& entry);

@@ -27,6 +27,7 @@
 
 #include "host/change/external_changes.h"
 #include "host/change/publication.h"
+#include "values/number_bits.h"
 
 namespace zlutil::settings::host {
 
@@ -62,6 +63,21 @@ class TreeEdit {
   // Replaces values at the level, and notes the keys whose values have changed, for publication.
   void replaceValue(Key& key, int level, boost::any value);
   void replaceValues(int level, KeyChanges changes);
+  // Does the same for a number. If the level has a value, allocates nothing.
+  template <class Number>
+  void replaceNumber(Key& key, int level, Number number) {
+    {
+      WriteLock lock(tree_.lock());
+      if (Number* const stored = key.storedValue<Number>(level)) {
+        if (boostany::toBits(*stored) == boostany::toBits(number)) return;
+        *stored = number;
+        key.countChange();
+        changed_.add(key);
+        return;
+      }
+    }
+    replaceValue(key, level, number);
+  }
 
   // Inserts the entry, which only this thread knows, below the parent. parent.makeRoomForChild()
   // has been called.

@@ -50,6 +50,10 @@ const boost::any& Key::effectiveValue() const {
 void Key::replaceValue(int level, boost::any& value) {
   values_[level].swap(value);
   if (kind_ == boostany::kNoValue) setKind(boostany::kindOfValue(values_[level]));
+  countChange();
+}
+
+void Key::countChange() const {
   // No reader can find a key without a parent.
   if (parent()) ChangeCounters::add(parent()->name(), name());
 }

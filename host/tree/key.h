@@ -41,6 +41,12 @@ class Key final : public Entry {
   // Exchanges the value of the level with `value`, and counts the change. The first value fixes the
   // kind.
   void replaceValue(int level, boost::any& value);
+  // Returns the value of the level if it is of the type, else null. The caller counts its change.
+  template <class Type>
+  Type* storedValue(int level) {
+    return boost::any_cast<Type>(&values_[level]);
+  }
+  void countChange() const;
   void setKind(int kind) { kind_ = static_cast<std::int8_t>(kind); }
 
   // The index of the key in the running commit; meaningless between commits. The caller holds

@@ -7,6 +7,7 @@ import com.velonix.services.settings.SettingListener;
 import com.velonix.services.settings.SettingPath;
 import com.velonix.services.settings.ValidationContext;
 import com.velonix.services.settings.ValueValidator;
+import java.util.Arrays;
 import java.util.Optional;
 import java.util.concurrent.atomic.AtomicInteger;
 import java.util.function.BinaryOperator;
@@ -64,6 +65,8 @@ public final class LoaderUser implements BinaryOperator<String> {
                 case "open" -> open(argument);
                 case "validate" -> add(argument, Hidden.class);
                 case "set" -> set(argument.split("="));
+                case "leave" -> leave(root.path(argument));
+                case "left" -> left(root.path(argument));
                 case "publish" -> publish(argument.split("="));
                 case "get" -> String.valueOf(key(argument).get());
                 case "asked" -> String.valueOf(asked.getAndSet(0));
@@ -105,6 +108,29 @@ public final class LoaderUser implements BinaryOperator<String> {
     private String set(String[] change) throws SettingException {
         key(change[0]).set(Integer.valueOf(change[1]), SettingLevel.SESSION);
         return "set";
+    }
+
+    /** Leaves values of all sorts that nobody validates: as added, and as set again and again. */
+    private static String leave(SettingPath node) throws SettingException {
+        node.addKey("added", "first");
+        node.addKey("untouched", false);
+        node.addKey("number", 0);
+        node.addKey("text", "");
+        node.addKey("array", new double[0]);
+        for (int i = 1; i <= 3; ++i) {
+            node.setting("number", Integer.class).set(i, SettingLevel.SESSION);
+            node.setting("text", String.class).set("t" + i, SettingLevel.SESSION);
+            node.setting("array", double[].class).set(new double[] {i}, SettingLevel.SESSION);
+        }
+        return "left";
+    }
+
+    private static String left(SettingPath node) throws SettingException {
+        return node.setting("added", String.class).get()
+                + node.setting("untouched", Boolean.class).get()
+                + node.setting("number", Integer.class).get()
+                + node.setting("text", String.class).get()
+                + Arrays.toString(node.setting("array", double[].class).get());
     }
 
     /** Sets the value by C++ code in a library of the class loader. */

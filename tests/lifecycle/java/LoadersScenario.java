@@ -134,12 +134,14 @@ public final class LoadersScenario {
         second.expect("1", "asked", "");
         first.expect("set", "publish", "one.size=4");
         third.expect("4", "get", "one.size");
+        first.expect("left", "leave", "one");
     }
 
     /** The first one has gone, with the class of one validator; all know the class of the other. */
     private static void afterAnEnd(Application second, Application third) {
         second.expect("4", "get", "one.size");
         second.expect("5", "get", "one.hidden");
+        second.expect("firstfalse3t3[3.0]", "left", "one");
         second.expect("there is no class LoaderUser$Hidden*", "set", "one.hidden=6");
         second.tell("asked", "");
         second.expect("set", "set", "one.size=6");
