@@ -3,10 +3,10 @@
 // A reader counts itself in the counter of its thread's stripe, so readers on different threads
 // touch different cache lines. A writer raises a flag and waits until all counters are zero; a
 // reader that meets the flag steps back. A reader costs two atomic additions; a writer reads the
-// counters of the stripes that have ever had a reader. Both first spin for a few microseconds,
+// counters of the stripes that have ever had a reader. All first spin for a few microseconds,
 // which is longer than most hold the lock and shorter than it takes to wake a thread: a reader that
-// slept at once would lose a fifth of its time beside a thread that sets without pause. Then
-// writers yield, and readers queue at the gate.
+// slept at once would lose a fifth of its time beside a thread that sets without pause. Then they
+// yield, and at last sleep for a moment. A reader that has waited so long enters as a writer does.
 //
 // Holders do no I/O and call no foreign code. The lock is not recursive. A holder must not destroy
 // an entry, because the destructor of a node acquires the lock for writing.
@@ -14,10 +14,10 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <thread>
 
-#include "base/mutex.h"
 #include "base/thread_annotations.h"
 #include "base/thread_stripe.h"
 
@@ -26,27 +26,18 @@ namespace zlutil::settings::host {
 class CAPABILITY("mutex") TreeLock {
  public:
   void lock() ACQUIRE() NO_THREAD_SAFETY_ANALYSIS {
-    gate_.lock();
+    Patience patience;
     // Sequentially consistent, like the reader's pair below: either the reader sees the flag, or
     // this thread sees the reader.
-    writing_.store(true, std::memory_order_seq_cst);
-    int spins = kSpins;
+    while (writing_.exchange(true, std::memory_order_seq_cst)) patience.wait();
     for (std::uint32_t used = used_.load(std::memory_order_seq_cst); used != 0; used &= used - 1) {
       const Stripe& stripe = stripes_[static_cast<std::size_t>(__builtin_ctz(used))];
-      while (stripe.readers.load(std::memory_order_seq_cst) != 0) {
-        if (spins > 0) {
-          --spins;
-          relax();
-        } else {
-          std::this_thread::yield();
-        }
-      }
+      while (stripe.readers.load(std::memory_order_seq_cst) != 0) patience.wait();
     }
   }
 
   void unlock() RELEASE() NO_THREAD_SAFETY_ANALYSIS {
     writing_.store(false, std::memory_order_release);
-    gate_.unlock();
   }
 
  private:
@@ -58,6 +49,26 @@ class CAPABILITY("mutex") TreeLock {
 
   // A few microseconds: longer than a single value takes.
   static constexpr int kSpins = 256;
+  static constexpr int kYields = 64;
+  static constexpr std::chrono::microseconds kSleep{50};
+
+  // What a thread does each time that it has looked in vain.
+  class Patience {
+   public:
+    void wait() {
+      ++looks_;
+      if (looks_ <= kSpins) {
+        relax();
+      } else if (looks_ <= kSpins + kYields) {
+        std::this_thread::yield();
+      } else {
+        std::this_thread::sleep_for(kSleep);
+      }
+    }
+
+   private:
+    int looks_ = 0;
+  };
 
   // Tells the processor that this thread is spinning.
   static void relax() {
@@ -68,7 +79,7 @@ class CAPABILITY("mutex") TreeLock {
 #endif
   }
 
-  std::atomic<int>& enterAsReader() {
+  std::atomic<int>& enterAsReader() NO_THREAD_SAFETY_ANALYSIS {
     const std::size_t stripe = base::threadStripe();
     // Before the reader's pair: a writer that misses the bit is seen by the reader.
     const std::uint32_t bit = std::uint32_t{1} << stripe;
@@ -82,9 +93,9 @@ class CAPABILITY("mutex") TreeLock {
       readers.fetch_sub(1, std::memory_order_release);
       while (writing_.load(std::memory_order_relaxed) && --spins > 0) relax();
     }
-    // No writer holds the lock while the gate is held here, and the next one sees the counter.
-    base::MutexLock lock(gate_);
+    lock();
     readers.fetch_add(1, std::memory_order_seq_cst);
+    unlock();
     return readers;
   }
 
@@ -93,7 +104,6 @@ class CAPABILITY("mutex") TreeLock {
   std::array<Stripe, base::kThreadStripes> stripes_;
   alignas(base::kCacheLine) std::atomic<bool> writing_{false};
   std::atomic<std::uint32_t> used_{0};  // the stripes that have ever had a reader
-  base::Mutex gate_;
 };
 
 class SCOPED_CAPABILITY ReadLock {
