@@ -121,7 +121,8 @@ class SETTINGS_HOST_API JVMShutdownGuard {
   JVMShutdownGuard(const JVMShutdownGuard&) = delete;
   JVMShutdownGuard& operator=(const JVMShutdownGuard&) = delete;
 
-  // Returns false from the moment at which the VM begins to go down, and while there is none.
+  // Returns false once the VM is going down, and while there is none. While the VM runs its
+  // shutdown hooks, returns true on threads that run Java code.
   bool JVMRunning() const { return running_; }
 
  private:

@@ -12,10 +12,12 @@ namespace {
 
 std::atomic<JavaVM*> vm{nullptr};
 
-// 0 while the VM runs. The VM's shutdown hook writes it, at any time, through a direct byte buffer:
-// this library is never unmapped.
-std::atomic<signed char> stopped{0};
-static_assert(sizeof(stopped) == 1 && std::atomic<signed char>::is_always_lock_free);
+// 1 once the VM has begun to shut down. The VM's shutdown hook writes it, at any time, through a
+// direct byte buffer: this library is never unmapped.
+std::atomic<signed char> shutdownBegun{0};
+static_assert(sizeof(shutdownBegun) == 1 && std::atomic<signed char>::is_always_lock_free);
+
+std::atomic<bool> stopped{false};
 
 // Detaches the thread when it ends, if it was attached here.
 struct Detacher {
@@ -27,16 +29,21 @@ struct Detacher {
 
 thread_local Detacher detacher;
 
-// Installs a hook that sets `stopped` when the VM shuts down. If the program lacks the class,
+// Installs a hook that sets `shutdownBegun` when the VM shuts down. If the program lacks the class,
 // because it has Java classes of its own, the VM is taken to run until the process ends.
 void installShutdownHook(JNIEnv* env) {
   static constexpr const char* kClass = "com/velonix/services/settings/VmShutdown";
   jclass cls = env->FindClass(kClass);
   jmethodID install =
       cls ? env->GetStaticMethodID(cls, "install", "(Ljava/nio/ByteBuffer;)V") : nullptr;
-  jobject flag = install ? env->NewDirectByteBuffer(&stopped, sizeof(stopped)) : nullptr;
+  jobject flag =
+      install ? env->NewDirectByteBuffer(&shutdownBegun, sizeof(shutdownBegun)) : nullptr;
   if (flag) env->CallStaticVoidMethod(cls, install, flag);
-  if (env->ExceptionCheck()) env->ExceptionClear();
+  if (env->ExceptionCheck()) {
+    env->ExceptionClear();
+    // The VM refuses hooks once it shuts down.
+    if (flag) shutdownBegun.store(1, std::memory_order_seq_cst);
+  }
   if (flag) env->DeleteLocalRef(flag);
   if (cls) env->DeleteLocalRef(cls);
 }
@@ -46,7 +53,9 @@ void installShutdownHook(JNIEnv* env) {
 JavaVM* currentVm() noexcept { return vm.load(std::memory_order_acquire); }
 
 bool isRunning() noexcept {
-  return stopped.load(std::memory_order_seq_cst) == 0 && currentVm() != nullptr;
+  if (stopped.load(std::memory_order_seq_cst) || !currentVm()) return false;
+  if (shutdownBegun.load(std::memory_order_seq_cst) == 0) return true;
+  return !detacher.attachedHere && currentEnv() != nullptr;
 }
 
 JNIEnv* currentEnv() noexcept {
@@ -69,7 +78,7 @@ JNIEnv* attachedEnv() noexcept {
   return static_cast<JNIEnv*>(env);
 }
 
-void markStopped() noexcept { stopped.store(1, std::memory_order_seq_cst); }
+void markStopped() noexcept { stopped.store(true, std::memory_order_seq_cst); }
 
 }  // namespace javalayer
 

@@ -11,7 +11,9 @@ inline constexpr jint kJniVersion = JNI_VERSION_1_4;
 // Returns the adopted VM, or null if there is none.
 JavaVM* currentVm() noexcept;
 
-// Returns whether there is a VM that has not begun to shut down.
+// Returns whether the calling thread may call Java: there is a VM, and it has not been stopped.
+// Once it has begun to shut down, only threads of Java's own may, and those that the program has
+// attached; the VM still runs shutdown hooks then.
 bool isRunning() noexcept;
 
 // Returns the environment of the calling thread, or null if it is not attached or there is no VM.

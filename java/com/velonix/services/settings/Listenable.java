@@ -19,7 +19,7 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return the registration; closing it ends it
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed, or the JVM is shutting down
+     * @throws IllegalStateException if the tree has been closed
      */
     Registration addListener(SettingListener listener) throws SettingException;
 
@@ -31,7 +31,7 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return the registration; closing it ends it
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed, or the JVM is shutting down
+     * @throws IllegalStateException if the tree has been closed
      */
     default Registration onChanged(Consumer<? super SettingChangeEvent> action)
             throws SettingException {
@@ -46,7 +46,7 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return the registration; closing it ends it
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed, or the JVM is shutting down
+     * @throws IllegalStateException if the tree has been closed
      */
     default Registration onAdded(Consumer<? super SettingChangeEvent> action)
             throws SettingException {
@@ -61,7 +61,7 @@ public sealed interface Listenable permits SettingPath, Setting {
      * @return the registration; closing it, or removing the key or node itself, ends it
      * @throws SettingNotFoundException if there is no such node, or no such key
      * @throws SettingException if the settings service fails otherwise
-     * @throws IllegalStateException if the tree has been closed, or the JVM is shutting down
+     * @throws IllegalStateException if the tree has been closed
      */
     default Registration onRemoved(Consumer<? super SettingChangeEvent> action)
             throws SettingException {

@@ -23,18 +23,19 @@ final class NativeCall implements AutoCloseable {
      * before it uses the result.
      *
      * @param subject the setting or path of the call, for the message
-     * @throws IllegalStateException if the method did nothing, because the JVM is shutting down
+     * @throws IllegalStateException if the method did nothing, because the program that embeds the
+     *     JVM has stopped it for the settings
      */
     static void check(Object subject) {
         if (NativeLane.wasRefused()) {
             throw new IllegalStateException("The settings service did nothing for " + subject
-                    + ": the JVM is shutting down");
+                    + ": the native program is ending the JVM");
         }
     }
 
     /** Returns the exception for a call that returned no result. */
     static IllegalStateException unanswered(Object subject) {
         return new IllegalStateException("The settings service returned nothing for " + subject
-                + ": the JVM is shutting down, or the service failed in an unknown way");
+                + ": the native program is ending the JVM, or the service failed in an unknown way");
     }
 }

@@ -9,10 +9,9 @@ import java.util.Optional;
  * each operation looks for the key.
  *
  * <p>{@link SettingPath#setting} makes it; it is valid until the root of the tree is closed. May be
- * used by any number of threads. Every operation throws {@link IllegalStateException} once the tree
- * has been closed or, except reads of a cached value, the JVM has begun to shut down; it then has
- * changed nothing. Any other failure of the service is a {@link SettingException} or a {@link
- * RuntimeException}.
+ * used by any number of threads, also by shutdown hooks. Every operation throws {@link
+ * IllegalStateException} once the tree has been closed; it then has changed nothing. Any other
+ * failure of the service is a {@link SettingException} or a {@link RuntimeException}.
  *
  * @param <T> the class of the values
  */

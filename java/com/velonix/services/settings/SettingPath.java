@@ -13,9 +13,8 @@ import java.util.Objects;
  * <p>{@link #processRoot()}, {@link #sessionRoot(long)}, {@link #load(Path)} and {@link
  * #standalone()} open a tree and return its root, which owns the tree's native handle. All paths
  * and settings made from a root share its handle. Their operations throw {@link
- * IllegalStateException} once the root has been closed or, except reads of cached names and values,
- * the JVM has begun to shut down; they then have changed nothing. May be used by any number of
- * threads.
+ * IllegalStateException} once the root has been closed; they then have changed nothing. May be used
+ * by any number of threads, also by shutdown hooks.
  *
  * <p>An operation throws {@link SettingNotFoundException} if the node, or an entry of it that is
  * named, does not exist, and {@link SettingNameDuplicationException} if another entry has the name

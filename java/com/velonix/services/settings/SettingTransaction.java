@@ -11,9 +11,8 @@ import java.util.concurrent.atomic.AtomicReference;
  * <p>The recorded changes stay after {@link #commit} and {@link #validate}: committing again
  * applies them again. Several changes of one key are applied in order. For one thread at a time: a
  * second thread, or a listener that is called during the commit, gets an {@link
- * IllegalStateException}. So does every use after {@link #close()} or once the JVM has begun to
- * shut down; then nothing is recorded or applied. A cleaner closes a transaction that is no longer
- * referenced.
+ * IllegalStateException}. So does every use after {@link #close()}; then nothing is recorded or
+ * applied. A cleaner closes a transaction that is no longer referenced.
  */
 public final class SettingTransaction implements AutoCloseable {
     enum State {
@@ -72,7 +71,7 @@ public final class SettingTransaction implements AutoCloseable {
      *
      * @param level the level to change
      * @return the problems found; empty if the changes have been applied
-     * @throws IllegalStateException if the JVM is shutting down; then nothing has been applied
+     * @throws IllegalStateException if the native program has stopped Java; then nothing has been applied
      */
     public List<SettingValidity> commit(SettingLevel level) {
         String levelName = SettingLevel.nameOf(level);

@@ -1,148 +1,129 @@
 package com.velonix.services.settings;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.velonix.services.settings.validators.Range;
 import java.nio.file.Path;
 import java.util.List;
-import java.util.Map;
-import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.CountDownLatch;
-import java.util.regex.Matcher;
-import java.util.regex.Pattern;
+import java.util.concurrent.atomic.AtomicInteger;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
-/**
- * Tests changes during the shutdown of the JVM: a call that returns has changed, one that throws
- * not.
- */
+/** Tests reading and changing while the JVM runs its shutdown hooks. */
 class ShutdownTest {
-    private interface Change {
-        void make(int number) throws SettingException;
-    }
-
-    /** Exits while its threads make changes, and prints how many of each kind returned. */
-    public static final class Child {
-        private static final long PATIENCE_NANOS = 60_000_000_000L;
-        private static final int BEFORE_THE_END = 10;
-
-        private final Map<String, Change> changes = new ConcurrentHashMap<>();
-        private final Map<String, String> outcomes = new ConcurrentHashMap<>();
-
+    /** Exits, and saves its state in a hook while another thread goes on setting. */
+    public static final class Saver {
         public static void main(String[] arguments) throws Exception {
-            new Child(SettingPath.processRoot().addNode("shutdown")).run();
-        }
-
-        private Child(SettingPath node) throws SettingException {
-            Setting<Integer> set = node.addKey("set", 0);
-            Setting<Integer> unset = node.addKey("unset", 0);
-            Setting<Integer> committed = node.addKey("committed", 0);
-            SettingPath nodes = node.addNode("nodes");
-            SettingPath keys = node.addNode("keys");
-            SettingPath deleted = node.addNode("deleted");
-            SettingPath copies = node.addNode("copies");
-            SettingPath template = node.addNode("template");
-            changes.put("set", set::set);
-            changes.put("unset", number -> {
-                if (number % 2 == 1) {
-                    unset.set(number);
-                } else {
-                    unset.unset();
+            SettingPath node = SettingPath.processRoot().addNode("shutdown");
+            node.addKey("set", 0);
+            node.addKey("unset", 0);
+            node.addKey("committed", 0);
+            node.addKey("ranged", 5, SettingLevel.USER, Range.class, "1..9");
+            node.addNode("deleted");
+            node.addNode("template").addKey("copied", 7);
+            Setting<Integer> counted = node.addKey("counted", 0);
+            AtomicInteger count = new AtomicInteger();
+            CountDownLatch counting = new CountDownLatch(10);
+            new Thread(() -> countForEver(counted, count, counting)).start();
+            Runtime.getRuntime().addShutdownHook(new Thread(() -> {
+                try {
+                    int before = count.get();
+                    save(node);
+                    while (count.get() < before + 10) Thread.sleep(1);
+                    System.out.println("saved, counted " + count.get());
+                } catch (Throwable failed) {
+                    failed.printStackTrace(System.out);
                 }
-            });
-            changes.put("committed", number -> commit(committed, number));
-            changes.put("nodes", number -> nodes.addNode("n" + number));
-            changes.put("keys", number -> keys.addKey("k" + number, number));
-            changes.put("deleted", number -> {
-                if (number % 2 == 1) {
-                    deleted.addNode("child");
-                } else {
-                    deleted.delete("child");
-                }
-            });
-            changes.put("copies", number -> template.copyTo(copies, "c" + number));
-            changes.put("listening", number -> nodes.onRemoved(event -> {}));
-        }
-
-        private static void commit(Setting<Integer> key, int number) throws SettingException {
-            try (SettingTransaction transaction = new SettingTransaction()) {
-                transaction.set(key, number);
-                List<SettingValidity> problems = transaction.commit(SettingLevel.USER);
-                if (!problems.isEmpty())
-                    throw new AssertionError(problems);
-            }
-        }
-
-        private void run() throws InterruptedException {
-            CountDownLatch underWay = new CountDownLatch(changes.size());
-            List<Thread> threads =
-                    changes.keySet()
-                            .stream()
-                            .map(name -> new Thread(() -> changeToTheEnd(name, underWay)))
-                            .toList();
-            threads.forEach(Thread::start);
-            // The JVM waits for this hook, which waits for all threads.
-            Runtime.getRuntime().addShutdownHook(new Thread(() -> report(threads)));
-            underWay.await();
+            }));
+            counting.await();
             System.exit(0);
         }
 
-        private void changeToTheEnd(String name, CountDownLatch underWay) {
-            long end = System.nanoTime() + PATIENCE_NANOS;
-            int made = 0;
+        private static void countForEver(
+                Setting<Integer> counted, AtomicInteger count, CountDownLatch counting) {
             try {
-                while (System.nanoTime() < end) {
-                    changes.get(name).make(made + 1);
-                    if (++made == BEFORE_THE_END)
-                        underWay.countDown();
+                while (true) {
+                    counted.set(count.get() + 1);
+                    count.incrementAndGet();
+                    counting.countDown();
                 }
-                outcomes.put(name, "never refused");
-            } catch (IllegalStateException refused) {
-                outcomes.put(name, made + " until " + refused.getMessage());
-            } catch (Throwable failed) {
-                outcomes.put(name, "failed with " + failed);
-                underWay.countDown();
+            } catch (SettingException failed) {
+                throw new IllegalStateException(failed);
             }
         }
 
-        private void report(List<Thread> threads) {
-            try {
-                for (Thread thread : threads) thread.join();
-            } catch (InterruptedException unexpected) {
-                throw new AssertionError(unexpected);
+        private static void save(SettingPath node) throws Exception {
+            Setting<Integer> set = node.setting("set", Integer.class);
+            AtomicInteger heard = new AtomicInteger();
+            set.onChanged(event -> heard.incrementAndGet());
+            for (int level = 0; level < 3; ++level) set.set(level, SettingLevel.SESSION);
+            set.set(1);
+            node.setting("unset", Integer.class).unset();
+            try (SettingTransaction transaction = new SettingTransaction()) {
+                transaction.set(node.setting("committed", Integer.class), 2);
+                check(transaction.commit(SettingLevel.USER).isEmpty());
             }
-            outcomes.forEach((name, outcome) -> System.out.println(name + ": " + outcome));
+            try {
+                node.setting("ranged", Integer.class).set(10);
+                check(false);
+            } catch (SettingValidationException outOfRange) {
+                node.setting("ranged", Integer.class).set(9);
+            }
+            node.delete("deleted");
+            node.path("template").copyTo(node, "copy");
+            node.addKey("added", "text");
+            try (SettingPath tree = SettingPath.standalone()) {
+                check(tree.addKey("key", 3).get() == 3);
+            }
+            check(heard.get() == 4 && set.get() == 2);
+        }
+
+        private static void check(boolean holds) {
+            if (!holds)
+                throw new AssertionError();
+        }
+    }
+
+    /** Uses the settings for the first time in a hook. */
+    public static final class LateUser {
+        public static void main(String[] arguments) {
+            Runtime.getRuntime().addShutdownHook(new Thread(() -> {
+                try {
+                    SettingPath.processRoot().addKey("late", 1);
+                } catch (Throwable failed) {
+                    failed.printStackTrace(System.out);
+                }
+            }));
         }
     }
 
     @Test
-    void changesThatReturnAreMadeAndThoseThatThrowAreNot(@TempDir Path folder) throws Exception {
-        String text = ChildJvm.run(Child.class, folder);
+    void aShutdownHookCanSave(@TempDir Path folder) throws Exception {
+        String text = ChildJvm.run(Saver.class, folder);
+        String expected = "saved, counted ";
+        assertTrue(text.startsWith(expected), text);
+        int counted = Integer.parseInt(text.substring(expected.length()).strip());
         try (SettingPath root = SettingPath.processRoot()) {
             SettingPath node = root.path("shutdown");
-            assertEquals(made(text, "set"), node.setting("set", Integer.class).get());
-            assertEquals(made(text, "committed"), node.setting("committed", Integer.class).get());
-            assertEquals(
-                    made(text, "unset") % 2 == 1, node.setting("unset", Integer.class).isSet());
-            assertEquals(made(text, "nodes"), node.path("nodes").nodes().size());
-            assertEquals(made(text, "copies"), node.path("copies").nodes().size());
-            assertEquals(made(text, "deleted") % 2, node.path("deleted").nodes().size());
-            List<String> keys = node.path("keys").keys();
-            assertEquals(made(text, "keys"), keys.size());
-            for (String key : keys) {
-                assertTrue(node.path("keys").setting(key, Integer.class).isSet(), key);
-            }
+            assertEquals(1, node.setting("set", Integer.class).get());
+            assertFalse(node.setting("unset", Integer.class).isSet());
+            assertEquals(2, node.setting("committed", Integer.class).get());
+            assertEquals(9, node.setting("ranged", Integer.class).get());
+            assertEquals(List.of("copy", "template"), node.nodes());
+            assertEquals(7, node.path("copy").setting("copied", Integer.class).get());
+            assertEquals("text", node.setting("added", String.class).get());
+            assertTrue(node.setting("counted", Integer.class).get() >= counted);
         }
-        made(text, "listening");
     }
 
-    /** Returns how many changes were made before one was refused because of the shutdown. */
-    private static int made(String text, String name) {
-        Matcher found =
-                Pattern.compile("^" + name + ": (\\d+) until .*shutting down$", Pattern.MULTILINE)
-                        .matcher(text);
-        assertTrue(found.find(), text);
-        return Integer.parseInt(found.group(1));
+    @Test
+    void theFirstUseMayBeInAShutdownHook(@TempDir Path folder) throws Exception {
+        assertEquals("", ChildJvm.run(LateUser.class, folder));
+        try (SettingPath root = SettingPath.processRoot()) {
+            assertEquals(1, root.setting("late", Integer.class).get());
+        }
     }
 }
