@@ -1,7 +1,7 @@
 # The rooms, lowest first, and the two libraries made of them. ARCHITECTURE.md draws the same arrows.
 add_room(ns_base FOLDER base LIBRARIES TBB::tbb ${CMAKE_DL_LIBS})
-add_room(ns_service FOLDER service USES ns_base)
 add_room(ns_values FOLDER values USES ns_base)
+add_room(ns_service FOLDER service USES ns_base ns_values)
 
 add_room(host_os FOLDER host/os USES ns_base ns_service)
 add_room(host_process FOLDER host/process USES ns_base ns_service)

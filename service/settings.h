@@ -9,6 +9,9 @@
 // names joined with ".". Texts may be given in standard UTF-8 as well, with U+0000 as a zero byte,
 // and are read back as narrow text; bytes that are neither are a ValidationFailure.
 //
+// get(), find() and set() are the short way for C++ programs: they take a path, have the value's
+// type, and give texts in standard UTF-8.
+//
 // Threads: every operation may be called from any thread. Reading never waits for another thread's
 // validation, storage or listeners; only where the process can start no thread that watches for
 // external changes, each read looks for them itself. Changes to one tree happen one after the
@@ -25,6 +28,7 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/locks.hpp>
 #include <boost/thread/shared_mutex.hpp>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,6 +50,22 @@ using SettingsProblems = std::vector<std::pair<std::string, std::string>>;
 class SETTINGS_HOST_API Settings {
  public:
   virtual ~Settings();
+
+  // Returns the value of the key at `path` below this node, or of this key for an empty path, at
+  // `level`, or the effective value for "". `Type` is one of the 24 types, such as int, std::string
+  // or std::vector<double>. NoSuchKey, NotAKeyName, UnSupportedLevel, ValueNotDefinedForGivenLevel,
+  // ValidationFailure (the key is of another type, or a text that UTF-8 cannot hold).
+  template <class Type>
+  Type get(const std::string& path = "", const std::string& level = "") const;
+
+  // Returns the same; nothing if there is no such key, or no value at the level.
+  template <class Type>
+  std::optional<Type> find(const std::string& path = "", const std::string& level = "") const;
+
+  // Sets the value of the key at `path` below this node, or of this key for an empty path. Takes
+  // texts in standard UTF-8. Throws what setAny throws.
+  template <class Type>
+  void set(const std::string& path, const Type& value, const std::string& level = "user");
 
   // Returns the value of the child key `key` at `level`; empty if nothing is set there. NoSuchKey,
   // NotAKeyName (a node has that name), UnSupportedLevel.
@@ -178,3 +198,4 @@ class SETTINGS_HOST_API Settings {
 }  // namespace zlutil
 
 #include "service/settings_multiple-inl.h"
+#include "service/settings_typed-inl.h"

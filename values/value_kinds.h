@@ -95,6 +95,11 @@ template <class Element>
 struct KindOf<std::vector<Element>>
     : std::integral_constant<int, kElementKinds + KindOf<Element>::value> {};
 
+template <class Type, class... Types>
+constexpr bool isOneOf(TypeList<Types...>) {
+  return (std::is_same_v<Type, Types> || ...);
+}
+
 template <class Type>
 struct ElementOf {
   using type = Type;
@@ -125,6 +130,10 @@ using ElementOf = typename detail::ElementOf<Type>::type;
 
 template <class Type>
 inline constexpr bool kIsVector = !std::is_same_v<Type, ElementOf<Type>>;
+
+// Whether a type is one of the 24.
+template <class Type>
+inline constexpr bool kHasKind = detail::isOneOf<ElementOf<Type>>(ElementTypes());
 
 // A type as a value, to hand one to a function object.
 template <class Type>

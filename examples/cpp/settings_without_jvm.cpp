@@ -45,18 +45,18 @@ void run(const std::string& file) {
         utPrintf("  changed: %s\n", event.getObj()->getPath().c_str());
       }));
 
-  utPrintf("The effective font size is %d.\n",
-           boost::any_cast<int>(editor->getValue("fontSize", "")));
+  utPrintf("The effective font size is %d.\n", root->get<int>("editor.fontSize"));
   utPrintf("Setting it for this user:\n");
-  editor->setAny("fontSize", 14, "user");
+  root->set("editor.fontSize", 14);
+  utPrintf("The theme is %s.\n", editor->find<std::string>("theme").value_or("not set").c_str());
 
   utPrintf("Adding a key with a validator:\n");
   const boost::shared_ptr<Settings> zoom =
       ZSettings::createSettingsNode("zoom", true, true, CValidator(&checkZoom));
   zoom->attachTo(editor);
-  editor->setAny("zoom", 1.5, "user");
+  editor->set("zoom", 1.5);
   try {
-    editor->setAny("zoom", -1.0, "user");
+    editor->set("zoom", -1.0, "session");
   } catch (const IUserException& refusal) {
     utPrintf("  refused: %s\n", refusal.GetMessageTxt().c_str());
   }
@@ -68,8 +68,7 @@ void run(const std::string& file) {
   changes[1].second = 2.0;
   utPrintf("Committing them, with the second one corrected:\n");
   print(root->multipleSet(changes.begin(), changes.end(), "user"));
-  utPrintf("The effective font size is %d.\n",
-           boost::any_cast<int>(editor->getValue("fontSize", "")));
+  utPrintf("The effective font size is %d.\n", editor->get<int>("fontSize"));
 }
 
 }  // namespace
