@@ -42,6 +42,8 @@ if(NATIVESETTINGS_JAVA)
   add_room(ns_java_values FOLDER values/java USES ns_base ns_values ns_bridge)
   add_room(ns_natives FOLDER nativesettings
     USES ns_base ns_service ns_values ns_bridge ns_java_values)
+  set_source_files_properties(nativesettings/lane.cpp PROPERTIES
+    COMPILE_DEFINITIONS NATIVESETTINGS_VERSION="${PROJECT_VERSION}")
   collect_rooms(bridge_rooms ns_bridge ns_java_values ns_natives)
 
   # The bridge brings its own conversions of text, so that it asks nothing of a host but the contract.

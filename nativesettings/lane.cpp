@@ -16,6 +16,8 @@ using zlutil::settings::ChangeCounters;
 
 constexpr const char* kLaneClass = "com/velonix/services/settings/NativeLane";
 
+jstring librariesVersion(JNIEnv* env, jclass) { return env->NewStringUTF(NATIVESETTINGS_VERSION); }
+
 // Returns the memory of the service's change counters, which Java borrows for ever: the host is
 // never unmapped. Null if the host has none.
 jobject changeCounters(JNIEnv* env, jclass) {
@@ -34,6 +36,7 @@ void registerLane(JNIEnv* env) {
   if (!cls) return env->ExceptionClear();
   env->DeleteLocalRef(cls);
   std::vector<JNINativeMethod> methods = {
+      nativeRow("librariesVersion", "()Ljava/lang/String;", &librariesVersion),
       nativeRow("changeCounters", "()Ljava/nio/ByteBuffer;", &changeCounters),
       nativeRow("wasRefused", "()Z", &wasRefused),
   };

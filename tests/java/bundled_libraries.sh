@@ -1,6 +1,7 @@
 #!/bin/bash
-# Checks that the native libraries in the jar are hardened, and that the dynamic linker looks for the
-# libraries that they need only in their own folder and in those of the system.
+# Checks that the native libraries in the jar are hardened, that the jar has the libraries that they
+# need and that not every system has, and that the dynamic linker looks for these only in their own
+# folder and in those of the system, and takes the system's.
 #
 #   bundled_libraries.sh java-home jar test-classes
 set -euo pipefail
@@ -14,7 +15,7 @@ fail() {
 }
 
 cd "$work"
-"$java_home/bin/jar" --extract --file "$jar" native
+"$java_home/bin/jar" --extract --file "$jar" native META-INF
 libraries=(native/*/*.so.*)
 [[ ${#libraries[@]} -eq 2 ]] || fail "two libraries expected, found ${libraries[*]}"
 for library in "${libraries[@]}"; do
@@ -36,6 +37,18 @@ done
 grep -q '__[a-z]*_chk' <(nm --dynamic native/*/libsettingshost.so.*) ||
   fail "the host does not check its buffers"
 
+# Every system with a JRE has these: the C and the C++ library.
+everywhere='^(libc|libm|libgcc_s|libstdc\+\+|ld-linux-x86-64)\.so'
+for library in native/*/*.so.* native/*/lib/*; do
+  for need in $(readelf --dynamic --wide "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
+    [[ $need =~ $everywhere || $need == libsettingshost.so.* || -f $(echo native/*/lib)/$need ]] ||
+      fail "${library##*/} needs $need, which the jar does not have"
+  done
+done
+for library in native/*/lib/*; do
+  grep -q "^  ${library##*/} " META-INF/NOTICE || fail "the NOTICE does not name $library"
+done
+
 mkdir temp
 LD_DEBUG=libs LD_DEBUG_OUTPUT="$work/linker" "$java_home/bin/java" "-Djava.io.tmpdir=$work/temp" \
   -Djava.library.path=/nowhere -cp "$jar:$classes" \
@@ -43,8 +56,12 @@ LD_DEBUG=libs LD_DEBUG_OUTPUT="$work/linker" "$java_home/bin/java" "-Djava.io.tm
 grep -q 'value 42' output || fail "the jar does not work: $(cat output)"
 sed -n 's/.*trying file=//p' linker.* | sort -u | xargs realpath --canonicalize-missing >tried
 grep -q 'libtbb' tried || fail "the linker has not told what it tries"
-allowed="^($(realpath "$work")/temp/nativesettings[0-9]+|$(realpath "$java_home")|/lib|/usr/lib)/"
+allowed="^($(realpath "$work")/temp/nativesettings-[0-9]+|$(realpath "$java_home")|/lib|/usr/lib)/"
 if grep -vE "$allowed" tried; then fail "the linker has looked at these files"; fi
+sed -n 's/.*calling init: //p' linker.* | xargs realpath --canonicalize-missing >used
+for library in native/*/lib/*; do
+  grep "/${library##*/}" used | grep -qv "^$work" || fail "the system's ${library##*/} is not used"
+done
 
 [[ $failed -eq 0 ]] && echo "the libraries in the jar are as expected"
 exit "$failed"

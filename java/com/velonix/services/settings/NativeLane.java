@@ -23,6 +23,9 @@ final class NativeLane {
 
     private NativeLane() {}
 
+    /** Returns the version of the native library, such as {@code 1.2.0}. */
+    static native String librariesVersion();
+
     /**
      * Returns the memory of the service's change counters, which stays valid until the process
      * ends.

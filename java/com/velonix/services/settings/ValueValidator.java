@@ -9,7 +9,8 @@ import java.util.Optional;
  * <p>An implementation must have a public constructor with one {@code String}, the argument that
  * was given together with the class. One instance serves all keys with the same class and argument.
  * The thread that changes the setting calls it before anything is stored, also several threads at a
- * time. It may read and change settings. If it throws, the value is refused.
+ * time. It may read and change settings. If it throws, the value is refused. A named module must
+ * export the package of its implementations to {@code com.velonix.settings}.
  */
 public interface ValueValidator {
     /**

@@ -18,21 +18,27 @@ final class ChildJvm {
      */
     static String run(Class<?> program, Path folder, String jar, String... options)
             throws Exception {
+        Path output = folder.resolve("output");
+        builder(program, folder, jar, options).redirectOutput(output.toFile()).start().waitFor();
+        String text = Files.readString(output);
+        Files.delete(output);
+        return text;
+    }
+
+    /** Starts a program with the classes of this process. The caller ends it. */
+    static Process start(Class<?> program, Path folder) throws Exception {
+        return builder(program, folder, apiClasses()).start();
+    }
+
+    private static ProcessBuilder builder(
+            Class<?> program, Path folder, String jar, String... options) throws Exception {
         List<String> command = new ArrayList<>();
         command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
         command.addAll(List.of("-Xcheck:jni", "--enable-native-access=ALL-UNNAMED"));
         command.add("-Djava.io.tmpdir=" + folder);
         command.addAll(List.of(options));
         command.addAll(List.of("-cp", jar + ":" + sourceOf(program), program.getName()));
-        Path output = folder.resolve("output");
-        Process process = new ProcessBuilder(command)
-                                  .redirectErrorStream(true)
-                                  .redirectOutput(output.toFile())
-                                  .start();
-        process.waitFor();
-        String text = Files.readString(output);
-        Files.delete(output);
-        return text;
+        return new ProcessBuilder(command).redirectErrorStream(true);
     }
 
     /** Runs a program with the classes and libraries of this process. */

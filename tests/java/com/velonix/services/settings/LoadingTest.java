@@ -1,6 +1,7 @@
 package com.velonix.services.settings;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
@@ -13,6 +14,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.regex.Pattern;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
@@ -85,19 +87,46 @@ class LoadingTest {
         assertEquals("value 42\n",
                 ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
                         "-Djava.library.path=/nowhere",
-                        "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=" + directory));
+                        "-D" + LibrarySearch.DIRECTORY_PROPERTY + "=" + directory));
     }
 
     @Test
     void theMessageOfAFailureHasEveryAttempt(@TempDir Path folder) throws Exception {
         String text = ChildJvm.run(Child.class, folder, ChildJvm.apiClasses(),
                 "-Djava.library.path=/nowhere",
-                "-D" + NativeLibrary.DIRECTORY_PROPERTY + "=/not/there");
+                "-D" + LibrarySearch.DIRECTORY_PROPERTY + "=/not/there");
         for (String part : List.of("/not/there/libsettingshost.so", "java.library.path=/nowhere",
-                     "no entry /native/linux-")) {
+                     "from the jar: it has no /native/linux-")) {
             assertTrue(text.contains(part), text);
         }
         assertEquals(List.of(), filesIn(folder));
+    }
+
+    @Test
+    void onAnotherPlatformTheMessageNamesBoth(@TempDir Path folder) throws Exception {
+        String text = ChildJvm.run(
+                Child.class, folder, BUNDLE, "-Djava.library.path=/nowhere", "-Dos.arch=sparc");
+        assertTrue(text.contains("it has libraries for " + LibraryFiles.PLATFORM
+                           + ", and this JVM runs on linux-sparc"),
+                text);
+    }
+
+    @Test
+    void librariesWithAnotherInterfaceAreRefused() {
+        assertNull(LibrarySearch.versionProblem(LibraryFiles.INTERFACE + ".9"));
+        String problem = LibrarySearch.versionProblem(LibraryFiles.INTERFACE + "9.0");
+        assertTrue(problem.contains("of version " + LibraryFiles.INTERFACE + "9.0"), problem);
+    }
+
+    @Test
+    void theJarTellsItsVersionAndCommit(@TempDir Path folder) throws Exception {
+        String text =
+                ChildJvm.run(SettingsVersion.class, folder, BUNDLE, "-Djava.library.path=/nowhere");
+        String version = Pattern.quote(LibraryFiles.VERSION);
+        assertTrue(text.matches("nativesettings " + version
+                           + ", commit (unknown|[0-9a-f]{40}(-dirty)?)\nnative libraries " + version
+                           + "\n"),
+                text);
     }
 
     @Test
