@@ -4,6 +4,7 @@
 #
 #   scripts/install_packages.sh bench      also the other libraries that the benchmarks measure
 #   scripts/install_packages.sh coverage   also the tools that measure coverage
+#   scripts/install_packages.sh java-consumers   also Maven, for projects that use the jar
 #   scripts/install_packages.sh soak       also Tomcat, for the redeploys of the soak
 set -euo pipefail
 
@@ -20,6 +21,10 @@ case ${1:-} in
       libeclipse-osgi-java libosgi-compendium-java libcommons-configuration2-java)
     ;;
   coverage) packages+=(gcovr libjacoco-java) ;;
+  java-consumers)
+    packages+=(maven libmaven-compiler-plugin-java libmaven-resources-plugin-java libsurefire-java
+      libmaven-jar-plugin-java)
+    ;;
   soak) packages+=(libtomcat10-java) ;;
 esac
 

@@ -6,6 +6,8 @@
 #   scripts/test.sh tsan       the tests without a JVM under the thread sanitizer
 #   scripts/test.sh clang      a clang build with thread-safety analysis, and the fuzzer for
 #                              FUZZ_SECONDS (60) seconds
+#   scripts/test.sh java-consumers  applications that use the jar: a Maven project, a module, images,
+#                              a machine without the libraries that the jar brings
 #   scripts/test.sh format     whether clang-format would change a C++ source
 #   scripts/test.sh tidy       clang-tidy over all sources; not part of continuous integration
 #
@@ -34,6 +36,16 @@ run_clang() {
     -artifact_prefix=build/clang/ build/clang/corpus tests/fuzz/corpus 2>&1 |
     grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done'
   [[ ${PIPESTATUS[0]} -eq 0 ]]
+}
+
+run_java-consumers() {
+  scripts/install_packages.sh java-consumers
+  scripts/build.sh dev --target maven_repository
+  echo "== java-consumers: testing"
+  local consumer
+  for consumer in maven modules bare_machine noexec; do
+    "tests/consumers/java/$consumer.sh" build/dev/java/repository
+  done
 }
 
 run_format() {

@@ -1,0 +1,51 @@
+#!/bin/bash
+# The story as classes, as a module, in an image by jlink and in a package by jpackage; then what Java
+# says on newer JDKs, which want to be told that native libraries may be loaded.
+#
+#   modules.sh repository
+source "$(dirname "$0")/story.sh"
+compile_story
+
+tell_story "class path" "$java_home/bin/java" -cp "$jar:classes" story.Story
+tell_story "module path" "$java_home/bin/java" -p "$jar:module" -m story/story.Story
+
+"$java_home/bin/jlink" -p "$jar:module" --add-modules story --launcher story=story/story.Story \
+  --output image
+tell_story "jlink" image/bin/story
+
+"$java_home/bin/jpackage" --type app-image --name story --dest package -p "$jar:module" \
+  --module story/story.Story
+tell_story "jpackage" package/story/bin/story
+
+"$java_home/bin/java" -p "$jar" --describe-module com.velonix.settings |
+  sed 's/ file:.*//' >description
+diff - description <<EXPECTED || fail "the module is another one"
+com.velonix.settings@$version
+exports com.velonix.services.settings
+exports com.velonix.services.settings.validators
+exports com.velonix.util.types
+requires java.base mandated
+EXPECTED
+
+newest=
+for candidate in /usr/lib/jvm/*/bin/java; do
+  feature=$("$candidate" -version 2>&1 | sed -n '1s/.* version "\([0-9]*\).*/\1/p')
+  [[ ${feature:-0} -lt 24 ]] || newest=$candidate
+done
+if [[ -z $newest ]]; then
+  echo "native access: skipped, because there is no JDK 24 or later in /usr/lib/jvm"
+  exit
+fi
+tell_story "native access for the module" "$newest" --illegal-native-access=deny \
+  --enable-native-access=com.velonix.settings -p "$jar:module" -m story/story.Story
+tell_story "native access for the class path" "$newest" --illegal-native-access=deny \
+  --enable-native-access=ALL-UNNAMED -cp "$jar:classes" story.Story
+
+# refused option argument...: Java refuses, and the message names the option.
+refused() {
+  if "$newest" --illegal-native-access=deny "${@:2}" >output 2>&1; then fail "not refused"; fi
+  grep -q "Start Java with --enable-native-access=$1\." output || fail "$(cat output)"
+}
+refused com.velonix.settings -p "$jar:module" -m story/story.Story
+refused ALL-UNNAMED -cp "$jar:classes" story.Story
+echo "refused native access: the message names the option"
