@@ -1,6 +1,6 @@
 # The rooms, lowest first, and the two libraries made of them. ARCHITECTURE.md draws the same arrows.
 add_room(ns_base FOLDER base LIBRARIES TBB::tbb ${CMAKE_DL_LIBS})
-add_room(ns_values FOLDER values USES ns_base)
+add_room(ns_values FOLDER values USES ns_base LIBRARIES nlohmann_json::nlohmann_json)
 add_room(ns_service FOLDER service USES ns_base ns_values)
 
 add_room(host_os FOLDER host/os USES ns_base ns_service)
@@ -14,6 +14,9 @@ add_room(host_files FOLDER host/files
 add_room(host_user_store FOLDER host/user_store
   USES ns_base ns_service ns_values host_os host_tree host_change
   LIBRARIES SQLite::SQLite3 nlohmann_json::nlohmann_json)
+add_room(host_shared_store FOLDER host/shared_store
+  USES ns_base ns_service ns_values host_os host_tree
+  LIBRARIES CURL::libcurl nlohmann_json::nlohmann_json)
 add_room(host_roots FOLDER host/roots
   USES ns_base ns_service ns_values host_os host_tree host_change host_files host_user_store)
 
@@ -32,6 +35,17 @@ file(CONFIGURE OUTPUT ${version_script} CONTENT "SETTINGSHOST_${NATIVESETTINGS_I
 target_link_options(settingshost PRIVATE -Wl,-z,nodelete -Wl,--version-script=${version_script})
 set_target_properties(settingshost PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${NATIVESETTINGS_INTERFACE})
+
+# libsettingsetcd: the store of a workgroup level that is shared on a cluster. The host loads it, from
+# its own folder, only if such a cluster is configured. It brings its own copies of what the host does
+# not export.
+add_library(etcd_base STATIC values/stored_value.cpp values/value_json.cpp host/os/file_name.cpp
+  host/os/flush_directory.cpp host/os/log_error.cpp host/os/replace_file.cpp
+  host/tree/level_order.cpp)
+target_link_libraries(etcd_base PUBLIC build_settings nlohmann_json::nlohmann_json)
+add_library(settingsetcd SHARED $<TARGET_OBJECTS:host_shared_store>)
+target_link_libraries(settingsetcd PRIVATE etcd_base settingshost CURL::libcurl)
+target_link_options(settingsetcd PRIVATE -Wl,-z,nodelete -Wl,--exclude-libs,ALL)
 
 if(NATIVESETTINGS_JAVA)
   add_room(ns_bridge FOLDER bridge USES ns_base LIBRARIES jni_headers)

@@ -3,6 +3,7 @@
 # the distribution's, and prints their names. Works as root, or with sudo.
 #
 #   scripts/install_packages.sh bench      also the other libraries that the benchmarks measure
+#   scripts/install_packages.sh cluster    also etcd, for a cluster on this machine
 #   scripts/install_packages.sh coverage   also the tools that measure coverage
 #   scripts/install_packages.sh java-consumers   also Maven, for projects that use the jar
 #   scripts/install_packages.sh soak       also Tomcat, for the redeploys of the soak
@@ -11,7 +12,7 @@ set -euo pipefail
 packages=(
   # to build
   g++ cmake ninja-build ccache openjdk-17-jdk-headless libboost-dev libtbb-dev libexpat1-dev libsqlite3-dev
-  nlohmann-json3-dev
+  nlohmann-json3-dev libcurl4-openssl-dev
   # to test
   libgtest-dev libbenchmark-dev junit5 clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev binutils python3
 )
@@ -21,6 +22,7 @@ case ${1:-} in
       libeclipse-osgi-java libosgi-compendium-java libcommons-configuration2-java)
     ;;
   coverage) packages+=(gcovr libjacoco-java) ;;
+  cluster) packages+=(etcd-server etcd-client openssl) ;;
   java-consumers)
     packages+=(maven libmaven-compiler-plugin-java libmaven-resources-plugin-java libsurefire-java
       libmaven-jar-plugin-java)

@@ -3,6 +3,7 @@
 #include "host/change/given_text.h"
 #include "host/change/tree_edit.h"
 #include "host/change/value_batch.h"
+#include "host/tree/subtree.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
 
@@ -42,11 +43,12 @@ KeyChanges changesOf(const std::vector<Candidate>& candidates, int level, bool i
 }
 
 // Returns what the store has to do. The caller holds the tree's writer().
-Changes describe(Tree& tree, const KeyChanges& changes) {
+Changes describe(Tree& tree, int level, const KeyChanges& changes) {
   Changes batch;
   batch.reserve(changes.size());
   ReadLock lock(tree.lock());
   for (const KeyChange& change : changes) {
+    if (level > kUser) describeFor(*change.key, level, batch);
     const std::string path = change.key->path();
     if (change.key->kind() == boostany::kNoValue) {
       batch.push_back(FixKind{path, boostany::kindOfValue(change.value)});
@@ -66,7 +68,7 @@ bool tryCommitting(TreeEdit& edit, Tree& tree, ValueBatch& batch, int level, boo
   KeyChanges changes = changesOf(batch.list(), level, tree.store(level).isCurrent());
   if (changes.empty()) return true;
   if (!edit.store(
-          level, [&] { return describe(tree, changes); }, isPossible))
+          level, [&] { return describe(tree, level, changes); }, isPossible))
     return false;
   edit.replaceValues(level, std::move(changes));
   return true;

@@ -62,17 +62,7 @@ class Application {
   }
 
   void operator()(const RemoveSubtree& change) {
-    Entry* const entry = root_.atPath(change.path);
-    if (!entry) return;
-    for (int level = 0; level < kLevelCount; ++level) {
-      if (entry->isDefinedAt(level) && entry->tree().isReadOnly(level)) return;
-    }
-    Node& parent = *entry->parent();
-    Audience audience = audienceOfRemoval(*entry);
-    const EntryPtr removed = parent.takeChild(entry->name());
-    removed->setRemoved();
-    countStructureChange(*removed, parent);
-    note(ExternalEvent::kRemoved, &parent, removed, std::move(audience));
+    if (Entry* const entry = root_.atPath(change.path)) leave(*entry);
   }
 
   // Returns the events, in the order of the changes. They share the removed entries.
@@ -99,12 +89,46 @@ class Application {
     leftOut_.push_back('"' + path + "\" is left out: " + reason);
   }
 
-  // Completes an entry that exists already: it keeps what it has, and gets a kind if it has none.
+  // Takes the level's part of the entry and of all below it away, and removes what no other level
+  // defines.
+  void leave(Entry& entry) {
+    if (!isDefinedElsewhere(entry)) return remove(entry);
+    entry.clearDefinedAt(level_);
+    if (entry.isKey()) return exchange(static_cast<Key&>(entry), boost::any());
+    for (const EntryPtr& child : static_cast<Node&>(entry).childrenByName()) leave(*child);
+  }
+
+  // Returns whether another level defines the entry or one below it.
+  bool isDefinedElsewhere(const Entry& entry) const {
+    for (int level = 0; level < kLevelCount; ++level) {
+      if (level != level_ && entry.isDefinedAt(level)) return true;
+    }
+    if (entry.isKey()) return false;
+    for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+      if (isDefinedElsewhere(*child)) return true;
+    }
+    return false;
+  }
+
+  void remove(Entry& entry) {
+    Node& parent = *entry.parent();
+    Audience audience = audienceOfRemoval(entry);
+    const EntryPtr removed = parent.takeChild(entry.name());
+    removed->setRemoved();
+    countStructureChange(*removed, parent);
+    note(ExternalEvent::kRemoved, &parent, removed, std::move(audience));
+  }
+
+  // Completes an entry that exists already: it keeps what it has, and gets a kind if it has none,
+  // and a validator as long as no other thread knows the tree.
   void agree(Entry& present, const DefineEntry& change) {
     if (present.isKey() != change.isKey) {
       return leaveOut(change.path, present.isKey() ? "it is a key here" : "it is a node here");
     }
     present.setDefinedAt(level_);
+    if (!present.validator() && !root_.tree().externalEvents()) {
+      present.setValidator(makeValidator(change.validator));
+    }
     if (change.isKey && change.kind != boostany::kNoValue)
       (*this)(FixKind{change.path, change.kind});
   }

@@ -3,6 +3,7 @@
 #include "host/change/new_key.h"
 #include "host/change/tree_edit.h"
 #include "host/change/value_checks.h"
+#include "host/tree/subtree.h"
 #include "service/failures.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
@@ -44,8 +45,12 @@ class Target {
   }
 
   Changes describe() const {
-    if (!value_) return {EraseValue{path_}};
+    if (!value_) return {EraseValue{path_, key_->kind()}};
     Changes changes;
+    if (level_ > kUser) {
+      ReadLock lock(node_.tree().lock());
+      describeFor(*key_, level_, changes);
+    }
     if (key_->kind() == boostany::kNoValue) {
       changes.push_back(FixKind{path_, boostany::kindOfValue(*value_)});
     }

@@ -41,17 +41,38 @@ bool canStand(const Node& parent, const Entry& entry, int height) {
          parent.depth() + 1 + height <= kMaxDepth;
 }
 
-// For each level, what its store has to do to hold the new subtree. The caller holds the tree's
-// writer().
-using LevelChanges = std::array<Changes, kLevelCount>;
-
-LevelChanges changesFor(const Tree& tree, const Entry& entry, const std::string& path) {
-  LevelChanges changes;
-  for (int level = 0; level < kLevelCount; ++level) {
-    if (tree.isReadOnly(level) || !tree.store(level).keepsChanges()) continue;
-    describe(entry, path, level, level == kUser, changes[level]);
+// Returns the level whose store keeps the new entry: the user level, but that of its value for a
+// key whose first value is at another level that is stored.
+int homeOf(const Tree& tree, const Entry& entry) {
+  if (!entry.isKey()) return kUser;
+  for (int level = kUser + 1; level < kLevelCount; ++level) {
+    const bool isStored = tree.store(level).keepsChanges() && !tree.isReadOnly(level);
+    if (isStored && !static_cast<const Key&>(entry).value(level).empty()) return level;
   }
-  return changes;
+  return kUser;
+}
+
+// Returns whether the entry or one below it has a value at the level.
+bool hasValueAt(const Entry& entry, int level) {
+  if (entry.isKey()) return !static_cast<const Key&>(entry).value(level).empty();
+  for (const EntryPtr& child : static_cast<const Node&>(entry).childrenByName()) {
+    if (hasValueAt(*child, level)) return true;
+  }
+  return false;
+}
+
+// Throws if values in a subtree belong to another store than the subtree itself: two stores cannot
+// take them as one change. The caller holds the entry's tree's lock().
+void checkHasOneHome(const Tree& tree, const Node& parent, const Entry& entry) {
+  if (entry.isKey()) return;
+  for (int level = kUser + 1; level < kLevelCount; ++level) {
+    if (tree.isReadOnly(level) || !tree.store(level).keepsChanges()) continue;
+    if (hasValueAt(entry, level)) {
+      refuse(parent, entry,
+             "it has values at the level \"" + levelName(level) +
+                 "\". Add it without them, and set them afterwards");
+    }
+  }
 }
 
 std::string pathBelow(const Node& parent, const std::string& name) {
@@ -70,24 +91,25 @@ bool makeRoom(Node& parent) {
 
 bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry) {
   Tree& tree = parent.tree();
-  const int height = heightOf(*entry);
-  LevelChanges changes;
+  const int height = heightOf(*entry), home = homeOf(tree, *entry);
+  Changes changes;
   {
     ReadLock lock(tree.lock());
     checkCanStand(parent, *entry, height);
     checkWritable(parent, kUser);
-    changes = changesFor(tree, *entry, pathBelow(parent, entry->name()));
+    checkHasOneHome(tree, parent, *entry);
+    if (home != kUser) describeFor(parent, home, changes);
+    if (tree.store(home).keepsChanges()) {
+      describe(*entry, pathBelow(parent, entry->name()), home, true, changes);
+    }
   }
   makeRoom(parent);
-  for (int level = 0; level < kLevelCount; ++level) {
-    if (changes[level].empty()) continue;
-    const auto describe = [&]() -> const Changes& { return changes[level]; };
-    const auto isPossible = [&] { return canStand(parent, *entry, height) && makeRoom(parent); };
-    if (!edit.store(level, describe, isPossible)) return false;
-  }
-  markDefinedAt(*entry, kUser);
+  const auto describeAll = [&]() -> const Changes& { return changes; };
+  const auto isPossible = [&] { return canStand(parent, *entry, height) && makeRoom(parent); };
+  if (!edit.store(home, describeAll, isPossible)) return false;
+  markDefinedAt(*entry, home);
   if (&entry->tree() != &tree) entry->moveToTree(parent.treePtr());
-  edit.insert(parent, entry);
+  edit.insert(parent, entry, home);
   return true;
 }
 
@@ -163,10 +185,13 @@ Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   if (isKey && !found->isKey()) throw Failure<NotAKeyName>(parent.name(), name);
   if (!isKey && found->isKey()) throw Failure<NotANodeName>(parent.name(), name);
   for (int level = 0; level < kLevelCount; ++level) {
-    if (found->isDefinedAt(level) && parent.tree().isReadOnly(level)) {
-      throw Failure<CantModifyValuesOnReadOnlyLevel>(
-          found->path(), levelName(level), std::string("a file of this level defines the entry"));
-    }
+    if (level == kUser || !found->isDefinedAt(level)) continue;
+    if (!parent.tree().store(level).keepsChanges()) continue;
+    throw Failure<CantModifyValuesOnReadOnlyLevel>(
+        found->path(), levelName(level),
+        std::string(parent.tree().isReadOnly(level)
+                        ? "a file of this level defines the entry"
+                        : "this level defines the entry for others too. Remove it there"));
   }
   checkWritable(*found, kUser);
   return *found;
@@ -190,11 +215,8 @@ bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isK
     audience = audienceOfRemoval(*found);
     return found->isKey() == isKey;
   };
-  for (int level = 0; level < kLevelCount; ++level) {
-    if (tree.isReadOnly(level)) continue;
-    const auto describe = [&]() -> Changes { return {RemoveSubtree{path}}; };
-    if (!edit.store(level, describe, isPossible)) return false;
-  }
+  const auto describe = [&]() -> Changes { return {RemoveSubtree{path}}; };
+  if (!edit.store(kUser, describe, isPossible)) return false;
   edit.remove(parent, *found, std::move(audience));
   return true;
 }

@@ -50,18 +50,21 @@ void TreeEdit::replaceValue(Key& key, int level, boost::any value) {
 
 void TreeEdit::replaceValues(int level, KeyChanges changes) {
   replaced_ = std::move(changes);
+  const bool bringsDefinitions = level > kUser && tree_.store(level).keepsChanges();
   WriteLock lock(tree_.lock());
   for (KeyChange& change : replaced_) {
+    if (bringsDefinitions && !change.value.empty()) markDefinedFor(*change.key, level);
     if (boostany::sameValue(change.key->value(level), change.value)) continue;
     change.key->replaceValue(level, change.value);
     changed_.add(*change.key);
   }
 }
 
-void TreeEdit::insert(Node& parent, const EntryPtr& entry) {
+void TreeEdit::insert(Node& parent, const EntryPtr& entry, int level) {
   structure_ = {parent.shared_from_this(), entry, std::nullopt};
   {
     WriteLock lock(tree_.lock());
+    if (level > kUser) markDefinedFor(parent, level);
     parent.insertChild(entry);
   }
   ReadLock lock(tree_.lock());

@@ -79,9 +79,9 @@ class TreeEdit {
     replaceValue(key, level, number);
   }
 
-  // Inserts the entry, which only this thread knows, below the parent. parent.makeRoomForChild()
-  // has been called.
-  void insert(Node& parent, const EntryPtr& entry);
+  // Inserts the entry, which only this thread knows and the level's store keeps, below the parent.
+  // parent.makeRoomForChild() has been called.
+  void insert(Node& parent, const EntryPtr& entry, int level);
 
   // Notes a change of the key that an insertion has brought.
   void noteChanged(Key& key);

@@ -4,23 +4,18 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <vector>
+
+#include "host/os/environment.h"
 
 namespace zlutil::settings::host {
 namespace {
 
 constexpr char kUserDirectory[] = "velonix/settings";
 
-// Returns "" if the variable is not set.
-std::string fromEnvironment(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value ? value : "";
-}
-
 std::string homeDirectory() {
-  std::string home = fromEnvironment("HOME");
+  std::string home = environmentText("HOME");
   if (!home.empty()) return home;
   std::vector<char> buffer(16 * 1024);
   struct passwd record;
@@ -30,15 +25,15 @@ std::string homeDirectory() {
 }
 
 std::string userDirectory() {
-  std::string directory = fromEnvironment("SETTINGS_USERDIR");
+  std::string directory = environmentText("SETTINGS_USERDIR");
   if (!directory.empty()) return directory;
-  std::string configuration = fromEnvironment("XDG_CONFIG_HOME");
+  std::string configuration = environmentText("XDG_CONFIG_HOME");
   if (configuration.empty()) configuration = homeDirectory() + "/.config";
   return configuration + '/' + kUserDirectory;
 }
 
 std::string factoryDirectory() {
-  std::string directory = fromEnvironment("SETTINGS_FACTORYDIR");
+  std::string directory = environmentText("SETTINGS_FACTORYDIR");
   if (!directory.empty()) return directory;
   Dl_info library;
   if (dladdr(reinterpret_cast<void*>(&currentDirectories), &library) == 0) return "factory";
@@ -50,8 +45,8 @@ std::string factoryDirectory() {
 }  // namespace
 
 Directories currentDirectories() {
-  return {userDirectory(), fromEnvironment("SETTINGS_WORKGROUPDIR"), factoryDirectory(),
-          !fromEnvironment("SETTINGS_FACTORYDIR").empty()};
+  return {userDirectory(), environmentText("SETTINGS_WORKGROUPDIR"), factoryDirectory(),
+          !environmentText("SETTINGS_FACTORYDIR").empty()};
 }
 
 }  // namespace zlutil::settings::host

@@ -1,19 +1,16 @@
 #include "host/roots/context_trees.h"
 
 #include <boost/make_shared.hpp>
-#include <charconv>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <map>
-#include <optional>
 
 #include "base/mutex.h"
 #include "base/never_destroyed.h"
 #include "host/files/xml_directory_store.h"
+#include "host/os/environment.h"
 #include "host/os/file_name.h"
 #include "host/os/log_error.h"
 #include "host/roots/fill_from_stores.h"
+#include "host/roots/workgroup_level.h"
 #include "host/tree/memory_store.h"
 #include "host/user_store/user_store.h"
 #include "service/z_settings.h"
@@ -43,24 +40,12 @@ contextmgr::ZcrID actualContext(contextmgr::ZcrID context) {
   return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
 }
 
-// Returns the value of SETTINGS_LOCK_WAIT, or nothing if it is not a number of milliseconds.
-std::optional<int> lockWaitFromEnvironment() {
-  const char* const text = std::getenv("SETTINGS_LOCK_WAIT");
-  if (!text || !*text) return std::nullopt;
-  int milliseconds = -1;
-  const char* const end = text + std::strlen(text);
-  const auto [stop, error] = std::from_chars(text, end, milliseconds);
-  if (error == std::errc() && stop == end && milliseconds >= 0) return milliseconds;
-  logError("SETTINGS_LOCK_WAIT is \"" + shownFileName(text) +
-           "\", expected a number of milliseconds. The default is used.");
-  return std::nullopt;
-}
-
 // Keeps the user level in memory if there is no directory.
 std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
   if (directories.user.empty()) return std::make_shared<MemoryStore>();
   UserStoreOptions options{directories.user, context.value()};
-  if (const std::optional<int> wait = lockWaitFromEnvironment()) options.lockWait = *wait;
+  if (const std::optional<int> wait = environmentMilliseconds("SETTINGS_LOCK_WAIT"))
+    options.lockWait = *wait;
   return std::make_shared<UserStore>(options);
 }
 
@@ -70,7 +55,7 @@ NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directorie
   Tree::Stores stores;
   stores[kSession] = std::make_shared<MemoryStore>();
   stores[kUser] = userStore(context, directories);
-  stores[kWorkgroup] = std::make_shared<XmlDirectoryStore>(directories.workgroup, true);
+  stores[kWorkgroup] = makeWorkgroupStore(directories);
   stores[kFactory] =
       std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryRequired);
   const TreePtr tree(new Tree(context, stores));

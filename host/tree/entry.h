@@ -72,6 +72,7 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   // The caller of the following holds the tree's lock() for writing.
 
   void setDefinedAt(int level) { standing_ |= static_cast<std::uint8_t>(1u << level); }
+  void clearDefinedAt(int level) { standing_ &= static_cast<std::uint8_t>(~(1u << level)); }
   void setParent(Node* parent) { parent_ = parent; }
   void setRemoved() { standing_ |= kRemoved; }
   // The caller is building the entry.

@@ -26,6 +26,7 @@ struct PutValue {
 };
 struct EraseValue {
   std::string path;
+  int kind = 0;  // of the key; kNoValue if it is not known
 };
 // An entry that was added at run time; its parent is defined already. `kind` is the key's kind, or
 // kNoValue for a node and for a key whose kind is not fixed. A C++ validator is code and is not

@@ -32,6 +32,12 @@ void countEntries(const Entry& entry, const Node& parent) {
   for (const EntryPtr& child : node.childrenByName()) countEntries(*child, node);
 }
 
+// Returns whether the stores of the level and of the lower ones leave the entry undefined.
+bool isUndefinedFrom(const Entry& entry, int level) {
+  while (level < kLevelCount && !entry.isDefinedAt(level)) ++level;
+  return level == kLevelCount;
+}
+
 }  // namespace
 
 int heightOf(const Entry& entry) {
@@ -74,7 +80,7 @@ void moveToWritableLevels(Entry& entry, const Tree& tree) {
   }
   Key& key = static_cast<Key&>(entry);
   for (int level = 0; level < kLevelCount; ++level) {
-    if (!tree.isReadOnly(level) || key.value(level).empty()) continue;
+    if (level == kUser || !tree.store(level).keepsChanges() || key.value(level).empty()) continue;
     boost::any value;
     key.replaceValue(level, value);
     // The first of these values was the effective one among them.
@@ -87,6 +93,19 @@ void markDefinedAt(Entry& entry, int level) {
   if (entry.isKey()) return;
   for (const EntryPtr& child : static_cast<Node&>(entry).childrenByName()) {
     markDefinedAt(*child, level);
+  }
+}
+
+void describeFor(const Entry& entry, int level, Changes& changes) {
+  if (!entry.parent() || !isUndefinedFrom(entry, level)) return;
+  describeFor(*entry.parent(), level, changes);
+  const int kind = entry.isKey() ? static_cast<const Key&>(entry).kind() : boostany::kNoValue;
+  changes.push_back(DefineEntry{entry.path(), entry.isKey(), kind, choiceOf(entry.validator())});
+}
+
+void markDefinedFor(Entry& entry, int level) {
+  for (Entry* at = &entry; at->parent() && isUndefinedFrom(*at, level); at = at->parent()) {
+    at->setDefinedAt(level);
   }
 }
 

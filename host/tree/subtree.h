@@ -15,12 +15,19 @@ int heightOf(const Entry& entry);
 // that lock.
 void copyChildren(const Node& source, Node& copy);
 
-// Moves values from the levels that are read-only in `tree` to the user level, unless the key has
+// Moves values from the other levels with stores in `tree` to the user level, unless the key has
 // one there, so that every key keeps its effective value. No other thread knows the entry.
 void moveToWritableLevels(Entry& entry, const Tree& tree);
 
 // Marks the entry and all entries below it as defined at the level.
 void markDefinedAt(Entry& entry, int level);
+
+// Adds to `changes` the definitions that a store below the user level lacks for a value of the
+// entry: those of the entry and of the entries above it that neither this level nor a lower one
+// defines. markDefinedFor() marks them as defined at the level. The caller holds the tree's lock(),
+// for writing in the second case.
+void describeFor(const Entry& entry, int level, Changes& changes);
+void markDefinedFor(Entry& entry, int level);
 
 // Adds to `changes` what a store must do to hold the subtree at `path`: the definitions if `define`
 // is true, and the values of `level`.

@@ -1,13 +1,9 @@
 // The format of texts and values in a column of the user store: exact, and readable for people.
 //
 //   text      TEXT in standard UTF-8. A text that standard UTF-8 or the database's shell cannot
-//   show
-//             (a lone surrogate, U+0000) is a BLOB with the bytes of the narrow text
-//   scalar    TEXT: a string as text, everything else as in a settings file
-//   vector    TEXT: a JSON array (RFC 8259). Numbers, true and false are plain; strings, NaN,
-//             Infinity and -Infinity are in quotes; a string that TEXT cannot hold is
-//             {"bytes":"<hex>"}
-//   NaN       "NaN"; with other bits than the quiet NaN "NaN:<bits in hex>"
+//             show (a lone surrogate, U+0000) is a BLOB with the bytes of the narrow text
+//   scalar    TEXT: a string as text, everything else as values/exact_text.h writes it
+//   vector    TEXT: a JSON array, as values/value_json.h writes it
 //
 // Any thread; a statement belongs to one.
 #pragma once

@@ -1,82 +1,13 @@
-// One contract suite for everything that can stand behind a level, and the tree over a store that
-// fails.
-#include <boost/variant/get.hpp>
-
+// The contract suite of stores for those of this process, and the tree over a store that fails.
 #include "service/change_counters.h"
 #include "service/new_key.h"
-#include "tests/support/fake_store.h"
-#include "tests/support/temporary_directory.h"
-#include "tests/support/user_tree.h"
+#include "tests/support/store_contract.h"
 
 namespace test {
 namespace {
 
 using namespace KORVEN::settings::core;
 using namespace zlutil::settings::host;
-
-struct StoreKind {
-  const char* name;
-  // Opens the store on what the earlier ones of this test have kept.
-  std::function<std::shared_ptr<Store>(const std::shared_ptr<FakeStore::Record>&,
-                                       const TemporaryDirectory&)>
-      open;
-  friend std::ostream& operator<<(std::ostream& out, const StoreKind& kind) {
-    return out << kind.name;
-  }
-};
-
-class StoreContract : public testing::TestWithParam<StoreKind> {
- protected:
-  std::shared_ptr<Store> open() { return GetParam().open(record_, directory_); }
-
- private:
-  const std::shared_ptr<FakeStore::Record> record_ = std::make_shared<FakeStore::Record>();
-  const TemporaryDirectory directory_;
-};
-
-class WritableStore : public StoreContract {};
-class ReadOnlyStore : public StoreContract {};
-
-TEST_P(WritableStore, WhatIsKeptIsThereForTheNextTree) {
-  {
-    const NodePtr root = treeOver(open());
-    const SettingsPtr node = addNode(root, "n", zlutil::settings::JValidator("c", "a"));
-    addKey(node, "k");
-    node->setAny("k", 1, "user");
-    node->setAny("k", 2, "session");
-    addKey(node, "unset");
-    node->setAny("unset", 1, "user");
-    node->unset("unset", "user");
-    addNode(root, "gone");
-    addKey(root->getChild("gone"), "k");
-    root->removeNode("gone");
-    setAll(root, {{node->getChild("k"), 3}}, "user");
-    root->copySubtree(node, "copy");
-  }
-  const NodePtr root = treeOver(open());
-  if (!open()->keepsChanges()) {
-    EXPECT_TRUE(root->getChildren().empty());
-    return;
-  }
-  EXPECT_EQ(namesOf(root->getChildren()), (Names{"copy", "n"}));
-  const SettingsPtr node = root->getChild("n");
-  EXPECT_EQ(intAt(node, "k"), 3);
-  EXPECT_FALSE(node->isSet("unset", ""));
-  EXPECT_EQ(intAt(root->getChild("copy"), "k"), 3);
-  const auto choice = choiceOf(boost::static_pointer_cast<Entry>(node)->validator());
-  EXPECT_EQ(boost::get<zlutil::settings::JValidator>(choice).second(), "a");
-  root->removeNode("n");
-}
-
-TEST_P(ReadOnlyStore, EveryChangeIsRefusedWithTheReason) {
-  const std::shared_ptr<Store> store = open();
-  const NodePtr root = treeOver(store);
-  messageOf<StoreFailure>([&] { store->apply({EraseValue{"k"}}, hearNothing()); });
-  const std::string message =
-      messageOf<CantModifyValuesOnReadOnlyLevel>([&] { addKey(root, "k"); });
-  EXPECT_NE(message.find(store->readOnlyReason()), std::string::npos) << message;
-  EXPECT_TRUE(root->getChildren().empty());
-}
 
 INSTANTIATE_TEST_SUITE_P(
     Stores, WritableStore,

@@ -1,0 +1,16 @@
+// The process environment. Any thread, but not while another thread changes it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zlutil::settings::host {
+
+// Returns the bytes of the variable; "" if it is not set.
+std::string environmentText(const char* variable);
+
+// Returns the variable as a number of milliseconds; nothing if it is not set. Reports one that is
+// no such number on standard error, and returns nothing.
+std::optional<int> environmentMilliseconds(const char* variable);
+
+}  // namespace zlutil::settings::host

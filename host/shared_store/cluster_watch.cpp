@@ -1,0 +1,273 @@
+#include "host/shared_store/cluster_watch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <random>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "host/os/signals_blocked.h"
+#include "host/shared_store/line_splitter.h"
+
+namespace zlutil::settings::host {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+constexpr char kRange[] = "/v3/kv/range";
+constexpr std::int64_t kPage = 10000;  // keys
+constexpr std::size_t kLongestLine = 64u << 20;
+// How often the member of the stream is asked whether it is alive and current, and how long it may
+// take to answer.
+constexpr milliseconds kProbeEvery(2000), kProbeSilence(2000);
+constexpr ClusterClient::Patience kLoading{milliseconds(30000), milliseconds(5000)};
+// If a member has a later revision than the stream has shown, and the stream is silent for that
+// long, the stream is opened again: it may be stuck.
+constexpr seconds kStuckAfter(30);
+constexpr milliseconds kShortestPause(100), kLongestPause(2000);
+
+}  // namespace
+
+struct ClusterWatch::Core {
+  explicit Core(const ClusterOptions& options)
+      : client(options),
+        prefix(options.address.keyPrefix()),
+        end(rangeEndOf(prefix)),
+        lines(kLongestLine),
+        random(std::random_device{}()) {}
+
+  std::vector<KeyValue> load(const ClusterClient::Patience& patience);
+  void run();
+  void runOnce();
+  void follow();
+  bool handle(const std::string& line);
+  void probe();
+  void pause();
+  void noteFailure(const std::string& reason, bool isOfAllMembers);
+  void noteAnswers();
+  bool isStopped() { return stopped || client.connection().isStopped(); }
+
+  ClusterClient client;
+  const std::string prefix, end;
+  ClusterListener* listener = nullptr;
+  std::atomic<bool> stopped{false};
+  std::thread thread;
+
+  // The rest is used by the thread only, once there is one.
+  AnswerHeader seen;       // what the listener has
+  std::int64_t shown = 0;  // the last revision that the stream has mentioned
+  bool mustLoad = true;
+  bool isAway = false;
+  bool hasAnswered = false;  // the stream
+  std::size_t failures = 0;  // since a stream has lived for a while
+  SteadyTime lastEvents;
+  LineSplitter lines;
+  std::minstd_rand random;
+};
+
+std::vector<KeyValue> ClusterWatch::Core::load(const ClusterClient::Patience& patience) {
+  const SteadyTime deadline = steady_clock::now() + patience.all;
+  std::vector<KeyValue> items;
+  RangeRequest request{prefix, end, kPage};
+  AnswerHeader header;
+  while (true) {
+    const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
+    const std::string body =
+        client.ask(kRange, requestOf(request), {left, std::min(left, patience.silence)});
+    std::optional<RangeAnswer> page = parseRange(body);
+    if (!page) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
+    if (request.revision == 0) header = page->header;
+    std::move(page->found.begin(), page->found.end(), std::back_inserter(items));
+    if (!page->hasMore || page->found.empty()) break;
+    // The other pages are of the same state.
+    request.revision = header.revision;
+    request.key = items.back().key + '\0';
+  }
+  seen = header;
+  mustLoad = false;
+  return items;
+}
+
+void ClusterWatch::Core::run() {
+  while (!isStopped()) {
+    try {
+      runOnce();
+    } catch (const ClusterError& failure) {
+      // Otherwise every member has had its turn.
+      noteFailure(failure.what(), failure.kind() != ClusterError::kRefused);
+    } catch (const std::exception& failure) {  // no memory
+      noteFailure(failure.what(), false);
+    }
+    if (!isStopped()) pause();
+  }
+}
+
+void ClusterWatch::Core::runOnce() {
+  if (mustLoad) {
+    std::vector<KeyValue> items = load(kLoading);
+    noteAnswers();
+    if (isStopped()) return;
+    listener->onContent(seen, std::move(items));
+    if (isStopped()) return;
+  }
+  follow();
+}
+
+// Opens the stream and stays with it until it ends or must be opened again.
+void ClusterWatch::Core::follow() {
+  GatewayConnection& connection = client.connection();
+  lines.clear();
+  shown = 0;
+  hasAnswered = false;
+  client.openWatch(watchRequest(prefix, end, seen.revision + 1),
+                   [this](std::string_view bytes) { return lines.feed(bytes); },
+                   {kProbeSilence, kProbeSilence});
+  SteadyTime nextProbe = steady_clock::now() + kProbeEvery;
+  lastEvents = steady_clock::now();
+  while (!isStopped() && !mustLoad) {
+    const bool isOpen = connection.isStreamOpen();
+    if (!isOpen) lines.finish();
+    for (const std::string& line : lines.take()) {
+      if (!handle(line)) return connection.closeStream();
+    }
+    if (!isOpen) {
+      const std::string reason = client.member() + ": " + connection.streamReason();
+      client.nextMember();
+      return noteFailure(reason, false);
+    }
+    if (steady_clock::now() >= nextProbe) {
+      if (!hasAnswered) {
+        const std::string silent = client.member() + ": it does not answer";
+        client.nextMember();
+        connection.closeStream();
+        return noteFailure(silent, false);
+      }
+      const std::string member = client.member();
+      probe();
+      const bool mustReopen = client.member() != member || shown == 0;
+      if (mustReopen) return connection.closeStream();
+      failures = 0;
+      mustLoad = mustLoad || listener->onIdle();
+      nextProbe = steady_clock::now() + kProbeEvery;
+    }
+    if (isStopped()) return;
+    connection.wait(nextProbe);
+  }
+  connection.closeStream();
+}
+
+// Returns false if the stream is of no use any more, or the watch was stopped.
+bool ClusterWatch::Core::handle(const std::string& line) {
+  std::optional<WatchAnswer> answer = parseWatch(line);
+  if (!answer) {
+    const std::string member = client.member();
+    client.nextMember();
+    throw ClusterError(ClusterError::kRefused, member + ": it answers, and not as etcd does");
+  }
+  if (answer->isCanceled) {
+    mustLoad = answer->compactedTo != 0;
+    if (mustLoad) return false;
+    // An expired token shows as a refusal.
+    client.forgetToken();
+    throw ClusterError(ClusterError::kRefused,
+                       answer->reason.empty() ? "the watch was canceled" : answer->reason);
+  }
+  mustLoad = answer->header.cluster != seen.cluster || answer->header.revision < seen.revision;
+  if (mustLoad) return false;
+  shown = std::max(shown, answer->header.revision);
+  if (answer->isCreated) {
+    hasAnswered = true;
+    noteAnswers();
+  }
+  std::vector<WatchEvent>& events = answer->events;
+  // A stream that was opened again may repeat what the listener has.
+  const auto isKnown = [this](const WatchEvent& event) {
+    return event.item.modified <= seen.revision;
+  };
+  const bool isProgress = events.empty() && !answer->isCreated;
+  events.erase(std::remove_if(events.begin(), events.end(), isKnown), events.end());
+  if (!events.empty()) {
+    for (const WatchEvent& event : events) {
+      seen.revision = std::max(seen.revision, event.item.modified);
+    }
+    lastEvents = steady_clock::now();
+  } else if (isProgress) {
+    seen.revision = answer->header.revision;
+  } else {
+    return true;
+  }
+  listener->onEvents(seen, std::move(events));
+  return !isStopped();
+}
+
+// Asks the member of the stream for its revision; the answer needs a majority of the members. If it
+// fails, the client has gone on to another member.
+void ClusterWatch::Core::probe() {
+  const std::string body =
+      client.ask(kRange, requestOf({prefix, {}, 1}), {2 * kProbeSilence, kProbeSilence});
+  const std::optional<RangeAnswer> answer = parseRange(body);
+  if (!answer) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
+  mustLoad = answer->header.cluster != seen.cluster || answer->header.revision < seen.revision;
+  const bool isStuck =
+      answer->header.revision > shown && steady_clock::now() - lastEvents > kStuckAfter;
+  if (isStuck) shown = 0;
+}
+
+void ClusterWatch::Core::pause() {
+  if (failures == 0 || isStopped()) return;
+  const milliseconds bound =
+      std::min(kLongestPause, kShortestPause * (1 << std::min<std::size_t>(failures - 1, 5)));
+  const auto least = bound.count() / 2;
+  const milliseconds time(least + static_cast<int>(random() % (least + 1)));
+  const SteadyTime end = steady_clock::now() + time;
+  while (!isStopped() && steady_clock::now() < end) client.connection().wait(end);
+}
+
+// One failure may be an expired token or a member that has ended.
+void ClusterWatch::Core::noteFailure(const std::string& reason, bool isOfAllMembers) {
+  ++failures;
+  if (isAway || isStopped() || (!isOfAllMembers && failures <= client.memberCount())) return;
+  isAway = true;
+  listener->onAway(reason);
+}
+
+void ClusterWatch::Core::noteAnswers() {
+  if (std::exchange(isAway, false)) listener->onAnswers();
+}
+
+ClusterWatch::ClusterWatch(const ClusterOptions& options)
+    : core_(std::make_shared<Core>(options)) {}
+
+ClusterWatch::~ClusterWatch() {
+  core_->stopped = true;
+  core_->client.connection().stop();
+  if (core_->thread.get_id() == std::this_thread::get_id()) {
+    core_->thread.detach();
+  } else if (core_->thread.joinable()) {
+    core_->thread.join();
+  }
+}
+
+std::vector<KeyValue> ClusterWatch::load(AnswerHeader& header, milliseconds longest) {
+  const auto members = static_cast<int>(core_->client.memberCount());
+  std::vector<KeyValue> items = core_->load({longest, longest / members});
+  header = core_->seen;
+  return items;
+}
+
+bool ClusterWatch::start(ClusterListener& listener) {
+  core_->listener = &listener;
+  core_->isAway = core_->mustLoad;
+  try {
+    const SignalsBlocked blocked;
+    core_->thread = std::thread([core = core_] { core->run(); });
+    return true;
+  } catch (const std::system_error&) {
+    return false;
+  }
+}
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,96 @@
+// The store of a level that machines share on an etcd cluster. The level is in memory, so reading
+// needs no network; a ClusterWatch keeps it current. A change is one transaction of etcd, on the
+// condition that no key that it writes is later than the tree knows; if one is, the tree gets the
+// later content, and decides whether the change is still possible.
+//
+// If no member answers, the level is what the local copy has, and apply() throws at once.
+#pragma once
+
+#include <unordered_map>
+
+#include "base/mutex.h"
+#include "base/thread_annotations.h"
+#include "host/shared_store/cluster_watch.h"
+#include "host/shared_store/key_layout.h"
+#include "host/shared_store/local_copy.h"
+#include "host/shared_store/write_plan.h"
+#include "host/tree/store_library.h"
+
+namespace zlutil::settings::host {
+
+class SharedStore final : public Store, private ClusterListener {
+ public:
+  // Throws std::invalid_argument.
+  explicit SharedStore(const SharedStoreOptions& options);
+  ~SharedStore() override;
+
+  void readAll(Node& root, int level) override;
+  bool apply(const Changes& changes, const Receiver& receive) override;
+  void catchUp(const Receiver& receive) override;
+  bool keepsChanges() const override { return true; }
+  bool isCurrent() override;
+  const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  bool watch(const Watcher& watcher) override;
+  void look() override;
+
+ private:
+  // Content of one key that the tree does not have yet, or has already before the watch shows it.
+  struct Item {
+    std::string path;
+    std::int64_t revision;
+    Changes changes;
+  };
+
+  void onContent(const AnswerHeader& header, std::vector<KeyValue> items) override;
+  void onEvents(const AnswerHeader& header, std::vector<WatchEvent> events) override;
+  void onAway(const std::string& reason) override;
+  void onAnswers() override;
+  bool onIdle() override;
+
+  std::vector<Item> read(const std::vector<KeyValue>& items);
+  void noteValidator(const KeyReader::Reading& reading) REQUIRES(mutex_);
+  bool deliver(const Receiver& receive);
+  bool deliverContent(const Receiver& receive, std::vector<Item> content, std::int64_t revision);
+  bool deliverEvents(const Receiver& receive, std::vector<Item> events);
+  WritePlan plan(const Changes& changes);
+  bool tryCommitting(const WritePlan& plan, const Receiver& receive, bool& isPossible);
+  bool takeLater(const std::vector<KeyValue>& found, const Receiver& receive);
+  bool wasCommitted(const WritePlan& plan, const TxnAnswer& answer);
+  std::int64_t knownRevision(const std::string& path, bool withBelow) const;
+  void noteCommitted(const WritePlan& plan, std::int64_t revision);
+  void requireAnswers();
+  void loadAgain();
+  [[noreturn]] void refuse(const ClusterError& failure, const WritePlan& plan) const;
+
+  const SharedStoreOptions options_;
+  const ClusterOptions cluster_;
+  const std::string name_;            // in messages
+  const std::string readOnlyReason_;  // always empty
+  int level_ = 0;                     // constant after readAll()
+  Watcher watcher_;                   // constant after watch()
+
+  // Used by the thread of the watch, once there is one.
+  KeyReader reader_;
+  LocalCopy copy_;
+  int reports_ = 0;  // of ignored keys
+
+  // Used under the tree's writer(), as every call that changes the tree is.
+  ClusterClient writer_;
+  DocumentOrigin origin_;
+  std::int64_t seen_ = 0;                        // the tree has all keys up to this revision,
+  std::unordered_map<std::string, Item> ahead_;  // and these later ones
+
+  base::Mutex mutex_;
+  // What the watch has brought since seen_: everything, and then events.
+  bool hasContent_ GUARDED_BY(mutex_) = false;
+  std::vector<Item> content_ GUARDED_BY(mutex_), events_ GUARDED_BY(mutex_);
+  std::int64_t contentRevision_ GUARDED_BY(mutex_) = 0, received_ GUARDED_BY(mutex_) = 0;
+  bool mustLoad_ GUARDED_BY(mutex_) = false;
+  std::string away_ GUARDED_BY(mutex_);  // why no member answers; "" if one does
+  std::unordered_map<std::string, ValidatorChoice> validators_ GUARDED_BY(mutex_);  // by path
+  std::chrono::steady_clock::time_point lastReport_ GUARDED_BY(mutex_);
+
+  std::unique_ptr<ClusterWatch> watch_;  // last, because its thread uses the other members
+};
+
+}  // namespace zlutil::settings::host

@@ -1,0 +1,51 @@
+// The changes of one transaction as documents, one for each key of etcd. One thread.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "host/shared_store/etcd_messages.h"
+#include "host/shared_store/setting_document.h"
+#include "host/tree/store.h"
+
+namespace zlutil::settings::host {
+
+class WritePlan {
+ public:
+  // Returns the validator that etcd has for an entry.
+  using ValidatorOf = std::function<ValidatorChoice(const std::string& path)>;
+
+  WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit);
+
+  struct Operation {
+    bool isRemoval = false;  // of the entry and all below it
+    SettingDocument document;
+  };
+  const std::map<std::string, Operation>& operations() const { return operations_; }
+  const std::string& commit() const { return commit_; }
+
+  // Returns the last revision that the tree has of an entry, or of it and all below it.
+  using KnownRevision = std::function<std::int64_t(const std::string& path, bool withBelow)>;
+  TxnRequest request(const std::string& keyPrefix, const DocumentOrigin& origin,
+                     const KnownRevision& known) const;
+  // Returns the range of keys that has all the written ones.
+  RangeRequest range(const std::string& keyPrefix) const;
+
+ private:
+  void add(const PutValue& change);
+  void add(const EraseValue& change);
+  void add(const DefineEntry& change);
+  void add(const RemoveSubtree& change);
+  void add(const FixKind& change);
+  SettingDocument& documentAt(const std::string& path);
+
+  const ValidatorOf validatorOf_;
+  const std::string commit_;
+  std::map<std::string, Operation> operations_;  // by path
+};
+
+// Returns the changes that bring the document's entry into a tree, with the nodes above it.
+Changes changesOf(const std::string& path, const SettingDocument& document);
+
+}  // namespace zlutil::settings::host
