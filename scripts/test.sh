@@ -43,7 +43,7 @@ run_java-consumers() {
   scripts/build.sh dev --target maven_repository
   echo "== java-consumers: testing"
   local consumer
-  for consumer in maven modules bare_machine noexec; do
+  for consumer in maven modules bare_machine temporary_folder; do
     "tests/consumers/java/$consumer.sh" build/dev/java/repository
   done
 }

@@ -1,6 +1,7 @@
 #!/bin/bash
-# The story as classes, as a module, in an image by jlink and in a package by jpackage; then what Java
-# says on newer JDKs, which want to be told that native libraries may be loaded.
+# The story as classes, as a module, in an image by jlink and in a package by jpackage; the settings in
+# two module layers; then what Java says on newer JDKs, which want to be told that native libraries may
+# be loaded.
 #
 #   modules.sh repository
 source "$(dirname "$0")/story.sh"
@@ -27,6 +28,11 @@ exports com.velonix.util.types
 requires java.base mandated
 EXPECTED
 
+SETTINGS_USERDIR=$work/user "$java_home/bin/java" "$sources/Layers.java" "$jar" >output 2>&1 ||
+  fail "module layers: $(cat output)"
+[[ $(grep -c '^the settings of the process$' output) -eq 2 ]] || fail "module layers: $(cat output)"
+echo "module layers: each has its bridge"
+
 newest=
 for candidate in /usr/lib/jvm/*/bin/java; do
   feature=$("$candidate" -version 2>&1 | sed -n '1s/.* version "\([0-9]*\).*/\1/p')
@@ -41,11 +47,13 @@ tell_story "native access for the module" "$newest" --illegal-native-access=deny
 tell_story "native access for the class path" "$newest" --illegal-native-access=deny \
   --enable-native-access=ALL-UNNAMED -cp "$jar:classes" story.Story
 
-# refused option argument...: Java refuses, and the message names the option.
+# refused advice argument...: Java refuses, and the message has the advice.
 refused() {
   if "$newest" --illegal-native-access=deny "${@:2}" >output 2>&1; then fail "not refused"; fi
-  grep -q "Start Java with --enable-native-access=$1\." output || fail "$(cat output)"
+  grep -q -e "$1\." output || fail "$(cat output)"
 }
-refused com.velonix.settings -p "$jar:module" -m story/story.Story
-refused ALL-UNNAMED -cp "$jar:classes" story.Story
-echo "refused native access: the message names the option"
+refused "Start Java with --enable-native-access=com.velonix.settings" \
+  -p "$jar:module" -m story/story.Story
+refused "Start Java with --enable-native-access=ALL-UNNAMED" -cp "$jar:classes" story.Story
+refused "must call enableNativeAccess of its ModuleLayer.Controller" "$sources/Layers.java" "$jar"
+echo "refused native access: the messages say how to enable it"

@@ -9,6 +9,7 @@ import java.nio.channels.SeekableByteChannel;
 import java.nio.file.DirectoryIteratorException;
 import java.nio.file.DirectoryStream;
 import java.nio.file.FileAlreadyExistsException;
+import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.LinkOption;
 import java.nio.file.NoSuchFileException;
@@ -59,24 +60,21 @@ final class LibraryFolder implements AutoCloseable {
      */
     static LibraryFolder make() throws IOException {
         Path parent = parent();
-        int mode = (Integer) Files.getAttribute(parent, "unix:mode");
-        if ((mode & WRITTEN_BY_ALL) != 0 && (mode & STICKY) == 0) {
-            throw new IOException("everybody may replace files in the folder \"" + parent
-                    + "\" (it has no sticky bit). " + chooseAnother());
-        }
-        while (true) {
-            Path path = Files.createTempDirectory(parent, PREFIX, AS_PRIVATE);
-            FileChannel lock = lock(path.resolve(LOCK));
-            if (lock != null) {
-                removeAbandoned(parent, path);
-                return new LibraryFolder(path, lock);
+        try {
+            int mode = (Integer) Files.getAttribute(parent, "unix:mode");
+            if ((mode & WRITTEN_BY_ALL) != 0 && (mode & STICKY) == 0)
+                throw new IOException("everybody may replace files there (it has no sticky bit)");
+            while (true) {
+                Path path = Files.createTempDirectory(parent, PREFIX, AS_PRIVATE);
+                FileChannel lock = lock(path.resolve(LOCK));
+                if (lock != null) {
+                    removeAbandoned(parent, path);
+                    return new LibraryFolder(path, lock);
+                }
             }
+        } catch (IOException failed) {
+            throw cannotUse(parent, reasonOf(failed));
         }
-    }
-
-    /** Tells how to choose another parent. */
-    static String chooseAnother() {
-        return "Name another folder by -D" + PARENT_PROPERTY + "=FOLDER.";
     }
 
     Path path() {
@@ -97,13 +95,18 @@ final class LibraryFolder implements AutoCloseable {
         }
         try (OutputStream copy = Files.newOutputStream(file)) {
             content.transferTo(copy);
+        } catch (IOException failed) {
+            throw cannotUse(path.getParent(), reasonOf(failed));
         }
         return true;
     }
 
-    /** Tells whether a file system that may hold no programs has the folder. */
-    boolean isNoExec(String name) {
-        return !Files.isExecutable(path.resolve(name));
+    /**
+     * Throws an IOException if a file of the folder cannot be loaded because of its file system.
+     */
+    void checkLoadable(String name) throws IOException {
+        if (!Files.isExecutable(path.resolve(name)))
+            throw cannotUse(path.getParent(), "it may not hold programs (it is mounted noexec)");
     }
 
     /** Removes the folder. If that fails, a later run of any program with the jar tries again. */
@@ -119,6 +122,19 @@ final class LibraryFolder implements AutoCloseable {
         } catch (IOException | DirectoryIteratorException leftBehind) {
             // The libraries are loaded, so the caller has what it needs.
         }
+    }
+
+    private static IOException cannotUse(Path parent, String reason) {
+        return new IOException("its libraries cannot be copied to the folder \"" + parent
+                + "\": " + reason + ". Name another folder by -D" + PARENT_PROPERTY + "=FOLDER.");
+    }
+
+    private static String reasonOf(IOException failed) {
+        if (failed instanceof NoSuchFileException)
+            return "there is no such folder";
+        if (failed instanceof FileSystemException file && file.getReason() != null)
+            return file.getReason();
+        return failed.getMessage();
     }
 
     private static Path parent() {

@@ -52,8 +52,8 @@ final class LibrarySearch {
                     || attempt("from the jar", LibrarySearch::loadFromJar, reasons);
             return loaded ? null : reasons.toString();
         } catch (IllegalCallerException refused) {
-            return failure + " Java refuses native libraries here: " + refused.getMessage()
-                    + ". Start Java with --enable-native-access=" + moduleName() + ".";
+            return failure + " Java refuses native libraries here: " + refused.getMessage() + ". "
+                    + howToEnableNativeAccess(LibrarySearch.class.getModule());
         }
     }
 
@@ -122,11 +122,7 @@ final class LibrarySearch {
                 System.load(folder.path().resolve(file).toString());
                 return;
             } catch (UnsatisfiedLinkError failed) {
-                if (folder.isNoExec(file)) {
-                    throw new IOException("the folder \"" + folder.path().getParent()
-                            + "\" may not hold programs (its file system is mounted noexec). "
-                            + LibraryFolder.chooseAnother());
-                }
+                folder.checkLoadable(file);
                 Matcher notFound = NOT_FOUND.matcher(String.valueOf(failed.getMessage()));
                 if (!notFound.find())
                     throw failed;
@@ -174,9 +170,13 @@ final class LibrarySearch {
         return System.getProperty("java.library.path");
     }
 
-    private static String moduleName() {
-        Module module = LibrarySearch.class.getModule();
-        return module.isNamed() ? module.getName() : "ALL-UNNAMED";
+    private static String howToEnableNativeAccess(Module module) {
+        if (module.isNamed() && module.getLayer() != ModuleLayer.boot()) {
+            return "The program that has made the module's layer must call enableNativeAccess of"
+                    + " its ModuleLayer.Controller.";
+        }
+        return "Start Java with --enable-native-access="
+                + (module.isNamed() ? module.getName() : "ALL-UNNAMED") + ".";
     }
 
     private static String advice(String message) {

@@ -11,7 +11,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.util.List;
-import java.util.stream.Stream;
+import java.util.Map;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
@@ -95,13 +95,20 @@ class LibraryFolderTest {
     }
 
     @Test
-    void aFolderInWhichEverybodyMayReplaceFilesIsRefused() throws Exception {
-        Files.setPosixFilePermissions(parent, PosixFilePermissions.fromString("rwxrwxrwx"));
-        String message = assertThrows(IOException.class, LibraryFolder::make).getMessage();
-        assertTrue(message.contains("\"" + parent + "\""), message);
-        assertTrue(message.contains(LibraryFolder.PARENT_PROPERTY), message);
-        try (Stream<Path> made = Files.list(parent)) {
-            assertEquals(0, made.count());
+    void aParentThatCannotBeUsedIsRefusedWithTheReason() throws Exception {
+        Path writtenByAll = Files.createDirectory(parent.resolve("all"));
+        Files.setPosixFilePermissions(writtenByAll, PosixFilePermissions.fromString("rwxrwxrwx"));
+        Map<Path, String> reasons = Map.of(writtenByAll, "everybody may replace files there",
+                parent.resolve("missing"), "there is no such folder",
+                Files.createFile(parent.resolve("file")), "Not a directory");
+        for (Path unusable : reasons.keySet()) {
+            System.setProperty(LibraryFolder.PARENT_PROPERTY, unusable.toString());
+            String message = assertThrows(IOException.class, LibraryFolder::make).getMessage();
+            for (String part : List.of("\"" + unusable + "\"", reasons.get(unusable),
+                         "by -D" + LibraryFolder.PARENT_PROPERTY)) {
+                assertTrue(message.contains(part), message);
+            }
         }
+        assertEquals(0, writtenByAll.toFile().list().length);
     }
 }
