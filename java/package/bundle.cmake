@@ -1,8 +1,8 @@
 # Makes nativesettings.jar: the classes, the native libraries, and the libraries that those need and
 # that a JRE does not bring. Variables:
 #   CLASS_DIR     the compiled classes          JAR           the jar to make
-#   NATIVE_DIR    both native libraries         JAR_TOOL      the program jar
-#   HOST BRIDGE   their file names              STAGE         a folder to work in
+#   NATIVE_DIR    the native libraries          JAR_TOOL      the program jar
+#   LIBRARIES     their file names              STAGE         a folder to work in
 #   PLATFORM      where the jar has them        VERSION       that of the project
 #   COMMIT_FILE DATE_FILE NOTICE POM            files that travel, or of which parts do
 cmake_minimum_required(VERSION 3.25)
@@ -14,10 +14,11 @@ file(REMOVE_RECURSE ${STAGE})
 
 # Under the names by which the linker asks for them. Other libraries are the system's everywhere.
 set(natives ${STAGE}/native/${PLATFORM})
-file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${NATIVE_DIR}/${HOST} ${NATIVE_DIR}/${BRIDGE}
+list(TRANSFORM LIBRARIES PREPEND ${NATIVE_DIR}/)
+file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${LIBRARIES}
   RESOLVED_DEPENDENCIES_VAR needs
   PRE_INCLUDE_REGEXES "^lib(tbb|expat|sqlite3)\\.so" PRE_EXCLUDE_REGEXES ".*")
-foreach(library IN LISTS needs ITEMS ${NATIVE_DIR}/${HOST} ${NATIVE_DIR}/${BRIDGE})
+foreach(library IN LISTS needs LIBRARIES)
   cmake_path(GET library FILENAME name)
   set(folder ${natives})
   if(library IN_LIST needs)

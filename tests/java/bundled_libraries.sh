@@ -16,8 +16,8 @@ fail() {
 
 cd "$work"
 "$java_home/bin/jar" --extract --file "$jar" native META-INF
-libraries=(native/*/*.so.*)
-[[ ${#libraries[@]} -eq 2 ]] || fail "two libraries expected, found ${libraries[*]}"
+libraries=(native/*/*.so*)
+[[ ${#libraries[@]} -eq 3 ]] || fail "three libraries expected, found ${libraries[*]}"
 for library in "${libraries[@]}"; do
   name=${library##*/}
   dynamic=$(readelf --dynamic --wide "$library")
@@ -37,11 +37,12 @@ done
 grep -q '__[a-z]*_chk' <(nm --dynamic native/*/libsettingshost.so.*) ||
   fail "the host does not check its buffers"
 
-# Every system with a JRE has these: the C and the C++ library.
+# Every system with a JRE has the C and the C++ library; libcurl is needed with a cluster only.
 everywhere='^(libc|libm|libgcc_s|libstdc\+\+|ld-linux-x86-64)\.so'
-for library in native/*/*.so.* native/*/lib/*; do
+for library in "${libraries[@]}" native/*/lib/*; do
   for need in $(readelf --dynamic --wide "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
-    [[ $need =~ $everywhere || $need == libsettingshost.so.* || -f $(echo native/*/lib)/$need ]] ||
+    [[ $need =~ $everywhere || $need == libsettingshost.so.* ||
+      $library-$need == *etcd.so-libcurl.so.4 || -f $(echo native/*/lib)/$need ]] ||
       fail "${library##*/} needs $need, which the jar does not have"
   done
 done

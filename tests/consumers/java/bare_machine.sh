@@ -1,6 +1,7 @@
 #!/bin/bash
 # The story on a file system with a JRE, the libraries that this one needs, and nothing else: the jar
-# brings what it needs itself. Then without that part of the jar: the message names the package.
+# brings what it needs itself. Then without that part of the jar, and with a shared workgroup level: the
+# messages name the packages.
 #
 #   bare_machine.sh repository
 source "$(dirname "$0")/story.sh"
@@ -22,8 +23,8 @@ xargs cp --parents --dereference -t "$root" <libraries
 cp "$jar" "$root/application/settings.jar"
 cp -r classes "$root/application"
 
+# The launcher does not find its own libraries without /proc.
 on_bare_machine() {
-  # Without /proc the launcher does not find its own libraries.
   chroot "$root" /usr/bin/env -i SETTINGS_USERDIR=/user LD_LIBRARY_PATH=/jre/lib "$@"
 }
 cp --parents -L /usr/bin/env "$root"
@@ -43,3 +44,9 @@ for need in libexpat.so.1:libexpat1 libsqlite3.so.0:libsqlite3-0 libtbb.so.12:li
     "$root/lib/x86_64-linux-gnu"
 done
 echo "bare machine without the jar's libraries: the messages name the packages"
+
+"${run[0]}" SETTINGS_USERDIR=/other SETTINGS_WORKGROUP=https://127.0.0.1:9/none "${run[@]:1}" \
+  >output 2>&1 ||
+  fail "shared workgroup level: $(cat output)"
+grep -q "Install libcurl.so.4: the Debian package libcurl4\." output || fail "$(cat output)"
+echo "bare machine with a shared workgroup level: the message names libcurl4"

@@ -33,6 +33,13 @@ SETTINGS_USERDIR=$work/user "$java_home/bin/java" "$sources/Layers.java" "$jar" 
 [[ $(grep -c '^the settings of the process$' output) -eq 2 ]] || fail "module layers: $(cat output)"
 echo "module layers: each has its bridge"
 
+# Nothing listens there; the host gets so far only with the library for it, which the jar has.
+rm -rf user
+SETTINGS_USERDIR=$work/user SETTINGS_WORKGROUP=https://127.0.0.1:9/none SETTINGS_WORKGROUP_WAIT=100 \
+  "$java_home/bin/java" -cp "$jar:classes" story.Story >output 2>&1 || fail "shared: $(cat output)"
+grep -q "connect to 127.0.0.1" output || fail "shared workgroup level: $(cat output)"
+echo "shared workgroup level: the library of the jar is used"
+
 newest=
 for candidate in /usr/lib/jvm/*/bin/java; do
   feature=$("$candidate" -version 2>&1 | sed -n '1s/.* version "\([0-9]*\).*/\1/p')

@@ -23,6 +23,9 @@ import java.util.regex.Pattern;
 final class LibrarySearch {
     static final String DIRECTORY_PROPERTY = "com.velonix.services.settings.library.path";
 
+    /** The variable by which a shared workgroup level is configured. */
+    private static final String SHARED = "SETTINGS_WORKGROUP";
+
     private static final String TWO_VERSIONS =
             "\n    There are two versions of nativesettings.jar in this process, in different class"
             + " loaders. Give all of them the same version, and start the process anew.";
@@ -108,11 +111,36 @@ final class LibrarySearch {
         }
         try (LibraryFolder folder = LibraryFolder.make()) {
             for (String file : filesToLoad()) {
-                if (!copyFromJar(file, folder, file))
-                    throw new FileNotFoundException("it has no " + inJar(file));
-                loadWithNeeds(file, folder);
+                loadFromJar(file, folder);
+                if (file.equals(LibraryFiles.HOST) && isShared())
+                    loadSharedStore(folder);
             }
         }
+    }
+
+    private static boolean isShared() {
+        String address = System.getenv(SHARED);
+        return address != null && !address.isEmpty();
+    }
+
+    /**
+     * Loads the library that the host would look for in the folder later, when this is gone. The
+     * host reports that it does not find it; the reason goes before that.
+     */
+    private static void loadSharedStore(LibraryFolder folder) throws IOException {
+        try {
+            loadFromJar(LibraryFiles.SHARED_STORE, folder);
+        } catch (UnsatisfiedLinkError failed) {
+            String message = String.valueOf(failed.getMessage());
+            System.err.println(
+                    "The workgroup level cannot be shared: " + message + advice(message));
+        }
+    }
+
+    private static void loadFromJar(String file, LibraryFolder folder) throws IOException {
+        if (!copyFromJar(file, folder, file))
+            throw new FileNotFoundException("it has no " + inJar(file));
+        loadWithNeeds(file, folder);
     }
 
     /** Loads a library of the folder, adding what the linker does not find and the jar has. */
@@ -202,6 +230,7 @@ final class LibrarySearch {
             case "libtbb.so.12" -> "libtbb12";
             case "libexpat.so.1" -> "libexpat1";
             case "libsqlite3.so.0" -> "libsqlite3-0";
+            case "libcurl.so.4" -> "libcurl4";
             case "libstdc++.so.6" -> "libstdc++6";
             case "libgcc_s.so.1" -> "libgcc-s1";
             default -> "that has it";
