@@ -3,13 +3,17 @@ add_library(build_settings INTERFACE)
 target_include_directories(build_settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_link_libraries(build_settings INTERFACE Boost::headers Threads::Threads)
 target_compile_options(build_settings INTERFACE
-  -Wall -Wextra -Werror
+  -Wall -Wextra
+  # Another project's compiler may have warnings that are not known here.
+  $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
   # Boost's template statics would otherwise be unique for the whole process, which keeps a library
   # mapped after it has been unloaded, with its old statics.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
-# Without interruption points boost::shared_mutex needs no library at run time.
-target_compile_definitions(build_settings INTERFACE BOOST_THREAD_DONT_PROVIDE_INTERRUPTIONS)
+# What every user of the headers must define as well. Without interruption points boost::shared_mutex
+# needs no library at run time.
+set(contract_definitions BOOST_THREAD_DONT_PROVIDE_INTERRUPTIONS)
+target_compile_definitions(build_settings INTERFACE ${contract_definitions})
 
 if(NATIVESETTINGS_SANITIZE)
   target_compile_options(build_settings INTERFACE

@@ -29,7 +29,7 @@ collect_rooms(host_rooms ns_base ns_service ns_values host_os host_process host_
 # is never unmapped. And it is there once in a process, for all bridges: its name and its symbols carry
 # the version of its interface, so that the linker refuses a bridge that was built for another.
 add_library(settingshost SHARED)
-target_link_libraries(settingshost PUBLIC build_settings PRIVATE host_rooms)
+target_link_libraries(settingshost PRIVATE build_settings host_rooms)
 set(version_script ${CMAKE_CURRENT_BINARY_DIR}/settingshost.version)
 file(CONFIGURE OUTPUT ${version_script} CONTENT "SETTINGSHOST_${NATIVESETTINGS_INTERFACE} { global: *; };\n")
 target_link_options(settingshost PRIVATE -Wl,-z,nodelete -Wl,--version-script=${version_script})

@@ -43,5 +43,5 @@ function(collect_rooms name)
 endfunction()
 
 # What check_rooms.py reads: for each room its folder, and those of the rooms that it uses.
-set(ROOMS_FILE ${CMAKE_BINARY_DIR}/rooms.txt)
+set(ROOMS_FILE ${PROJECT_BINARY_DIR}/rooms.txt)
 file(WRITE ${ROOMS_FILE} "")

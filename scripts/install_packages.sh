@@ -5,6 +5,7 @@
 #   scripts/install_packages.sh bench      also the other libraries that the benchmarks measure
 #   scripts/install_packages.sh cluster    also etcd, for a cluster on this machine
 #   scripts/install_packages.sh coverage   also the tools that measure coverage
+#   scripts/install_packages.sh cpp-consumers    also what makes and installs packages
 #   scripts/install_packages.sh java-consumers   also Maven, for projects that use the jar
 #   scripts/install_packages.sh soak       also Tomcat, for the redeploys of the soak
 set -euo pipefail
@@ -23,6 +24,7 @@ case ${1:-} in
     ;;
   coverage) packages+=(gcovr libjacoco-java) ;;
   cluster) packages+=(etcd-server etcd-client openssl) ;;
+  cpp-consumers) packages+=(pkg-config dpkg-dev file fakeroot) ;;
   java-consumers)
     packages+=(maven libmaven-compiler-plugin-java libmaven-resources-plugin-java libsurefire-java
       libmaven-jar-plugin-java)

@@ -8,6 +8,8 @@
 #                              FUZZ_SECONDS (60) seconds
 #   scripts/test.sh java-consumers  applications that use the jar: a Maven project, a module, images,
 #                              a machine without the libraries that the jar brings
+#   scripts/test.sh cpp-consumers   C++ projects that use the installed libraries, the packages, or the
+#                              source tree as a part of their own
 #   scripts/test.sh format     whether clang-format would change a C++ source
 #   scripts/test.sh tidy       clang-tidy over all sources; not part of continuous integration
 #
@@ -46,6 +48,13 @@ run_java-consumers() {
   for consumer in maven modules bare_machine temporary_folder; do
     "tests/consumers/java/$consumer.sh" build/dev/java/repository
   done
+}
+
+run_cpp-consumers() {
+  scripts/install_packages.sh cpp-consumers
+  scripts/build.sh package
+  echo "== cpp-consumers: testing"
+  tests/consumers/cpp/run.sh build/package
 }
 
 run_format() {

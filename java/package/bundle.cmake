@@ -1,9 +1,10 @@
 # Makes nativesettings.jar: the classes, the native libraries, and the libraries that those need and
-# that a JRE does not bring. Variables:
+# that a JRE does not bring; and a jar without the libraries, for a system that has them. Variables:
 #   CLASS_DIR     the compiled classes          JAR           the jar to make
 #   NATIVE_DIR    the native libraries          JAR_TOOL      the program jar
 #   LIBRARIES     their file names              STAGE         a folder to work in
 #   PLATFORM      where the jar has them        VERSION       that of the project
+#   PLAIN_JAR     the jar without libraries
 #   COMMIT_FILE DATE_FILE NOTICE POM            files that travel, or of which parts do
 cmake_minimum_required(VERSION 3.25)
 file(READ ${COMMIT_FILE} commit)
@@ -41,8 +42,10 @@ file(WRITE ${STAGE}.mf "Implementation-Title: nativesettings\n"
   # Counts for `java -jar` only; other programs name the module or ALL-UNNAMED themselves.
   "Enable-Native-Access: ALL-UNNAMED\n")
 
-execute_process(COMMAND ${JAR_TOOL} --create --file ${JAR} --date ${date} --manifest ${STAGE}.mf
-    --main-class com.velonix.services.settings.SettingsVersion --module-version ${VERSION}
-    -C ${CLASS_DIR} module-info.class -C ${CLASS_DIR} com
-    -C ${STAGE} com -C ${STAGE} native -C ${STAGE} META-INF
-  COMMAND_ERROR_IS_FATAL ANY)
+set(options --date ${date} --manifest ${STAGE}.mf
+  --main-class com.velonix.services.settings.SettingsVersion --module-version ${VERSION})
+set(classes -C ${CLASS_DIR} module-info.class -C ${CLASS_DIR} com -C ${STAGE} com -C ${STAGE} META-INF)
+execute_process(COMMAND_ERROR_IS_FATAL ANY
+  COMMAND ${JAR_TOOL} --create --file ${JAR} ${options} ${classes} -C ${STAGE} native)
+execute_process(COMMAND_ERROR_IS_FATAL ANY
+  COMMAND ${JAR_TOOL} --create --file ${PLAIN_JAR} ${options} ${classes})
