@@ -7,6 +7,7 @@
 #   scripts/install_packages.sh coverage   also the tools that measure coverage
 #   scripts/install_packages.sh cpp-consumers    also what makes and installs packages
 #   scripts/install_packages.sh java-consumers   also Maven, for projects that use the jar
+#   scripts/install_packages.sh release    also abidiff, which compares the interfaces of two releases
 #   scripts/install_packages.sh soak       also Tomcat, for the redeploys of the soak
 set -euo pipefail
 
@@ -29,6 +30,7 @@ case ${1:-} in
     packages+=(maven libmaven-compiler-plugin-java libmaven-resources-plugin-java libsurefire-java
       libmaven-jar-plugin-java)
     ;;
+  release) packages+=(abigail-tools) ;;
   soak) packages+=(libtomcat10-java) ;;
 esac
 
