@@ -6,16 +6,18 @@
 #   modules.sh repository
 source "$(dirname "$0")/story.sh"
 compile_story
+native_access=--enable-native-access=com.velonix.settings
 
 tell_story "class path" "$java_home/bin/java" -cp "$jar:classes" story.Story
 tell_story "module path" "$java_home/bin/java" -p "$jar:module" -m story/story.Story
 
+# The blank keeps jlink from reading the value as an option of its own.
 "$java_home/bin/jlink" -p "$jar:module" --add-modules story --launcher story=story/story.Story \
-  --output image
+  --add-options=" $native_access" --output image
 tell_story "jlink" image/bin/story
 
 "$java_home/bin/jpackage" --type app-image --name story --dest package -p "$jar:module" \
-  --module story/story.Story
+  --module story/story.Story --java-options "$native_access"
 tell_story "jpackage" package/story/bin/story
 
 "$java_home/bin/java" -p "$jar" --describe-module com.velonix.settings |
@@ -50,7 +52,7 @@ if [[ -z $newest ]]; then
   exit
 fi
 tell_story "native access for the module" "$newest" --illegal-native-access=deny \
-  --enable-native-access=com.velonix.settings -p "$jar:module" -m story/story.Story
+  "$native_access" -p "$jar:module" -m story/story.Story
 tell_story "native access for the class path" "$newest" --illegal-native-access=deny \
   --enable-native-access=ALL-UNNAMED -cp "$jar:classes" story.Story
 
@@ -59,7 +61,7 @@ refused() {
   if "$newest" --illegal-native-access=deny "${@:2}" >output 2>&1; then fail "not refused"; fi
   grep -q -e "$1\." output || fail "$(cat output)"
 }
-refused "Start Java with --enable-native-access=com.velonix.settings" \
+refused "Start Java with $native_access" \
   -p "$jar:module" -m story/story.Story
 refused "Start Java with --enable-native-access=ALL-UNNAMED" -cp "$jar:classes" story.Story
 refused "must call enableNativeAccess of its ModuleLayer.Controller" "$sources/Layers.java" "$jar"
