@@ -28,10 +28,10 @@ std::string narrowText(const std::string& text, const std::string& what) {
 
 const boost::any& withNarrowTexts(const boost::any& value, const std::string& key,
                                   boost::any& copy) {
-  const std::string what = '"' + key + '"';
+  const auto quoted = [&] { return '"' + key + '"'; };
   if (const auto* const text = boost::any_cast<std::string>(&value)) {
     if (base::isNarrow(*text)) return value;
-    copy = narrowText(*text, what);
+    copy = narrowText(*text, quoted());
     return copy;
   }
   const auto* const texts = boost::any_cast<std::vector<std::string>>(&value);
@@ -39,7 +39,8 @@ const boost::any& withNarrowTexts(const boost::any& value, const std::string& ke
   std::vector<std::string> narrow;
   narrow.reserve(texts->size());
   for (const std::string& text : *texts) {
-    narrow.push_back(narrowText(text, "element " + std::to_string(narrow.size()) + " of " + what));
+    narrow.push_back(
+        narrowText(text, "element " + std::to_string(narrow.size()) + " of " + quoted()));
   }
   copy = std::move(narrow);
   return copy;

@@ -1,5 +1,7 @@
 #include "host/javalayer/class_cache.h"
 
+#include <cstring>
+
 #include "bridge/class_slot.h"
 #include "bridge/java_layer.h"
 #include "host/javalayer/bridges.h"
@@ -13,8 +15,8 @@ jmethodID ClassCache::findMethod(JNIEnv* env, const char* methodName, const char
                                  bool isStatic) {
   CachedMethod* head = methods.load(std::memory_order_acquire);
   for (CachedMethod* method = head; method; method = method->next) {
-    if (method->isStatic == isStatic && method->name == methodName &&
-        method->signature == signature) {
+    if (method->isStatic == isStatic && std::strcmp(method->name.c_str(), methodName) == 0 &&
+        std::strcmp(method->signature.c_str(), signature) == 0) {
       return method->id;
     }
   }
