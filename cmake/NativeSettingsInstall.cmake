@@ -1,9 +1,10 @@
-# Installation, in five components:
+# Installation, in six components:
 #
 #   runtime       the host
 #   cluster       the library with which the host shares the workgroup level on a cluster
 #   development   headers, and what CMake and pkg-config need to find them
 #   java          the bridge and the jar
+#   tools         the program settings
 #   docs          the documents, and the schema of settings files
 include(CMakePackageConfigHelpers)
 
@@ -12,6 +13,9 @@ include(CMakePackageConfigHelpers)
 set(kind_of_jar JAR_FILE)
 if(CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
   set_target_properties(settingshost settingsetcd PROPERTIES INSTALL_RPATH "")
+  if(NATIVESETTINGS_TOOLS)
+    set_target_properties(settings PROPERTIES INSTALL_RPATH "")
+  endif()
   if(NATIVESETTINGS_JAVA)
     set_target_properties(nativesettings PROPERTIES INSTALL_RPATH "")
     set(kind_of_jar PLAIN_JAR)  # without the libraries, which Java finds in lib/jni
@@ -36,6 +40,10 @@ install(EXPORT service NAMESPACE nativesettings:: FILE nativesettingsService.cma
   DESTINATION ${package_dir} COMPONENT development)
 install_headers(settingshost)
 install(TARGETS settingsetcd LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT cluster)
+
+if(NATIVESETTINGS_TOOLS)
+  install(TARGETS settings RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
 
 if(NATIVESETTINGS_JAVA)
   install(TARGETS nativesettings EXPORT bridge

@@ -23,6 +23,10 @@ if(NATIVESETTINGS_JAVA)
   list(APPEND CPACK_COMPONENTS_ALL java)
 endif()
 
+if(NATIVESETTINGS_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
@@ -49,6 +53,12 @@ set(CPACK_DEBIAN_JAVA_PACKAGE_DEPENDS
   "${library_package} (= ${version}), default-jre-headless (>= 2:1.17) | java17-runtime-headless")
 set(CPACK_COMPONENT_JAVA_DESCRIPTION "The Java API: /usr/share/java/nativesettings.jar, and the library through which it shares the
 settings with C++ code of the same process.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nativesettings-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} (= ${version})")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "The program settings, with which administrators read, explain and change settings.")
 
 set(CPACK_DEBIAN_DOCS_PACKAGE_NAME nativesettings-doc)
 set(CPACK_DEBIAN_DOCS_PACKAGE_SECTION doc)

@@ -34,6 +34,15 @@ class SETTINGS_HOST_API SettingsFile {
   static SettingsProblems read(const boost::shared_ptr<Settings>& top, const std::string& level,
                                const base::ustring& path);
 
+  // Returns the same text as standard UTF-8. Throws what write() throws, but for the disk.
+  static std::string text(const boost::shared_ptr<Settings>& top,
+                          const std::vector<std::string>& levels);
+
+  // Returns a message for each mistake in a file, with the file's name, line and column; nothing if
+  // the file is right. A mistake in the XML itself is the last one that is found. Whether a file
+  // agrees with others of its level is not checked.
+  static std::vector<std::string> check(const base::ustring& path);
+
   SettingsFile() = delete;
 };
 

@@ -112,6 +112,19 @@ void SettingsBuilder::beginElement(std::string_view element, const char* const* 
   fail("found the element " + quoted(element) + ", expected " + expectedIn(state));
 }
 
+bool SettingsBuilder::beginSubstitute(std::string_view element) {
+  const State state = states_.back();
+  const bool mayHoldNodes = state == State::kSettings || state == State::kNode;
+  if (element != "node" || !mayHoldNodes || nodes_.size() > kMaxDepth) return false;
+  pushNode(boost::make_shared<Node>(rules_.tree, "substitute", true, ValidatorPtr()), nullptr);
+  return true;
+}
+
+const Key* SettingsBuilder::keyOfValue() const {
+  const State state = states_.back();
+  return state == State::kScalar || state == State::kVector ? key_.get() : nullptr;
+}
+
 const char* SettingsBuilder::expectedIn(State state) {
   switch (state) {
     case State::kDocument:
@@ -190,7 +203,11 @@ void SettingsBuilder::beginNode(const char* const* list) {
   const auto node = boost::make_shared<Node>(rules_.tree, name, true, ValidatorPtr());
   add(node);
   const Node* const earlier = earlierNodes_.back();
-  earlierNodes_.push_back(earlier ? static_cast<const Node*>(earlier->child(name)) : nullptr);
+  pushNode(node, earlier ? static_cast<const Node*>(earlier->child(name)) : nullptr);
+}
+
+void SettingsBuilder::pushNode(const NodePtr& node, const Node* earlier) {
+  earlierNodes_.push_back(earlier);
   nodes_.push_back(node);
   hasContent_ = false;
   states_.push_back(State::kNode);

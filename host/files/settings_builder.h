@@ -27,6 +27,13 @@ class SettingsBuilder {
   void endElement();
   void text(std::string_view text);
 
+  // Takes the place of a beginElement() that has failed, so that what the element contains is
+  // checked all the same. Returns false if the element can only be skipped.
+  bool beginSubstitute(std::string_view element);
+
+  // Returns the key whose <value> has just begun, or null.
+  const Key* keyOfValue() const;
+
   // Returns the root, which is complete after the end of the document.
   NodePtr root() const { return nodes_.front(); }
 
@@ -48,6 +55,7 @@ class SettingsBuilder {
 
   void beginSettings(const char* const* attributes);
   void beginNode(const char* const* attributes);
+  void pushNode(const NodePtr& node, const Node* earlier);
   void beginKey(const char* const* attributes);
   void beginValue(const char* const* attributes);
   void beginItem(const char* const* attributes);

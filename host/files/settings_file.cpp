@@ -57,21 +57,41 @@ class Matching {
 
 }  // namespace
 
-void SettingsFile::write(const boost::shared_ptr<Settings>& top,
-                         const std::vector<std::string>& levels, const base::ustring& path) {
+std::string SettingsFile::text(const boost::shared_ptr<Settings>& top,
+                               const std::vector<std::string>& levels) {
   const host::NodePtr node = requireNode(top);
   host::LevelSet chosen;
   for (const std::string& level : levels) chosen.set(host::requireLevel(level));
+  host::ReadLock lock(node->tree().lock());
+  return host::settingsText(*node, chosen);
+}
+
+std::vector<std::string> SettingsFile::check(const base::ustring& path) {
+  const std::optional<std::string> fileName = host::fileNameFrom(path);
+  if (!fileName) throw Failure<FileLoadingError>(path, std::string("no file can have this name"));
+  std::vector<std::string> mistakes;
+  host::ParseRules rules;
+  rules.tree = host::Tree::makeStandalone();
+  rules.onMistake = [&](const std::string& message) { mistakes.push_back(message); };
+  try {
+    host::readSettingsTree(*fileName, rules);
+  } catch (const IUserException& failure) {
+    mistakes.push_back(failure.GetMessageTxt());
+  }
+  return mistakes;
+}
+
+void SettingsFile::write(const boost::shared_ptr<Settings>& top,
+                         const std::vector<std::string>& levels, const base::ustring& path) {
   const std::optional<std::string> fileName = host::fileNameFrom(path);
   if (!fileName) throw Failure<StoreFailure>(path, std::string("no file can have this name"));
-  std::string text;
+  std::string content;
   try {
-    host::ReadLock lock(node->tree().lock());
-    text = host::settingsText(*node, chosen);
+    content = text(top, levels);
   } catch (const Failure<ValidationFailure>& failure) {
     throw Failure<StoreFailure>(path, failure.GetMessageTxt());
   }
-  host::replaceFile(*fileName, text);
+  host::replaceFile(*fileName, content);
 }
 
 SettingsProblems SettingsFile::read(const boost::shared_ptr<Settings>& top,

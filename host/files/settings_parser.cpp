@@ -24,7 +24,7 @@ constexpr char kAmpersand[] = "\"&\" is written \"&amp;\"";
 class SettingsParser::Handler {
  public:
   Handler(const ParseRules& rules, const std::string& shownName)
-      : shownName_(shownName), builder_(rules), xml_(XML_ParserCreate(nullptr)) {
+      : rules_(rules), shownName_(shownName), builder_(rules), xml_(XML_ParserCreate(nullptr)) {
     if (!xml_) throw std::bad_alloc();
     XML_SetUserData(xml_, this);
     XML_SetElementHandler(xml_, onBegin, onEnd);
@@ -120,10 +120,53 @@ class SettingsParser::Handler {
     return isReference || rest.front() == '&' ? std::string(": ") + kAmpersand : "";
   }
 
-  [[noreturn]] void throwProblem() const {
-    throw Failure<KORVEN::settings::core::SaxParseException>(
-        shownName_, std::to_string(line_), std::to_string(column_),
-        base::narrowFromUstring(base::to_ustring(problem_)));
+  using ParseFailure = Failure<KORVEN::settings::core::SaxParseException>;
+
+  ParseFailure failureOfProblem() const {
+    return ParseFailure(shownName_, std::to_string(line_), std::to_string(column_),
+                        base::narrowFromUstring(base::to_ustring(problem_)));
+  }
+  [[noreturn]] void throwProblem() const { throw failureOfProblem(); }
+
+  // Runs a step of the builder. Returns false if it has found a mistake that was handed over.
+  template <class Step>
+  bool build(const Step& step) {
+    try {
+      step();
+      return true;
+    } catch (const FormatError& error) {
+      if (!rules_.onMistake) throw;
+      noteProblem(error.what());
+      rules_.onMistake(failureOfProblem().GetMessageTxt());
+      problem_.clear();
+      return false;
+    }
+  }
+
+  void begin(const XML_Char* element, const XML_Char** attributes) {
+    open_.emplace_back(element, XML_GetCurrentLineNumber(xml_));
+    if (skipped_ > 0) {
+      ++skipped_;
+    } else if (!build([&] { builder_.beginElement(element, attributes); })) {
+      if (!builder_.beginSubstitute(element)) skipped_ = 1;
+    } else if (rules_.onValue) {
+      if (const Key* const key = builder_.keyOfValue()) {
+        rules_.onValue(*key, XML_GetCurrentLineNumber(xml_), XML_GetCurrentColumnNumber(xml_) + 1);
+      }
+    }
+  }
+
+  void end() {
+    open_.pop_back();
+    if (skipped_ > 0) {
+      --skipped_;
+    } else {
+      build([&] { builder_.endElement(); });
+    }
+  }
+
+  void text(std::string_view text) {
+    if (skipped_ == 0) build([&] { builder_.text(text); });
   }
 
   bool hasFailed() const { return unexpected_ || !problem_.empty(); }
@@ -144,21 +187,15 @@ class SettingsParser::Handler {
 
   static void onBegin(void* self, const XML_Char* element, const XML_Char** attributes) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.runCallback([&] {
-      handler.builder_.beginElement(element, attributes);
-      handler.open_.emplace_back(element, XML_GetCurrentLineNumber(handler.xml_));
-    });
+    handler.runCallback([&] { handler.begin(element, attributes); });
   }
   static void onEnd(void* self, const XML_Char*) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.runCallback([&] {
-      handler.builder_.endElement();
-      handler.open_.pop_back();
-    });
+    handler.runCallback([&] { handler.end(); });
   }
   static void onText(void* self, const XML_Char* text, int length) {
     Handler& handler = *static_cast<Handler*>(self);
-    handler.runCallback([&] { handler.builder_.text({text, static_cast<std::size_t>(length)}); });
+    handler.runCallback([&] { handler.text({text, static_cast<std::size_t>(length)}); });
   }
   // A document type could declare entities, which expand without bound or read other files.
   static void onDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
@@ -169,12 +206,14 @@ class SettingsParser::Handler {
     static_cast<Handler*>(self)->runCallback([] {});
   }
 
+  const ParseRules rules_;
   const std::string shownName_;
   SettingsBuilder builder_;
   const XML_Parser xml_;
   std::vector<std::pair<std::string, XML_Size>> open_;  // elements, with the lines of their tags
-  std::uint64_t read_ = 0;                              // bytes
-  std::uint64_t lastCallback_ = 0;                      // its position in the file
+  int skipped_ = 0;  // the open elements that are not built, because the first of them is a mistake
+  std::uint64_t read_ = 0;          // bytes
+  std::uint64_t lastCallback_ = 0;  // its position in the file
   std::string problem_;
   XML_Size line_ = 0;
   XML_Size column_ = 0;

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -15,6 +17,10 @@ struct ParseRules {
   int level = kFactory;           // of values that name no level
   bool isOnlyLevel = false;       // whether other levels are refused
   const Node* earlier = nullptr;  // the root of earlier files, with which kinds must agree, or null
+  // Called for each value, with the position of its element; both count from 1.
+  std::function<void(const Key& key, std::uint64_t line, std::uint64_t column)> onValue;
+  // Takes the messages of mistakes that parsing can go on after, which then are no failures.
+  std::function<void(const std::string& message)> onMistake;
 };
 
 class SettingsParser {

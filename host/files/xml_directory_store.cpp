@@ -61,10 +61,32 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   for (const std::string& file : filesIn(directory_, isRequired_)) {
     try {
       merge(*readSettingsTree(file, rules), root, level);
+      files_.push_back(file);
     } catch (const std::exception& failure) {
       logError(failure.what());
     }
   }
+}
+
+std::string XmlDirectoryStore::sourceOf(const std::string& path) const {
+  const std::string name = path.substr(path.rfind('.') + 1);
+  std::string source;
+  for (const std::string& file : files_) {
+    ParseRules rules;
+    rules.tree = Tree::makeStandalone();
+    rules.onValue = [&](const Key& key, std::uint64_t line, std::uint64_t column) {
+      // A later file has the last word.
+      if (key.name() != name || key.pathBelowTop() != path) return;
+      source = shownFileName(file) + ':' + std::to_string(line) + ':' + std::to_string(column);
+    };
+    try {
+      readSettingsTree(file, rules);
+    } catch (const std::exception&) {
+      // It was right when the tree was made, and has changed since.
+    }
+  }
+  return source.empty() ? "a file in " + shownFileName(directory_) + " that has changed since"
+                        : source;
 }
 
 bool XmlDirectoryStore::apply(const Changes&, const Receiver&) {

@@ -19,6 +19,8 @@ class XmlDirectoryStore final : public Store {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  // Reads the files again, for line and column.
+  std::string sourceOf(const std::string& path) const override;
   // The files are read once; they are not watched.
   bool watch(const Watcher&) override { return true; }
   void look() override {}
@@ -27,6 +29,7 @@ class XmlDirectoryStore final : public Store {
   const std::string directory_;
   const bool isRequired_;
   const std::string readOnlyReason_;
+  std::vector<std::string> files_;  // that were read and not left out; constant after readAll()
 };
 
 }  // namespace zlutil::settings::host

@@ -30,6 +30,7 @@ class SharedStore final : public Store, private ClusterListener {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override;
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  std::string sourceOf(const std::string&) const override { return name_; }
   bool watch(const Watcher& watcher) override;
   void look() override;
 

@@ -14,6 +14,7 @@ class MemoryStore final : public Store {
   bool keepsChanges() const override { return false; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return writable_; }
+  std::string sourceOf(const std::string&) const override { return "the memory of this process"; }
   bool watch(const Watcher&) override { return true; }
   void look() override {}
 

@@ -90,6 +90,10 @@ class Store {
   // The reason why values cannot be changed; empty if they can. Constant.
   virtual const std::string& readOnlyReason() const = 0;
 
+  // Returns where the store has the value of a key from, for people, or nothing if that is not
+  // known. Narrow text. Any thread, with no lock held; may read files.
+  virtual std::string sourceOf(const std::string& path) const = 0;
+
   // From now on calls `watcher`, on a thread of the store, when there are external changes; the
   // tree then calls catchUp(). No call is running once the store's destructor has returned, except
   // one that has destroyed the store itself. Returns false if the process can start no thread: the

@@ -19,6 +19,7 @@ class UnavailableStore final : public Store {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return reason_; }
+  std::string sourceOf(const std::string&) const override { return ""; }
   bool watch(const Watcher&) override { return true; }
   void look() override {}
 

@@ -281,6 +281,10 @@ void UserStore::checkForReplacement() {
   if (!reason.empty()) close(reason);
 }
 
+std::string UserStore::sourceOf(const std::string&) const {
+  return shownFileName(files_.database());
+}
+
 bool UserStore::watch(const Watcher& watcher) {
   watcher_ = watcher;
   bool isBackUpDue = true;

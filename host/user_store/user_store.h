@@ -33,6 +33,7 @@ class UserStore final : public Store {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override;
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  std::string sourceOf(const std::string& path) const override;
   bool watch(const Watcher& watcher) override;
   void look() override;
 

@@ -37,6 +37,7 @@ class FakeStore final : public zlutil::settings::host::Store {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return external_.changes.empty(); }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  std::string sourceOf(const std::string&) const override { return "a test"; }
   bool watch(const Watcher& watcher) override {
     watcher_ = watcher;
     return isWatched_;

@@ -1,0 +1,108 @@
+#include "command_line/tree.h"
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "command_line/program_error.h"
+#include "service/context.h"
+#include "service/levels.h"
+#include "service/z_settings.h"
+#include "values/value_kinds.h"
+
+namespace command_line {
+namespace {
+
+using zlutil::settings::SettingsLevelManager;
+using zlutil::settings::ZSettings;
+
+std::vector<std::string> namesOf(const std::string& path) {
+  std::vector<std::string> names;
+  for (std::size_t begin = 0; begin < path.size();) {
+    const std::size_t end = std::min(path.find('.', begin), path.size());
+    names.push_back(path.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return names;
+}
+
+ProgramError missing(const std::string& path, const std::string& what) {
+  return ProgramError(ExitStatus::kNotFound, "There is no " + what + " \"" + path + "\".",
+                      "\"settings tree\" shows all entries.");
+}
+
+[[noreturn]] void failToOpen(const std::string& directory) {
+  throw ProgramError(ExitStatus::kFailed, directory + ": " + std::strerror(errno),
+                     "Name a directory that exists.");
+}
+
+// Files that the superuser makes in somebody's directory would be closed to that user.
+void workAsOwnerOf(const std::string& directory) {
+  struct stat status;
+  if (stat(directory.c_str(), &status) != 0) failToOpen(directory);
+  if (geteuid() != 0 || status.st_uid == 0) return;
+  if (setgroups(0, nullptr) != 0 || setgid(status.st_gid) != 0 || setuid(status.st_uid) != 0) {
+    failToOpen(directory);
+  }
+}
+
+}  // namespace
+
+int KeyInNode::kind() const { return node->getKeyType(name).value_or(zlutil::boostany::kNoValue); }
+
+SettingsPtr openRoot(const std::string& userDirectory) {
+  if (!userDirectory.empty()) {
+    workAsOwnerOf(userDirectory);
+    setenv("SETTINGS_USERDIR", userDirectory.c_str(), 1);
+  }
+  const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::BlessedZcrID);
+  if (root) return root;
+  throw ProgramError(ExitStatus::kFailed, "The settings cannot be opened.",
+                     "The line before says why.");
+}
+
+SettingsPtr find(const SettingsPtr& root, const std::string& path) {
+  return root->findDescendant(namesOf(path));
+}
+
+SettingsPtr requireEntry(const SettingsPtr& root, const std::string& path) {
+  if (const SettingsPtr entry = find(root, path)) return entry;
+  throw missing(path, "entry");
+}
+
+KeyInNode requireKey(const SettingsPtr& root, const std::string& path) {
+  const SettingsPtr key = find(root, path);
+  if (!key || !key->isKey()) throw missing(path, "key");
+  return {key->getParent(), key->getName()};
+}
+
+SettingsPtr makeParent(const SettingsPtr& root, const std::string& path) {
+  std::vector<std::string> names = namesOf(path);
+  if (!names.empty()) names.pop_back();
+  SettingsPtr node = root;
+  for (const std::string& name : names) {
+    SettingsPtr child = node->getChild(name);
+    if (!child) {
+      child = ZSettings::createSettingsNode(name, false, true, {});
+      child->attachTo(node);
+    }
+    node = child;
+  }
+  return node;
+}
+
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('.') + 1); }
+
+std::string effectiveLevel(const KeyInNode& key) {
+  for (const std::string& level :
+       SettingsLevelManager::getSettingsLevelManagerInstance()->getAllLevelNames()) {
+    if (key.node->isSet(key.name, level)) return level;
+  }
+  return "";
+}
+
+}  // namespace command_line

@@ -1,0 +1,41 @@
+// Why a key has the value that it has: for people and for tools. An option of the service beside
+// the contract: a host may leave it out. Any thread.
+#pragma once
+
+#include <boost/any.hpp>
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "base/export.h"
+#include "service/settings_fwd.h"
+
+namespace zlutil {
+namespace settings {
+
+// One level of a key. Texts are standard UTF-8 but for those in the value, which are narrow.
+struct LevelExplanation {
+  std::string level;
+  boost::any value;         // empty if the level has none
+  bool isInEffect = false;  // whether this is the effective value
+  // Where the value comes from: a file with line and column, a database, or the memory of this
+  // process. Empty if there is no value.
+  std::string source;
+  std::string readOnlyReason;  // empty if the level can be changed
+};
+
+struct Explanation {
+  std::string path;
+  int kind = 0;                          // of values/value_kinds.h; 0 if it is not fixed yet
+  std::string validator;                 // the effective one, as text; empty if there is none
+  std::string validatorPath;             // the entry that has the validator
+  std::vector<LevelExplanation> levels;  // all of them, the highest first
+};
+
+// Explains a key, as of one moment. Settings files are read again for the positions of values, so
+// this takes as long as reading the files of a level. Throws NoSuchKey for null and NotAKeyName for
+// a node.
+SETTINGS_HOST_OPTION Explanation explainKey(const boost::shared_ptr<Settings>& key);
+
+}  // namespace settings
+}  // namespace zlutil

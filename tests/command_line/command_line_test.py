@@ -1,0 +1,263 @@
+#!/usr/bin/env python3
+"""Runs the program `settings` over its commands, options and failures.
+
+command_line_test.py PROGRAM SCHEMA [TEST...]
+"""
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+
+PROGRAM, SCHEMA = sys.argv[1], sys.argv[2]
+
+FACTORY = """<settings version="1">
+  <node name="editor">
+    <key name="fontSize" type="int"><value>11</value></key>
+    <key name="ratio" type="float"><value>0.1</value></key>
+    <key name="rulers" type="int[]"><value><item>80</item><item>100</item></value></key>
+    <key name="title" type="string"><value> two words
+and a line </value></key>
+    <key name="empty"/>
+  </node>
+  <key name="limit" type="double"><value>Infinity</value></key>
+  <key name="largest" type="ulong"><value>18446744073709551615</value></key>
+</settings>
+"""
+WORKGROUP = """<settings version="1">
+  <node name="editor">
+    <key name="fontSize"   type="int"><value>13</value></key>
+  </node>
+</settings>
+"""
+# Mistakes on the lines that are in the comments, and a right key between them.
+WRONG = """<settings version="1">
+  <node name="1st">
+    <key name="a" type="int"><value>x</value></key>
+    <key name="b" type="thing"><value>x</value></key>
+  </node>
+  <key name="right" type="int"><value>1</value></key>
+  <key name="right" type="int"/>
+  <key name="äöü" type="int"/><key name="-" type="int"/>
+  <other><key name="in_unknown" type="none"/></other>
+</settings>
+"""
+WRONG_AT = ["2:3", "3:38", "4:5", "7:3", "8:3", "8:31", "9:3"]
+
+
+def environment(base):
+    """Returns the environment of a test with the directories that it makes in `base`."""
+    for level, text in (("factory", FACTORY), ("workgroup", WORKGROUP)):
+        os.makedirs(f"{base}/{level}")
+        with open(f"{base}/{level}/file.xml", "w", encoding="utf-8") as file:
+            file.write(text)
+    os.makedirs(f"{base}/user", mode=0o700)
+    return dict(os.environ, SETTINGS_FACTORYDIR=f"{base}/factory",
+                SETTINGS_WORKGROUPDIR=f"{base}/workgroup", SETTINGS_USERDIR=f"{base}/user")
+
+
+class CommandLineTest(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.base = directory.name
+        os.chmod(self.base, 0o755)  # others work in it too
+        self.environment = environment(self.base)
+
+    def run_program(self, *arguments, **options):
+        return subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, check=False,
+                              timeout=60, env=self.environment, **options)
+
+    def expect(self, status, output, *arguments, error=""):
+        """Runs the program; `output` is all of the standard output, `error` a pattern."""
+        done = self.run_program(*arguments)
+        self.assertEqual((done.returncode, done.stdout), (status, output), done)
+        if error:
+            self.assertRegex(done.stderr, error)
+        elif status == 0:
+            self.assertEqual(done.stderr, "")
+
+    def json(self, *arguments):
+        done = self.run_program(*arguments, "--json")
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+        return json.loads(done.stdout)
+
+    def write(self, name, text):
+        path = f"{self.base}/{name}"
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+        return path
+
+    def test_reading(self):
+        self.expect(0, "13\n", "get", "editor.fontSize")
+        self.expect(0, "11\n", "get", "editor.fontSize", "--factory")
+        self.expect(0, "80\n100\n", "get", "editor.rulers")
+        self.expect(0, " two words\nand a line \n", "get", "editor.title")
+        self.expect(0, "0.1\n", "get", "editor.ratio")
+        self.expect(0, "x\n", "get", "editor.empty", "--default", "x")
+        self.expect(0, "x\n", "get", "editor.none", "--default", "x")
+        self.expect(0, "13\n", "get", "editor.fontSize", "--default", "x")
+        self.expect(0, "editor.\nlargest\nlimit\n", "list")
+        self.expect(0, "empty\nfontSize\nratio\nrulers\ntitle\n", "list", "editor")
+        tree = self.run_program("tree").stdout
+        self.assertIn("  fontSize (int) = 13  [workgroup]\n", tree)
+        self.assertIn("  rulers (int[]) = [80, 100]  [factory]\n", tree)
+        self.assertIn("  title (string) =  two words\\nand a line   [factory]\n", tree)
+        self.assertIn("  empty ()\n", tree)
+
+    def test_json(self):
+        self.assertEqual(self.json("get", "editor.fontSize"), {
+            "path": "editor.fontSize", "type": "int", "level": "workgroup", "value": 13})
+        self.assertEqual(self.json("get", "editor.fontSize", "--factory")["level"], "factory")
+        self.assertEqual(self.json("get", "editor.rulers")["value"], [80, 100])
+        self.assertIn('"value": 0.1\n', self.run_program("get", "editor.ratio", "--json").stdout)
+        self.assertEqual(self.json("get", "limit")["value"], "Infinity")
+        self.assertEqual(self.json("get", "largest")["value"], 2**64 - 1)
+        self.assertEqual(self.json("list"), ["editor.", "largest", "limit"])
+        tree = self.json("tree", "editor")
+        self.assertEqual([key["path"] for key in tree], [
+            "editor.empty", "editor.fontSize", "editor.ratio", "editor.rulers", "editor.title"])
+        self.assertEqual(tree[0], {"path": "editor.empty", "type": "", "level": None,
+                                   "value": None})
+
+    def test_explaining(self):
+        self.expect(0, "", "set", "editor.fontSize", "20")
+        explained = self.json("explain", "editor.fontSize")
+        levels = {level["level"]: level for level in explained["levels"]}
+        self.assertEqual(list(levels), ["session", "user", "workgroup", "factory"])
+        self.assertEqual([level["value"] for level in levels.values()], [None, 20, 13, 11])
+        self.assertEqual([level["inEffect"] for level in levels.values()],
+                         [False, True, False, False])
+        self.assertEqual(levels["user"]["source"], f"{self.base}/user/settings-1.db")
+        self.assertEqual(levels["workgroup"]["source"], f"{self.base}/workgroup/file.xml:3:39")
+        self.assertEqual(levels["factory"]["source"], f"{self.base}/factory/file.xml:3:37")
+        self.assertIsNone(levels["user"]["readOnly"])
+        self.assertIn(f"{self.base}/factory", levels["factory"]["readOnly"])
+        text = self.run_program("explain", "editor.fontSize").stdout
+        self.assertRegex(text, r"user: 20, from .*db \(in effect\)\n")
+        self.assertRegex(text, r"workgroup: 13, from .*\(hidden by the level user\)")
+        # The last file in name order has the last word, and one that is wrong none.
+        self.write("factory/later.xml", FACTORY.replace(">11<", ">12<"))
+        self.write("factory/wrong.xml", FACTORY.replace(">11<", ">x<"))
+        done = self.run_program("explain", "editor.fontSize")
+        self.assertIn(f"factory: 12, from {self.base}/factory/later.xml:3:37", done.stdout)
+
+    def test_changing(self):
+        self.expect(0, "", "set", "editor.fontSize", "20")
+        self.expect(0, "20\n", "get", "editor.fontSize")
+        self.expect(0, "", "set", "editor.rulers", "--", "-1", "2")
+        self.expect(0, "-1\n2\n", "get", "editor.rulers")
+        self.expect(0, "", "set", "editor.rulers")
+        self.expect(0, "", "get", "editor.rulers")
+        self.expect(0, "", "set", "editor.title", "ü \U0001f600")
+        self.expect(0, "ü \U0001f600\n", "get", "editor.title")
+        self.expect(0, "", "set", "a.new.key", "true", "--type", "boolean")
+        self.expect(0, "true\n", "get", "a.new.key")
+        self.expect(0, "", "set", "editor.empty", "1", "--type", "byte")
+        self.expect(0, "", "unset", "editor.fontSize")
+        self.expect(0, "13\n", "get", "editor.fontSize")
+
+    def test_failures(self):
+        for status, arguments, error in (
+                (1, ["get", "editor.none"], 'no key "editor.none".*\n.*settings tree'),
+                (1, ["get", "editor"], 'no key "editor"'),
+                (1, ["get", "editor.empty"], "has no value.*\n.*settings set editor.empty VALUE"),
+                (1, ["get", "editor.fontSize", "--user"], "no value at the level user"),
+                (1, ["unset", "editor.fontSize"], 'no value at the level "user"'),
+                (1, ["unset", "none"], 'no key "none"'),
+                (1, ["list", "none"], 'no entry "none"'),
+                (1, ["set", "editor", "1"], 'no key "editor"'),
+                (2, [], "subcommand is required"),
+                (2, ["gett", "x"], 'no command "gett"'),
+                (2, ["get", "editor.fontSize", "--user", "--factory"], "at most 1"),
+                (2, ["set", "editor.fontSize", "x"], '"x" is not a value of the type int'),
+                (2, ["set", "editor.fontSize", "1", "2"], "one text, not 2"),
+                (2, ["set", "new", "1"], "no type yet.*\n.*--type"),
+                (2, ["set", "new", "1", "--type", "thing"], 'no type "thing"'),
+                (2, ["set", "editor.fontSize", "1", "--session"], "memory of a program"),
+                (2, ["watch", "--count", "0"], "count"),
+                (3, ["set", "editor.fontSize", "1", "--type", "long"], "is of the type int"),
+                (3, ["set", "editor.fontSize", "1", "--factory"], "read from the files in"),
+                (1, ["set", "limit.below", "1", "--type", "int"], "not the name of a node"),
+                (3, ["set", "bad-name", "1", "--type", "int"], "bad-name"),
+                (4, ["load", "none.xml"], "none.xml.*\n"),
+                (4, ["check", "none.xml"], "Not every file"),
+                (4, ["dump", "--output", "none/file.xml"], "none/file.xml"),
+                (4, ["--user-directory", "/none", "get", "limit"], "/none: No such file")):
+            done = self.run_program(*arguments)
+            self.assertEqual(done.returncode, status, (arguments, done))
+            self.assertRegex(done.stderr, error)
+        self.assertEqual(self.json("tree", "editor")[1]["value"], 13)
+        full = subprocess.run([PROGRAM, "tree"], stdout=open("/dev/full", "w", encoding="utf-8"),
+                              stderr=subprocess.PIPE, check=False, env=self.environment)
+        self.assertEqual(full.returncode, 4)
+
+    def test_dump_and_load(self):
+        self.expect(0, "", "set", "editor.fontSize", "20")
+        self.expect(0, "", "dump", "--output", f"{self.base}/user.xml")
+        with open(f"{self.base}/user.xml", encoding="utf-8") as file:
+            self.assertEqual(self.run_program("dump").stdout, file.read())
+        self.expect(0, "", "unset", "editor.fontSize")
+        self.expect(0, "1 keys set, 0 left out\n", "load", f"{self.base}/user.xml")
+        self.expect(0, "20\n", "get", "editor.fontSize")
+        partly = self.write("partly.xml", """<settings version="1">
+          <key name="limit" type="double"><value>1</value></key>
+          <key name="largest" type="int"><value>1</value></key>
+          <key name="none" type="int"><value>1</value></key></settings>""")
+        self.expect(3, "", "load", partly, error="none: .*\n(.*\n)*settings: Nothing was loaded")
+        self.expect(0, "Infinity\n", "get", "limit")
+        self.expect(0, "1 keys set, 2 left out\n", "load", partly, "--skip",
+                    error="none: .*\nlargest: .*ulong")
+        self.expect(0, "1\n", "get", "limit")
+
+    def test_checking(self):
+        right, wrong = f"{self.base}/factory/file.xml", self.write("wrong.xml", WRONG)
+        self.expect(0, "0 mistakes\n", "check", right)
+        done = self.run_program("check", right, wrong, self.write("cut.xml", FACTORY[:-20]))
+        lines = done.stdout.splitlines()
+        self.assertEqual([":".join(line.split(":")[1:3]) for line in lines[:-2]], WRONG_AT, done)
+        self.assertIn("the file ends too early", lines[-2])
+        self.assertEqual((done.returncode, lines[-1]), (4, f"{len(WRONG_AT) + 1} mistakes"))
+        with open(SCHEMA, encoding="utf-8") as file:
+            self.expect(0, file.read(), "export-schema")
+
+    def test_watching(self):
+        with subprocess.Popen([PROGRAM, "watch", "--count", "3"], text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              env=self.environment) as watch:
+            give_up = threading.Timer(30, watch.kill)
+            give_up.start()
+            self.addCleanup(give_up.cancel)
+            self.assertIn("Watching", watch.stderr.readline())
+            self.expect(0, "", "set", "editor.fontSize", "20")
+            self.assertEqual(watch.stdout.readline(), "changed editor.fontSize = 20\n")
+            self.expect(0, "", "unset", "editor.fontSize")
+            self.assertEqual(watch.stdout.readline(), "changed editor.fontSize = 13\n")
+            self.expect(0, "", "set", "fresh", "1", "--type", "int")
+            self.assertEqual(watch.stdout.readline(), "added fresh = 1\n")
+            self.assertEqual(watch.wait(60), 0)
+
+    @unittest.skipIf(os.geteuid() != 0, "only the superuser works in place of another user")
+    def test_another_users_directory(self):
+        directory = f"{self.base}/user"
+        os.chown(directory, 65534, 65534)
+        self.expect(0, "", "--user-directory", directory, "set", "limit", "2")
+        self.assertTrue(os.listdir(directory))
+        for name in os.listdir(directory):
+            self.assertEqual(os.stat(f"{directory}/{name}").st_uid, 65534, name)
+
+    def test_help(self):
+        self.assertRegex(self.run_program("--version").stdout, r"^settings \d+\.\d+\.\d+\n$")
+        text = self.run_program("--help").stdout
+        commands = re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", text, re.MULTILINE)
+        self.assertIn("explain", commands)
+        for command in commands:
+            done = self.run_program(command, "--help")
+            self.assertEqual((done.returncode, done.stderr), (0, ""), command)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
