@@ -10,6 +10,7 @@
 
 #include "command_line/program_error.h"
 #include "service/context.h"
+#include "service/identifier.h"
 #include "service/levels.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
@@ -82,6 +83,11 @@ KeyInNode requireKey(const SettingsPtr& root, const std::string& path) {
 
 SettingsPtr makeParent(const SettingsPtr& root, const std::string& path) {
   std::vector<std::string> names = namesOf(path);
+  for (const std::string& name : names) {
+    if (zlutil::settings::isIdentifierName(name.c_str())) continue;
+    throw ProgramError(ExitStatus::kWrongUsage, "\"" + name + "\" cannot be a name.",
+                       "A name is a letter, then letters, digits and underscores, at most 63.");
+  }
   if (!names.empty()) names.pop_back();
   SettingsPtr node = root;
   for (const std::string& name : names) {

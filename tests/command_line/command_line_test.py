@@ -182,7 +182,7 @@ class CommandLineTest(unittest.TestCase):
                 (3, ["set", "editor.fontSize", "1", "--type", "long"], "is of the type int"),
                 (3, ["set", "editor.fontSize", "1", "--factory"], "read from the files in"),
                 (1, ["set", "limit.below", "1", "--type", "int"], "not the name of a node"),
-                (3, ["set", "bad-name", "1", "--type", "int"], "bad-name"),
+                (2, ["set", "a.bad-name", "1", "--type", "int"], '"bad-name" cannot be a name'),
                 (4, ["load", "none.xml"], "none.xml.*\n"),
                 (4, ["check", "none.xml"], "Not every file"),
                 (4, ["dump", "--output", "none/file.xml"], "none/file.xml"),
