@@ -104,7 +104,6 @@ std::string ClusterClient::ask(const std::string& path, const std::string& body,
       forgetToken();
       isOpen_ = false;
     }
-    wasRepeated_ = isSent;
     isSent = isSent || made->isSent;
     if (made->kind == Attempt::kDone) return std::move(made->text);
     if (made->kind != Attempt::kFailed) {

@@ -49,9 +49,8 @@ class ClusterClient {
       : options_(options), connection_(options.files) {}
 
   // Returns the answer's body, which is no error. Throws ClusterError. Gives up after one round if
-  // no member can be reached. wasRepeated() then returns whether etcd may have got it twice.
+  // no member can be reached.
   std::string ask(const std::string& path, const std::string& body, const Patience& patience);
-  bool wasRepeated() const { return wasRepeated_; }
 
   // Opens the stream of a watch on the present member. Throws ClusterError if there is no token.
   void openWatch(const std::string& body, const GatewayConnection::Receiver& receive,
@@ -78,7 +77,6 @@ class ClusterClient {
   const ClusterOptions options_;
   std::size_t member_ = 0;
   std::string token_;
-  bool wasRepeated_ = false;
   bool isOpen_ = false;  // etcd has said that it knows no users
   GatewayConnection connection_;
 };

@@ -58,6 +58,13 @@ std::string newCommitName() {
   return std::string(text, static_cast<std::size_t>(size));
 }
 
+// Returns the name of the commit that wrote the document; "" if there is none.
+std::string commitOf(const KeyValue& item) {
+  std::string reason;
+  const std::optional<SettingDocument> document = parseDocument(item.value, reason);
+  return document ? document->commit : std::string();
+}
+
 Credentials credentialsIn(const std::string& file) {
   if (file.empty()) return {};
   try {
@@ -361,28 +368,31 @@ bool SharedStore::tryCommitting(const WritePlan& planned, const Receiver& receiv
 // Returns whether the refused request has been stored all the same: its first sending was, its
 // answer was lost, and the second sending found it there.
 bool SharedStore::wasCommitted(const WritePlan& planned, const TxnAnswer& answer) {
-  std::string reason;
   for (const KeyValue& item : answer.found) {
-    const std::optional<SettingDocument> document = parseDocument(item.value, reason);
-    if (!document || document->commit != planned.commit()) continue;
+    if (commitOf(item) != planned.commit()) continue;
     noteCommitted(planned, item.modified);
     return true;
   }
-  if (!writer_.wasRepeated()) return false;
-  // Others may have overwritten it since. The history of one of its keys tells.
-  for (const auto& [path, operation] : planned.operations()) {
-    if (operation.isRemoval) continue;
-    const std::string key = keyOf(cluster_.address.keyPrefix(), path);
-    for (std::int64_t revision = answer.header.revision; revision > knownRevision(path, false);) {
-      const std::optional<RangeAnswer> past =
-          parseRange(writer_.ask(kRange, requestOf({key, {}, 0, revision}), kWriting));
-      if (!past || past->found.empty()) break;
-      const KeyValue& item = past->found.front();
-      const std::optional<SettingDocument> document = parseDocument(item.value, reason);
-      if (document && document->commit == planned.commit()) return true;
-      revision = std::min(revision, item.modified) - 1;
-    }
-    return false;
+  // Others may have overwritten all of it since. The history of one of its keys tells.
+  for (const KeyValue& item : answer.found) {
+    const std::optional<std::string> path = pathOf(cluster_.address.keyPrefix(), item.key);
+    const auto written = path ? planned.operations().find(*path) : planned.operations().end();
+    if (written == planned.operations().end() || written->second.isRemoval) continue;
+    return isInHistory(item, knownRevision(*path, false), planned.commit());
+  }
+  return false;
+}
+
+// Returns whether a document of the key, of between the revision `known` and the item, is that of
+// the commit.
+bool SharedStore::isInHistory(const KeyValue& item, std::int64_t known, const std::string& commit) {
+  for (std::int64_t revision = item.modified - 1; revision > known;) {
+    const std::optional<RangeAnswer> past =
+        parseRange(writer_.ask(kRange, requestOf({item.key, {}, 0, revision}), kWriting));
+    if (!past || past->found.empty()) return false;
+    const KeyValue& older = past->found.front();
+    if (commitOf(older) == commit) return true;
+    revision = std::min(revision, older.modified) - 1;
   }
   return false;
 }

@@ -57,6 +57,7 @@ class SharedStore final : public Store, private ClusterListener {
   bool tryCommitting(const WritePlan& plan, const Receiver& receive, bool& isPossible);
   bool takeLater(const std::vector<KeyValue>& found, const Receiver& receive);
   bool wasCommitted(const WritePlan& plan, const TxnAnswer& answer);
+  bool isInHistory(const KeyValue& item, std::int64_t known, const std::string& commit);
   std::int64_t knownRevision(const std::string& path, bool withBelow) const;
   void noteCommitted(const WritePlan& plan, std::int64_t revision);
   void requireAnswers();

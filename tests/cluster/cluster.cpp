@@ -4,8 +4,6 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "host/change/external_changes.h"
-
 namespace test {
 
 using namespace zlutil::settings::host;
@@ -46,24 +44,10 @@ std::string Cluster::url(int member) {
 }
 
 SharedStoreOptions Cluster::options(const std::string& user) {
-  SharedStoreOptions options;
-  options.address = url(1) + ',' + url(2) + ',' + url(3) + kPrefix;
+  SharedStoreOptions options = optionsFor(url(1) + ',' + url(2) + ',' + url(3) + kPrefix);
   options.credentials = file(user + ".credentials");
   options.authority = file("ca.crt");
-  options.fill = [](Node& root, int level, const ExternalChanges& changes) {
-    applyExternalChanges(root, level, changes);
-  };
   return options;
-}
-
-NodePtr openShared(const SharedStoreOptions& options, const std::string& factory) {
-  const auto memory = std::make_shared<MemoryStore>();
-  const Tree::Stores stores = {memory, memory, std::make_shared<SharedStore>(options),
-                               std::make_shared<XmlDirectoryStore>(factory)};
-  const TreePtr tree(new Tree(zlutil::contextmgr::BlessedZcrID, stores));
-  const auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
-  fillFromStores(root);
-  return root;
 }
 
 }  // namespace test

@@ -4,9 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "host/shared_store/shared_store.h"
+#include "tests/cluster/shared_tree.h"
 #include "tests/support/temporary_directory.h"
-#include "tests/support/user_tree.h"
 
 namespace test {
 
@@ -36,18 +35,5 @@ class Cluster {
 
   const TemporaryDirectory directory_;
 };
-
-// Returns the root of a tree with the store behind the workgroup level, and the files of `factory`.
-zlutil::settings::host::NodePtr openShared(
-    const zlutil::settings::host::SharedStoreOptions& options, const std::string& factory = "");
-
-// Waits until `holds`, at most half a minute.
-template <class Condition>
-bool eventually(const Condition& holds) {
-  for (int wait = 0; wait < 6000 && !holds(); ++wait) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return holds();
-}
 
 }  // namespace test
