@@ -2,8 +2,21 @@
 # Runs all benchmarks and writes docs/performance.md, after installing the packages for that
 # (scripts/install_packages.sh bench). Takes less than ten minutes on two cores; for reliable figures no
 # other work should run meanwhile.
+#
+#   scripts/bench.sh cluster    only the workgroup level on a cluster of etcd; prints a table
 set -euo pipefail
 cd "$(dirname "$0")/.."
+
+if [[ ${1:-} == cluster ]]; then
+  scripts/install_packages.sh cluster
+  scripts/build.sh release --target shared_bench
+  CLUSTER_DIR=$(mktemp -d)
+  export CLUSTER_DIR
+  trap 'scripts/cluster.sh stop; rm -rf "$CLUSTER_DIR"' EXIT
+  scripts/cluster.sh start >"$CLUSTER_DIR/start.log"
+  build/release/bench/shared_bench "$CLUSTER_DIR" "$PWD/scripts/cluster.sh"
+  exit
+fi
 scripts/install_packages.sh bench
 
 scripts/build.sh release

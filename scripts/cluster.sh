@@ -148,6 +148,9 @@ start() {
 signal() {
   is_running "$2" || fail "member $2 does not run"
   kill "-$1" "$(<"$dir/$2.pid")"
+  if [[ $1 == KILL ]]; then
+    while is_running "$2"; do sleep 0.05; done
+  fi
 }
 
 stop() {
@@ -170,14 +173,25 @@ leader() {
   fail "there is no leader"
 }
 
+# Tries a command until it succeeds: members are changed only while the others have been well for some
+# seconds.
+patiently() {
+  local attempt
+  for ((attempt = 0; attempt < 60; ++attempt)); do
+    "$@" >/dev/null 2>&1 && return
+    sleep 0.25
+  done
+  "$@"
+}
+
 # A member that has lost its data can only come back as a new one.
 wipe() {
   local id
   is_running "$1" && fail "member $1 runs"
   id=$(ctl member list | awk -F', ' -v name="m$1" '$3 == name { print $1 }')
-  ctl member remove "$id" >/dev/null
+  patiently ctl member remove "$id"
   rm -rf "${dir:?}/m$1"
-  ctl member add "m$1" --peer-urls "$(sed -n "$1p" "$dir/peers")" >/dev/null
+  patiently ctl member add "m$1" --peer-urls "$(sed -n "$1p" "$dir/peers")"
   echo existing >"$dir/state"
 }
 

@@ -4,8 +4,10 @@
 #   scripts/test.sh            all tests, with and without a JVM (-Xcheck:jni)
 #   scripts/test.sh asan       the same under the address, undefined-behaviour and leak sanitizers
 #   scripts/test.sh tsan       the tests without a JVM under the thread sanitizer
-#   scripts/test.sh clang      a clang build with thread-safety analysis, and the fuzzer for
+#   scripts/test.sh clang      a clang build with thread-safety analysis, and each fuzzer for
 #                              FUZZ_SECONDS (60) seconds
+#   scripts/test.sh cluster    the workgroup level on clusters of etcd on this machine, whose members
+#                              are killed and stopped, for a minute (HISTORY_SECONDS) and a half
 #   scripts/test.sh java-consumers  applications that use the jar: a Maven project, a module, images,
 #                              a machine without the libraries that the jar brings
 #   scripts/test.sh cpp-consumers   C++ projects that use the installed libraries, the packages, or the
@@ -28,16 +30,30 @@ run_dev() { scripts/build.sh dev && run_ctest dev; }
 run_asan() { scripts/build.sh asan && run_ctest asan; }
 run_tsan() { scripts/build.sh tsan && run_ctest tsan; }
 
+# fuzz TARGET CORPUS SECONDS
+fuzz() {
+  echo "== clang: fuzzing with $1 for $3 seconds"
+  mkdir -p "build/clang/$2"
+  "build/clang/tests/fuzz/$1_fuzz" -max_total_time="$3" -timeout=10 \
+    -rss_limit_mb=2048 -print_final_stats=1 -dict="tests/fuzz/$1.dict" \
+    -artifact_prefix=build/clang/ "build/clang/$2" "tests/fuzz/$2" 2>&1 |
+    grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done'
+  [[ ${PIPESTATUS[0]} -eq 0 ]]
+}
+
 run_clang() {
   scripts/build.sh clang
   local seconds="${FUZZ_SECONDS:-60}"
-  echo "== clang: fuzzing the settings-file reader for $seconds seconds"
-  mkdir -p build/clang/corpus
-  build/clang/tests/fuzz/settings_file_fuzz -max_total_time="$seconds" -timeout=10 \
-    -rss_limit_mb=2048 -print_final_stats=1 -dict=tests/fuzz/settings_file.dict \
-    -artifact_prefix=build/clang/ build/clang/corpus tests/fuzz/corpus 2>&1 |
-    grep -E '^(stat::number_of_executed_units|stat::peak_rss|SUMMARY|==)|ERROR|Done'
-  [[ ${PIPESTATUS[0]} -eq 0 ]]
+  fuzz settings_file corpus "$seconds"
+  fuzz cluster_answer cluster_corpus "$seconds"
+}
+
+run_cluster() {
+  scripts/install_packages.sh cluster
+  scripts/build.sh dev --target cluster_tests history_test
+  echo "== cluster: testing"
+  build/dev/tests/cluster/cluster_tests --gtest_brief=1
+  build/dev/tests/cluster/history_test "${HISTORY_SECONDS:-60}"
 }
 
 run_java-consumers() {

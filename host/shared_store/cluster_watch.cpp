@@ -96,8 +96,8 @@ void ClusterWatch::Core::run() {
     try {
       runOnce();
     } catch (const ClusterError& failure) {
-      // Otherwise every member has had its turn.
-      noteFailure(failure.what(), failure.kind() != ClusterError::kRefused);
+      // Without a leader the members are there but do not answer, for the time of an election.
+      noteFailure(failure.what(), failure.kind() == ClusterError::kAway);
     } catch (const std::exception& failure) {  // no memory
       noteFailure(failure.what(), false);
     }

@@ -450,7 +450,8 @@ void SharedStore::refuse(const ClusterError& failure, const WritePlan& planned) 
   if (reason.find("too many operations") != std::string::npos) {
     advice = ": the change has " + count +
              ". The server's option --max-txn-ops is the limit. The " + "change was not made.";
-  } else if (reason.find("request is too large") != std::string::npos) {
+  } else if (reason.find("too large") != std::string::npos ||
+             reason.find("larger than max") != std::string::npos) {
     advice = ": the change has " + count + " values. The server's option --max-request-bytes is " +
              "the limit. The change was not made.";
   }
