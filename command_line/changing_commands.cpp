@@ -8,6 +8,7 @@
 #include "command_line/program_error.h"
 #include "command_line/values.h"
 #include "service/new_key.h"
+#include "service/validators.h"
 #include "values/value_kinds.h"
 
 namespace command_line {
@@ -22,6 +23,7 @@ struct ChangeOptions {
   std::string type;
   std::string level;
   bool skips = false;
+  bool isUnchecked = false;
 
   std::string levelToChange() const { return level.empty() ? "user" : level; }
 };
@@ -114,6 +116,11 @@ void load(const SettingsPtr& root, const ChangeOptions& options) {
   std::cout << loaded.values.size() << " keys set, " << problems.size() << " left out\n";
 }
 
+void addUncheckedOption(CLI::App& command, ChangeOptions& options) {
+  command.add_flag("--unchecked", options.isUnchecked,
+                   "Accept values that only a validator in Java could check");
+}
+
 using Command = void (*)(const SettingsPtr&, const ChangeOptions&);
 
 CLI::App* add(CLI::App& app, Invocation& invocation, const std::shared_ptr<ChangeOptions>& options,
@@ -121,7 +128,10 @@ CLI::App* add(CLI::App& app, Invocation& invocation, const std::shared_ptr<Chang
   CLI::App* const added = app.add_subcommand(name, description);
   addLevelOptions(*added, options->level);
   added->callback([&invocation, options, command] {
-    invocation.chosen = [&invocation, options, command] { command(invocation.root(), *options); };
+    invocation.chosen = [&invocation, options, command] {
+      if (options->isUnchecked) zlutil::settings::JValidator::acceptUnchecked();
+      command(invocation.root(), *options);
+    };
   });
   return added;
 }
@@ -135,6 +145,7 @@ void addChangingCommands(CLI::App& app, Invocation& invocation) {
           &::command_line::set);
   set->add_option("PATH", options->path, "The key")->required();
   set->add_option("VALUE", options->values, "The value; for an array its elements");
+  addUncheckedOption(*set, *options);
   set->add_option("--type", options->type, "The type of a new key");
   add(app, invocation, options, "unset", "Remove the value of a key", &unset)
       ->add_option("PATH", options->path, "The key")
@@ -143,6 +154,7 @@ void addChangingCommands(CLI::App& app, Invocation& invocation) {
       add(app, invocation, options, "load", "Set the values of a settings file, all or none",
           &::command_line::load);
   load->add_option("FILE", options->path, "The settings file")->required();
+  addUncheckedOption(*load, *options);
   load->add_flag("--skip", options->skips, "Leave out what is refused, and set the rest");
 }
 

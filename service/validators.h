@@ -66,8 +66,10 @@ class SETTINGS_HOST_API UnknownJavaValidator
   using Exception::Exception;
 };
 
-// A validator in Java, known by two strings. The service calls the proxy that the Java side has
-// installed to run it; without one it is not run.
+// A validator in Java, known by two strings: its class and an argument. The service calls the proxy
+// that the Java side has installed to run it. In a process without one the service itself runs
+// Range, Choice (but not of floating-point numbers) and Length of
+// com.velonix.services.settings.validators; values for other classes are refused.
 //
 // Each library that calls these functions has a proxy of its own. The service first calls the one
 // of the library that made the entry, if it is still installed, then the others in the order of
@@ -92,6 +94,10 @@ class SETTINGS_HOST_API JValidator {
   // the calls of the proxy that have begun are over and no other thread is still destroying a
   // callback whose subscription has ended. The caller must not be within a call of the proxy.
   static void clearFunctions();
+
+  // From now on, while no proxy is installed, values are accepted unchecked that only Java could
+  // check. For a program that takes that on itself.
+  SETTINGS_HOST_OPTION static void acceptUnchecked();
 
  private:
   std::string first_;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/never_destroyed.h"
+#include "host/tree/standard_validators.h"
 
 namespace zlutil::settings::host {
 
@@ -51,8 +52,10 @@ std::vector<WeakJavaProxy> JavaProxies::installed(const WeakJavaProxy& first) co
 void JavaProxies::run(const WeakJavaProxy& preferred, const JValidator& validator,
                       const boost::shared_ptr<const Settings>& node, const std::string& key,
                       const boost::any& value) const {
+  const std::vector<WeakJavaProxy> proxies = installed(preferred);
+  if (proxies.empty()) return runWithoutJava(validator, key, value);
   std::optional<Failure<FailedToRunJavaValidator>> unknown;
-  for (const WeakJavaProxy& weak : installed(preferred)) {
+  for (const WeakJavaProxy& weak : proxies) {
     // Shared until the handlers have ended: the exception's code belongs to the proxy's library.
     const JavaProxyPtr proxy = weak.lock();
     if (!proxy) continue;
@@ -69,6 +72,16 @@ void JavaProxies::run(const WeakJavaProxy& preferred, const JValidator& validato
     }
   }
   if (unknown) throw Failure<FailedToRunJavaValidator>(*std::as_const(unknown));
+}
+
+void JavaProxies::runWithoutJava(const JValidator& validator, const std::string& key,
+                                 const boost::any& value) const {
+  if (const auto judgement = judgedWithoutJava(validator, value)) {
+    if (*judgement) throw Failure<ValidationFailure>(**judgement);
+  } else if (!acceptsUnchecked_.load(std::memory_order_relaxed)) {
+    throw Failure<ValidationFailure>("\"" + key + "\" has the Java validator " + validator.first() +
+                                     ", which cannot be run: there is no Java in this process.");
+  }
 }
 
 }  // namespace zlutil::settings::host

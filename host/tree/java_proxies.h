@@ -3,6 +3,7 @@
 // is held while a proxy runs. Any thread.
 #pragma once
 
+#include <atomic>
 #include <boost/any.hpp>
 #include <boost/shared_ptr.hpp>
 #include <memory>
@@ -34,18 +35,24 @@ class JavaProxies {
   JavaProxyPtr of(const void* library) const EXCLUDES(mutex_);
 
   // Runs the validator by `preferred`, if it is still installed, or else by the others in the order
-  // of their installation, until one knows its class. Returns if the value is valid, and if there
-  // is no proxy. Throws what the proxy that knows the class throws; if none knows it, what the
-  // first proxy threw. The exceptions are copies made by the host: a proxy's library may be
-  // unmapped after the call.
+  // of their installation, until one knows its class. Returns if the value is valid. Throws what
+  // the proxy that knows the class throws; if none knows it, what the first proxy threw. Without
+  // any proxy, a validator that needs no Java is run by the host, and values of others are refused
+  // unless acceptUnchecked() has been called. The exceptions are copies made by the host: a proxy's
+  // library may be unmapped after the call.
   void run(const WeakJavaProxy& preferred, const JValidator& validator,
            const boost::shared_ptr<const Settings>& node, const std::string& key,
            const boost::any& value) const EXCLUDES(mutex_);
 
+  void acceptUnchecked() { acceptsUnchecked_ = true; }
+
  private:
+  void runWithoutJava(const JValidator& validator, const std::string& key,
+                      const boost::any& value) const;
   // Weak, so that no library waits for calls of another library's proxy.
   std::vector<WeakJavaProxy> installed(const WeakJavaProxy& first) const EXCLUDES(mutex_);
 
+  std::atomic<bool> acceptsUnchecked_{false};
   mutable base::Mutex mutex_;
   std::vector<JavaProxyPtr> proxies_ GUARDED_BY(mutex_);
 };

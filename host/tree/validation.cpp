@@ -96,6 +96,8 @@ void JValidator::setJValProxy(const Proxy& proxy) {
   JavaProxies::instance().install(base::libraryOf(__builtin_return_address(0)), proxy);
 }
 
+void JValidator::acceptUnchecked() { JavaProxies::instance().acceptUnchecked(); }
+
 void JValidator::clearFunctions() {
   const void* library = base::libraryOf(__builtin_return_address(0));
   const WeakJavaProxy dropped = JavaProxies::instance().install(library, Proxy());

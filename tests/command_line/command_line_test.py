@@ -22,6 +22,10 @@ FACTORY = """<settings version="1">
     <key name="title" type="string"><value> two words
 and a line </value></key>
     <key name="empty"/>
+    <key name="zoom" type="int">
+      <java-validator class="com.velonix.services.settings.validators.Range" argument="1..9"/>
+    </key>
+    <key name="own" type="int"><java-validator class="a.B" argument=""/></key>
   </node>
   <key name="limit" type="double"><value>Infinity</value></key>
   <key name="largest" type="ulong"><value>18446744073709551615</value></key>
@@ -101,7 +105,7 @@ class CommandLineTest(unittest.TestCase):
         self.expect(0, "x\n", "get", "editor.none", "--default", "x")
         self.expect(0, "13\n", "get", "editor.fontSize", "--default", "x")
         self.expect(0, "editor.\nlargest\nlimit\n", "list")
-        self.expect(0, "empty\nfontSize\nratio\nrulers\ntitle\n", "list", "editor")
+        self.expect(0, "empty\nfontSize\nown\nratio\nrulers\ntitle\nzoom\n", "list", "editor")
         tree = self.run_program("tree").stdout
         self.assertIn("  fontSize (int) = 13  [workgroup]\n", tree)
         self.assertIn("  rulers (int[]) = [80, 100]  [factory]\n", tree)
@@ -119,7 +123,8 @@ class CommandLineTest(unittest.TestCase):
         self.assertEqual(self.json("list"), ["editor.", "largest", "limit"])
         tree = self.json("tree", "editor")
         self.assertEqual([key["path"] for key in tree], [
-            "editor.empty", "editor.fontSize", "editor.ratio", "editor.rulers", "editor.title"])
+            "editor.empty", "editor.fontSize", "editor.own", "editor.ratio", "editor.rulers",
+            "editor.title", "editor.zoom"])
         self.assertEqual(tree[0], {"path": "editor.empty", "type": "", "level": None,
                                    "value": None})
 
@@ -157,6 +162,8 @@ class CommandLineTest(unittest.TestCase):
         self.expect(0, "", "set", "a.new.key", "true", "--type", "boolean")
         self.expect(0, "true\n", "get", "a.new.key")
         self.expect(0, "", "set", "editor.empty", "1", "--type", "byte")
+        self.expect(0, "", "set", "editor.zoom", "9")
+        self.expect(0, "", "set", "editor.own", "1", "--unchecked")
         self.expect(0, "", "unset", "editor.fontSize")
         self.expect(0, "13\n", "get", "editor.fontSize")
 
@@ -180,6 +187,8 @@ class CommandLineTest(unittest.TestCase):
                 (2, ["set", "editor.fontSize", "1", "--session"], "memory of a program"),
                 (2, ["watch", "--count", "0"], "count"),
                 (3, ["set", "editor.fontSize", "1", "--type", "long"], "is of the type int"),
+                (3, ["set", "editor.zoom", "10"], "10 is outside 1..9"),
+                (3, ["set", "editor.own", "1"], "validator a.B.*no Java"),
                 (3, ["set", "editor.fontSize", "1", "--factory"], "read from the files in"),
                 (1, ["set", "limit.below", "1", "--type", "int"], "not the name of a node"),
                 (2, ["set", "a.bad-name", "1", "--type", "int"], '"bad-name" cannot be a name'),

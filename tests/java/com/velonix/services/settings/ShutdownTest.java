@@ -64,9 +64,10 @@ class ShutdownTest {
         private static void save(SettingPath node) throws Exception {
             Setting<Integer> set = node.setting("set", Integer.class);
             AtomicInteger heard = new AtomicInteger();
-            set.onChanged(event -> heard.incrementAndGet());
-            for (int level = 0; level < 3; ++level) set.set(level, SettingLevel.SESSION);
-            set.set(1);
+            try (Registration listening = set.onChanged(event -> heard.incrementAndGet())) {
+                for (int value = 0; value < 3; ++value) set.set(value, SettingLevel.SESSION);
+                set.set(1);
+            }
             node.setting("unset", Integer.class).unset();
             try (SettingTransaction transaction = new SettingTransaction()) {
                 transaction.set(node.setting("committed", Integer.class), 2);
