@@ -51,8 +51,9 @@ void set(const SettingsPtr& root, const ChangeOptions& options) {
   if (entry) {
     entry->getParent()->setAny(entry->getName(), value, options.levelToChange());
   } else {
-    zlutil::settings::NewKey::add(makeParent(root, options.path), nameOf(options.path), {}, value,
-                                  options.levelToChange());
+    addBelowNewNodes(root, options.path, [&](const SettingsPtr& node) {
+      zlutil::settings::NewKey::add(node, nameOf(options.path), {}, value, options.levelToChange());
+    });
   }
 }
 

@@ -81,7 +81,8 @@ KeyInNode requireKey(const SettingsPtr& root, const std::string& path) {
   return {key->getParent(), key->getName()};
 }
 
-SettingsPtr makeParent(const SettingsPtr& root, const std::string& path) {
+void addBelowNewNodes(const SettingsPtr& root, const std::string& path,
+                      const std::function<void(const SettingsPtr& node)>& add) {
   std::vector<std::string> names = namesOf(path);
   for (const std::string& name : names) {
     if (zlutil::settings::isIdentifierName(name.c_str())) continue;
@@ -89,16 +90,22 @@ SettingsPtr makeParent(const SettingsPtr& root, const std::string& path) {
                        "A name is a letter, then letters, digits and underscores, at most 63.");
   }
   if (!names.empty()) names.pop_back();
-  SettingsPtr node = root;
-  for (const std::string& name : names) {
-    SettingsPtr child = node->getChild(name);
-    if (!child) {
-      child = ZSettings::createSettingsNode(name, false, true, {});
-      child->attachTo(node);
+  SettingsPtr node = root, topOfNew;
+  try {
+    for (const std::string& name : names) {
+      SettingsPtr child = node->getChild(name);
+      if (!child) {
+        child = ZSettings::createSettingsNode(name, false, true, {});
+        child->attachTo(node);
+        if (!topOfNew) topOfNew = child;
+      }
+      node = child;
     }
-    node = child;
+    add(node);
+  } catch (const std::exception&) {
+    if (topOfNew) topOfNew->getParent()->removeNode(topOfNew->getName());
+    throw;
   }
-  return node;
 }
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('.') + 1); }

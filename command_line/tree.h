@@ -4,6 +4,7 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <functional>
 #include <string>
 
 #include "service/settings.h"
@@ -33,8 +34,10 @@ SettingsPtr find(const SettingsPtr& root, const std::string& path);
 SettingsPtr requireEntry(const SettingsPtr& root, const std::string& path);
 KeyInNode requireKey(const SettingsPtr& root, const std::string& path);
 
-// Returns the node that holds the key, and adds it and those above it that do not exist.
-SettingsPtr makeParent(const SettingsPtr& root, const std::string& path);
+// Calls `add(node)` with the node that is to hold the key at the path. Adds that node before, and
+// those above it that do not exist; removes them again if `add` throws.
+void addBelowNewNodes(const SettingsPtr& root, const std::string& path,
+                      const std::function<void(const SettingsPtr& node)>& add);
 
 // Returns the last name of a path.
 std::string nameOf(const std::string& path);

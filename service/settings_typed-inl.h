@@ -113,9 +113,13 @@ std::optional<Type> Settings::find(const std::string& path, const std::string& l
   if constexpr (boostany::kHasKind<Type>) {
     const detail::KeyOfNode key = detail::keyAt(*this, path);
     if (!key.node || !key.node->getChild(key.name)) return std::nullopt;
-    const boost::any value = key.node->getValue(key.name, level);
-    if (value.empty()) return std::nullopt;
-    return detail::valueAs<Type>(key, value);
+    try {
+      const boost::any value = key.node->getValue(key.name, level);
+      if (value.empty()) return std::nullopt;
+      return detail::valueAs<Type>(key, value);
+    } catch (const Failure<KORVEN::settings::core::NoSuchKey>&) {
+      return std::nullopt;  // another thread has just removed it
+    }
   }
 }
 

@@ -192,6 +192,7 @@ class CommandLineTest(unittest.TestCase):
                 (3, ["set", "editor.fontSize", "1", "--factory"], "read from the files in"),
                 (1, ["set", "limit.below", "1", "--type", "int"], "not the name of a node"),
                 (2, ["set", "a.bad-name", "1", "--type", "int"], '"bad-name" cannot be a name'),
+                (3, ["set", "a.b.c", "1", "--type", "int", "--factory"], "read from the files in"),
                 (4, ["load", "none.xml"], "none.xml.*\n"),
                 (4, ["check", "none.xml"], "Not every file"),
                 (4, ["dump", "--output", "none/file.xml"], "none/file.xml"),
@@ -200,6 +201,7 @@ class CommandLineTest(unittest.TestCase):
             self.assertEqual(done.returncode, status, (arguments, done))
             self.assertRegex(done.stderr, error)
         self.assertEqual(self.json("tree", "editor")[1]["value"], 13)
+        self.assertEqual(self.json("list"), ["editor.", "largest", "limit"])
         full = subprocess.run([PROGRAM, "tree"], stdout=open("/dev/full", "w", encoding="utf-8"),
                               stderr=subprocess.PIPE, check=False, env=self.environment)
         self.assertEqual(full.returncode, 4)

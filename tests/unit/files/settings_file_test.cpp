@@ -192,6 +192,7 @@ std::vector<Element> hardValues() {
 }
 
 TEST_F(SettingsFileTest, EveryValueLevelAndValidatorComesBackExactly) {
+  JValidator::acceptUnchecked();
   const SettingsPtr root = ZSettings::createSettingsNode("r", false, true, ValidatorChoice());
   const SettingsPtr node = addNode(root, "n", JValidator("a.B", "\"<1>\r\n\t\xC3\xA4"));
   addKey(node, "guarded", ZValidator(" x < 1 && y "));

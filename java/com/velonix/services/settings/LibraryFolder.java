@@ -42,8 +42,8 @@ final class LibraryFolder implements AutoCloseable {
     private static final FileAttribute<?> AS_PRIVATE =
             PosixFilePermissions.asFileAttribute(PRIVATE);
 
-    /** The bits of a file's mode: others may write, and only owners may rename and delete. */
-    private static final int WRITTEN_BY_ALL = 0002, STICKY = 01000;
+    /** The bits of a file's mode: group or others may write; only owners may rename and delete. */
+    private static final int WRITTEN_BY_OTHERS = 0022, STICKY = 01000;
 
     private final Path path;
     private final FileChannel lock;
@@ -56,17 +56,22 @@ final class LibraryFolder implements AutoCloseable {
     /**
      * Makes a folder, and removes those that killed processes have left beside it.
      *
-     * @throws IOException if there can be no folder that is safe from other users
+     * @throws IOException if there can be no folder that is safe from other users. One with a
+     *     sticky bit is taken to be the system's
      */
     static LibraryFolder make() throws IOException {
         Path parent = parent();
         try {
-            int mode = (Integer) Files.getAttribute(parent, "unix:mode");
-            if ((mode & WRITTEN_BY_ALL) != 0 && (mode & STICKY) == 0)
-                throw new IOException("everybody may replace files there (it has no sticky bit)");
             while (true) {
                 Path path = Files.createTempDirectory(parent, PREFIX, AS_PRIVATE);
-                FileChannel lock = lock(path.resolve(LOCK));
+                FileChannel lock;
+                try {
+                    checkOnlyOwnersReplace(parent, Files.getAttribute(path, "unix:uid"));
+                    lock = lock(path.resolve(LOCK));
+                } catch (IOException failed) {
+                    remove(path);
+                    throw failed;
+                }
                 if (lock != null) {
                     removeAbandoned(parent, path);
                     return new LibraryFolder(path, lock);
@@ -75,6 +80,21 @@ final class LibraryFolder implements AutoCloseable {
         } catch (IOException failed) {
             throw cannotUse(parent, reasonOf(failed));
         }
+    }
+
+    /** Throws an IOException if another user but the superuser may replace files in the folder. */
+    private static void checkOnlyOwnersReplace(Path parent, Object self) throws IOException {
+        int mode = (Integer) Files.getAttribute(parent, "unix:mode");
+        if ((mode & STICKY) != 0)
+            return;
+        Object owner = Files.getAttribute(parent, "unix:uid");
+        if ((mode & WRITTEN_BY_OTHERS) != 0 || !owner.equals(0) && !owner.equals(self))
+            throw new IOException("others may replace files there (it has no sticky bit)");
+    }
+
+    private static void remove(Path folder) throws IOException {
+        Files.deleteIfExists(folder.resolve(LOCK));
+        Files.delete(folder);
     }
 
     Path path() {

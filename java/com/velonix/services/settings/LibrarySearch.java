@@ -127,10 +127,10 @@ final class LibrarySearch {
      * Loads the library that the host would look for in the folder later, when this is gone. The
      * host reports that it does not find it; the reason goes before that.
      */
-    private static void loadSharedStore(LibraryFolder folder) throws IOException {
+    private static void loadSharedStore(LibraryFolder folder) {
         try {
             loadFromJar(LibraryFiles.SHARED_STORE, folder);
-        } catch (UnsatisfiedLinkError failed) {
+        } catch (IOException | UnsatisfiedLinkError failed) {
             String message = String.valueOf(failed.getMessage());
             System.err.println(
                     "The workgroup level cannot be shared: " + message + advice(message));

@@ -36,6 +36,7 @@ final class NativeCall implements AutoCloseable {
     /** Returns the exception for a call that returned no result. */
     static IllegalStateException unanswered(Object subject) {
         return new IllegalStateException("The settings service returned nothing for " + subject
-                + ": the native program is ending the JVM, or the service failed in an unknown way");
+                + ": the native program is ending the JVM, or the service failed in an unknown"
+                + " way");
     }
 }

@@ -71,7 +71,8 @@ public final class SettingTransaction implements AutoCloseable {
      *
      * @param level the level to change
      * @return the problems found; empty if the changes have been applied
-     * @throws IllegalStateException if the native program has stopped Java; then nothing has been applied
+     * @throws IllegalStateException if the native program has stopped Java; then nothing has been
+     *     applied
      */
     public List<SettingValidity> commit(SettingLevel level) {
         String levelName = SettingLevel.nameOf(level);

@@ -98,7 +98,7 @@ class LibraryFolderTest {
     void aParentThatCannotBeUsedIsRefusedWithTheReason() throws Exception {
         Path writtenByAll = Files.createDirectory(parent.resolve("all"));
         Files.setPosixFilePermissions(writtenByAll, PosixFilePermissions.fromString("rwxrwxrwx"));
-        Map<Path, String> reasons = Map.of(writtenByAll, "everybody may replace files there",
+        Map<Path, String> reasons = Map.of(writtenByAll, "others may replace files there",
                 parent.resolve("missing"), "there is no such folder",
                 Files.createFile(parent.resolve("file")), "Not a directory");
         for (Path unusable : reasons.keySet()) {
