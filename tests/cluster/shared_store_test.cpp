@@ -70,6 +70,7 @@ TEST_F(SharedStoreTest, AChangeOfAnotherMachineIsHeardAndOneOfThisMachineIsWritt
 
 TEST_F(SharedStoreTest, AValueBringsTheDefinitionsThatOnlyThisUserHas) {
   using zlutil::settings::JValidator;
+  JValidator::acceptUnchecked();
   const NodePtr root = openShared(options());
   const SettingsPtr node = addNode(root, "own", JValidator("c", "a"));
   addKey(node, "k");

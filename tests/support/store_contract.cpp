@@ -11,6 +11,7 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WritableStore);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ReadOnlyStore);
 
 TEST_P(WritableStore, WhatIsKeptIsThereForTheNextTree) {
+  zlutil::settings::JValidator::acceptUnchecked();
   {
     const NodePtr root = treeOver(open());
     const SettingsPtr node = addNode(root, "n", zlutil::settings::JValidator("c", "a"));
