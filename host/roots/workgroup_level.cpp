@@ -51,8 +51,11 @@ std::shared_ptr<Store> makeClusterStore(const std::string& address,
   try {
     return std::shared_ptr<Store>(requireStoreLibrary()(options));
   } catch (const std::exception& failure) {
-    const std::string reason = "SETTINGS_WORKGROUP is \"" + shownFileName(address) +
-                               "\", which cannot be used: " + shownFileName(failure.what());
+    // An address with a user may have a password too, which is not shown.
+    const std::string shown = address.find('@') == std::string::npos
+                                  ? "is \"" + shownFileName(address) + "\", which cannot be used: "
+                                  : "cannot be used: ";
+    const std::string reason = "SETTINGS_WORKGROUP " + shown + shownFileName(failure.what());
     logError(reason + ". The workgroup level is empty.");
     return std::make_shared<UnavailableStore>(reason);
   }

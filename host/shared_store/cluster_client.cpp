@@ -20,7 +20,8 @@ bool has(const std::string& text, const char* part) { return text.find(part) != 
 // what was asked.
 bool isTransient(const EtcdError& error) {
   return error.code == EtcdError::kUnavailable || error.code == EtcdError::kDeadlineExceeded ||
-         error.code == EtcdError::kAborted;
+         error.code == EtcdError::kAborted ||
+         (error.code == EtcdError::kResourceExhausted && has(error.message, "too many requests"));
 }
 
 // Returns whether the token is what was wrong. etcd has then done nothing.
@@ -104,11 +105,13 @@ std::string ClusterClient::ask(const std::string& path, const std::string& body,
       forgetToken();
       isOpen_ = false;
     }
-    isSent = isSent || made->isSent;
     if (made->kind == Attempt::kDone) return std::move(made->text);
     if (made->kind != Attempt::kFailed) {
-      throw ClusterError(ClusterError::kRefused, made->text, made->code);
+      // An earlier attempt may have been successful.
+      throw ClusterError(isSent ? ClusterError::kUnknown : ClusterError::kRefused, made->text,
+                         made->code);
     }
+    isSent = isSent || made->isSent;
     reason = base::narrowFromUstring(base::to_ustring(member())) + ": " + made->text;
     nextMember();
     const bool isRound = ++failures % memberCount() == 0;

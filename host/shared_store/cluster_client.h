@@ -18,8 +18,8 @@ class ClusterError : public std::runtime_error {
  public:
   enum Kind {
     kAway,     // no member could be reached; nothing was sent
-    kUnknown,  // sent, and no member has answered in time
-    kRefused   // etcd has answered with an error
+    kUnknown,  // sent, and without an answer that tells whether it was done
+    kRefused   // etcd has answered with an error; nothing was done
   };
   ClusterError(Kind kind, const std::string& reason, int code = 0)
       : std::runtime_error(reason), kind_(kind), code_(code) {}

@@ -58,6 +58,14 @@ std::string_view schemeOf(std::string_view member) {
   refuse("\"" + std::string(member) + "\" does not begin with https:// or http://");
 }
 
+// `member` begins with "http://" and has a port.
+bool isLoopback(const std::string& member) {
+  const std::string host = member.substr(7, member.rfind(':') - 7);
+  return host == "localhost" || host == "[::1]" ||
+         (host.compare(0, 4, "127.") == 0 &&
+          host.find_first_not_of("0123456789.") == std::string::npos);
+}
+
 void checkPrefix(const std::string& prefix) {
   const bool isPlain = std::all_of(prefix.begin(), prefix.end(), [](char c) {
     return isHostCharacter(c) || c == '/' || c == '~' || c == '+';
@@ -72,6 +80,10 @@ void checkPrefix(const std::string& prefix) {
 
 ClusterAddress parseClusterAddress(const std::string& text) {
   if (text.size() > kLongestAddress) refuse("it is too long");
+  // The address is shown in messages, the password must not be.
+  if (text.find('@') != std::string::npos) {
+    refuse("it must have no user and password; write them to a file");
+  }
   ClusterAddress address;
   std::string_view rest = text;
   while (true) {
@@ -88,6 +100,13 @@ ClusterAddress parseClusterAddress(const std::string& text) {
   address.prefix = rest;
   checkPrefix(address.prefix);
   return address;
+}
+
+void requireSecrecy(const ClusterAddress& address) {
+  for (const std::string& member : address.members) {
+    if (schemeOf(member) == "https" || isLoopback(member)) continue;
+    refuse("the password would be sent to " + member + " unencrypted; use https://");
+  }
 }
 
 Credentials readCredentials(const std::string& file) {

@@ -19,6 +19,9 @@ struct ClusterAddress {
 // std::invalid_argument with the reason if it is none.
 ClusterAddress parseClusterAddress(const std::string& text);
 
+// Throws std::invalid_argument if a password would leave this machine unencrypted.
+void requireSecrecy(const ClusterAddress& address);
+
 // The user of etcd; no name if there is none.
 struct Credentials {
   std::string user;

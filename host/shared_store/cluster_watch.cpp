@@ -98,7 +98,9 @@ void ClusterWatch::Core::run() {
     } catch (const ClusterError& failure) {
       // Without a leader the members are there but do not answer, for the time of an election.
       noteFailure(failure.what(), failure.kind() == ClusterError::kAway);
-    } catch (const std::exception& failure) {  // no memory
+    } catch (const std::exception& failure) {
+      // The listener, or the lack of memory. What was being handed over may be lost.
+      mustLoad = true;
       noteFailure(failure.what(), false);
     }
     if (!isStopped()) pause();

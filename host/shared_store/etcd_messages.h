@@ -54,6 +54,7 @@ struct EtcdError {
   enum Code {
     kDeadlineExceeded = 4,
     kPermissionDenied = 7,
+    kResourceExhausted = 8,
     kInvalidArgument = 3,
     kFailedPrecondition = 9,
     kAborted = 10,

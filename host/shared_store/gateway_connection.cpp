@@ -53,6 +53,7 @@ struct GatewayConnection::Transfer {
     if (!easy) throw std::bad_alloc();
   }
   ~Transfer() {
+    if (isProcessExiting()) return;
     finish();
     curl_easy_cleanup(easy);
   }
@@ -144,6 +145,8 @@ void GatewayConnection::prepare(Transfer& transfer, const Post& post) {
   curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
                    static_cast<curl_off_t>(transfer.post.body.size()));
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  // Otherwise the end of a transfer waits for a thread that resolves a name, without a limit.
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(easy, CURLOPT_PROXY, "");
   curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, kLongestConnecting.count());

@@ -28,6 +28,7 @@ using std::chrono::steady_clock;
 constexpr int kFormat = 1;
 constexpr char kEnd[] = "end ";
 constexpr auto kShortestPause = std::chrono::seconds(1);
+constexpr auto kTouchEvery = std::chrono::minutes(1);
 // A write may take this part of the time of the thread.
 constexpr int kPausePerWrite = 20;
 
@@ -104,10 +105,15 @@ std::optional<Parts> split(std::string_view text, const ClusterAddress& address,
   return parts;
 }
 
+// Returns nothing if the file cannot be read.
 std::optional<std::string> readFile(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) return std::nullopt;
-  return std::string(std::istreambuf_iterator<char>(stream), {});
+  try {
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+  } catch (const std::ios_base::failure&) {  // such as that of a directory
+    return std::nullopt;
+  }
 }
 
 void addLine(std::string& text, std::int64_t modified, std::string_view key,
@@ -128,7 +134,11 @@ void addEnd(std::string& text) {
 
 std::string fileIn(const std::string& directory, const ClusterAddress& address) {
   if (directory.empty()) return {};
-  std::string name = "workgroup" + address.prefix + ".copy";
+  std::vector<std::string> members = address.members;
+  std::sort(members.begin(), members.end());
+  std::string identity = address.prefix;
+  for (const std::string& member : members) identity += ',' + member;
+  std::string name = "workgroup" + address.prefix + '-' + checksumOf(identity) + ".copy";
   std::replace(name.begin(), name.end(), '/', '-');
   return directory + '/' + name;
 }
@@ -179,6 +189,16 @@ std::string LocalCopy::age() const {
   return std::to_string(seconds / 86400) + " days";
 }
 
+// Returns the part of the key below the prefix; "" if it is not below.
+std::string_view LocalCopy::keyBelow(std::string_view key) const {
+  const std::string prefix = address_.keyPrefix();
+  return key.substr(0, prefix.size()) == prefix ? key.substr(prefix.size()) : std::string_view();
+}
+
+void LocalCopy::reportOnce(const std::exception& failure) {
+  if (!std::exchange(hasFailed_, true)) logError(failure.what());
+}
+
 std::string LocalCopy::headerLine() const {
   return json{{"format", kFormat},
               {"cluster", header_.cluster},
@@ -201,36 +221,41 @@ void LocalCopy::replace(const AnswerHeader& header, const std::vector<KeyValue>&
   written_ = header.revision;
   noted_.clear();
   needsContent_ = false;
+  isCurrent_ = false;
   if (file_.empty()) return;
+  try {
+    writeAll(items);
+    isCurrent_ = true;
+  } catch (const std::exception& failure) {
+    reportOnce(failure);
+  }
+}
+
+void LocalCopy::writeAll(const std::vector<KeyValue>& items) const {
   std::string reason;
   if (const std::optional<std::string> text = readFile(file_)) {
     const std::optional<Parts> parts = split(*text, address_, reason);
     // Another process has written it already.
-    if (parts && parts->header.cluster == header.cluster &&
-        parts->header.revision == header.revision) {
+    if (parts && parts->header.cluster == header_.cluster &&
+        parts->header.revision == header_.revision) {
       utimensat(AT_FDCWD, file_.c_str(), nullptr, 0);
       return;
     }
   }
   std::string text = headerLine();
   for (const KeyValue& item : items) {
-    const std::string_view key = std::string_view(item.key).substr(address_.keyPrefix().size());
+    const std::string_view key = keyBelow(item.key);
     if (isLineKey(key)) addLine(text, item.modified, key, base64From(item.value));
   }
   addEnd(text);
-  try {
-    write(text);
-  } catch (const std::exception& failure) {
-    if (!std::exchange(hasFailed_, true)) logError(failure.what());
-  }
+  write(text);
 }
 
 void LocalCopy::note(const AnswerHeader& header, const std::vector<WatchEvent>& events) {
   header_ = header;
   if (file_.empty()) return;
   for (const WatchEvent& event : events) {
-    const std::string key =
-        event.item.key.substr(std::min(address_.keyPrefix().size(), event.item.key.size()));
+    const std::string key(keyBelow(event.item.key));
     if (!isLineKey(key)) continue;
     noted_[key] = {event.item.modified,
                    event.isDeletion ? std::nullopt : std::make_optional(event.item.value)};
@@ -238,14 +263,23 @@ void LocalCopy::note(const AnswerHeader& header, const std::vector<WatchEvent>& 
 }
 
 void LocalCopy::writeIfDue(steady_clock::time_point now) {
-  if (noted_.empty() || needsContent_ || now < nextWrite_) return;
+  if (needsContent_) return;
+  if (noted_.empty()) return touchIfDue(now);
+  if (now < nextWrite_) return;
   try {
     merge();
   } catch (const std::exception& failure) {
-    if (!std::exchange(hasFailed_, true)) logError(failure.what());
+    reportOnce(failure);
   }
   const auto end = steady_clock::now();
   nextWrite_ = end + std::max<steady_clock::duration>(kShortestPause, kPausePerWrite * (end - now));
+}
+
+// Keeps the time of the file current while nothing changes.
+void LocalCopy::touchIfDue(steady_clock::time_point now) {
+  if (!isCurrent_ || now < nextTouch_) return;
+  utimensat(AT_FDCWD, file_.c_str(), nullptr, 0);
+  nextTouch_ = now + kTouchEvery;
 }
 
 // Writes a new file of the lines of the old one and the noted changes. Of one key the later
@@ -291,6 +325,7 @@ void LocalCopy::merge() {
   addEnd(text);
   write(text);
   written_ = header_.revision;
+  isCurrent_ = true;
   noted_.clear();
 }
 

@@ -4,9 +4,11 @@
 //   a line of JSON: the format's version, the cluster's identity, its members, the prefix and the
 //   revision that the copy has
 //   a line for each key, in their order: its revision, the key below the prefix, its value in
-//   base64 "end", the number of keys and a checksum of all before
+//   base64
+//   a last line: "end", the number of keys and a checksum of all before
 //
-// The file's time is that at which the copy was last known to be current. One thread.
+// Its name has a checksum of the members and the prefix, so that each cluster has a file of its
+// own. The file's time is that at which the copy was last known to be current. One thread.
 #pragma once
 
 #include <chrono>
@@ -55,6 +57,10 @@ class LocalCopy {
   };
 
   void write(const std::string& text) const;
+  void writeAll(const std::vector<KeyValue>& items) const;
+  void touchIfDue(std::chrono::steady_clock::time_point now);
+  void reportOnce(const std::exception& failure);
+  std::string_view keyBelow(std::string_view key) const;
   void merge();
   std::string headerLine() const;
 
@@ -63,7 +69,8 @@ class LocalCopy {
   AnswerHeader header_;                 // of the content with the noted changes
   std::int64_t written_ = 0;            // the revision from which on changes are noted
   std::map<std::string, Noted> noted_;  // by the key below the prefix
-  std::chrono::steady_clock::time_point nextWrite_;
+  std::chrono::steady_clock::time_point nextWrite_, nextTouch_;
+  bool isCurrent_ = false;  // the file has had the content, and then the changes up to noted_
   bool needsContent_ = false;
   bool hasFailed_ = false;
 };

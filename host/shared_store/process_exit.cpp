@@ -1,6 +1,7 @@
 #include "host/shared_store/process_exit.h"
 
 #include <curl/curl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -22,6 +23,8 @@ struct Uses {
   // Guarded by the mutex.
   std::vector<const std::function<void()>*> wakes;
   bool isExiting = false;
+
+  const pid_t process = getpid();
 };
 
 Uses& uses() {
@@ -29,7 +32,12 @@ Uses& uses() {
   return instance.get();
 }
 
+// Returns whether this is a child of a fork(): it has no threads that use the network, and the
+// mutex may have been locked by one.
+bool isForked() { return getpid() != uses().process; }
+
 void endUses() {
+  if (isForked()) return;
   Uses& all = uses();
   std::unique_lock<std::mutex> lock(all.mutex);
   all.isExiting = true;
@@ -50,6 +58,7 @@ void prepareNetwork() {
 }
 
 bool isProcessExiting() {
+  if (isForked()) return true;
   const std::lock_guard<std::mutex> lock(uses().mutex);
   return uses().isExiting;
 }

@@ -10,7 +10,7 @@ namespace zlutil::settings::host {
 // the process waits, for a moment, until no NetworkUse is left.
 void prepareNetwork();
 
-// Returns whether the process is exiting.
+// Returns whether the process is exiting, or is a child that has the state of its parent.
 bool isProcessExiting();
 
 // A scope in which a thread uses the network. `wake` is called, on another thread, when the process

@@ -75,9 +75,11 @@ Credentials credentialsIn(const std::string& file) {
 }
 
 ClusterOptions clusterOf(const SharedStoreOptions& options) {
-  return {parseClusterAddress(options.address),
-          credentialsIn(options.credentials),
-          {options.authority, options.certificate, options.key}};
+  ClusterOptions cluster{parseClusterAddress(options.address),
+                         credentialsIn(options.credentials),
+                         {options.authority, options.certificate, options.key}};
+  if (!cluster.credentials.user.empty()) requireSecrecy(cluster.address);
+  return cluster;
 }
 
 }  // namespace
@@ -128,11 +130,11 @@ void SharedStore::readAll(Node& root, int level) {
   options_.fill(root, level, contents);
 }
 
-void SharedStore::noteValidator(const KeyReader::Reading& reading) {
-  if (reading.validator.which() == 0) {
-    validators_.erase(reading.path);
+void SharedStore::noteValidator(const std::string& path, const ValidatorChoice& validator) {
+  if (validator.which() == 0) {
+    validators_.erase(path);
   } else {
-    validators_[reading.path] = reading.validator;
+    validators_[path] = validator;
   }
 }
 
@@ -146,7 +148,7 @@ std::vector<SharedStore::Item> SharedStore::read(const std::vector<KeyValue>& fo
   for (const KeyValue& item : found) {
     KeyReader::Reading reading = reader_.read(item, true);
     if (reading.path.empty()) continue;
-    noteValidator(reading);
+    noteValidator(reading.path, reading.validator);
     items.push_back({std::move(reading.path), item.modified, std::move(reading.changes)});
   }
   return items;
@@ -177,7 +179,7 @@ void SharedStore::onEvents(const AnswerHeader& header, std::vector<WatchEvent> e
       KeyReader::Reading reading =
           event.isDeletion ? reader_.readDeletion(event.item) : reader_.read(event.item, isNew);
       if (reading.path.empty()) continue;
-      noteValidator(reading);
+      noteValidator(reading.path, reading.validator);
       events_.push_back({std::move(reading.path), event.item.modified, std::move(reading.changes)});
     }
     received_ = header.revision;
@@ -316,27 +318,29 @@ std::int64_t SharedStore::knownRevision(const std::string& path, bool withBelow)
   return std::max(known, seen_);
 }
 
-WritePlan SharedStore::plan(const Changes& changes) {
+WritePlan SharedStore::plan(const Changes& changes, const std::string& commit) {
   const auto validatorOf = [this](const std::string& path) {
     base::MutexLock lock(mutex_);
     const auto found = validators_.find(path);
     return found == validators_.end() ? ValidatorChoice() : found->second;
   };
-  return WritePlan(changes, validatorOf, newCommitName());
+  return WritePlan(changes, validatorOf, commit);
 }
 
 bool SharedStore::apply(const Changes& changes, const Receiver& receive) {
   if (!deliver(receive)) return false;
   requireAnswers();
-  const WritePlan planned = plan(changes);
-  try {
-    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+  const std::string commit = newCommitName();
+  for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    // Made again each time, because others may have changed validators that documents keep.
+    const WritePlan planned = plan(changes, commit);
+    try {
       bool isPossible = true;
       if (tryCommitting(planned, receive, isPossible)) return true;
       if (!isPossible) return false;
+    } catch (const ClusterError& failure) {
+      refuse(failure, planned);
     }
-  } catch (const ClusterError& failure) {
-    refuse(failure, planned);
   }
   throw Failure<StoreFailure>(
       name_, std::string("others change the same settings all the time. The change was not made."));
@@ -378,7 +382,11 @@ bool SharedStore::wasCommitted(const WritePlan& planned, const TxnAnswer& answer
     const std::optional<std::string> path = pathOf(cluster_.address.keyPrefix(), item.key);
     const auto written = path ? planned.operations().find(*path) : planned.operations().end();
     if (written == planned.operations().end() || written->second.isRemoval) continue;
-    return isInHistory(item, knownRevision(*path, false), planned.commit());
+    try {
+      return isInHistory(item, knownRevision(*path, false), planned.commit());
+    } catch (const ClusterError& failure) {
+      throw ClusterError(ClusterError::kUnknown, failure.what());
+    }
   }
   return false;
 }
@@ -389,7 +397,8 @@ bool SharedStore::isInHistory(const KeyValue& item, std::int64_t known, const st
   for (std::int64_t revision = item.modified - 1; revision > known;) {
     const std::optional<RangeAnswer> past =
         parseRange(writer_.ask(kRange, requestOf({item.key, {}, 0, revision}), kWriting));
-    if (!past || past->found.empty()) return false;
+    if (!past) throw ClusterError(ClusterError::kUnknown, "the answer is not understood");
+    if (past->found.empty()) return false;
     const KeyValue& older = past->found.front();
     if (commitOf(older) == commit) return true;
     revision = std::min(revision, older.modified) - 1;
@@ -407,6 +416,10 @@ bool SharedStore::takeLater(const std::vector<KeyValue>& found, const Receiver& 
     const std::optional<SettingDocument> document = parseDocument(item.value, reason);
     Item& later = ahead_[*path] = {*path, item.modified, {}};
     if (!document) continue;
+    {
+      base::MutexLock lock(mutex_);
+      noteValidator(*path, document->validator);
+    }
     later.changes = changesOf(*path, *document);
     external.changes.insert(external.changes.end(), later.changes.begin(), later.changes.end());
   }
@@ -435,15 +448,15 @@ void SharedStore::noteCommitted(const WritePlan& planned, std::int64_t revision)
 
 void SharedStore::refuse(const ClusterError& failure, const WritePlan& planned) const {
   const std::string reason = failure.what();
-  if (failure.code() == EtcdError::kPermissionDenied) {
-    std::string path = planned.operations().begin()->first;
-    throw Failure<CantModifyValuesOnReadOnlyLevel>(path, levelName(level_), reason);
-  }
   if (failure.kind() == ClusterError::kUnknown) {
     throw Failure<StoreFailure>(
         name_, reason +
                    ". It is not known whether the change was made; if it was, it will arrive "
                    "as a change by another process.");
+  }
+  if (failure.code() == EtcdError::kPermissionDenied) {
+    std::string path = planned.operations().begin()->first;
+    throw Failure<CantModifyValuesOnReadOnlyLevel>(path, levelName(level_), reason);
   }
   const auto count = std::to_string(planned.operations().size());
   std::string advice = ". The change was not made.";

@@ -49,11 +49,11 @@ class SharedStore final : public Store, private ClusterListener {
   bool onIdle() override;
 
   std::vector<Item> read(const std::vector<KeyValue>& items);
-  void noteValidator(const KeyReader::Reading& reading) REQUIRES(mutex_);
+  void noteValidator(const std::string& path, const ValidatorChoice& validator) REQUIRES(mutex_);
   bool deliver(const Receiver& receive);
   bool deliverContent(const Receiver& receive, std::vector<Item> content, std::int64_t revision);
   bool deliverEvents(const Receiver& receive, std::vector<Item> events);
-  WritePlan plan(const Changes& changes);
+  WritePlan plan(const Changes& changes, const std::string& commit);
   bool tryCommitting(const WritePlan& plan, const Receiver& receive, bool& isPossible);
   bool takeLater(const std::vector<KeyValue>& found, const Receiver& receive);
   bool wasCommitted(const WritePlan& plan, const TxnAnswer& answer);

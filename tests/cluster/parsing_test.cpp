@@ -34,6 +34,15 @@ TEST(ClusterAddresses, HaveMembersWithPortsAndAPrefix) {
         "https://[/p", "https://a:1:2/p", "https://a,b/p"}) {
     EXPECT_NE(refusalOf([&] { parseClusterAddress(wrong); }), "") << wrong;
   }
+  const std::string refusal = refusalOf([] { parseClusterAddress("http://u:secret@a:1/p"); });
+  EXPECT_EQ(refusal.find("secret"), std::string::npos) << refusal;
+  const auto secrecyOf = [](const char* text) {
+    return refusalOf([&] { requireSecrecy(parseClusterAddress(text)); });
+  };
+  EXPECT_EQ(secrecyOf("https://a,http://127.0.0.1,http://localhost:1,http://[::1]/p"), "");
+  for (const char* open : {"https://a,http://b/p", "http://127.b/p", "http://localhost.b/p"}) {
+    EXPECT_NE(secrecyOf(open).find("unencrypted"), std::string::npos) << open;
+  }
 }
 
 TEST(ClusterCredentials, AreReadFromAFileThatOnlyItsOwnerMayUse) {

@@ -1,5 +1,8 @@
 // A tree with a shared store behind its workgroup level, on a server that fails as told.
 #include "host/shared_store/shared_store.h"
+
+#include <filesystem>
+
 #include "host/change/external_changes.h"
 #include "tests/cluster/fake_etcd.h"
 #include "tests/cluster/shared_tree.h"
@@ -37,6 +40,13 @@ class SharedStoreTest : public testing::Test {
   static int sizeOf(const NodePtr& root) {
     const SettingsPtr editor = editorOf(root);
     return editor && editor->getChild("fontSize") ? intAt(editor, "fontSize", "workgroup") : -1;
+  }
+  // Returns the name of the file of the only copy.
+  std::string copyName() const {
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+      if (entry.path().extension() == ".copy") return entry.path().filename();
+    }
+    return "";
   }
   // Opens a tree, and returns what is reported meanwhile.
   std::string reportOfOpening(NodePtr& root, const SharedStoreOptions& chosen) {
@@ -104,6 +114,12 @@ TEST_F(SharedStoreTest, AConflictIsResolvedAsWithTheUserStore) {
   EXPECT_EQ(others, 2);
   EXPECT_EQ(nlohmann::json::parse(etcd.valueOf(kKey))["value"], 22);
   EXPECT_EQ(sizeOf(root), 22);
+  // The document keeps a validator that it has got meanwhile.
+  others = 0;
+  interfere("{\"type\":\"int\",\"value\":1,\"validator\":{\"java\":[\"c\",\"a\"]}}");
+  editorOf(root)->setAny("fontSize", 23, "workgroup");
+  EXPECT_TRUE(nlohmann::json::parse(etcd.valueOf(kKey)).contains("validator"));
+  others = 2;
   // Of another type meanwhile, after it was removed: the change has become impossible.
   etcd.setBeforeTxn([&] {
     if (others++ != 2) return;
@@ -177,6 +193,110 @@ TEST_F(SharedStoreTest, ALostAnswerIsFoundAndTheChangeIsMadeOnce) {
   editorOf(root)->setAny("fontSize", 29, "workgroup");
   EXPECT_EQ(etcd.revision(), before + 3);
   EXPECT_TRUE(eventually([&] { return sizeOf(root) == 30; })) << sizeOf(root);
+}
+
+TEST_F(SharedStoreTest, AChangeThatMayHaveBeenMadeIsNotReportedAsRefused) {
+  const NodePtr root = openShared(options());
+  int value = 28;
+  const auto set = [&] { editorOf(root)->setAny("fontSize", value++, "workgroup"); };
+  std::function<void(FakeEtcd::Answer&)> onFirst;
+  bool hasCome = false;
+  etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
+    if (path == kTxn && !std::exchange(hasCome, true)) onFirst(answer);
+  });
+  onFirst = [&](FakeEtcd::Answer& answer) {
+    answer.sent = 0;
+    etcd.setError(7, "etcdserver: permission denied");
+  };
+  EXPECT_NE(messageOf<StoreFailure>(set).find("not known"), std::string::npos);
+  etcd.setError(0, "");
+  EXPECT_TRUE(eventually([&] { return sizeOf(root) == 28; }));
+  // The history that would tell is compacted.
+  onFirst = [&](FakeEtcd::Answer& answer) {
+    answer.sent = 0;
+    etcd.put(kKey, intDocument(30));
+    etcd.setKnob([](const std::string& path, FakeEtcd::Answer& range) {
+      if (path != kTxn) range = {400, "{\"error\":\"etcdserver: compacted\",\"code\":11}"};
+    });
+  };
+  hasCome = false;
+  EXPECT_NE(messageOf<StoreFailure>(set).find("not known"), std::string::npos);
+  // A server that is busy is asked again.
+  hasCome = false;
+  etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
+    if (path != kTxn || std::exchange(hasCome, true)) return;
+    answer = {429, "{\"error\":\"etcdserver: too many requests\",\"code\":8}"};
+  });
+  EXPECT_TRUE(eventually([&] { return sizeOf(root) == 30; }));
+  value = 33;
+  set();
+  EXPECT_EQ(sizeOf(root), 33);
+}
+
+// A listener that fails at the first events.
+class FailingListener : public ClusterListener {
+ public:
+  void onContent(const AnswerHeader&, std::vector<KeyValue> items) override {
+    content = items.at(0).value;
+    ++loads;
+  }
+  void onEvents(const AnswerHeader&, std::vector<WatchEvent> events) override {
+    if (!events.empty()) throw std::runtime_error("no memory");
+  }
+  void onAway(const std::string&) override {}
+  void onAnswers() override {}
+  bool onIdle() override { return false; }
+
+  std::string content;
+  std::atomic<int> loads{0};
+};
+
+TEST_F(SharedStoreTest, EventsOfAListenerThatFailsAreReadAgain) {
+  FailingListener listener;
+  ClusterWatch watch({parseClusterAddress(options().address), {}, {}});
+  ASSERT_TRUE(watch.start(listener));
+  ASSERT_TRUE(eventually([&] { return listener.loads == 1 && etcd.watchesOpened() == 1; }));
+  etcd.put(kKey, intDocument(15));
+  ASSERT_TRUE(eventually([&] { return listener.loads == 2; }));
+  EXPECT_EQ(listener.content, intDocument(15));
+}
+
+TEST_F(SharedStoreTest, ACopyThatIsOfNoUseAndAForeignKeyDoNoHarm) {
+  { const NodePtr root = openShared(options()); }
+  const std::string file = directory.file(copyName());
+  std::filesystem::remove(file);
+  std::filesystem::create_directory(file);
+  etcd.setKnob([](const std::string& path, FakeEtcd::Answer& answer) {
+    if (path != "/v3/kv/range") return;
+    nlohmann::json changed = nlohmann::json::parse(answer.body);
+    changed["kvs"].push_back({{"key", "Lw=="}, {"value", ""}});  // "/"
+    answer.body = changed.dump();
+  });
+  NodePtr root;
+  reportOfOpening(root, options());
+  EXPECT_EQ(sizeOf(root), 14);
+  etcd.close();
+  reportOfOpening(root, options());
+  EXPECT_TRUE(root->getChildren().empty());
+}
+
+TEST_F(SharedStoreTest, EachClusterHasItsCopyWhoseTimeIsKeptCurrent) {
+  const auto write = [&](const char* text) {
+    LocalCopy copy(directory.path(), parseClusterAddress(text));
+    copy.replace({"7", 1}, {});
+    const std::filesystem::path file = directory.file(copyName());
+    std::filesystem::last_write_time(
+        file, std::filesystem::file_time_type::clock::now() - std::chrono::hours(10));
+    EXPECT_EQ(copy.age(), "10 hours");
+    copy.writeIfDue(std::chrono::steady_clock::now());
+    EXPECT_NE(copy.age(), "10 hours");
+    std::filesystem::remove(file);
+    return file.filename().string();
+  };
+  const std::string name = write("http://a,http://b/team/x");
+  EXPECT_EQ(write("http://b,http://a/team/x"), name);
+  EXPECT_NE(write("http://a,http://b/team-x"), name);
+  EXPECT_NE(write("http://a,http://c/team/x"), name);
 }
 
 TEST_F(SharedStoreTest, ARefusalHasTheReasonOfEtcdAndChangesNothing) {
@@ -275,9 +395,10 @@ TEST_F(SharedStoreTest, WithoutTheNetworkTheCopyIsUsedAndWritesFailAtOnce) {
 }
 
 TEST_F(SharedStoreTest, TheCopyFollowsChangesAndATornOrForeignOneIsIgnored) {
-  const std::string file = "workgroup-team-settings.copy";
+  std::string file;
   {
     const NodePtr root = openShared(options());
+    file = copyName();
     etcd.put("/team/settings/b", intDocument(2));
     etcd.put("/team/settings/a", intDocument(1));
     etcd.erase(kKey);
