@@ -163,12 +163,16 @@ stop() {
   done
 }
 
+# While one is elected, it waits.
 leader() {
-  local line number
-  for ((number = 1; number <= $(wc -l <"$dir/urls"); ++number)); do
-    is_running "$number" || continue
-    line=$(endpoints=$(url_of "$number") ctl endpoint status 2>/dev/null) || continue
-    [[ $(cut -d, -f5 <<<"$line") == " true" ]] && echo "$number" && return
+  local line number attempt
+  for ((attempt = 0; attempt < 60; ++attempt)); do
+    for ((number = 1; number <= $(wc -l <"$dir/urls"); ++number)); do
+      is_running "$number" || continue
+      line=$(endpoints=$(url_of "$number") ctl endpoint status 2>/dev/null) || continue
+      [[ $(cut -d, -f5 <<<"$line") == " true" ]] && echo "$number" && return
+    done
+    sleep 0.25
   done
   fail "there is no leader"
 }
