@@ -9,6 +9,7 @@
 //   - the two keys of a commit have the same revision, and no process sees them apart
 //   - each process has seen the values of each key in the order of etcd, and at the end has the
 //   last
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -229,6 +230,7 @@ int run(int seconds) {
   cluster.putInt("end", 0);
   for (int number = 0; number < kProcesses; ++number) {
     if (fork() != 0) continue;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     const std::string log = cluster.file("errors" + std::to_string(number));
     if (!std::freopen(log.c_str(), "w", stderr)) _exit(1);
     Process(cluster, number).run();
@@ -256,4 +258,11 @@ int run(int seconds) {
 }  // namespace
 }  // namespace test
 
-int main(int argc, char** argv) { return test::run(argc > 1 ? std::atoi(argv[1]) : 40); }
+int main(int argc, char** argv) {
+  try {
+    return test::run(argc > 1 ? std::atoi(argv[1]) : 40);
+  } catch (const std::exception& failure) {  // the cluster has been stopped
+    std::printf("%s\n", failure.what());
+    return 1;
+  }
+}
