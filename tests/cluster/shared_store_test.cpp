@@ -149,8 +149,9 @@ TEST_F(SharedStoreTest, AnAnswerThatIsCutAtAnyByteIsAskedForAgain) {
 }
 
 TEST_F(SharedStoreTest, AnAnswerThatIsNotThatOfEtcdIsReportedOnceAndDoesNoHarm) {
-  const std::string big = "{\"kvs\":[\"" + std::string(70u << 20, 'x') + "\"]}";
-  const FakeEtcd::Answer answers[] = {
+  // Static, because the server may still be sending one when the test ends.
+  static const std::string big = "{\"kvs\":[\"" + std::string(70u << 20, 'x') + "\"]}";
+  static const FakeEtcd::Answer answers[] = {
       {200, ""},
       {200, "[]"},
       {200, "{\"header\":{},\"kvs\":[{\"key\":\"???\"}]}"},
@@ -161,7 +162,7 @@ TEST_F(SharedStoreTest, AnAnswerThatIsNotThatOfEtcdIsReportedOnceAndDoesNoHarm) 
       {500, "{\"error\":7}"},
       {200, big}};
   for (const FakeEtcd::Answer& wrong : answers) {
-    etcd.setKnob([&](const std::string&, FakeEtcd::Answer& answer) { answer = wrong; });
+    etcd.setKnob([one = &wrong](const std::string&, FakeEtcd::Answer& answer) { answer = *one; });
     SharedStoreOptions chosen = options();
     chosen.longestStart = std::chrono::milliseconds(1000);
     chosen.directory = "";
