@@ -22,12 +22,14 @@ struct WatchOptions {
 };
 
 // Prints events, on the threads that deliver them. Ends the wait of main()'s thread by a signal.
+// Its listeners share it: one of them may still run when its connection has ended.
 class Printer {
  public:
   explicit Printer(const WatchOptions& options) : options_(options), waiting_(pthread_self()) {}
 
   void print(const char* event, const SettingsPtr& entry, const std::string& path) {
     const std::lock_guard<std::mutex> lock(mutex_);
+    if (isComplete()) return;
     const SettingsPtr parent = entry->getParent();
     boost::any value;
     if (entry->isKey() && parent) value = parent->getValue(entry->getName(), "");
@@ -38,11 +40,14 @@ class Printer {
       if (!value.empty()) std::cout << " = " << lineOf(value);
     }
     std::cout << std::endl;
-    if (options_.count > 0 && ++printed_ >= options_.count) pthread_kill(waiting_, SIGTERM);
+    ++printed_;
+    if (isComplete()) pthread_kill(waiting_, SIGTERM);
   }
 
  private:
-  const WatchOptions& options_;
+  bool isComplete() const { return options_.count > 0 && printed_ >= options_.count; }
+
+  const WatchOptions options_;
   const pthread_t waiting_;
   std::mutex mutex_;
   int printed_ = 0;
@@ -62,18 +67,18 @@ void watch(const Invocation& invocation, const WatchOptions& options) {
   pthread_sigmask(SIG_BLOCK, &ends, nullptr);
   const SettingsPtr root = invocation.root();
   const SettingsPtr top = requireEntry(root, options.path);
-  Printer printer(options);
+  const auto printer = std::make_shared<Printer>(options);
   const ScopedConnection changes(
-      top->addListener<SettingsValueChangeEvent>([&](const SettingsValueChangeEvent& event) {
-        printer.print("changed", event.getObj(), event.getObj()->getPath());
+      top->addListener<SettingsValueChangeEvent>([printer](const SettingsValueChangeEvent& event) {
+        printer->print("changed", event.getObj(), event.getObj()->getPath());
       }));
   const ScopedConnection additions(
-      top->addListener<SettingsAddNodeEvent>([&](const SettingsAddNodeEvent& event) {
-        printer.print("added", event.getObj(), pathBelow(event.getParentObj(), event.getObj()));
+      top->addListener<SettingsAddNodeEvent>([printer](const SettingsAddNodeEvent& event) {
+        printer->print("added", event.getObj(), pathBelow(event.getParentObj(), event.getObj()));
       }));
   const ScopedConnection removals(
-      top->addListener<SettingsRemoveNodeEvent>([&](const SettingsRemoveNodeEvent& event) {
-        printer.print("removed", event.getObj(), pathBelow(event.getParentObj(), event.getObj()));
+      top->addListener<SettingsRemoveNodeEvent>([printer](const SettingsRemoveNodeEvent& event) {
+        printer->print("removed", event.getObj(), pathBelow(event.getParentObj(), event.getObj()));
       }));
   std::cerr << "Watching; Ctrl+C ends." << std::endl;
   int signal = 0;

@@ -202,8 +202,9 @@ class CommandLineTest(unittest.TestCase):
             self.assertRegex(done.stderr, error)
         self.assertEqual(self.json("tree", "editor")[1]["value"], 13)
         self.assertEqual(self.json("list"), ["editor.", "largest", "limit"])
-        full = subprocess.run([PROGRAM, "tree"], stdout=open("/dev/full", "w", encoding="utf-8"),
-                              stderr=subprocess.PIPE, check=False, env=self.environment)
+        with open("/dev/full", "w", encoding="utf-8") as full_device:
+            full = subprocess.run([PROGRAM, "tree"], stdout=full_device, stderr=subprocess.PIPE,
+                                  check=False, env=self.environment)
         self.assertEqual(full.returncode, 4)
 
     def test_dump_and_load(self):
@@ -249,7 +250,7 @@ class CommandLineTest(unittest.TestCase):
             self.assertEqual(watch.stdout.readline(), "changed editor.fontSize = 13\n")
             self.expect(0, "", "set", "fresh", "1", "--type", "int")
             self.assertEqual(watch.stdout.readline(), "added fresh = 1\n")
-            self.assertEqual(watch.wait(60), 0)
+            self.assertEqual(watch.wait(60), 0, watch.stderr.read())
 
     @unittest.skipIf(os.geteuid() != 0, "only the superuser works in place of another user")
     def test_another_users_directory(self):
