@@ -4,6 +4,7 @@
 
 #include "bridge/java_layer.h"
 #include "nativesettings/paths.h"
+#include "nativesettings/refusal_reason.h"
 #include "values/java/class_records.h"
 
 namespace nativesettings {
@@ -50,6 +51,11 @@ void FailureTranslator::withPath(jzi::ConsInfo& cls, const char* prefix) const {
   if (prepare(path)) throwJavaExceptionHelper(env_, classFor(cls), (prefix + path).c_str());
 }
 
+void FailureTranslator::withReason(jzi::ConsInfo& cls, const std::string& reason) const {
+  const RefusalReason scope(reason);
+  withPath(cls);
+}
+
 void FailureTranslator::withMessage(jzi::ConsInfo& cls, const std::string& message) const {
   std::string path;
   if (prepare(path)) throwJavaExceptionHelper(env_, classFor(cls), message.c_str());
@@ -59,6 +65,8 @@ void FailureTranslator::withDetail(jzi::ConsInfo& cls, const char* prefix,
                                    const std::string& detail) const {
   std::string path;
   if (!prepare(path)) return;
+  const std::string reason = path + ": " + detail;
+  const RefusalReason scope(reason);
   throwJavaExceptionMessageHelper(env_, prefix, path.c_str(), detail, classFor(cls));
 }
 

@@ -36,9 +36,12 @@ class FailureTranslator {
 
   // Raises an exception of the class with the dotted path, after the prefix.
   void withPath(jzi::ConsInfo& cls, const char* prefix = "") const;
+  // Does the same, and has the host's text ready for the exception's constructor
+  // (refusal_reason.h).
+  void withReason(jzi::ConsInfo& cls, const std::string& reason) const;
   void withMessage(jzi::ConsInfo& cls, const std::string& message) const;
   // Raises an exception in the form of throwJavaExceptionMessageHelper, with the dotted path as
-  // name.
+  // name. The reason for its constructor is the path with the detail.
   void withDetail(jzi::ConsInfo& cls, const char* prefix, const std::string& detail) const;
   // Raises nothing of its own; deals with a pending exception as the others do.
   void swallow() const;
@@ -78,12 +81,12 @@ void translating(const FailureTranslator& translator, Body&& body) {
     translator.withPath(runtimeException, "Unsupported level for ");
   } catch (const Failure<ValueNotDefinedForGivenLevel>&) {
     translator.withPath(settingNotFoundException);
-  } catch (const Failure<DefaultValidationFailedOnVoidType>&) {
-    translator.withPath(settingValidationException);
+  } catch (const Failure<DefaultValidationFailedOnVoidType>& e) {
+    translator.withReason(settingValidationException, e.GetMessageTxt());
   } catch (const Failure<ErrorAddingChildNodeOrKey>&) {
     translator.withPath(settingNameDuplicationException);
-  } catch (const Failure<CantModifyValuesOnReadOnlyLevel>&) {
-    translator.withPath(settingAccessException);
+  } catch (const Failure<CantModifyValuesOnReadOnlyLevel>& e) {
+    translator.withReason(settingAccessException, e.GetMessageTxt());
   } catch (const Failure<CannotMergeWithNodeContainsChildren>&) {
     translator.withPath(unsupportedOperationException, "Path already contains children: ");
   } catch (const Failure<SaxParseException>& e) {

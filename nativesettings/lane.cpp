@@ -7,6 +7,7 @@
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
 #include "nativesettings/native_row.h"
+#include "nativesettings/refusal_reason.h"
 #include "service/change_counters.h"
 
 namespace nativesettings {
@@ -28,6 +29,11 @@ jobject changeCounters(JNIEnv* env, jclass) {
 
 jboolean wasRefused(JNIEnv*, jclass) { return NativeFrame::wasRefused(); }
 
+jstring refusalReason(JNIEnv* env, jclass) {
+  const std::string* const reason = RefusalReason::current();
+  return reason ? env->NewStringUTF(reason->c_str()) : nullptr;
+}
+
 }  // namespace
 
 void registerLane(JNIEnv* env) {
@@ -39,6 +45,7 @@ void registerLane(JNIEnv* env) {
       nativeRow("librariesVersion", "()Ljava/lang/String;", &librariesVersion),
       nativeRow("changeCounters", "()Ljava/nio/ByteBuffer;", &changeCounters),
       nativeRow("wasRefused", "()Z", &wasRefused),
+      nativeRow("refusalReason", "()Ljava/lang/String;", &refusalReason),
   };
   methods.insert(methods.end(), laneKeyMethods().begin(), laneKeyMethods().end());
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());

@@ -50,9 +50,10 @@ run_clang() {
 
 run_cluster() {
   scripts/install_packages.sh cluster
-  scripts/build.sh dev --target cluster_tests history_test
+  scripts/build.sh dev --target cluster_tests history_test settings_java_tests
   echo "== cluster: testing"
   build/dev/tests/cluster/cluster_tests --gtest_brief=1
+  tests/cluster/java.sh build/dev
   build/dev/tests/cluster/history_test "${HISTORY_SECONDS:-60}"
 }
 

@@ -3,11 +3,13 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -46,6 +48,19 @@ std::string_view takeUntil(std::string_view& text, char end) {
   const std::string_view taken = text.substr(0, at);
   text.remove_prefix(std::min(at + 1, text.size()));
   return taken;
+}
+
+// Makes the missing directories of the file, for their owner only. Another user, such as root,
+// makes none: the owner could not use them.
+void makeDirectoriesOf(const std::string& file) {
+  std::filesystem::path made;
+  for (const auto& part : std::filesystem::path(file).parent_path()) {
+    struct stat above;
+    const bool isOwner =
+        stat(made.empty() ? "." : made.c_str(), &above) == 0 && above.st_uid == geteuid();
+    made /= part;
+    if (isOwner) mkdir(made.c_str(), 0700);
+  }
 }
 
 template <class Number>
@@ -248,6 +263,7 @@ void LocalCopy::writeAll(const std::vector<KeyValue>& items) const {
     if (isLineKey(key)) addLine(text, item.modified, key, base64From(item.value));
   }
   addEnd(text);
+  makeDirectoriesOf(file_);
   write(text);
 }
 

@@ -33,6 +33,15 @@ final class NativeCall implements AutoCloseable {
         }
     }
 
+    /**
+     * Returns the message for an exception: the service's reason if a native method is making the
+     * exception, else the given message.
+     */
+    static String reasonOr(String message) {
+        String reason = NativeLibrary.isLoaded() ? NativeLane.refusalReason() : null;
+        return reason == null ? message : reason;
+    }
+
     /** Returns the exception for a call that returned no result. */
     static IllegalStateException unanswered(Object subject) {
         return new IllegalStateException("The settings service returned nothing for " + subject

@@ -41,6 +41,14 @@ final class NativeLane {
     static native boolean wasRefused();
 
     /**
+     * Returns the service's text for the exception that a native method is making on this thread,
+     * whose message may have the path only.
+     *
+     * @return null if no native method is making one
+     */
+    static native String refusalReason();
+
+    /**
      * Binds the key at a path below a root, whether it exists or not.
      *
      * @return the bound key, which the caller releases; 0 if the service cannot bind keys

@@ -38,6 +38,10 @@ final class NativeLibrary {
             new Loader().runToTheEnd();
     }
 
+    static boolean isLoaded() {
+        return ready;
+    }
+
     private static synchronized String loadOnce() throws Exception {
         if (ready || failure != null)
             return failure;

@@ -1,8 +1,9 @@
 package com.velonix.services.settings;
 
 /**
- * Thrown if the level is read-only, or a read-only file defines the entry. The message is the
- * dotted path of the entry.
+ * Thrown if the entry cannot be changed at the level: the level is read-only, a read-only file
+ * defines the entry, or the user lacks the permission. The message names the entry and the level
+ * and gives the reason.
  */
 public class SettingAccessException extends SettingException {
     private static final long serialVersionUID = 1;
@@ -13,6 +14,6 @@ public class SettingAccessException extends SettingException {
      * @param message the failed operation and the reason
      */
     public SettingAccessException(String message) {
-        super(message);
+        super(NativeCall.reasonOr(message));
     }
 }

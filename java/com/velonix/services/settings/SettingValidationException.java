@@ -13,6 +13,6 @@ public class SettingValidationException extends SettingException {
      * @param message the failed operation and the reason
      */
     public SettingValidationException(String message) {
-        super(message);
+        super(NativeCall.reasonOr(message));
     }
 }

@@ -4,6 +4,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Map;
 
 /** Runs programs in a JVM of their own. */
 final class ChildJvm {
@@ -18,16 +19,31 @@ final class ChildJvm {
      */
     static String run(Class<?> program, Path folder, String jar, String... options)
             throws Exception {
-        Path output = folder.resolve("output");
-        builder(program, folder, jar, options).redirectOutput(output.toFile()).start().waitFor();
-        String text = Files.readString(output);
-        Files.delete(output);
-        return text;
+        return outputOf(builder(program, folder, jar, options), folder);
+    }
+
+    /**
+     * Runs a program with the classes and libraries of this process, and further variables of the
+     * environment.
+     */
+    static String run(Class<?> program, Path folder, Map<String, String> environment)
+            throws Exception {
+        ProcessBuilder builder = builder(program, folder, apiClasses(), librariesOption());
+        builder.environment().putAll(environment);
+        return outputOf(builder, folder);
     }
 
     /** Starts a program with the classes of this process. The caller ends it. */
     static Process start(Class<?> program, Path folder) throws Exception {
         return builder(program, folder, apiClasses()).start();
+    }
+
+    private static String outputOf(ProcessBuilder builder, Path folder) throws Exception {
+        Path output = folder.resolve("output");
+        builder.redirectOutput(output.toFile()).start().waitFor();
+        String text = Files.readString(output);
+        Files.delete(output);
+        return text;
     }
 
     private static ProcessBuilder builder(
@@ -43,8 +59,11 @@ final class ChildJvm {
 
     /** Runs a program with the classes and libraries of this process. */
     static String run(Class<?> program, Path folder) throws Exception {
-        return run(program, folder, apiClasses(),
-                "-Djava.library.path=" + System.getProperty("java.library.path"));
+        return run(program, folder, Map.of());
+    }
+
+    private static String librariesOption() {
+        return "-Djava.library.path=" + System.getProperty("java.library.path");
     }
 
     static String apiClasses() throws Exception {
