@@ -12,6 +12,7 @@ namespace {
 
 using zlutil::settings::Explanation;
 using zlutil::settings::LevelExplanation;
+using zlutil::settings::SettingLock;
 
 struct ReadOptions {
   std::string path;
@@ -98,17 +99,33 @@ std::string validatorText(const Explanation& explanation) {
          (explanation.validatorPath.empty() ? "the root" : explanation.validatorPath);
 }
 
+Json jsonOfLock(const std::optional<SettingLock>& lock) {
+  if (!lock) return {};
+  return {{"path", lock->path},
+          {"level", lock->level},
+          {"reason", lock->reason},
+          {"source", lock->source}};
+}
+
+std::string lockText(const std::optional<SettingLock>& lock) {
+  if (!lock) return "none";
+  return "\"" + lock->path + "\" at the level " + lock->level + ", in " + lock->source +
+         (lock->reason.empty() ? "" : ": " + lock->reason);
+}
+
 Json jsonOfExplanation(const Explanation& explanation) {
   Json levels = Json::array();
   for (const LevelExplanation& level : explanation.levels) {
     Json json = {{"level", level.level}, {"value", jsonOf(level.value)}};
     json["inEffect"] = level.isInEffect;
+    json["locked"] = level.isLocked;
     json["source"] = level.source.empty() ? Json() : Json(level.source);
     json["readOnly"] = level.readOnlyReason.empty() ? Json() : Json(level.readOnlyReason);
     levels.push_back(json);
   }
   Json json = {{"path", explanation.path}, {"type", typeNameOf(explanation.kind)}};
   json["validator"] = explanation.validator.empty() ? Json() : Json(explanation.validator);
+  json["lock"] = jsonOfLock(explanation.lock);
   json["levels"] = levels;
   return json;
 }
@@ -119,7 +136,8 @@ void explain(const SettingsPtr& root, const ReadOptions& options) {
   if (options.asJson) return print(jsonOfExplanation(explanation));
   const std::string type = typeNameOf(explanation.kind);
   std::cout << explanation.path << "\n  type: " << (type.empty() ? "not fixed yet" : type)
-            << "\n  validator: " << validatorText(explanation) << '\n';
+            << "\n  validator: " << validatorText(explanation)
+            << "\n  lock: " << lockText(explanation.lock) << '\n';
   std::string inEffect;
   for (const LevelExplanation& level : explanation.levels) {
     std::cout << "  " << level.level << ": ";
@@ -131,6 +149,8 @@ void explain(const SettingsPtr& root, const ReadOptions& options) {
       if (level.isInEffect) {
         inEffect = level.level;
         std::cout << " (in effect)";
+      } else if (level.isLocked) {
+        std::cout << " (no effect: the key is locked)";
       } else {
         std::cout << " (hidden by the level " << inEffect << ')';
       }

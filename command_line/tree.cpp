@@ -11,14 +11,13 @@
 #include "command_line/program_error.h"
 #include "service/context.h"
 #include "service/identifier.h"
-#include "service/levels.h"
+#include "service/locks.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
 
 namespace command_line {
 namespace {
 
-using zlutil::settings::SettingsLevelManager;
 using zlutil::settings::ZSettings;
 
 std::vector<std::string> namesOf(const std::string& path) {
@@ -111,11 +110,7 @@ void addBelowNewNodes(const SettingsPtr& root, const std::string& path,
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('.') + 1); }
 
 std::string effectiveLevel(const KeyInNode& key) {
-  for (const std::string& level :
-       SettingsLevelManager::getSettingsLevelManagerInstance()->getAllLevelNames()) {
-    if (key.node->isSet(key.name, level)) return level;
-  }
-  return "";
+  return zlutil::settings::effectiveLevelOf(key.node->getChild(key.name));
 }
 
 }  // namespace command_line

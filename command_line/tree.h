@@ -42,7 +42,7 @@ void addBelowNewNodes(const SettingsPtr& root, const std::string& path,
 // Returns the last name of a path.
 std::string nameOf(const std::string& path);
 
-// Returns the name of the first level at which the key has a value; empty if there is none.
+// Returns the name of the level of the effective value; empty if there is none.
 std::string effectiveLevel(const KeyInNode& key);
 
 // Calls `use(entry, depth)` for each entry below the node, in name order, parents first.

@@ -4,6 +4,7 @@
 
 #include "bridge/java_layer.h"
 #include "nativesettings/frame.h"
+#include "nativesettings/lane_facts.h"
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
 #include "nativesettings/native_row.h"
@@ -49,6 +50,7 @@ void registerLane(JNIEnv* env) {
   };
   methods.insert(methods.end(), laneKeyMethods().begin(), laneKeyMethods().end());
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());
+  methods.insert(methods.end(), laneFactMethods().begin(), laneFactMethods().end());
   static_cast<void>(jzi::registerNativesImpl(env, {kLaneClass, methods.size(), methods.data()}));
 }
 

@@ -4,10 +4,12 @@
 
 #include <boost/any.hpp>
 #include <boost/shared_ptr.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/export.h"
+#include "service/locks.h"
 #include "service/settings_fwd.h"
 
 namespace zlutil {
@@ -18,10 +20,11 @@ struct LevelExplanation {
   std::string level;
   boost::any value;         // empty if the level has none
   bool isInEffect = false;  // whether this is the effective value
+  bool isLocked = false;    // whether the level has no effect because of the key's lock
   // Where the value comes from: a file with line and column, a database, or the memory of this
   // process. Empty if there is no value.
   std::string source;
-  std::string readOnlyReason;  // empty if the level can be changed
+  std::string readOnlyReason;  // why the level is read-only; empty if it is not
 };
 
 struct Explanation {
@@ -29,6 +32,7 @@ struct Explanation {
   int kind = 0;                          // of values/value_kinds.h; 0 if it is not fixed yet
   std::string validator;                 // the effective one, as text; empty if there is none
   std::string validatorPath;             // the entry that has the validator
+  std::optional<SettingLock> lock;       // that counts for the key
   std::vector<LevelExplanation> levels;  // all of them, the highest first
 };
 

@@ -148,7 +148,7 @@ class BoundKeyInTree final : public BoundKey {
     if (level < 0 || level >= kLevelCount) return nullptr;
     if (tree().isReadOnly(level) || tree().store(level).keepsChanges()) return nullptr;
     Key* const key = find();
-    return key && key->isAttached() ? key : nullptr;
+    return key && key->isAttached() && level >= key->firstLevel() ? key : nullptr;
   }
 
   const NodePtr root_;

@@ -127,7 +127,7 @@ class Application {
     }
     present.setDefinedAt(level_);
     if (!present.validator() && !root_.tree().externalEvents()) {
-      present.setValidator(makeValidator(change.validator));
+      present.setDefinition(level_, definitionWith(makeValidator(change.validator)));
     }
     if (change.isKey && change.kind != boostany::kNoValue)
       (*this)(FixKind{change.path, change.kind});
@@ -140,9 +140,15 @@ class Application {
   }
 
   EntryPtr make(const std::string& name, const DefineEntry& change) const {
-    const ValidatorPtr validator = makeValidator(change.validator);
-    if (!change.isKey) return boost::make_shared<Node>(root_.treePtr(), name, true, validator);
-    return boost::make_shared<Key>(root_.treePtr(), name, change.kind, true, validator);
+    const TreePtr& tree = root_.treePtr();
+    EntryPtr entry;
+    if (change.isKey) {
+      entry = boost::make_shared<Key>(tree, name, change.kind, true, ValidatorPtr());
+    } else {
+      entry = boost::make_shared<Node>(tree, name, true, ValidatorPtr());
+    }
+    entry->setDefinition(level_, definitionWith(makeValidator(change.validator)));
+    return entry;
   }
 
   void exchange(Key& key, boost::any value) {

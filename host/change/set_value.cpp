@@ -64,6 +64,7 @@ class Target {
     ReadLock lock(node_.tree().lock());
     // If another key stands at the address of the one that was found, the checks are of that key.
     if (node_.child(name_) != key_ || !key_->isAttached()) return false;
+    if (level_ < key_->firstLevel()) return false;
     if (!value_) return !key_->value(level_).empty();
     const int kind = key_->kind();
     return key_->effectiveValidator() == validator_ &&

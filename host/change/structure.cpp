@@ -37,7 +37,7 @@ void checkCanStand(const Node& parent, const Entry& entry, int height) {
 
 bool canStand(const Node& parent, const Entry& entry, int height) {
   ReadLock lock(parent.tree().lock());
-  return parent.isAttached() && !parent.child(entry.name()) &&
+  return parent.isAttached() && !parent.child(entry.name()) && parent.firstLevel() <= kUser &&
          parent.depth() + 1 + height <= kMaxDepth;
 }
 
@@ -165,9 +165,10 @@ void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::str
   // Created before the lock is acquired: if copying fails, the half-made copy must be destroyed
   // without the lock.
   const auto copy =
-      boost::make_shared<Node>(treePtr(), name, from->canHaveListeners(), from->validator());
+      boost::make_shared<Node>(treePtr(), name, from->canHaveListeners(), ValidatorPtr());
   {
     ReadLock lock(from->tree().lock());
+    copy->setDefinition(kUser, definitionWith(from->validator()));
     copyChildren(static_cast<const Node&>(*from), *copy);
   }
   moveToWritableLevels(*copy, tree());
@@ -212,6 +213,7 @@ bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isK
   const auto isPossible = [&] {
     ReadLock lock(tree.lock());
     if (!parent.isAttached() || parent.child(name) != found) return false;
+    if (found->firstLevel() > kUser) return false;
     audience = audienceOfRemoval(*found);
     return found->isKey() == isKey;
   };

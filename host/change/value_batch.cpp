@@ -43,9 +43,14 @@ bool ValueBatch::resolve() {
   ReadLock lock(tree_.lock());
   for (std::size_t position = 0; position < values_.size(); ++position) {
     Key* const key = keyAt(position);
-    candidates_.push_back({key, &values_[position].second, key ? parentOf(*key) : 0});
-    if (key && validatorOf(candidates_.back())) hasValidators_ = true;
-    if (!key || isReadOnly || !fits(candidates_.back())) refused_.push_back(position);
+    candidates_.push_back({key, &values_[position].second, key ? parentOf(*key) : 0, {}});
+    Candidate& candidate = candidates_.back();
+    if (key) {
+      candidate.validator = key->validator();
+      if (!candidate.validator) candidate.validator = parents_[candidate.parent].validator;
+      if (candidate.validator) hasValidators_ = true;
+    }
+    if (!key || isReadOnly || !fits(candidate)) refused_.push_back(position);
   }
   return refused_.empty();
 }
@@ -66,17 +71,13 @@ std::size_t ValueBatch::parentOf(const Key& key) {
   return parents_.size() - 1;
 }
 
-const ValidatorPtr& ValueBatch::validatorOf(const Candidate& candidate) const {
-  const ValidatorPtr& own = candidate.key->validator();
-  return own ? own : parents_[candidate.parent].validator;
-}
-
 // Of several values for a key without a kind the first one fixes the kind.
 bool ValueBatch::fits(const Candidate& candidate) {
   const Key& key = *candidate.key;
   const bool isAttached = key.parent() ? parents_[candidate.parent].isAttached : !key.isRemoved();
   const int kind = boostany::kindOfValue(*candidate.value);
   if (!isAttached || kind == boostany::kNoValue) return false;
+  if (level_ && *level_ < key.firstLevel()) return false;
   if (key.kind() != boostany::kNoValue) return key.kind() == kind;
   return firstKinds_.emplace(&key, kind).first->second == kind;
 }
@@ -121,11 +122,10 @@ void ValueBatch::checkKey(std::size_t position) const {
 }
 
 void ValueBatch::validate(const Candidate& candidate) const {
-  const ValidatorPtr& guard = validatorOf(candidate);
-  if (!guard) return;
+  if (!candidate.validator) return;
   const boost::shared_ptr<Settings> node = candidate.key->getParent();
   if (!node && parents_[candidate.parent].node) throw std::runtime_error(kRemoved);
-  runValidator(*guard, node, candidate.key->name(), *candidate.value);
+  runValidator(*candidate.validator, node, candidate.key->name(), *candidate.value);
 }
 
 }  // namespace zlutil::settings::host

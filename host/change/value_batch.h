@@ -16,6 +16,7 @@ class ValueBatch {
     Key* key;  // null when the value's entry is no key of the tree
     const boost::any* value;
     std::size_t parent;  // index in parents_ of the node that holds the key
+    ValidatorPtr validator;
   };
 
   // `level` is the level to change; none for a validation.
@@ -46,7 +47,6 @@ class ValueBatch {
   Key* keyAt(std::size_t position) const;
   bool fits(const Candidate& candidate);
   std::size_t parentOf(const Key& key);
-  const ValidatorPtr& validatorOf(const Candidate& candidate) const;
   void checkKey(std::size_t position) const;
   void validate(const Candidate& candidate) const;
 

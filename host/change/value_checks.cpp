@@ -1,5 +1,6 @@
 #include "host/change/value_checks.h"
 
+#include "host/tree/locks.h"
 #include "service/failures.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
@@ -12,7 +13,8 @@ using namespace KORVEN::settings::core;
 }  // namespace
 
 void checkWritable(const Entry& entry, int level) {
-  const std::string& reason = entry.tree().store(level).readOnlyReason();
+  if (entry.firstLevel() == kSession && !entry.tree().isReadOnly(level)) return;
+  const std::string reason = whyNotWritable(entry, level);
   if (!reason.empty()) {
     throw Failure<CantModifyValuesOnReadOnlyLevel>(entry.path(), levelName(level), reason);
   }

@@ -6,7 +6,8 @@
 
 namespace zlutil::settings::host {
 
-// Throws CantModifyValuesOnReadOnlyLevel if the level is read-only.
+// Throws CantModifyValuesOnReadOnlyLevel if the level is read-only, or the entry or a node above it
+// is locked.
 void checkWritable(const Entry& entry, int level);
 
 // Throws DefaultValidationFailedOnVoidType for an empty value, and ValidationFailure for a value

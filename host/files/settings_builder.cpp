@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "base/text.h"
+#include "host/tree/subtree.h"
 #include "service/identifier.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
@@ -81,7 +82,8 @@ std::string narrow(std::string_view utf8) { return *base::narrowFromUtf8(utf8); 
 
 }  // namespace
 
-SettingsBuilder::SettingsBuilder(const ParseRules& rules) : rules_(rules) {
+SettingsBuilder::SettingsBuilder(const ParseRules& rules, std::function<std::string()> position)
+    : rules_(rules), position_(std::move(position)) {
   nodes_.push_back(boost::make_shared<Node>(rules.tree, kStandaloneRootName, true, ValidatorPtr()));
   earlierNodes_.push_back(rules.earlier);
 }
@@ -197,10 +199,12 @@ void SettingsBuilder::beginSettings(const char* const* list) {
 }
 
 void SettingsBuilder::beginNode(const char* const* list) {
-  const char* const name = Attributes("node", list, {"name"}).require("name");
+  const Attributes attributes("node", list, {"name", "locked", "reason"});
+  const char* const name = attributes.require("name");
   checkName(name);
   checkAgainstEarlier(name, false, boostany::kNoValue);
   const auto node = boost::make_shared<Node>(rules_.tree, name, true, ValidatorPtr());
+  setLock(*node, attributes.find("locked"), attributes.find("reason"));
   add(node);
   const Node* const earlier = earlierNodes_.back();
   pushNode(node, earlier ? static_cast<const Node*>(earlier->child(name)) : nullptr);
@@ -214,7 +218,7 @@ void SettingsBuilder::pushNode(const NodePtr& node, const Node* earlier) {
 }
 
 void SettingsBuilder::beginKey(const char* const* list) {
-  const Attributes attributes("key", list, {"name", "type"});
+  const Attributes attributes("key", list, {"name", "type", "locked", "reason"});
   const char* const name = attributes.require("name");
   checkName(name);
   int kind = boostany::kNoValue;
@@ -225,6 +229,7 @@ void SettingsBuilder::beginKey(const char* const* list) {
   }
   checkAgainstEarlier(name, true, kind);
   key_ = boost::make_shared<Key>(rules_.tree, name, kind, true, ValidatorPtr());
+  setLock(*key_, attributes.find("locked"), attributes.find("reason"));
   add(key_);
   hasContent_ = false;
   states_.push_back(State::kKey);
@@ -340,7 +345,32 @@ void SettingsBuilder::setValidator(const ValidatorChoice& validator) {
   Entry& entry = key_ ? static_cast<Entry&>(*key_) : *nodes_.back();
   if (entry.validator()) fail("a second validator");
   if (hasContent_) fail("a validator stands before everything else in its entry");
-  entry.setValidator(makeValidator(validator));
+  define(entry, [&](Definition& part) { part.validator = makeValidator(validator); });
+}
+
+// Changes the part of the entry's definition that the file supplies.
+template <class Assign>
+void SettingsBuilder::define(Entry& entry, const Assign& assign) {
+  const DefinitionPtr present = entry.definition(rules_.level);
+  const boost::intrusive_ptr<Definition> part(present ? new Definition(*present) : new Definition);
+  assign(*part);
+  entry.setDefinition(rules_.level, part);
+}
+
+void SettingsBuilder::setLock(Entry& entry, const char* locked, const char* reason) {
+  const std::string_view is = locked ? locked : "false";
+  if (is != "true" && is != "false") {
+    fail(quoted(is) +
+         " is not a value of the attribute \"locked\", expected \"true\" or \"false\"");
+  }
+  if (is == "true") {
+    define(entry, [&](Definition& part) {
+      part.lock = Lock{narrow(reason ? reason : ""), position_()};
+    });
+    findFirstLevels(entry);
+  } else if (reason) {
+    fail("the attribute \"reason\" needs locked=\"true\"");
+  }
 }
 
 bool SettingsBuilder::keepsText() const {

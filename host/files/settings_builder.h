@@ -3,6 +3,7 @@
 // parser adds the position. Used by one parser, on one thread.
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,7 +21,8 @@ class FormatError : public std::runtime_error {
 
 class SettingsBuilder {
  public:
-  explicit SettingsBuilder(const ParseRules& rules);
+  // `position` returns the file with the line and column of the element that begins; narrow text.
+  SettingsBuilder(const ParseRules& rules, std::function<std::string()> position);
 
   // `attributes` are name, value, name, value, ..., null.
   void beginElement(std::string_view element, const char* const* attributes);
@@ -66,10 +68,14 @@ class SettingsBuilder {
   void checkName(const char* name) const;
   void checkAgainstEarlier(const char* name, bool isKey, int kind) const;
   void add(const EntryPtr& entry);
+  template <class Assign>
+  void define(Entry& entry, const Assign& assign);
+  void setLock(Entry& entry, const char* locked, const char* reason);
   void setValidator(const ValidatorChoice& validator);
   bool keepsText() const;
 
   const ParseRules rules_;
+  const std::function<std::string()> position_;
   std::vector<State> states_{State::kDocument};
   std::vector<NodePtr> nodes_;             // the open nodes, the root first
   std::vector<const Node*> earlierNodes_;  // the same nodes of earlier files, or null

@@ -24,7 +24,10 @@ constexpr char kAmpersand[] = "\"&\" is written \"&amp;\"";
 class SettingsParser::Handler {
  public:
   Handler(const ParseRules& rules, const std::string& shownName)
-      : rules_(rules), shownName_(shownName), builder_(rules), xml_(XML_ParserCreate(nullptr)) {
+      : rules_(rules),
+        shownName_(shownName),
+        builder_(rules, [this] { return position(); }),
+        xml_(XML_ParserCreate(nullptr)) {
     if (!xml_) throw std::bad_alloc();
     XML_SetUserData(xml_, this);
     XML_SetElementHandler(xml_, onBegin, onEnd);
@@ -70,6 +73,11 @@ class SettingsParser::Handler {
   NodePtr root() const { return builder_.root(); }
 
  private:
+  std::string position() const {
+    return shownName_ + ':' + std::to_string(XML_GetCurrentLineNumber(xml_)) + ':' +
+           std::to_string(XML_GetCurrentColumnNumber(xml_) + 1);
+  }
+
   // Stores a problem with the parser's position, which moves on after a stop.
   void noteProblem(const char* problem) {
     problem_ = problem;

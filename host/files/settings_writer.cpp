@@ -26,7 +26,11 @@ bool isXmlText(std::string_view utf8) {
 
 class Writer {
  public:
-  explicit Writer(const LevelSet& levels) : levels_(levels) {}
+  explicit Writer(const LevelSet& levels) : levels_(levels) {
+    for (int level = 0; level < kLevelCount; ++level) {
+      if (levels[level]) lowest_ = level;
+    }
+  }
 
   std::string write(const Node& top) {
     text_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<settings version=\"1\">\n";
@@ -41,7 +45,9 @@ class Writer {
       if (child->isKey()) {
         writeKey(static_cast<const Key&>(*child), indent);
       } else {
-        open("<node name=\"" + child->name() + "\">\n", indent);
+        open("<node name=\"" + child->name() + '"', indent);
+        writeLock(*child);
+        text_ += ">\n";
         writeValidator(*child, indent + 1);
         writeChildren(static_cast<const Node&>(*child), indent + 1);
         open("</node>\n", indent);
@@ -54,12 +60,28 @@ class Writer {
     if (key.kind() != boostany::kNoValue) {
       text_ += " type=\"" + std::string(boostany::kindName(key.kind())) + '"';
     }
+    writeLock(key);
     text_ += ">\n";
     writeValidator(key, indent + 1);
     for (int level = 0; level < kLevelCount; ++level) {
       if (levels_[level] && !key.value(level).empty()) writeValue(key, level, indent + 1);
     }
     open("</key>\n", indent);
+  }
+
+  void writeLock(const Entry& entry) {
+    const auto [lock, level] = entry.lock();
+    if (!lock || level != lowest_) return;
+    text_ += " locked=\"true\"";
+    writeAttribute(entry, "reason", lock->reason);
+  }
+
+  // Writes an attribute unless its text, narrow, is empty.
+  void writeAttribute(const Entry& entry, const std::string& name, const std::string& narrow) {
+    if (narrow.empty()) return;
+    text_ += ' ' + name + "=\"";
+    writeText(entry, boostany::textOfValue(narrow), true);
+    text_ += '"';
   }
 
   void writeValue(const Key& key, int level, int indent) {
@@ -137,6 +159,7 @@ class Writer {
   }
 
   const LevelSet levels_;
+  int lowest_ = kSession;  // of levels_: a file's locks are read back as those of its level
   std::string text_;
 };
 

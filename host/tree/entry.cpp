@@ -23,9 +23,10 @@ Entry::Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners,
     : tree_(std::move(tree)),
       id_(nextId()),
       name_(std::move(name)),
-      validator_(std::move(validator)),
       isKey_(isKey),
-      mayHaveListeners_(mayHaveListeners) {}
+      mayHaveListeners_(mayHaveListeners) {
+  if (validator) setDefinition(kUser, definitionWith(std::move(validator)));
+}
 
 std::string Entry::getPath() const {
   ReadLock lock(tree_->lock());
@@ -82,10 +83,51 @@ int Entry::depth() const {
   return depth;
 }
 
+DefinitionPtr Entry::definition(int level) const {
+  return definitions_ ? (*definitions_)[level] : DefinitionPtr();
+}
+
+const ValidatorPtr* Entry::findValidator() const {
+  for (int level = definitions_ ? kLevelCount : 0; level-- > 0;) {
+    const DefinitionPtr& part = (*definitions_)[level];
+    if (part && part->validator) return &part->validator;
+  }
+  return nullptr;
+}
+
+ValidatorPtr Entry::validator() const {
+  const ValidatorPtr* const found = findValidator();
+  return found ? *found : ValidatorPtr();
+}
+
+std::pair<const Lock*, int> Entry::lock() const {
+  for (int level = definitions_ ? kLevelCount : 0; level-- > 0;) {
+    const DefinitionPtr& part = (*definitions_)[level];
+    if (part && part->lock) return {part->lock.get_ptr(), level};
+  }
+  return {nullptr, kSession};
+}
+
+const Entry* Entry::locked() const {
+  const Entry* entry = firstLevel() == kSession ? nullptr : this;
+  while (entry && entry->lock().second != firstLevel()) entry = entry->parent_;
+  return entry;
+}
+
 ValidatorPtr Entry::effectiveValidator() const {
-  const Entry* entry = this;
-  while (!entry->validator_ && entry->parent_) entry = entry->parent_;
-  return entry->validator_;
+  const ValidatorPtr* found = nullptr;
+  for (const Entry* entry = this; entry && !found; entry = entry->parent_) {
+    found = entry->findValidator();
+  }
+  return found ? *found : ValidatorPtr();
+}
+
+void Entry::setDefinition(int level, DefinitionPtr definition) {
+  if (!definitions_) {
+    if (!definition) return;
+    definitions_ = std::make_unique<Definitions>();
+  }
+  (*definitions_)[level] = std::move(definition);
 }
 
 }  // namespace host

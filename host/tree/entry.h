@@ -5,14 +5,17 @@
 // tree's lock(). A thread that builds entries which no other thread knows needs no lock.
 #pragma once
 
+#include <array>
 #include <boost/intrusive/unordered_set_hook.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "host/tree/definition.h"
 #include "host/tree/tree.h"
-#include "host/tree/validation.h"
 #include "service/settings.h"
 
 namespace zlutil::settings::host {
@@ -30,6 +33,7 @@ using ValueRange = boost::iterator_range<SettingsValues::const_iterator>;
 
 class Entry : public Settings, public boost::enable_shared_from_this<Entry>, public ChildLink {
  public:
+  // `validator` is one that comes with the user level.
   Entry(TreePtr tree, std::string name, bool isKey, bool mayHaveListeners, ValidatorPtr validator);
 
   std::string getName() const override { return name_; }
@@ -49,8 +53,6 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   const std::string& name() const { return name_; }
   Tree& tree() const { return *tree_; }
   const TreePtr& treePtr() const { return tree_; }
-  const ValidatorPtr& validator() const { return validator_; }
-
   // The caller of the following holds the tree's lock(), at least for reading.
 
   // Null for a root and for a detached or removed entry.
@@ -66,6 +68,18 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   int depth() const;
   // Returns whether the store of that level has defined the entry.
   bool isDefinedAt(int level) const { return standing_ & (1u << level); }
+  // Returns the level's part of the definition; may be null.
+  DefinitionPtr definition(int level) const;
+  // The entry's own validator, which the lowest level that has one supplies; may be null.
+  ValidatorPtr validator() const;
+  // The first level whose values count: those above it are locked, here or at a node above.
+  int firstLevel() const { return standing_ >> kFirstLevelShift; }
+  // Returns the lock that the lowest level with one has set on this entry itself, and its level, or
+  // null and kSession.
+  std::pair<const Lock*, int> lock() const;
+  // Returns the nearest entry, upwards from this one, whose lock counts here; null if there is
+  // none.
+  const Entry* locked() const;
   // The entry's own validator, or else that of the nearest node above that has one; may be null.
   ValidatorPtr effectiveValidator() const;
 
@@ -75,22 +89,34 @@ class Entry : public Settings, public boost::enable_shared_from_this<Entry>, pub
   void clearDefinedAt(int level) { standing_ &= static_cast<std::uint8_t>(~(1u << level)); }
   void setParent(Node* parent) { parent_ = parent; }
   void setRemoved() { standing_ |= kRemoved; }
-  // The caller is building the entry.
-  void setValidator(ValidatorPtr validator) { validator_ = std::move(validator); }
+  // Replaces the level's part of the definition. If the lock is another one, findFirstLevels()
+  // (subtree.h) must follow.
+  void setDefinition(int level, DefinitionPtr definition);
+  void setFirstLevel(int level) {
+    const int rest = standing_ & ((1 << kFirstLevelShift) - 1);
+    standing_ = static_cast<std::uint8_t>(level << kFirstLevelShift | rest);
+  }
   // Moves this entry, with all entries below it, to another tree. No other thread knows the entry.
   virtual void moveToTree(const TreePtr& tree) { tree_ = tree; }
 
  private:
   static constexpr std::uint8_t kRemoved = 1u << kLevelCount;
+  static constexpr int kFirstLevelShift = kLevelCount + 1;
+  static_assert(kLevelCount << kFirstLevelShift <= 256, "standing_ holds a level beside the bits");
+
+  using Definitions = std::array<DefinitionPtr, kLevelCount>;
+
+  const ValidatorPtr* findValidator() const;
 
   TreePtr tree_;            // changes only before the entry is inserted
   Node* parent_ = nullptr;  // guarded by the tree
   const exchange::IDType id_;
   const std::string name_;
-  ValidatorPtr validator_;
+  std::unique_ptr<Definitions> definitions_;  // null if every part is; guarded by the tree
   const bool isKey_;
   const bool mayHaveListeners_;
-  // A bit for each level whose store has defined the entry, and kRemoved; guarded by the tree.
+  // A bit for each level whose store has defined the entry, kRemoved, and the first level that
+  // counts; guarded by the tree.
   std::uint8_t standing_ = 0;
 };
 

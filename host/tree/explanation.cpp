@@ -2,7 +2,7 @@
 
 #include <boost/variant/get.hpp>
 
-#include "host/tree/node.h"
+#include "host/tree/locks.h"
 #include "service/failures.h"
 
 namespace zlutil::settings {
@@ -47,13 +47,14 @@ Explanation explainKey(const boost::shared_ptr<Settings>& given) {
     pathInStore = key->pathBelowTop();
     explanation.kind = key->kind();
     explainValidator(*key, explanation);
-    bool isHidden = false;
+    explanation.lock = host::lockFor(*key);
+    const std::optional<int> inEffect = host::effectiveLevel(*key);
     for (int level = 0; level < host::kLevelCount; ++level) {
       LevelExplanation one;
       one.level = host::levelName(level);
       one.value = key->value(level);
-      one.isInEffect = !isHidden && !one.value.empty();
-      isHidden |= one.isInEffect;
+      one.isLocked = level < key->firstLevel();
+      one.isInEffect = level == inEffect;
       explanation.levels.push_back(std::move(one));
     }
   }

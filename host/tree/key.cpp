@@ -41,8 +41,8 @@ boost::shared_ptr<Settings> Key::findDescendant(const std::vector<std::string>& 
 }
 
 const boost::any& Key::effectiveValue() const {
-  for (const boost::any& value : values_) {
-    if (!value.empty()) return value;
+  for (int level = firstLevel(); level < kLevelCount; ++level) {
+    if (!values_[level].empty()) return values_[level];
   }
   return values_.back();
 }

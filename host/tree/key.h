@@ -33,7 +33,7 @@ class Key final : public Entry {
   int kind() const { return kind_; }
   // Empty if the level has none.
   const boost::any& value(int level) const { return values_[level]; }
-  // The value of the first level that has one; empty if none has.
+  // The value of the first level that counts and has one; empty if none has.
   const boost::any& effectiveValue() const;
 
   // The caller of the following holds the tree's lock() for writing.

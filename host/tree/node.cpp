@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "host/tree/subtree.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 
@@ -105,12 +106,14 @@ Entry* Node::atPath(std::string_view path) const {
 bool Node::insertChild(const EntryPtr& child) {
   if (!children_.insert(child)) return false;
   child->setParent(this);
+  if (firstLevel() != kSession) findFirstLevels(*child);
   return true;
 }
 
 bool Node::appendChild(const EntryPtr& child) {
   if (!children_.append(child)) return false;
   child->setParent(this);
+  if (firstLevel() != kSession) findFirstLevels(*child);
   return true;
 }
 

@@ -11,7 +11,10 @@ namespace {
 
 void mergeEntry(Entry& from, Entry& into, int level) {
   if (from.isDefinedAt(level)) into.setDefinedAt(level);
-  if (!into.validator()) into.setValidator(from.validator());
+  if (const DefinitionPtr part = from.definition(level)) {
+    into.setDefinition(level, completed(into.definition(level), *part));
+    findFirstLevels(into);
+  }
   if (!into.isKey()) {
     merge(static_cast<Node&>(from), static_cast<Node&>(into), level);
     return;
@@ -55,7 +58,7 @@ void copyChildren(const Node& source, Node& copy) {
       const Key& key = static_cast<const Key&>(*child);
       const auto twin = boost::make_shared<Key>(copy.treePtr(), key.name(), key.kind(),
                                                 key.canHaveListeners(), key.validator());
-      for (int level = 0; level < kLevelCount; ++level) {
+      for (int level = key.firstLevel(); level < kLevelCount; ++level) {
         boost::any value = key.value(level);
         if (!value.empty()) twin->replaceValue(level, value);
       }

@@ -6,6 +6,7 @@ command_line_test.py PROGRAM SCHEMA [TEST...]
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -13,6 +14,7 @@ import threading
 import unittest
 
 PROGRAM, SCHEMA = sys.argv[1], sys.argv[2]
+EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../examples/data")
 
 FACTORY = """<settings version="1">
   <node name="editor">
@@ -149,6 +151,31 @@ class CommandLineTest(unittest.TestCase):
         self.write("factory/wrong.xml", FACTORY.replace(">11<", ">x<"))
         done = self.run_program("explain", "editor.fontSize")
         self.assertIn(f"factory: 12, from {self.base}/factory/later.xml:3:37", done.stdout)
+
+    def test_locks(self):
+        self.expect(0, "", "set", "editor.fontSize", "20")
+        path = self.write("workgroup/lock.xml", """<settings version="1">
+  <node name="editor" locked="true" reason="Policy 7."/></settings>""")
+        self.expect(0, "13\n", "get", "editor.fontSize")
+        self.assertEqual(self.json("get", "editor.fontSize")["level"], "workgroup")
+        self.expect(3, "", "set", "editor.fontSize", "21", error=r'"user": "editor" is locked in '
+                    + re.escape(path) + r":2:3: Policy 7\.\n  ")
+        explained = self.json("explain", "editor.fontSize")
+        self.assertEqual(explained["lock"], {"path": "editor", "level": "workgroup",
+                                             "reason": "Policy 7.", "source": path + ":2:3"})
+        self.assertEqual([level["locked"] for level in explained["levels"]],
+                         [True, True, False, False])
+        text = self.run_program("explain", "editor.fontSize").stdout
+        self.assertIn(f'lock: "editor" at the level workgroup, in {path}:2:3: Policy 7.\n', text)
+        self.assertRegex(text, r"user: 20, from .*db \(no effect: the key is locked\)\n")
+        self.assertRegex(text, r"workgroup: 13, from .* \(in effect\)")
+        some = self.write("some.xml", FACTORY.replace(">11<", ">9<"))
+        self.expect(3, "", "load", some, error="editor.fontSize: .* is locked in")
+        os.remove(path)
+        self.expect(0, "20\n", "get", "editor.fontSize")
+        path = shutil.copy(f"{EXAMPLES}/policy.xml", f"{self.base}/workgroup")
+        self.expect(3, "", "set", "update.server", "http://mine", error='"update" is locked in '
+                    + re.escape(path) + r":3:3: Updates come from the site server\.\n")
 
     def test_changing(self):
         self.expect(0, "", "set", "editor.fontSize", "20")

@@ -113,4 +113,27 @@ final class NativeLane {
      * @return false if nothing was removed
      */
     static native boolean unset(long key, int level);
+
+    /**
+     * Returns the name of the level of a key's effective value.
+     *
+     * @return "" if there is no value; null if the service cannot tell or there is no such key
+     */
+    static native String effectiveLevel(long root, String[] path, String key);
+
+    /**
+     * Returns the lock that counts for an entry.
+     *
+     * @param key a child of the node at the path, or null for that node
+     * @return path, level, reason and source of the lock; no texts if there is none; null if there
+     *         is no such entry
+     */
+    static native String[] lockOf(long root, String[] path, String key);
+
+    /**
+     * Tells whether values of an entry can be changed at a level.
+     *
+     * @return 1 if they can, 0 if not, -1 if the service cannot tell, -2 if there is no such entry
+     */
+    static native int isWritable(long root, String[] path, String key, String level);
 }

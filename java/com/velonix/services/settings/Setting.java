@@ -128,15 +128,20 @@ public final class Setting<T> implements Listenable {
     /**
      * Returns the level of the effective value.
      *
-     * @return the first level that has a value; empty if none has
+     * @return the first level that has a value and counts (see {@link SettingLock}); empty if there
+     *     is none
      * @throws SettingNotFoundException if there is no such key
      * @throws SettingException if the settings service fails otherwise
      */
     public Optional<SettingLevel> level() throws SettingException {
         try (NativeCall call = new NativeCall(tree)) {
-            String level = nativeGetLevel(call.address, path(), name);
+            // The contract's native knows no locks, which leave levels without effect.
+            String level = NativeLane.effectiveLevel(call.address, path(), name);
+            if (level == null)
+                level = nativeGetLevel(call.address, path(), name);
             NativeCall.check(this);
-            return level == null ? Optional.empty() : Optional.of(SettingLevel.ofName(level));
+            return level == null || level.isEmpty() ? Optional.empty()
+                                                    : Optional.of(SettingLevel.ofName(level));
         }
     }
 
@@ -200,7 +205,7 @@ public final class Setting<T> implements Listenable {
      * @throws SettingNotFoundException if there is no such key
      * @throws SettingValidationException if a validator refuses the value, or the key has values of
      *     another class
-     * @throws SettingAccessException if the level is read-only
+     * @throws SettingAccessException if the level is read-only, or the key is locked for it
      * @throws SettingException if the change cannot be stored
      */
     public void set(T value, SettingLevel level) throws SettingException {
@@ -223,7 +228,7 @@ public final class Setting<T> implements Listenable {
      *
      * @param level the level to change
      * @throws SettingNotFoundException if there is no such key, or the level has no value
-     * @throws SettingAccessException if the level is read-only
+     * @throws SettingAccessException if the level is read-only, or the key is locked for it
      * @throws SettingException if the change cannot be stored
      */
     public void unset(SettingLevel level) throws SettingException {
@@ -236,6 +241,31 @@ public final class Setting<T> implements Listenable {
             nativeUnset(call.address, path(), name, levelName);
             NativeCall.check(this);
         }
+    }
+
+    /**
+     * Tells whether the value at a level can be changed: the level is not read-only, and no lock of
+     * a lower level counts. A validator may still refuse a value.
+     *
+     * @param level the level
+     * @return true if it can
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     * @throws UnsupportedOperationException if another settings service is used that cannot tell
+     */
+    public boolean isWritable(SettingLevel level) throws SettingException {
+        return EntryFacts.isWritable(tree, path(), name, level);
+    }
+
+    /**
+     * Returns the lock that counts for the key, its own or that of a node above it.
+     *
+     * @return the lock; empty if there is none
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public Optional<SettingLock> lock() throws SettingException {
+        return EntryFacts.lock(tree, path(), name);
     }
 
     @Override

@@ -2,7 +2,7 @@ package com.velonix.services.settings;
 
 /**
  * Thrown if the entry cannot be changed at the level: the level is read-only, a read-only file
- * defines the entry, or the user lacks the permission. The message names the entry and the level
+ * defines the entry, a lock of a lower level counts, or the user lacks the permission. The message names the entry and the level
  * and gives the reason.
  */
 public class SettingAccessException extends SettingException {

@@ -5,6 +5,7 @@ import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
+import java.util.Optional;
 
 /**
  * The path of a node in a settings tree. The object may exist without the node: each operation
@@ -223,7 +224,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * Removes an entry: a key, or a node with all entries below it.
      *
      * @param child the entry's name
-     * @throws SettingAccessException if a file of a read-only level defines it
+     * @throws SettingAccessException if a file of a read-only level defines it, or it is locked
      * @throws SettingException if the change cannot be stored
      */
     public void delete(String child) throws SettingException {
@@ -254,6 +255,29 @@ public final class SettingPath implements AutoCloseable, Listenable {
             NativeCall.check(this);
         }
         return parent.path(name);
+    }
+
+    /**
+     * Tells whether entries and values below the node can be changed at a level: the level is not
+     * read-only, and no lock of a lower level counts.
+     *
+     * @param level the level
+     * @return true if they can
+     * @throws SettingException if there is no node here
+     * @throws UnsupportedOperationException if another settings service is used that cannot tell
+     */
+    public boolean isWritable(SettingLevel level) throws SettingException {
+        return EntryFacts.isWritable(tree, names, null, level);
+    }
+
+    /**
+     * Returns the lock that counts for the node, its own or that of a node above it.
+     *
+     * @return the lock; empty if there is none
+     * @throws SettingException if there is no node here
+     */
+    public Optional<SettingLock> lock() throws SettingException {
+        return EntryFacts.lock(tree, names, null);
     }
 
     @Override
