@@ -40,9 +40,9 @@ std::string describeStranger(const Outcome& outcome) {
 
 // What one member has said.
 struct ClusterClient::Attempt {
-  enum Kind { kDone, kFailed, kRefused, kNeedsToken };
+  enum Kind { kDone, kFailed, kTooLong, kRefused, kNeedsToken };
   Kind kind;
-  bool isSent = false;
+  int sendings = 0;
   std::string text;  // the body if done, else the reason
   int code = 0;
 };
@@ -52,17 +52,18 @@ void ClusterClient::nextMember() { member_ = (member_ + 1) % options_.address.me
 ClusterClient::Attempt ClusterClient::attempt(const std::string& path, const std::string& body,
                                               SteadyTime deadline, milliseconds silence) {
   Outcome outcome = connection_.exchange({member() + path, token_, body}, deadline, silence);
-  const bool isSent = outcome.kind != Outcome::kNotSent;
-  if (outcome.kind != Outcome::kAnswer) return {Attempt::kFailed, isSent, outcome.reason};
+  const int sendings = outcome.sendings;
+  if (outcome.kind == Outcome::kTooLong) return {Attempt::kTooLong, sendings, outcome.reason};
+  if (outcome.kind != Outcome::kAnswer) return {Attempt::kFailed, sendings, outcome.reason};
   if (outcome.status == 200 && !outcome.body.empty() && outcome.body.front() == '{') {
-    return {Attempt::kDone, true, std::move(outcome.body)};
+    return {Attempt::kDone, sendings, std::move(outcome.body)};
   }
   const std::optional<EtcdError> error = parseError(outcome.body);
-  if (!error) return {Attempt::kFailed, true, describeStranger(outcome)};
+  if (!error) return {Attempt::kFailed, sendings, describeStranger(outcome)};
   const Attempt::Kind kind = isAboutToken(*error)  ? Attempt::kNeedsToken
                              : isTransient(*error) ? Attempt::kFailed
                                                    : Attempt::kRefused;
-  return {kind, true, error->message, error->code};
+  return {kind, sendings, error->message, error->code};
 }
 
 // Returns nothing if there is a token now, or none is needed; otherwise what has gone wrong.
@@ -74,52 +75,57 @@ std::optional<ClusterClient::Attempt> ClusterClient::obtainToken(SteadyTime dead
                           deadline, silence);
   if (asked.kind == Attempt::kDone) {
     std::optional<std::string> token = parseToken(asked.text);
-    if (!token) return Attempt{Attempt::kFailed, false, "it answers without a token"};
+    if (!token) return Attempt{Attempt::kFailed, 0, "it answers without a token"};
     token_ = std::move(*token);
     return std::nullopt;
   }
   isOpen_ = asked.code == EtcdError::kFailedPrecondition && has(asked.text, "not enabled");
   if (isOpen_) return std::nullopt;
-  asked.isSent = false;  // the request itself was not sent
+  asked.sendings = 0;  // of the request itself
   return asked;
 }
 
 std::string ClusterClient::ask(const std::string& path, const std::string& body,
                                const Patience& patience) {
   const SteadyTime deadline = std::chrono::steady_clock::now() + patience.all;
-  bool isSent = false;
+  int sendings = 0;  // earlier ones, which may have been successful
   std::string reason;
+  wasRepeated_ = false;
   for (std::size_t failures = 0;;) {
     if (connection_.isStopped()) {
-      throw ClusterError(isSent ? ClusterError::kUnknown : ClusterError::kAway, "the program ends");
+      throw ClusterError(sendings > 0 ? ClusterError::kUnknown : ClusterError::kAway,
+                         "the program ends");
     }
     std::optional<Attempt> made;
-    bool isRepeated = false;
-    for (;; isRepeated = true) {
+    bool isRetry = false;
+    for (;; isRetry = true) {
       made = obtainToken(deadline, patience.silence);
       if (made) break;
       made = attempt(path, body, deadline, patience.silence);
-      if (made->kind != Attempt::kNeedsToken || isRepeated || options_.credentials.user.empty()) {
+      if (made->kind != Attempt::kNeedsToken || isRetry || options_.credentials.user.empty()) {
         break;
       }
+      sendings += made->sendings - 1;  // etcd has refused the last one
       forgetToken();
       isOpen_ = false;
     }
+    // Of the last sending, this is the answer.
+    wasRepeated_ = sendings + std::max(made->sendings - 1, 0) > 0;
+    sendings += made->sendings;
     if (made->kind == Attempt::kDone) return std::move(made->text);
+    if (made->kind == Attempt::kTooLong) throw ClusterError(ClusterError::kTooLong, made->text);
     if (made->kind != Attempt::kFailed) {
-      // An earlier attempt may have been successful.
-      throw ClusterError(isSent ? ClusterError::kUnknown : ClusterError::kRefused, made->text,
+      throw ClusterError(wasRepeated_ ? ClusterError::kUnknown : ClusterError::kRefused, made->text,
                          made->code);
     }
-    isSent = isSent || made->isSent;
     reason = base::narrowFromUstring(base::to_ustring(member())) + ": " + made->text;
     nextMember();
     const bool isRound = ++failures % memberCount() == 0;
     const bool isLate = std::chrono::steady_clock::now() + kPause >= deadline;
-    if (isLate || (isRound && !isSent)) break;
+    if (isLate || (isRound && sendings == 0)) break;
     if (isRound) connection_.wait(std::chrono::steady_clock::now() + kPause);
   }
-  throw ClusterError(isSent ? ClusterError::kUnknown : ClusterError::kAway, reason);
+  throw ClusterError(sendings > 0 ? ClusterError::kUnknown : ClusterError::kAway, reason);
 }
 
 void ClusterClient::openWatch(const std::string& body, const GatewayConnection::Receiver& receive,

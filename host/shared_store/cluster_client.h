@@ -19,6 +19,7 @@ class ClusterError : public std::runtime_error {
   enum Kind {
     kAway,     // no member could be reached; nothing was sent
     kUnknown,  // sent, and without an answer that tells whether it was done
+    kTooLong,  // the answer is longer than is taken
     kRefused   // etcd has answered with an error; nothing was done
   };
   ClusterError(Kind kind, const std::string& reason, int code = 0)
@@ -35,6 +36,9 @@ struct ClusterOptions {
   ClusterAddress address;
   Credentials credentials;
   TlsFiles files;
+  std::size_t longestAnswer = 64u << 20;  // to a request, and of one line of a watch
+  // A watch that has brought no events for that long is checked for missing ones.
+  std::chrono::milliseconds quietTime{60000};
 };
 
 class ClusterClient {
@@ -46,11 +50,14 @@ class ClusterClient {
   };
 
   explicit ClusterClient(const ClusterOptions& options)
-      : options_(options), connection_(options.files) {}
+      : options_(options), connection_(options.files, options.longestAnswer) {}
 
   // Returns the answer's body, which is no error. Throws ClusterError. Gives up after one round if
   // no member can be reached.
   std::string ask(const std::string& path, const std::string& body, const Patience& patience);
+  // Returns whether etcd may have got the last request more than once, and so have done it before
+  // the answer to it.
+  bool wasRepeated() const { return wasRepeated_; }
 
   // Opens the stream of a watch on the present member. Throws ClusterError if there is no token.
   void openWatch(const std::string& body, const GatewayConnection::Receiver& receive,
@@ -78,6 +85,7 @@ class ClusterClient {
   std::size_t member_ = 0;
   std::string token_;
   bool isOpen_ = false;  // etcd has said that it knows no users
+  bool wasRepeated_ = false;
   GatewayConnection connection_;
 };
 

@@ -9,24 +9,21 @@
 
 #include "host/os/signals_blocked.h"
 #include "host/shared_store/line_splitter.h"
+#include "host/shared_store/process_exit.h"
 
 namespace zlutil::settings::host {
 namespace {
 
 using std::chrono::milliseconds;
-using std::chrono::seconds;
 using std::chrono::steady_clock;
 
 constexpr char kRange[] = "/v3/kv/range";
-constexpr std::int64_t kPage = 10000;  // keys
-constexpr std::size_t kLongestLine = 64u << 20;
+// The number of keys that are asked for at once, and the part of it if that answer is too long.
+constexpr std::int64_t kPage = 10000, kSmallerPage = 4;
 // How often the member of the stream is asked whether it is alive and current, and how long it may
 // take to answer.
 constexpr milliseconds kProbeEvery(2000), kProbeSilence(2000);
 constexpr ClusterClient::Patience kLoading{milliseconds(30000), milliseconds(5000)};
-// If a member has a later revision than the stream has shown, and the stream is silent for that
-// long, the stream is opened again: it may be stuck.
-constexpr seconds kStuckAfter(30);
 constexpr milliseconds kShortestPause(100), kLongestPause(2000);
 
 }  // namespace
@@ -36,7 +33,8 @@ struct ClusterWatch::Core {
       : client(options),
         prefix(options.address.keyPrefix()),
         end(rangeEndOf(prefix)),
-        lines(kLongestLine),
+        quietTime(options.quietTime),
+        lines(options.longestAnswer),
         random(std::random_device{}()) {}
 
   std::vector<KeyValue> load(const ClusterClient::Patience& patience);
@@ -44,7 +42,8 @@ struct ClusterWatch::Core {
   void runOnce();
   void follow();
   bool handle(const std::string& line);
-  void probe();
+  bool probe();
+  bool hasMissedNothing();
   void pause();
   void noteFailure(const std::string& reason, bool isOfAllMembers);
   void noteAnswers();
@@ -52,18 +51,21 @@ struct ClusterWatch::Core {
 
   ClusterClient client;
   const std::string prefix, end;
+  const milliseconds quietTime;
   ClusterListener* listener = nullptr;
   std::atomic<bool> stopped{false};
   std::thread thread;
 
   // The rest is used by the thread only, once there is one.
-  AnswerHeader seen;       // what the listener has
-  std::int64_t shown = 0;  // the last revision that the stream has mentioned
+  AnswerHeader seen;          // what the listener has
+  std::int64_t keys = 0;      // the number of keys at that revision
+  std::int64_t page = kPage;  // of a load
   bool mustLoad = true;
   bool isAway = false;
-  bool hasAnswered = false;  // the stream
-  std::size_t failures = 0;  // since a stream has lived for a while
-  SteadyTime lastEvents;
+  bool hasAnswered = false;    // the stream
+  bool isLineTooLong = false;  // of the stream
+  std::size_t failures = 0;    // since a stream has lived for a while
+  SteadyTime lastEvents;       // or the last check for missing ones
   LineSplitter lines;
   std::minstd_rand random;
 };
@@ -71,22 +73,30 @@ struct ClusterWatch::Core {
 std::vector<KeyValue> ClusterWatch::Core::load(const ClusterClient::Patience& patience) {
   const SteadyTime deadline = steady_clock::now() + patience.all;
   std::vector<KeyValue> items;
-  RangeRequest request{prefix, end, kPage};
+  RangeRequest request{prefix, end};
   AnswerHeader header;
   while (true) {
     const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
-    const std::string body =
-        client.ask(kRange, requestOf(request), {left, std::min(left, patience.silence)});
-    std::optional<RangeAnswer> page = parseRange(body);
-    if (!page) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
-    if (request.revision == 0) header = page->header;
-    std::move(page->found.begin(), page->found.end(), std::back_inserter(items));
-    if (!page->hasMore || page->found.empty()) break;
+    request.limit = page;
+    std::string body;
+    try {
+      body = client.ask(kRange, requestOf(request), {left, std::min(left, patience.silence)});
+    } catch (const ClusterError& failure) {
+      if (failure.kind() != ClusterError::kTooLong || page == 1) throw;
+      page = std::max<std::int64_t>(1, page / kSmallerPage);
+      continue;
+    }
+    std::optional<RangeAnswer> answer = parseRange(body);
+    if (!answer) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
+    if (request.revision == 0) header = answer->header;
+    std::move(answer->found.begin(), answer->found.end(), std::back_inserter(items));
+    if (!answer->hasMore || answer->found.empty()) break;
     // The other pages are of the same state.
     request.revision = header.revision;
     request.key = items.back().key + '\0';
   }
   seen = header;
+  keys = static_cast<std::int64_t>(items.size());
   mustLoad = false;
   return items;
 }
@@ -122,14 +132,18 @@ void ClusterWatch::Core::runOnce() {
 void ClusterWatch::Core::follow() {
   GatewayConnection& connection = client.connection();
   lines.clear();
-  shown = 0;
-  hasAnswered = false;
-  client.openWatch(watchRequest(prefix, end, seen.revision + 1),
-                   [this](std::string_view bytes) { return lines.feed(bytes); },
+  hasAnswered = isLineTooLong = false;
+  const auto receive = [this](std::string_view bytes) {
+    isLineTooLong = !lines.feed(bytes);
+    return !isLineTooLong;
+  };
+  client.openWatch(watchRequest(prefix, end, seen.revision + 1), receive,
                    {kProbeSilence, kProbeSilence});
   SteadyTime nextProbe = steady_clock::now() + kProbeEvery;
   lastEvents = steady_clock::now();
   while (!isStopped() && !mustLoad) {
+    mustLoad = isLineTooLong;  // every member would send the same line
+    if (mustLoad) return connection.closeStream();
     const bool isOpen = connection.isStreamOpen();
     if (!isOpen) lines.finish();
     for (const std::string& line : lines.take()) {
@@ -147,10 +161,7 @@ void ClusterWatch::Core::follow() {
         connection.closeStream();
         return noteFailure(silent, false);
       }
-      const std::string member = client.member();
-      probe();
-      const bool mustReopen = client.member() != member || shown == 0;
-      if (mustReopen) return connection.closeStream();
+      if (!probe()) return connection.closeStream();
       failures = 0;
       mustLoad = mustLoad || listener->onIdle();
       nextProbe = steady_clock::now() + kProbeEvery;
@@ -179,7 +190,6 @@ bool ClusterWatch::Core::handle(const std::string& line) {
   }
   mustLoad = answer->header.cluster != seen.cluster || answer->header.revision < seen.revision;
   if (mustLoad) return false;
-  shown = std::max(shown, answer->header.revision);
   if (answer->isCreated) {
     hasAnswered = true;
     noteAnswers();
@@ -194,6 +204,8 @@ bool ClusterWatch::Core::handle(const std::string& line) {
   if (!events.empty()) {
     for (const WatchEvent& event : events) {
       seen.revision = std::max(seen.revision, event.item.modified);
+      if (event.isDeletion) --keys;
+      if (!event.isDeletion && event.item.created == event.item.modified) ++keys;
     }
     lastEvents = steady_clock::now();
   } else if (isProgress) {
@@ -206,16 +218,34 @@ bool ClusterWatch::Core::handle(const std::string& line) {
 }
 
 // Asks the member of the stream for its revision; the answer needs a majority of the members. If it
-// fails, the client has gone on to another member.
-void ClusterWatch::Core::probe() {
+// fails, the client has gone on to another member. Returns whether the stream is of use.
+bool ClusterWatch::Core::probe() {
+  const std::string member = client.member();
   const std::string body =
       client.ask(kRange, requestOf({prefix, {}, 1}), {2 * kProbeSilence, kProbeSilence});
   const std::optional<RangeAnswer> answer = parseRange(body);
   if (!answer) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
   mustLoad = answer->header.cluster != seen.cluster || answer->header.revision < seen.revision;
-  const bool isStuck =
-      answer->header.revision > shown && steady_clock::now() - lastEvents > kStuckAfter;
-  if (isStuck) shown = 0;
+  const bool isQuiet =
+      answer->header.revision > seen.revision && steady_clock::now() - lastEvents >= quietTime;
+  if (!mustLoad && isQuiet && !hasMissedNothing()) return false;
+  return client.member() == member;
+}
+
+// Returns whether no key has changed since the revision that the listener has. The listener then
+// has the present revision, from which the stream can be opened again after a compaction. Otherwise
+// the stream may be stuck.
+bool ClusterWatch::Core::hasMissedNothing() {
+  RangeRequest later{prefix, end, 1};
+  later.changedSince = seen.revision + 1;
+  const std::optional<RangeAnswer> answer =
+      parseRange(client.ask(kRange, requestOf(later), kLoading));
+  if (!answer) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
+  lastEvents = steady_clock::now();
+  if (!answer->found.empty() || answer->count != keys) return false;
+  seen.revision = answer->header.revision;
+  listener->onEvents(seen, {});
+  return !isStopped();
 }
 
 void ClusterWatch::Core::pause() {
@@ -244,6 +274,8 @@ ClusterWatch::ClusterWatch(const ClusterOptions& options)
     : core_(std::make_shared<Core>(options)) {}
 
 ClusterWatch::~ClusterWatch() {
+  // In the child of a fork() the thread is missing, and the connections are those of the parent.
+  if (isForkedChild()) return;
   core_->stopped = true;
   core_->client.connection().stop();
   if (core_->thread.get_id() == std::this_thread::get_id()) {

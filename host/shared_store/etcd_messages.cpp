@@ -142,7 +142,8 @@ std::optional<EtcdError> parseError(std::string_view text) { return errorIn(obje
 std::optional<RangeAnswer> parseRange(std::string_view text) {
   const json object = objectIn(text);
   RangeAnswer answer;
-  if (!readHeader(object, answer.header) || !readKeyValues(object, answer.found)) {
+  if (!readHeader(object, answer.header) || !readKeyValues(object, answer.found) ||
+      !readNumber(object, "count", answer.count)) {
     return std::nullopt;
   }
   answer.hasMore = readFlag(object, "more");
@@ -222,27 +223,16 @@ std::string tokenRequest(std::string_view user, std::string_view password) {
   return json{{"name", user}, {"password", password}}.dump(-1, ' ', false, replace);
 }
 
-void TxnRequest::addCondition(std::string_view key, std::string_view end, std::int64_t known) {
-  conditions_ += size_ == 0 ? "{" : ",{";
-  addRange(conditions_, key, end);
+void TxnRequest::put(std::string_view key, std::string_view value, std::int64_t known) {
+  const bool isFirst = conditions_.empty();
+  conditions_ += isFirst ? "{" : ",{";
+  addMember(conditions_, "key", base64From(key));
   conditions_ += ",\"target\":\"MOD\",\"result\":\"LESS\"";
   addNumber(conditions_, "mod_revision", known + 1);
   conditions_ += '}';
-  if (size_++ != 0) operations_ += ',';
-}
-
-void TxnRequest::put(std::string_view key, std::string_view value, std::int64_t known) {
-  addCondition(key, {}, known);
-  operations_ += "{\"request_put\":{";
+  operations_ += isFirst ? "{\"request_put\":{" : ",{\"request_put\":{";
   addMember(operations_, "key", base64From(key));
   addMember(operations_, "value", base64From(value));
-  operations_ += "}}";
-}
-
-void TxnRequest::erase(std::string_view key, std::string_view end, std::int64_t known) {
-  addCondition(key, end, known);
-  operations_ += "{\"request_delete_range\":{";
-  addRange(operations_, key, end);
   operations_ += "}}";
 }
 

@@ -28,6 +28,7 @@ struct RangeAnswer {
   AnswerHeader header;
   std::vector<KeyValue> found;
   bool hasMore = false;
+  std::int64_t count = 0;  // of the keys in the range, also those that were not asked for
 };
 
 struct TxnAnswer {
@@ -85,21 +86,16 @@ std::string requestOf(const RangeRequest& range);
 std::string watchRequest(std::string_view key, std::string_view end, std::int64_t from);
 std::string tokenRequest(std::string_view user, std::string_view password);
 
-// A transaction: puts and deletions, if no key has been changed after a given revision. Otherwise a
-// range is read.
+// A transaction: puts, if no key has been changed after a given revision. Otherwise a range is
+// read.
 class TxnRequest {
  public:
-  // Both have the condition that the key, or no key of the range, has a later revision.
+  // Puts the value, on the condition that the key has no revision later than `known`.
   void put(std::string_view key, std::string_view value, std::int64_t known);
-  void erase(std::string_view key, std::string_view end, std::int64_t known);
-  std::size_t size() const { return size_; }
   std::string text(const RangeRequest& otherwise) const;
 
  private:
-  void addCondition(std::string_view key, std::string_view end, std::int64_t known);
-
   std::string conditions_, operations_;
-  std::size_t size_ = 0;
 };
 
 }  // namespace zlutil::settings::host

@@ -15,8 +15,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The longest answer to a request; a page of a load is far shorter.
-constexpr std::size_t kLongestAnswer = 64u << 20;
 constexpr milliseconds kLongestConnecting(1500);
 constexpr milliseconds kLongestStep(250);
 
@@ -49,7 +47,8 @@ class SigpipeBlocked {
 }  // namespace
 
 struct GatewayConnection::Transfer {
-  explicit Transfer(CURLM* connections) : multi(connections), easy(curl_easy_init()) {
+  Transfer(CURLM* connections, std::size_t longestAnswer)
+      : multi(connections), longest(longestAnswer), easy(curl_easy_init()) {
     if (!easy) throw std::bad_alloc();
   }
   ~Transfer() {
@@ -71,10 +70,11 @@ struct GatewayConnection::Transfer {
   // Returns why the transfer has ended; `whole` if all has arrived.
   std::string reason(const char* whole) const {
     if (result == CURLE_OK) return whole;
-    if (isTooLong) return "its answer is longer than 64 MB";
+    if (isTooLong) return "its answer is too long";
     return shownFileName(error[0] ? error : curl_easy_strerror(result));
   }
 
+  const std::size_t longest;  // of the body
   CURL* const easy;
   curl_slist* headers = nullptr;
   char error[CURL_ERROR_SIZE] = "";
@@ -85,14 +85,15 @@ struct GatewayConnection::Transfer {
   bool hasBytes = false;              // of a stream: since the last wait()
   std::string body;                   // of a request
   bool isTooLong = false;
+  int sendings = 0;  // of the request that have begun
   SteadyTime lastBytes;
 };
 
-GatewayConnection::GatewayConnection(const TlsFiles& files)
+GatewayConnection::GatewayConnection(const TlsFiles& files, std::size_t longestAnswer)
     : files_(files),
       multi_((prepareNetwork(), curl_multi_init())),
-      request_(std::make_unique<Transfer>(multi_)),
-      stream_(std::make_unique<Transfer>(multi_)) {}
+      request_(std::make_unique<Transfer>(multi_, longestAnswer)),
+      stream_(std::make_unique<Transfer>(multi_, longestAnswer)) {}
 
 GatewayConnection::~GatewayConnection() {
   // At the end of the process the libraries are gone already.
@@ -113,7 +114,7 @@ std::size_t GatewayConnection::onBytes(char* bytes, std::size_t size, std::size_
       transfer.hasBytes = true;
       return (*transfer.receive)(text) ? text.size() : 0;
     }
-    transfer.isTooLong = transfer.body.size() + text.size() > kLongestAnswer;
+    transfer.isTooLong = transfer.body.size() + text.size() > transfer.longest;
     if (transfer.isTooLong) return 0;
     transfer.body += text;
     return text.size();
@@ -122,11 +123,17 @@ std::size_t GatewayConnection::onBytes(char* bytes, std::size_t size, std::size_
   }
 }
 
+int GatewayConnection::onSending(void* transfer, char*, char*, int, int) {
+  ++static_cast<Transfer*>(transfer)->sendings;
+  return CURL_PREREQFUNC_OK;
+}
+
 void GatewayConnection::prepare(Transfer& transfer, const Post& post) {
   transfer.finish();
   transfer.post = post;
   transfer.body.clear();
   transfer.isTooLong = false;
+  transfer.sendings = 0;
   transfer.error[0] = '\0';
   transfer.lastBytes = std::chrono::steady_clock::now();
   CURL* const easy = transfer.easy;
@@ -153,6 +160,8 @@ void GatewayConnection::prepare(Transfer& transfer, const Post& post) {
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer.error);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &GatewayConnection::onBytes);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, &transfer);
+  curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &GatewayConnection::onSending);
+  curl_easy_setopt(easy, CURLOPT_PREREQDATA, &transfer);
   if (!files_.authority.empty()) {
     curl_easy_setopt(easy, CURLOPT_CAINFO, files_.authority.c_str());
   }
@@ -216,11 +225,13 @@ GatewayConnection::Outcome GatewayConnection::exchange(const Post& post, SteadyT
       late = "it does not answer";
     if (!late.empty()) break;
   }
-  curl_off_t sent = 0;  // when the first byte was about to be sent; 0 if none was
-  curl_easy_getinfo(transfer.easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
   curl_easy_getinfo(transfer.easy, CURLINFO_RESPONSE_CODE, &outcome.status);
   const bool isWhole = late.empty() && transfer.result == CURLE_OK;
-  outcome.kind = isWhole ? Outcome::kAnswer : sent > 0 ? Outcome::kNoAnswer : Outcome::kNotSent;
+  outcome.sendings = transfer.sendings;
+  outcome.kind = isWhole                 ? Outcome::kAnswer
+                 : transfer.isTooLong    ? Outcome::kTooLong
+                 : transfer.sendings > 0 ? Outcome::kNoAnswer
+                                         : Outcome::kNotSent;
   outcome.reason = late.empty() ? transfer.reason("") : late;
   if (isWhole) outcome.body = std::move(transfer.body);
   transfer.finish();

@@ -30,15 +30,17 @@ class GatewayConnection {
 
   // How a request has ended.
   struct Outcome {
-    // Nothing has been sent; sent, but no whole answer came; an answer.
-    enum Kind { kNotSent, kNoAnswer, kAnswer };
+    // Nothing has been sent; sent, but no whole answer came; the answer is too long; an answer.
+    enum Kind { kNotSent, kNoAnswer, kTooLong, kAnswer };
     Kind kind = kNotSent;
+    int sendings = 0;  // the library sends again if a connection that it has kept turns out closed
     std::string reason;  // why there is no answer; narrow text
     long status = 0;     // of HTTP
     std::string body;
   };
 
-  explicit GatewayConnection(const TlsFiles& files);
+  // An answer to a request that is longer than `longestAnswer` bytes is not taken.
+  GatewayConnection(const TlsFiles& files, std::size_t longestAnswer);
   ~GatewayConnection();
   GatewayConnection(const GatewayConnection&) = delete;
   GatewayConnection& operator=(const GatewayConnection&) = delete;
@@ -68,6 +70,7 @@ class GatewayConnection {
  private:
   struct Transfer;
   static std::size_t onBytes(char* bytes, std::size_t size, std::size_t count, void* transfer);
+  static int onSending(void* transfer, char*, char*, int, int);
 
   void prepare(Transfer& transfer, const Post& post);
   bool step(SteadyTime deadline);

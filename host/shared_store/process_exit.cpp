@@ -32,12 +32,8 @@ Uses& uses() {
   return instance.get();
 }
 
-// Returns whether this is a child of a fork(): it has no threads that use the network, and the
-// mutex may have been locked by one.
-bool isForked() { return getpid() != uses().process; }
-
 void endUses() {
-  if (isForked()) return;
+  if (isForkedChild()) return;
   Uses& all = uses();
   std::unique_lock<std::mutex> lock(all.mutex);
   all.isExiting = true;
@@ -57,8 +53,11 @@ void prepareNetwork() {
   static_cast<void>(once);
 }
 
+// The mutex may have been locked by a thread of the parent.
+bool isForkedChild() { return getpid() != uses().process; }
+
 bool isProcessExiting() {
-  if (isForked()) return true;
+  if (isForkedChild()) return true;
   const std::lock_guard<std::mutex> lock(uses().mutex);
   return uses().isExiting;
 }

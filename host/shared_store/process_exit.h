@@ -13,6 +13,10 @@ void prepareNetwork();
 // Returns whether the process is exiting, or is a child that has the state of its parent.
 bool isProcessExiting();
 
+// Returns whether this process is such a child: of a fork() since prepareNetwork(). It has none of
+// the threads.
+bool isForkedChild();
+
 // A scope in which a thread uses the network. `wake` is called, on another thread, when the process
 // exits; the scope must then end soon.
 class NetworkUse {

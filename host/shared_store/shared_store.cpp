@@ -1,69 +1,18 @@
 #include "host/shared_store/shared_store.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <ctime>
-#include <random>
+#include <iterator>
 #include <utility>
 
 #include "host/os/file_name.h"
 #include "host/os/log_error.h"
-#include "host/tree/level_order.h"
-#include "service/failures.h"
 
 namespace zlutil::settings::host {
 namespace {
 
-using namespace KORVEN::settings::core;
-using std::chrono::milliseconds;
-
-constexpr char kTxn[] = "/v3/kv/txn";
-constexpr char kRange[] = "/v3/kv/range";
-// How long a change waits for the cluster, and for one member.
-constexpr ClusterClient::Patience kWriting{milliseconds(10000), milliseconds(2000)};
-// How often a change is tried again because others have changed its keys.
-constexpr int kMostAttempts = 20;
 constexpr int kMostReports = 10;
 // The cluster's comings and goings are reported at most that often.
 constexpr auto kReportPause = std::chrono::seconds(30);
-
-std::string userName() {
-  std::vector<char> buffer(16 * 1024);
-  struct passwd record;
-  struct passwd* found = nullptr;
-  getpwuid_r(geteuid(), &record, buffer.data(), buffer.size(), &found);
-  return found ? found->pw_name : std::to_string(geteuid());
-}
-
-std::string machineName() {
-  char name[256] = "";
-  gethostname(name, sizeof name - 1);
-  return name;
-}
-
-std::string timeNow() {
-  const std::time_t now = std::time(nullptr);
-  struct tm parts;
-  char text[32];
-  gmtime_r(&now, &parts);
-  return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts));
-}
-
-std::string newCommitName() {
-  static std::random_device random;
-  char text[24];
-  const int size = std::snprintf(text, sizeof text, "%08x%08x", random(), random());
-  return std::string(text, static_cast<std::size_t>(size));
-}
-
-// Returns the name of the commit that wrote the document; "" if there is none.
-std::string commitOf(const KeyValue& item) {
-  std::string reason;
-  const std::optional<SettingDocument> document = parseDocument(item.value, reason);
-  return document ? document->commit : std::string();
-}
 
 Credentials credentialsIn(const std::string& file) {
   if (file.empty()) return {};
@@ -95,10 +44,7 @@ SharedStore::SharedStore(const SharedStoreOptions& options)
               }),
       copy_(options.directory, cluster_.address),
       writer_(cluster_),
-      origin_{cluster_.credentials.user, {}, machineName()},
-      watch_(std::make_unique<ClusterWatch>(cluster_)) {
-  if (origin_.user.empty()) origin_.user = userName();
-}
+      watch_(std::make_unique<ClusterWatch>(cluster_)) {}
 
 // Ends the thread first, because it uses the other members.
 SharedStore::~SharedStore() { watch_.reset(); }
@@ -112,8 +58,9 @@ void SharedStore::readAll(Node& root, int level) {
     const std::vector<KeyValue> found = watch_->load(header, options_.longestStart);
     items = read(found);
     copy_.replace(header, found);
+    progress_.advance(header.revision);
     base::MutexLock lock(mutex_);
-    seen_ = received_ = header.revision;
+    received_ = header.revision;
   } catch (const ClusterError& failure) {
     const std::optional<CopiedContent> copied = copy_.read();
     logError(name_ + " cannot be read: " + failure.what() +
@@ -217,7 +164,7 @@ void SharedStore::loadAgain() {
 
 // Brings what the watch has received into the tree. Returns what `receive` returns.
 bool SharedStore::deliver(const Receiver& receive) {
-  bool hasContent, isPossible = true;
+  bool hasContent;
   std::vector<Item> content, events;
   std::int64_t contentRevision, received;
   {
@@ -228,53 +175,23 @@ bool SharedStore::deliver(const Receiver& receive) {
     contentRevision = contentRevision_;
     received = received_;
   }
+  bool isPossible = true;
   try {
-    if (hasContent) isPossible = deliverContent(receive, std::move(content), contentRevision);
-    if (!events.empty()) isPossible = deliverEvents(receive, std::move(events)) && isPossible;
+    if (hasContent) {
+      isPossible =
+          receive({progress_.changesOfContent(std::move(content), contentRevision), true, name_});
+    }
+    Changes changes = progress_.changesOfEvents(std::move(events));
+    if (!changes.empty()) {
+      isPossible = receive({std::move(changes), false, name_}) && isPossible;
+    }
   } catch (...) {
     // The tree may have a part of it only.
     loadAgain();
     throw;
   }
-  seen_ = received;
-  for (auto item = ahead_.begin(); item != ahead_.end();) {
-    item = item->second.revision <= seen_ ? ahead_.erase(item) : std::next(item);
-  }
+  progress_.advance(received);
   return isPossible;
-}
-
-bool SharedStore::deliverContent(const Receiver& receive, std::vector<Item> content,
-                                 std::int64_t revision) {
-  // The revisions of a restored cluster are lower.
-  if (revision < seen_) ahead_.clear();
-  ExternalChanges external{{}, true, name_};
-  const auto add = [&](Changes& changes) {
-    std::move(changes.begin(), changes.end(), std::back_inserter(external.changes));
-  };
-  for (Item& item : content) {
-    const auto later = ahead_.find(item.path);
-    if (later == ahead_.end() || later->second.revision <= revision) add(item.changes);
-  }
-  for (const auto& [path, item] : ahead_) {
-    Changes changes = item.changes;
-    if (item.revision > revision) add(changes);
-  }
-  return receive(external);
-}
-
-bool SharedStore::deliverEvents(const Receiver& receive, std::vector<Item> events) {
-  ExternalChanges external{{}, false, name_};
-  for (Item& item : events) {
-    const auto later = ahead_.find(item.path);
-    if (later != ahead_.end() && later->second.revision >= item.revision) continue;
-    for (Change& change : item.changes) {
-      // A node that this key leaves empty may have got a key of this process meanwhile.
-      auto* const removal = std::get_if<RemoveSubtree>(&change);
-      if (removal && knownRevision(removal->path, true) > item.revision) removal->path = item.path;
-      external.changes.push_back(std::move(change));
-    }
-  }
-  return external.changes.empty() || receive(external);
 }
 
 void SharedStore::catchUp(const Receiver& receive) { deliver(receive); }
@@ -296,179 +213,6 @@ void SharedStore::look() {
   if (isCurrent()) return;
   const Watcher watcher = watcher_;
   watcher();
-}
-
-// Throws StoreFailure at once if no member answered last.
-void SharedStore::requireAnswers() {
-  base::MutexLock lock(mutex_);
-  if (away_.empty()) return;
-  throw Failure<StoreFailure>(name_, away_ + ". The change was not made.");
-}
-
-std::int64_t SharedStore::knownRevision(const std::string& path, bool withBelow) const {
-  std::int64_t known = 0;
-  if (withBelow) {
-    for (const auto& [other, item] : ahead_) {
-      if (other.compare(0, path.size() + 1, path + '.') == 0)
-        known = std::max(known, item.revision);
-    }
-  } else if (const auto item = ahead_.find(path); item != ahead_.end()) {
-    known = item->second.revision;
-  }
-  return std::max(known, seen_);
-}
-
-WritePlan SharedStore::plan(const Changes& changes, const std::string& commit) {
-  const auto validatorOf = [this](const std::string& path) {
-    base::MutexLock lock(mutex_);
-    const auto found = validators_.find(path);
-    return found == validators_.end() ? ValidatorChoice() : found->second;
-  };
-  return WritePlan(changes, validatorOf, commit);
-}
-
-bool SharedStore::apply(const Changes& changes, const Receiver& receive) {
-  if (!deliver(receive)) return false;
-  requireAnswers();
-  const std::string commit = newCommitName();
-  for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
-    // Made again each time, because others may have changed validators that documents keep.
-    const WritePlan planned = plan(changes, commit);
-    try {
-      bool isPossible = true;
-      if (tryCommitting(planned, receive, isPossible)) return true;
-      if (!isPossible) return false;
-    } catch (const ClusterError& failure) {
-      refuse(failure, planned);
-    }
-  }
-  throw Failure<StoreFailure>(
-      name_, std::string("others change the same settings all the time. The change was not made."));
-}
-
-// Returns whether the plan is stored. If not, others have changed some of its keys, and the tree
-// now has their changes.
-bool SharedStore::tryCommitting(const WritePlan& planned, const Receiver& receive,
-                                bool& isPossible) {
-  const std::string& prefix = cluster_.address.keyPrefix();
-  origin_.time = timeNow();
-  const TxnRequest request = planned.request(
-      prefix, origin_,
-      [this](const std::string& path, bool withBelow) { return knownRevision(path, withBelow); });
-  RangeRequest later = planned.range(prefix);
-  later.changedSince = seen_ + 1;
-  const std::optional<TxnAnswer> answer =
-      parseTxn(writer_.ask(kTxn, request.text(later), kWriting));
-  if (!answer) throw ClusterError(ClusterError::kUnknown, "the answer is not understood");
-  if (answer->succeeded) {
-    noteCommitted(planned, answer->header.revision);
-    return true;
-  }
-  if (wasCommitted(planned, *answer)) return true;
-  isPossible = takeLater(answer->found, receive);
-  return false;
-}
-
-// Returns whether the refused request has been stored all the same: its first sending was, its
-// answer was lost, and the second sending found it there.
-bool SharedStore::wasCommitted(const WritePlan& planned, const TxnAnswer& answer) {
-  for (const KeyValue& item : answer.found) {
-    if (commitOf(item) != planned.commit()) continue;
-    noteCommitted(planned, item.modified);
-    return true;
-  }
-  // Others may have overwritten all of it since. The history of one of its keys tells.
-  for (const KeyValue& item : answer.found) {
-    const std::optional<std::string> path = pathOf(cluster_.address.keyPrefix(), item.key);
-    const auto written = path ? planned.operations().find(*path) : planned.operations().end();
-    if (written == planned.operations().end() || written->second.isRemoval) continue;
-    try {
-      return isInHistory(item, knownRevision(*path, false), planned.commit());
-    } catch (const ClusterError& failure) {
-      throw ClusterError(ClusterError::kUnknown, failure.what());
-    }
-  }
-  return false;
-}
-
-// Returns whether a document of the key, of between the revision `known` and the item, is that of
-// the commit.
-bool SharedStore::isInHistory(const KeyValue& item, std::int64_t known, const std::string& commit) {
-  for (std::int64_t revision = item.modified - 1; revision > known;) {
-    const std::optional<RangeAnswer> past =
-        parseRange(writer_.ask(kRange, requestOf({item.key, {}, 0, revision}), kWriting));
-    if (!past) throw ClusterError(ClusterError::kUnknown, "the answer is not understood");
-    if (past->found.empty()) return false;
-    const KeyValue& older = past->found.front();
-    if (commitOf(older) == commit) return true;
-    revision = std::min(revision, older.modified) - 1;
-  }
-  return false;
-}
-
-// Brings what others have changed into the tree. Returns what `receive` returns.
-bool SharedStore::takeLater(const std::vector<KeyValue>& found, const Receiver& receive) {
-  ExternalChanges external{{}, false, name_};
-  for (const KeyValue& item : found) {
-    const std::optional<std::string> path = pathOf(cluster_.address.keyPrefix(), item.key);
-    if (!path || item.modified <= knownRevision(*path, false)) continue;
-    std::string reason;
-    const std::optional<SettingDocument> document = parseDocument(item.value, reason);
-    Item& later = ahead_[*path] = {*path, item.modified, {}};
-    if (!document) continue;
-    {
-      base::MutexLock lock(mutex_);
-      noteValidator(*path, document->validator);
-    }
-    later.changes = changesOf(*path, *document);
-    external.changes.insert(external.changes.end(), later.changes.begin(), later.changes.end());
-  }
-  try {
-    return receive(external);
-  } catch (...) {
-    loadAgain();
-    throw;
-  }
-}
-
-void SharedStore::noteCommitted(const WritePlan& planned, std::int64_t revision) {
-  base::MutexLock lock(mutex_);
-  for (const auto& [path, operation] : planned.operations()) {
-    Item& item = ahead_[path] = {path, revision, {}};
-    if (operation.isRemoval) {
-      validators_.erase(path);
-      continue;
-    }
-    item.changes = changesOf(path, operation.document);
-    if (operation.document.validator.which() != 0) {
-      validators_[path] = operation.document.validator;
-    }
-  }
-}
-
-void SharedStore::refuse(const ClusterError& failure, const WritePlan& planned) const {
-  const std::string reason = failure.what();
-  if (failure.kind() == ClusterError::kUnknown) {
-    throw Failure<StoreFailure>(
-        name_, reason +
-                   ". It is not known whether the change was made; if it was, it will arrive "
-                   "as a change by another process.");
-  }
-  if (failure.code() == EtcdError::kPermissionDenied) {
-    std::string path = planned.operations().begin()->first;
-    throw Failure<CantModifyValuesOnReadOnlyLevel>(path, levelName(level_), reason);
-  }
-  const auto count = std::to_string(planned.operations().size());
-  std::string advice = ". The change was not made.";
-  if (reason.find("too many operations") != std::string::npos) {
-    advice = ": the change has " + count +
-             ". The server's option --max-txn-ops is the limit. The " + "change was not made.";
-  } else if (reason.find("too large") != std::string::npos ||
-             reason.find("larger than max") != std::string::npos) {
-    advice = ": the change has " + count + " values. The server's option --max-request-bytes is " +
-             "the limit. The change was not made.";
-  }
-  throw Failure<StoreFailure>(name_, reason + advice);
 }
 
 }  // namespace zlutil::settings::host

@@ -11,9 +11,10 @@
 #include "base/mutex.h"
 #include "base/thread_annotations.h"
 #include "host/shared_store/cluster_watch.h"
+#include "host/shared_store/cluster_writer.h"
 #include "host/shared_store/key_layout.h"
 #include "host/shared_store/local_copy.h"
-#include "host/shared_store/write_plan.h"
+#include "host/shared_store/tree_progress.h"
 #include "host/tree/store_library.h"
 
 namespace zlutil::settings::host {
@@ -35,12 +36,7 @@ class SharedStore final : public Store, private ClusterListener {
   void look() override;
 
  private:
-  // Content of one key that the tree does not have yet, or has already before the watch shows it.
-  struct Item {
-    std::string path;
-    std::int64_t revision;
-    Changes changes;
-  };
+  using Item = TreeProgress::Item;
 
   void onContent(const AnswerHeader& header, std::vector<KeyValue> items) override;
   void onEvents(const AnswerHeader& header, std::vector<WatchEvent> events) override;
@@ -51,18 +47,11 @@ class SharedStore final : public Store, private ClusterListener {
   std::vector<Item> read(const std::vector<KeyValue>& items);
   void noteValidator(const std::string& path, const ValidatorChoice& validator) REQUIRES(mutex_);
   bool deliver(const Receiver& receive);
-  bool deliverContent(const Receiver& receive, std::vector<Item> content, std::int64_t revision);
-  bool deliverEvents(const Receiver& receive, std::vector<Item> events);
   WritePlan plan(const Changes& changes, const std::string& commit);
-  bool tryCommitting(const WritePlan& plan, const Receiver& receive, bool& isPossible);
-  bool takeLater(const std::vector<KeyValue>& found, const Receiver& receive);
-  bool wasCommitted(const WritePlan& plan, const TxnAnswer& answer);
-  bool isInHistory(const KeyValue& item, std::int64_t known, const std::string& commit);
-  std::int64_t knownRevision(const std::string& path, bool withBelow) const;
+  bool takeLater(const std::vector<KeyValue>& later, const Receiver& receive);
   void noteCommitted(const WritePlan& plan, std::int64_t revision);
   void requireAnswers();
   void loadAgain();
-  [[noreturn]] void refuse(const ClusterError& failure, const WritePlan& plan) const;
 
   const SharedStoreOptions options_;
   const ClusterOptions cluster_;
@@ -77,13 +66,11 @@ class SharedStore final : public Store, private ClusterListener {
   int reports_ = 0;  // of ignored keys
 
   // Used under the tree's writer(), as every call that changes the tree is.
-  ClusterClient writer_;
-  DocumentOrigin origin_;
-  std::int64_t seen_ = 0;                        // the tree has all keys up to this revision,
-  std::unordered_map<std::string, Item> ahead_;  // and these later ones
+  ClusterWriter writer_;
+  TreeProgress progress_;
 
   base::Mutex mutex_;
-  // What the watch has brought since seen_: everything, and then events.
+  // What the watch has brought and the tree does not have: everything, and then events.
   bool hasContent_ GUARDED_BY(mutex_) = false;
   std::vector<Item> content_ GUARDED_BY(mutex_), events_ GUARDED_BY(mutex_);
   std::int64_t contentRevision_ GUARDED_BY(mutex_) = 0, received_ GUARDED_BY(mutex_) = 0;

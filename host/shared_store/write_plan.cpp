@@ -1,20 +1,21 @@
 #include "host/shared_store/write_plan.h"
 
-#include "host/shared_store/key_layout.h"
+#include "service/failures.h"
 #include "values/stored_value.h"
 
 namespace zlutil::settings::host {
 
-WritePlan::WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit)
-    : validatorOf_(std::move(validatorOf)), commit_(std::move(commit)) {
+WritePlan::WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit,
+                     const std::string& name)
+    : validatorOf_(std::move(validatorOf)), commit_(std::move(commit)), name_(name) {
   for (const Change& change : changes) {
     std::visit([this](const auto& typed) { add(typed); }, change);
   }
 }
 
 SettingDocument& WritePlan::documentAt(const std::string& path) {
-  const auto [found, isNew] = operations_.try_emplace(path);
-  SettingDocument& document = found->second.document;
+  const auto [found, isNew] = documents_.try_emplace(path);
+  SettingDocument& document = found->second;
   if (isNew) {
     document.validator = validatorOf_(path);
     document.commit = commit_;
@@ -43,38 +44,9 @@ void WritePlan::add(const DefineEntry& change) {
 
 void WritePlan::add(const FixKind& change) { documentAt(change.path).kind = change.kind; }
 
-void WritePlan::add(const RemoveSubtree& change) {
-  const std::string below = change.path + '.';
-  auto operation = operations_.lower_bound(below);
-  while (operation != operations_.end() && operation->first.compare(0, below.size(), below) == 0) {
-    operation = operations_.erase(operation);
-  }
-  operations_[change.path] = {true, {}};
-}
-
-TxnRequest WritePlan::request(const std::string& keyPrefix, const DocumentOrigin& origin,
-                              const KnownRevision& known) const {
-  TxnRequest request;
-  for (const auto& [path, operation] : operations_) {
-    const std::string key = keyOf(keyPrefix, path);
-    if (operation.isRemoval) {
-      request.erase(key, {}, known(path, false));
-      request.erase(key + '/', rangeEndOf(key + '/'), known(path, true));
-    } else {
-      request.put(key, textOf(operation.document, origin), known(path, false));
-    }
-  }
-  return request;
-}
-
-RangeRequest WritePlan::range(const std::string& keyPrefix) const {
-  std::string first, end;
-  for (const auto& [path, operation] : operations_) {
-    const std::string key = keyOf(keyPrefix, path);
-    if (first.empty() || key < first) first = key;
-    end = std::max(end, operation.isRemoval ? rangeEndOf(key + '/') : key + '\0');
-  }
-  return {first, end};
+void WritePlan::add(const RemoveSubtree& change) const {
+  throw Failure<KORVEN::settings::core::StoreFailure>(
+      name_, "\"" + change.path + "\" cannot be removed by a program. Remove its key of etcd");
 }
 
 Changes changesOf(const std::string& path, const SettingDocument& document) {

@@ -1,4 +1,7 @@
 // The changes of one transaction as documents, one for each key of etcd. One thread.
+//
+// Entries cannot be removed: the tree removes them from the user level only, because two stores
+// cannot change as one.
 #pragma once
 
 #include <functional>
@@ -16,33 +19,24 @@ class WritePlan {
   // Returns the validator that etcd has for an entry.
   using ValidatorOf = std::function<ValidatorChoice(const std::string& path)>;
 
-  WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit);
+  // Throws StoreFailure, with `name` for the store, if an entry is to be removed.
+  WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit,
+            const std::string& name);
 
-  struct Operation {
-    bool isRemoval = false;  // of the entry and all below it
-    SettingDocument document;
-  };
-  const std::map<std::string, Operation>& operations() const { return operations_; }
+  const std::map<std::string, SettingDocument>& documents() const { return documents_; }  // by path
   const std::string& commit() const { return commit_; }
-
-  // Returns the last revision that the tree has of an entry, or of it and all below it.
-  using KnownRevision = std::function<std::int64_t(const std::string& path, bool withBelow)>;
-  TxnRequest request(const std::string& keyPrefix, const DocumentOrigin& origin,
-                     const KnownRevision& known) const;
-  // Returns the range of keys that has all the written ones.
-  RangeRequest range(const std::string& keyPrefix) const;
 
  private:
   void add(const PutValue& change);
   void add(const EraseValue& change);
   void add(const DefineEntry& change);
-  void add(const RemoveSubtree& change);
+  [[noreturn]] void add(const RemoveSubtree& change) const;
   void add(const FixKind& change);
   SettingDocument& documentAt(const std::string& path);
 
   const ValidatorOf validatorOf_;
-  const std::string commit_;
-  std::map<std::string, Operation> operations_;  // by path
+  const std::string commit_, name_;
+  std::map<std::string, SettingDocument> documents_;
 };
 
 // Returns the changes that bring the document's entry into a tree, with the nodes above it.

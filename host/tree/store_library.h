@@ -17,6 +17,8 @@ struct SharedStoreOptions {
   std::string directory;  // of the copy for the time without the network; "" for none
   // The longest that readAll() waits for the cluster.
   std::chrono::milliseconds longestStart{2000};
+  // The longest that a change waits for the cluster, with all its requests.
+  std::chrono::milliseconds longestChange{10000};
   // Adds changes to a tree below its root. Called by readAll().
   std::function<void(Node& root, int level, const ExternalChanges& changes)> fill;
 };

@@ -132,6 +132,7 @@ bool FakeEtcd::serveOne(int connection, std::string& buffered) {
   std::function<void()> beforeTxn;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
+    ++requests_[path];
     const std::string token = "Authorization: token" + std::to_string(tokens_) + "\r\n";
     if (path == "/v3/auth/authenticate") {
       made.body = json{{"header", header()}, {"token", "token" + std::to_string(++tokens_)}}.dump();
@@ -170,32 +171,37 @@ json FakeEtcd::header() const {
   return {{"cluster_id", "7"}, {"revision", std::to_string(revision_)}};
 }
 
-json FakeEtcd::items(const json& range) const {
+std::map<std::string, FakeEtcd::Item> FakeEtcd::itemsAt(std::int64_t revision) const {
+  std::map<std::string, Item> items;
+  for (const Event& event : events_) {
+    if (event.modified > revision) break;
+    items.erase(event.key);
+    if (!event.isDeletion) items[event.key] = {event.value, event.created, event.modified};
+  }
+  return items;
+}
+
+json FakeEtcd::range(const json& request) const {
   json found = json::array();
-  const std::string from = bytesAt(range, "key"), end = bytesAt(range, "range_end");
-  for (const auto& [key, item] : items_) {
-    if (!isInRange(key, from, end) || item.modified < numberAt(range, "min_mod_revision")) continue;
+  const std::string from = bytesAt(request, "key"), end = bytesAt(request, "range_end");
+  const std::int64_t past = numberAt(request, "revision"), limit = numberAt(request, "limit");
+  int count = 0;
+  bool hasMore = false;
+  for (const auto& [key, item] : past == 0 ? items_ : itemsAt(past)) {
+    if (!isInRange(key, from, end)) continue;
+    ++count;
+    if (item.modified < numberAt(request, "min_mod_revision")) continue;
+    hasMore = limit != 0 && found.size() == static_cast<std::size_t>(limit);
+    if (hasMore) continue;
     found.push_back(keyValue(key, item.value, item.created, item.modified));
   }
-  return found;
+  return {{"kvs", found}, {"more", hasMore}, {"count", std::to_string(count)}};
 }
 
 json FakeEtcd::run(const std::string& path, const json& request) {
   if (path == "/v3/kv/txn") return transact(request);
-  json answer = {{"header", header()}};
-  const std::int64_t past = numberAt(request, "revision");
-  if (past == 0) {
-    answer["kvs"] = items(request);
-    return answer;
-  }
-  const std::string key = bytesAt(request, "key");
-  const Event* last = nullptr;
-  for (const Event& event : events_) {
-    if (event.key == key && event.modified <= past) last = &event;
-  }
-  if (last && !last->isDeletion) {
-    answer["kvs"] = {keyValue(key, last->value, last->created, last->modified)};
-  }
+  json answer = range(request);
+  answer["header"] = header();
   return answer;
 }
 
@@ -210,24 +216,14 @@ json FakeEtcd::transact(const json& request) {
     }
   }
   if (!holds) {
-    const json& range = request["failure"][0]["request_range"];
-    answer["responses"].push_back({{"response_range", {{"kvs", items(range)}}}});
+    const json& later = request["failure"][0]["request_range"];
+    answer["responses"].push_back({{"response_range", range(later)}});
   } else {
     const std::int64_t next = revision_ + 1;
     for (const json& operation : request["success"]) {
-      if (operation.contains("request_put")) {
-        const json& put = operation["request_put"];
-        const std::string value = bytesAt(put, "value");
-        change(bytesAt(put, "key"), &value, next);
-        continue;
-      }
-      const json& range = operation["request_delete_range"];
-      const std::string from = bytesAt(range, "key"), end = bytesAt(range, "range_end");
-      std::vector<std::string> gone;
-      for (const auto& item : items_) {
-        if (isInRange(item.first, from, end)) gone.push_back(item.first);
-      }
-      for (const std::string& key : gone) change(key, nullptr, next);
+      const json& put = operation["request_put"];
+      const std::string value = bytesAt(put, "value");
+      change(bytesAt(put, "key"), &value, next);
     }
     answer["succeeded"] = true;
   }
@@ -253,7 +249,6 @@ void FakeEtcd::watch(int connection, const json& request) {
   const std::string from = bytesAt(request, "key"), end = bytesAt(request, "range_end");
   std::int64_t next = numberAt(request, "start_revision");
   std::unique_lock<std::mutex> lock(mutex_);
-  ++watches_;
   int repeats = repeats_;
   sendAll(connection, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
   if (!sendChunk(connection, {{"result", {{"header", header()}, {"created", true}}}})) return;
@@ -267,6 +262,10 @@ void FakeEtcd::watch(int connection, const json& request) {
     }
     if (repeats != repeats_) next = 1;
     repeats = repeats_;
+    if (isHolding_) {
+      changed_.wait(lock, [&] { return !isOpen_ || !isHolding_; });
+      continue;
+    }
     json events = json::array();
     for (const Event& event : events_) {
       if (event.modified < next || !isInRange(event.key, from, end)) continue;
@@ -312,6 +311,12 @@ void FakeEtcd::put(const std::string& key, const std::string& value) {
   change(key, &value, revision_ + 1);
 }
 
+void FakeEtcd::putAll(const std::map<std::string, std::string>& values) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::int64_t next = revision_ + 1;
+  for (const auto& [key, value] : values) change(key, &value, next);
+}
+
 void FakeEtcd::erase(const std::string& key) {
   const std::lock_guard<std::mutex> lock(mutex_);
   change(key, nullptr, revision_ + 1);
@@ -352,14 +357,20 @@ void FakeEtcd::repeatEvents() {
   changed_.notify_all();
 }
 
+void FakeEtcd::holdEvents(bool isHolding) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  isHolding_ = isHolding;
+  changed_.notify_all();
+}
+
+int FakeEtcd::requests(const std::string& path) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return requests_[path];
+}
+
 int FakeEtcd::tokensGiven() {
   const std::lock_guard<std::mutex> lock(mutex_);
   return tokens_;
-}
-
-int FakeEtcd::watchesOpened() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return watches_;
 }
 
 }  // namespace test

@@ -46,6 +46,8 @@ class FakeEtcd {
   void demandTokens();
 
   void put(const std::string& key, const std::string& value);
+  // Puts several keys in one transaction.
+  void putAll(const std::map<std::string, std::string>& values);
   void erase(const std::string& key);
   // Returns "" if there is none.
   std::string valueOf(const std::string& key);
@@ -57,8 +59,11 @@ class FakeEtcd {
   void open();
   // Sends all events of the past again to all watches.
   void repeatEvents();
+  // Sends no events from now on, until false is given.
+  void holdEvents(bool isHolding);
   int tokensGiven();
-  int watchesOpened();
+  // Returns how many requests with that path have come.
+  int requests(const std::string& path);
 
  private:
   struct Item {
@@ -77,7 +82,8 @@ class FakeEtcd {
   bool answer(int connection, const std::string& path, Answer& answer);
   void watch(int connection, const nlohmann::json& request);
   nlohmann::json header() const;
-  nlohmann::json items(const nlohmann::json& range) const;
+  std::map<std::string, Item> itemsAt(std::int64_t revision) const;
+  nlohmann::json range(const nlohmann::json& request) const;
   nlohmann::json transact(const nlohmann::json& request);
   void change(const std::string& key, const std::string* value, std::int64_t revision);
   nlohmann::json run(const std::string& path, const nlohmann::json& request);
@@ -88,8 +94,9 @@ class FakeEtcd {
   std::map<std::string, Item> items_;
   std::vector<Event> events_;
   std::int64_t revision_ = 1, compacted_ = 0;
-  int errorCode_ = 0, tokens_ = 0, watches_ = 0, repeats_ = 0;
-  bool demandsTokens_ = false, isOpen_ = true;
+  int errorCode_ = 0, tokens_ = 0, repeats_ = 0;
+  bool demandsTokens_ = false, isOpen_ = true, isHolding_ = false;
+  std::map<std::string, int> requests_;
   std::string error_;
   Knob knob_;
   std::function<void()> beforeTxn_;
