@@ -9,6 +9,8 @@
 #   scripts/cluster.sh pause N      stops a member without ending it; its connections stay open
 #   scripts/cluster.sh resume N     lets it go on
 #   scripts/cluster.sh wipe N       removes the data of a stopped member, and makes it a new one
+#   scripts/cluster.sh restore F    replaces the cluster by one with the content of the file F, which
+#                                   "ctl snapshot save F" has made
 #   scripts/cluster.sh leader       prints the number of the leader
 #   scripts/cluster.sh ctl ...      runs etcdctl as root of the cluster
 #
@@ -67,6 +69,7 @@ make_directory() {
   done
   echo "$list" >"$dir/initial"
   echo new >"$dir/state"
+  echo "$dir" >"$dir/token"
   for user in root admin reader; do
     (
       umask 077
@@ -89,7 +92,7 @@ start_member() {
   setsid etcd --name "m$1" --data-dir "$dir/m$1" --listen-client-urls "$client" \
     --advertise-client-urls "$client" --listen-peer-urls "$peer" \
     --initial-advertise-peer-urls "$peer" --initial-cluster "$(<"$dir/initial")" \
-    --initial-cluster-state "$(<"$dir/state")" --initial-cluster-token "$dir" \
+    --initial-cluster-state "$(<"$dir/state")" --initial-cluster-token "$(<"$dir/token")" \
     --cert-file "$dir/server.crt" --key-file "$dir/server.key" --max-txn-ops 10000 \
     --auth-token-ttl 300 ${CLUSTER_OPTIONS:-} >>"$dir/m$1.log" 2>&1 </dev/null &
   echo $! >"$dir/$1.pid"
@@ -199,12 +202,28 @@ wipe() {
   echo existing >"$dir/state"
 }
 
+restore() {
+  local number
+  stop
+  echo "$dir $(date +%s%N)" >"$dir/token"
+  echo new >"$dir/state"
+  for ((number = 1; number <= $(wc -l <"$dir/urls"); ++number)); do
+    rm -rf "${dir:?}/m$number"
+    ETCDCTL_API=3 etcdctl snapshot restore "$1" --name "m$number" --data-dir "$dir/m$number" \
+      --initial-cluster "$(<"$dir/initial")" --initial-cluster-token "$(<"$dir/token")" \
+      --initial-advertise-peer-urls "$(sed -n "${number}p" "$dir/peers")" >"$dir/restore.log" 2>&1 ||
+      fail "not restored: $dir/restore.log"
+  done
+  start
+}
+
 case ${1:-} in
   start | stop | leader) "$@" ;;
   kill) signal KILL "$2" ;;
   pause) signal STOP "$2" ;;
   resume) signal CONT "$2" ;;
   wipe) wipe "$2" ;;
+  restore) restore "$2" ;;
   ctl) "$@" ;;
-  *) fail "start [N], stop, kill N, pause N, resume N, wipe N, leader or ctl" ;;
+  *) fail "start [N], stop, kill N, pause N, resume N, wipe N, restore FILE, leader or ctl" ;;
 esac

@@ -1,5 +1,6 @@
 // A tree with a shared store behind its workgroup level, on real clusters.
 #include "tests/cluster/cluster.h"
+#include "tests/cluster/noting_listener.h"
 
 namespace test {
 namespace {
@@ -152,6 +153,45 @@ TEST(SmallCluster, ATokenThatLivesForASecondIsRenewedAndEveryChangeIsHeard) {
     root->setAny("k", -value, "workgroup");
     std::this_thread::sleep_for(std::chrono::milliseconds(value % 3 == 0 ? 1300 : 100));
   }
+}
+
+TEST(SmallCluster, ARestoredClusterIsReadAnewByRunningProcesses) {
+  const Cluster cluster(1);
+  cluster.putInt("k", 1);
+  cluster.ctl("snapshot save " + cluster.file("saved"));
+  const NodePtr root = openShared(cluster.options());
+  cluster.putInt("later", 2);
+  cluster.putInt("k", 3);
+  ASSERT_TRUE(eventually([&] { return valueOf(root, "k") == 3; }));
+  cluster.run("restore " + cluster.file("saved"));
+  EXPECT_TRUE(eventually([&] { return valueOf(root, "k") == 1; }));
+  EXPECT_FALSE(root->getChild("later"));
+  EXPECT_TRUE(canSet(root, "k", 4));
+  cluster.putInt("k", 5);
+  EXPECT_TRUE(eventually([&] { return valueOf(root, "k") == 5; }));
+}
+
+TEST(SmallCluster, AQuietLevelOfABusyClusterIsNotReadAnewAfterACompaction) {
+  const Cluster cluster(1);
+  cluster.putInt("k", 1);
+  const SharedStoreOptions shared = cluster.options();
+  ClusterOptions options{parseClusterAddress(shared.address),
+                         readCredentials(shared.credentials),
+                         {shared.authority, "", ""}};
+  options.quietTime = std::chrono::milliseconds(0);
+  NotingListener listener;
+  ClusterWatch watch(options);
+  ASSERT_TRUE(watch.start(listener));
+  ASSERT_TRUE(eventually([&] { return listener.loads == 1; }));
+  for (int i = 0; i < 3; ++i) cluster.ctl("put /another/team x");
+  const std::int64_t revision = listener.revision + 3;
+  EXPECT_TRUE(eventually([&] { return listener.revision == revision; }));
+  cluster.ctl("compact " + std::to_string(revision));
+  cluster.run("kill 1");
+  cluster.run("start");
+  cluster.putInt("k", 2);
+  EXPECT_TRUE(eventually([&] { return listener.revision > revision; }));
+  EXPECT_EQ(listener.loads, 1);
 }
 
 TEST(SmallCluster, AFullDatabaseRefusesTheChangeWithTheReason) {

@@ -2,8 +2,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <map>
-
+#include "tests/cluster/noting_listener.h"
 #include "tests/cluster/shared_store_fixture.h"
 
 namespace test {
@@ -54,44 +53,6 @@ TEST_F(SharedStoreTest, AnAnswerThatIsNotThatOfEtcdIsReportedOnceAndDoesNoHarm) 
     EXPECT_TRUE(eventually([&] { return sizeOf(root) == 14; })) << wrong.body.substr(0, 60);
   }
 }
-
-// Notes what a watch brings. Fails at the first events if it is told to.
-class NotingListener : public ClusterListener {
- public:
-  explicit NotingListener(bool fails = false) : fails_(fails) {}
-
-  void onContent(const AnswerHeader& header, std::vector<KeyValue> items) override {
-    for (const KeyValue& item : items) note(item);
-    revision = header.revision;
-    ++loads;
-  }
-  void onEvents(const AnswerHeader& header, std::vector<WatchEvent> events) override {
-    if (fails_ && !events.empty()) throw std::runtime_error("no memory");
-    for (const WatchEvent& event : events) note(event.item);
-    revision = header.revision;
-  }
-  void onAway(const std::string&) override {}
-  void onAnswers() override {}
-  bool onIdle() override { return false; }
-
-  std::string valueOf(const std::string& key) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return values_[key];
-  }
-
-  std::atomic<int> loads{0};
-  std::atomic<std::int64_t> revision{0};
-
- private:
-  void note(const KeyValue& item) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    values_[item.key] = item.value;
-  }
-
-  const bool fails_;
-  std::mutex mutex_;
-  std::map<std::string, std::string> values_;
-};
 
 TEST_F(SharedStoreTest, EventsOfAListenerThatFailsAreReadAgain) {
   NotingListener listener(true);
