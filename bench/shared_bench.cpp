@@ -8,11 +8,26 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <new>
 #include <string>
 #include <thread>
 
+#include "bench/shared_cluster.h"
 #include "host/shared_store/base64.h"
-#include "tests/cluster/shared_tree.h"
+
+namespace {
+
+thread_local long allocations = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* const memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -50,18 +65,6 @@ std::string readLine(const std::string& file) {
   std::ifstream stream(file);
   std::getline(stream, line);
   return line;
-}
-
-SharedStoreOptions optionsOf(const std::string& directory) {
-  std::string members, url;
-  for (std::ifstream urls(directory + "/urls"); std::getline(urls, url);) {
-    members += (members.empty() ? "" : ",") + url;
-  }
-  SharedStoreOptions options = test::optionsFor(members + "/team/settings");
-  options.credentials = directory + "/admin.credentials";
-  options.authority = directory + "/ca.crt";
-  options.longestStart = std::chrono::seconds(60);
-  return options;
 }
 
 void waitUntil(const std::atomic<int>& number, int value) {
@@ -168,9 +171,10 @@ void measureLoading(const SharedStoreOptions& options, const ClusterOptions& clu
   }
   std::vector<double> ours, bare;
   for (int round = 0; round < 5; ++round) {
+    // Both connect and log in, as a process that starts does.
     auto start = Clock::now();
-    const std::string body =
-        client.ask("/v3/kv/range", requestOf({kPrefix, rangeEndOf(kPrefix)}), kPatience);
+    ClusterClient(cluster).ask("/v3/kv/range", requestOf({kPrefix, rangeEndOf(kPrefix)}),
+                               kPatience);
     bare.push_back(since(start));
     start = Clock::now();
     const NodePtr root = test::openShared(options);
@@ -180,15 +184,43 @@ void measureLoading(const SharedStoreOptions& options, const ClusterOptions& clu
   print(count == 10000 ? "loading 10,000 settings" : "loading 100,000 settings", ours, bare);
 }
 
-void measureReading(const SharedStoreOptions& options) {
+// Reads while others change the level all the time, beside reads while nobody does, in turn.
+template <class Read>
+void measureReadingWhileBusy(const ClusterOptions& cluster, const NodePtr& root, const Read& read) {
+  std::vector<double> busy, quiet;
+  for (int round = 0; round < 10; ++round) {
+    for (int i = 0; i < 10; ++i) quiet.push_back(read(root));
+    std::atomic<bool> isEnding{false};
+    std::thread writer([&] {
+      ClusterClient client(cluster);
+      for (int value = 0; !isEnding; ++value) {
+        client.ask("/v3/kv/put", putRequest("busy", intDocument(value)), kPatience);
+      }
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    for (int i = 0; i < 10; ++i) busy.push_back(read(root));
+    isEnding = true;
+    writer.join();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  print("10,000 reads on a busy cluster, beside a quiet one", busy, quiet);
+}
+
+void measureReading(const SharedStoreOptions& options, const ClusterOptions& cluster) {
+  constexpr int kReads = 10000;
   const NodePtr shared = test::openShared(options);
   const auto plain = boost::make_shared<Node>(Tree::makeStandalone(), "s", true, ValidatorPtr());
   test::addKey(plain, "k");
   plain->setAny("k", 1, "user");
   const auto read = [](const SettingsPtr& root) {
     const auto start = Clock::now();
-    for (int i = 0; i < 10000; ++i) root->getValue("k", "");
+    for (int i = 0; i < kReads; ++i) root->getValue("k", "");
     return since(start);
+  };
+  const auto allocationsOf = [](const SettingsPtr& root) {
+    const long before = allocations;
+    for (int i = 0; i < kReads; ++i) root->getValue("k", "");
+    return static_cast<double>(allocations - before) / kReads;
   };
   std::vector<double> ours, bare;
   for (int round = 0; round < 50; ++round) {
@@ -196,6 +228,9 @@ void measureReading(const SharedStoreOptions& options) {
     bare.push_back(read(plain));
   }
   print("10,000 reads, beside a tree in memory", ours, bare);
+  std::printf("| allocations of a read | %.2f | %.2f | |\n", allocationsOf(shared),
+              allocationsOf(plain));
+  measureReadingWhileBusy(cluster, shared, read);
 }
 
 void measureElection(const SharedStoreOptions& options, const std::string& directory,
@@ -221,13 +256,13 @@ void measureElection(const SharedStoreOptions& options, const std::string& direc
 }  // namespace
 
 int main(int, char** argv) {
-  const SharedStoreOptions options = optionsOf(argv[1]);
+  const SharedStoreOptions options = bench::optionsOf(argv[1]);
   const ClusterOptions cluster{parseClusterAddress(options.address),
                                readCredentials(options.credentials),
                                {options.authority, "", ""}};
   std::printf("| | ours, median / 99%% | bare, median / 99%% | ratio |\n|---|---|---|---|\n");
   measureHearing(options, cluster);
-  measureReading(options);
+  measureReading(options, cluster);
   measureCommit(options, cluster);
   measureElection(options, argv[1], argv[2]);
   measureLoading(options, cluster, 10000);

@@ -9,12 +9,15 @@ cd "$(dirname "$0")/.."
 
 if [[ ${1:-} == cluster ]]; then
   scripts/install_packages.sh cluster
-  scripts/build.sh release --target shared_bench
+  scripts/build.sh release --target shared_bench shared_memory_bench
   CLUSTER_DIR=$(mktemp -d)
   export CLUSTER_DIR
   trap 'scripts/cluster.sh stop; rm -rf "$CLUSTER_DIR"' EXIT
   scripts/cluster.sh start >"$CLUSTER_DIR/start.log"
   build/release/bench/shared_bench "$CLUSTER_DIR" "$PWD/scripts/cluster.sh"
+  shared=$(build/release/bench/shared_memory_bench shared 100000 "$CLUSTER_DIR")
+  plain=$(build/release/bench/shared_memory_bench plain 100000)
+  echo "| resident memory with 100,000 settings | $((shared / 1024)) MB | $((plain / 1024)) MB | |"
   exit
 fi
 scripts/install_packages.sh bench
