@@ -64,14 +64,38 @@ TEST_F(SharedStoreTest, EventsOfAListenerThatFailsAreReadAgain) {
   EXPECT_EQ(listener.valueOf(kKey), intDocument(15));
 }
 
+TEST_F(SharedStoreTest, ChangesThatTheTreeCouldNotTakeAreReadAgain) {
+  SharedStore store(options());
+  const NodePtr root = boost::make_shared<Node>(Tree::makeStandalone(), "s", true, ValidatorPtr());
+  store.readAll(*root, kWorkgroup);
+  store.watch([] {});
+  etcd.put(kKey, intDocument(15));
+  ASSERT_TRUE(eventually([&] { return !store.isCurrent(); }));
+  EXPECT_THROW(store.catchUp([](const auto&) -> bool { throw std::bad_alloc(); }), std::bad_alloc);
+  bool hasEverything = false;
+  EXPECT_TRUE(eventually([&] {
+    store.catchUp(
+        [&](const ExternalChanges& changes) { return hasEverything = changes.isEverything; });
+    return hasEverything && store.isCurrent();
+  }));
+}
+
 TEST_F(SharedStoreTest, AnAnswerThatIsTooLongIsAskedForInParts) {
   ClusterOptions narrow = cluster();
   narrow.longestAnswer = 20000;
   const auto keyOf = [](int i) { return "/team/settings/k" + std::to_string(i); };
   for (int i = 0; i < 100; ++i) etcd.put(keyOf(i), std::string(1000, 'x'));
+  // All parts are of one revision, also if somebody changes a key between them.
+  const std::int64_t revision = etcd.revision();
+  etcd.setKnob([&](const std::string& path, FakeEtcd::Answer&) {
+    if (path == kRange) etcd.put(keyOf(99), "changed");
+  });
   AnswerHeader header;
-  EXPECT_EQ(ClusterWatch(narrow).load(header, std::chrono::seconds(20)).size(), 101u);
-  EXPECT_EQ(header.revision, etcd.revision());
+  const std::vector<KeyValue> items = ClusterWatch(narrow).load(header, std::chrono::seconds(20));
+  etcd.setKnob({});
+  EXPECT_EQ(items.size(), 101u);
+  for (const KeyValue& item : items) EXPECT_LE(item.modified, header.revision);
+  EXPECT_GE(header.revision, revision);
   // A transaction whose events are longer than a line may be.
   NotingListener listener;
   ClusterWatch watch(narrow);

@@ -39,6 +39,9 @@ TEST_F(SharedStoreTest, EachClusterHasItsCopyWhoseTimeIsKeptCurrent) {
     std::filesystem::remove(file);
     return file.filename().string();
   };
+  LocalCopy first(directory.file("new/user"), parseClusterAddress("http://a/team/x"));
+  first.replace({"7", 1}, {});
+  EXPECT_TRUE(first.read());
   const std::string name = write("http://a,http://b/team/x");
   EXPECT_EQ(write("http://b,http://a/team/x"), name);
   EXPECT_NE(write("http://a,http://b/team-x"), name);

@@ -143,10 +143,19 @@ TEST_F(SharedStoreTest, AConflictShowsTheWholeTransactionOfOthers) {
   editorOf(root)->setAny("fontSize", 3, "workgroup");
   EXPECT_EQ(sizeOf(root), 3);
   EXPECT_EQ(intAt(root, "other"), 2);
+}
+
+TEST_F(SharedStoreTest, EventsThatAreOlderThanAChangeOfThisProcessDoNotTakeItBack) {
+  const NodePtr root = openShared(options());
+  etcd.holdEvents(true);
+  etcd.erase(kKey);  // for the watch the node is empty then
+  zlutil::settings::NewKey::add(editorOf(root), "added", ValidatorChoice(), 4, "workgroup");
+  const Listener listener(root);
   etcd.holdEvents(false);
-  etcd.put("/team/settings/other", intDocument(3));
-  EXPECT_TRUE(eventually([&] { return intAt(root, "other") == 3; }));
-  EXPECT_EQ(sizeOf(root), 3);
+  etcd.put("/team/settings/last", intDocument(5));
+  EXPECT_EQ(listener.waitFor(3),
+            (Names{"removed fontSize from editor", "added last to settings", "changed last"}));
+  EXPECT_EQ(namesOf(editorOf(root)->getChildren()), Names{"added"});
 }
 
 TEST_F(SharedStoreTest, AChangeEndsInABoundedTimeWithABoundedNumberOfRequests) {
