@@ -163,23 +163,25 @@ TEST_F(SharedStoreTest, AChangeEndsInABoundedTimeWithABoundedNumberOfRequests) {
   chosen.longestChange = std::chrono::milliseconds(200);
   const NodePtr root = openShared(chosen);
   const auto set = [&] { editorOf(root)->setAny("fontSize", -1, "workgroup"); };
-  // Others change the setting before each attempt, and the server is slow.
-  int value = 100;
-  etcd.setBeforeTxn([&] {
+  // Others change the setting before each attempt, and the server is slow. It may still be at work
+  // when the change has ended.
+  const auto value = std::make_shared<std::atomic<int>>(100);
+  const auto interfere = [this, value] { etcd.put(kKey, intDocument((*value)++)); };
+  etcd.setBeforeTxn([interfere] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    etcd.put(kKey, intDocument(value++));
+    interfere();
   });
   messageOf<StoreFailure>(set);
   EXPECT_LE(etcd.requests(kTxn), 5);
   // The answer is lost, and others change the setting many times before the request comes again.
   etcd.setBeforeTxn({});
-  etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
+  etcd.setKnob([this, interfere](const std::string& path, FakeEtcd::Answer& answer) {
     if (path != kTxn) return;
     answer.sent = 0;
-    for (int i = 0; i < 1000; ++i) etcd.put(kKey, intDocument(value++));
+    for (int i = 0; i < 1000; ++i) interfere();
     etcd.setKnob({});
   });
-  EXPECT_TRUE(eventually([&] { return sizeOf(root) == value - 1; }));
+  EXPECT_TRUE(eventually([&] { return sizeOf(root) == *value - 1; }));
   const int before = etcd.requests(kRange);
   const std::string unclear = messageOf<StoreFailure>(set);
   EXPECT_NE(unclear.find("not known"), std::string::npos) << unclear;
