@@ -149,7 +149,9 @@ void measureCommit(const SharedStoreOptions& options, const ClusterOptions& clus
     ours.push_back(since(start));
     TxnRequest request;
     for (int i = 0; i < 1000; ++i) {
-      request.put(kPrefix + ("d" + std::to_string(i)), intDocument(round), 1000000000);
+      const std::string key = kPrefix + ("d" + std::to_string(i));
+      request.require(key, {}, 1000000000);
+      request.put(key, intDocument(round));
     }
     const std::string text = request.text({kPrefix + std::string("none"), {}});
     start = Clock::now();
@@ -165,7 +167,7 @@ void measureLoading(const SharedStoreOptions& options, const ClusterOptions& clu
     TxnRequest request;
     for (int i = first; i < first + 5000; ++i) {
       request.put(kPrefix + ("n" + std::to_string(i % 100) + "/k" + std::to_string(i)),
-                  intDocument(i), 1000000000);
+                  intDocument(i));
     }
     client.ask("/v3/kv/txn", request.text({kPrefix + std::string("none"), {}}), kPatience);
   }

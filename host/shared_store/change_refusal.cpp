@@ -28,10 +28,10 @@ void throwRefusal(const ClusterError& failure, const WritePlan& plan, const std:
                   "change by another process.");
   }
   if (failure.code() == EtcdError::kPermissionDenied) {
-    throw Failure<CantModifyValuesOnReadOnlyLevel>(plan.documents().begin()->first, level, reason);
+    throw Failure<CantModifyValuesOnReadOnlyLevel>(plan.operations().begin()->first, level, reason);
   }
   throw Failure<StoreFailure>(
-      name, reason + adviceFor(reason, plan.documents().size()) + "The change was not made.");
+      name, reason + adviceFor(reason, plan.operations().size()) + "The change was not made.");
 }
 
 }  // namespace zlutil::settings::host

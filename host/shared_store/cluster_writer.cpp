@@ -47,8 +47,14 @@ ClusterWriter::Result ClusterWriter::write(const WritePlan& plan, const TreeProg
                                            SteadyTime deadline) {
   origin_.time = timeNow();
   TxnRequest request;
-  for (const auto& [path, document] : plan.documents()) {
-    request.put(keyOf(prefix_, path), textOf(document, origin_), progress.revisionOf(path));
+  for (const auto& [path, operation] : plan.operations()) {
+    const std::string key = keyOf(prefix_, path);
+    request.require(key, {}, progress.revisionOf(path));
+    if (operation.isRemoval) {
+      addRemoval(request, path, progress);
+    } else {
+      request.put(key, textOf(operation.document, origin_));
+    }
   }
   // Everything that is later, and not only the keys of this change: the tree must not get a part of
   // a transaction of others.
@@ -71,6 +77,22 @@ ClusterWriter::Result ClusterWriter::write(const WritePlan& plan, const TreeProg
   return result;
 }
 
+// Adds the deletion of the entry and of all below it, if none below is later than the tree knows.
+void ClusterWriter::addRemoval(TxnRequest& request, const std::string& path,
+                               const TreeProgress& progress) const {
+  const std::string key = keyOf(prefix_, path), below = key + '/', end = rangeEndOf(below);
+  std::string from = below;
+  for (const std::string& later : progress.laterBelow(path)) {
+    const std::string known = keyOf(prefix_, later);
+    request.require(from, known, progress.seen());
+    request.require(known, {}, progress.revisionOf(later));
+    from = known + '\0';
+  }
+  request.require(from, end, progress.seen());
+  request.erase(key, {});
+  request.erase(below, end);
+}
+
 // Returns the revision of the commit, if its first sending was successful; otherwise 0.
 std::int64_t ClusterWriter::findCommit(const WritePlan& plan, const TreeProgress& progress,
                                        const std::vector<KeyValue>& later, SteadyTime deadline) {
@@ -80,14 +102,17 @@ std::int64_t ClusterWriter::findCommit(const WritePlan& plan, const TreeProgress
   // Others may have overwritten all of it since. The history of any of its keys tells.
   for (const KeyValue& item : later) {
     const std::optional<std::string> path = pathOf(prefix_, item.key);
-    if (!path || plan.documents().count(*path) == 0) continue;
+    const auto written = path ? plan.operations().find(*path) : plan.operations().end();
+    if (written == plan.operations().end() || written->second.isRemoval) continue;
     try {
       return findInHistory(item, progress.revisionOf(*path), plan.commit(), deadline);
     } catch (const ClusterError& failure) {
       throw unclear(failure.what());
     }
   }
-  return 0;
+  const auto isPut = [](const auto& operation) { return !operation.second.isRemoval; };
+  if (std::any_of(plan.operations().begin(), plan.operations().end(), isPut)) return 0;
+  throw unclear("others have set the removed settings meanwhile");
 }
 
 // Returns the revision between `known` and the item's at which the commit wrote the key, or 0.

@@ -25,6 +25,7 @@ class ClusterWriter {
 
  private:
   std::string ask(const char* path, const std::string& body, SteadyTime deadline);
+  void addRemoval(TxnRequest& request, const std::string& path, const TreeProgress& progress) const;
   std::int64_t findCommit(const WritePlan& plan, const TreeProgress& progress,
                           const std::vector<KeyValue>& later, SteadyTime deadline);
   std::int64_t findInHistory(const KeyValue& item, std::int64_t known, const std::string& commit,

@@ -223,16 +223,25 @@ std::string tokenRequest(std::string_view user, std::string_view password) {
   return json{{"name", user}, {"password", password}}.dump(-1, ' ', false, replace);
 }
 
-void TxnRequest::put(std::string_view key, std::string_view value, std::int64_t known) {
-  const bool isFirst = conditions_.empty();
-  conditions_ += isFirst ? "{" : ",{";
-  addMember(conditions_, "key", base64From(key));
+void TxnRequest::require(std::string_view key, std::string_view end, std::int64_t known) {
+  conditions_ += conditions_.empty() ? "{" : ",{";
+  addRange(conditions_, key, end);
   conditions_ += ",\"target\":\"MOD\",\"result\":\"LESS\"";
   addNumber(conditions_, "mod_revision", known + 1);
   conditions_ += '}';
-  operations_ += isFirst ? "{\"request_put\":{" : ",{\"request_put\":{";
+}
+
+void TxnRequest::put(std::string_view key, std::string_view value) {
+  operations_ += operations_.empty() ? "{\"request_put\":{" : ",{\"request_put\":{";
   addMember(operations_, "key", base64From(key));
   addMember(operations_, "value", base64From(value));
+  operations_ += "}}";
+}
+
+void TxnRequest::erase(std::string_view key, std::string_view end) {
+  operations_ += operations_.empty() ? "{" : ",{";
+  operations_ += "\"request_delete_range\":{";
+  addRange(operations_, key, end);
   operations_ += "}}";
 }
 

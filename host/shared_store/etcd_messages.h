@@ -86,12 +86,15 @@ std::string requestOf(const RangeRequest& range);
 std::string watchRequest(std::string_view key, std::string_view end, std::int64_t from);
 std::string tokenRequest(std::string_view user, std::string_view password);
 
-// A transaction: puts, if no key has been changed after a given revision. Otherwise a range is
-// read.
+// A transaction: puts and deletions, if keys have not been changed after given revisions. Otherwise
+// a range is read.
 class TxnRequest {
  public:
-  // Puts the value, on the condition that the key has no revision later than `known`.
-  void put(std::string_view key, std::string_view value, std::int64_t known);
+  // Demands that the key or, unless `end` is "", no key of the range has a revision later than
+  // `known`.
+  void require(std::string_view key, std::string_view end, std::int64_t known);
+  void put(std::string_view key, std::string_view value);
+  void erase(std::string_view key, std::string_view end);
   std::string text(const RangeRequest& otherwise) const;
 
  private:

@@ -82,7 +82,13 @@ bool SharedStore::takeLater(const std::vector<KeyValue>& later, const Receiver& 
 
 void SharedStore::noteCommitted(const WritePlan& planned, std::int64_t revision) {
   base::MutexLock lock(mutex_);
-  for (const auto& [path, document] : planned.documents()) {
+  for (const auto& [path, operation] : planned.operations()) {
+    if (operation.isRemoval) {
+      progress_.addRemoval(path, revision);
+      validators_.erase(path);
+      continue;
+    }
+    const SettingDocument& document = operation.document;
     progress_.addLater({path, revision, changesOf(path, document)});
     if (document.validator.which() != 0) validators_[path] = document.validator;
   }

@@ -14,8 +14,16 @@ WritePlan::WritePlan(const Changes& changes, ValidatorOf validatorOf, std::strin
 }
 
 SettingDocument& WritePlan::documentAt(const std::string& path) {
-  const auto [found, isNew] = documents_.try_emplace(path);
-  SettingDocument& document = found->second;
+  for (std::size_t end = path.find('.');; end = path.find('.', end + 1)) {
+    const auto above = operations_.find(path.substr(0, end));
+    if (above != operations_.end() && above->second.isRemoval) {
+      throw Failure<KORVEN::settings::core::StoreFailure>(
+          name_, "\"" + path + "\" cannot be removed and set in one change. Make two changes");
+    }
+    if (end == std::string::npos) break;
+  }
+  const auto [found, isNew] = operations_.try_emplace(path);
+  SettingDocument& document = found->second.document;
   if (isNew) {
     document.validator = validatorOf_(path);
     document.commit = commit_;
@@ -44,9 +52,13 @@ void WritePlan::add(const DefineEntry& change) {
 
 void WritePlan::add(const FixKind& change) { documentAt(change.path).kind = change.kind; }
 
-void WritePlan::add(const RemoveSubtree& change) const {
-  throw Failure<KORVEN::settings::core::StoreFailure>(
-      name_, "\"" + change.path + "\" cannot be removed by a program. Remove its key of etcd");
+void WritePlan::add(const RemoveSubtree& change) {
+  const std::string below = change.path + '.';
+  auto operation = operations_.lower_bound(below);
+  while (operation != operations_.end() && operation->first.compare(0, below.size(), below) == 0) {
+    operation = operations_.erase(operation);
+  }
+  operations_[change.path] = {true, {}};
 }
 
 Changes changesOf(const std::string& path, const SettingDocument& document) {

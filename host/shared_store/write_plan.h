@@ -1,7 +1,4 @@
-// The changes of one transaction as documents, one for each key of etcd. One thread.
-//
-// Entries cannot be removed: the tree removes them from the user level only, because two stores
-// cannot change as one.
+// The changes of one transaction as operations, one for each key of etcd. One thread.
 #pragma once
 
 #include <functional>
@@ -19,24 +16,29 @@ class WritePlan {
   // Returns the validator that etcd has for an entry.
   using ValidatorOf = std::function<ValidatorChoice(const std::string& path)>;
 
-  // Throws StoreFailure, with `name` for the store, if an entry is to be removed.
+  // Throws StoreFailure, with `name` for the store, if an entry is removed and defined again: etcd
+  // takes no such transaction.
   WritePlan(const Changes& changes, ValidatorOf validatorOf, std::string commit,
             const std::string& name);
 
-  const std::map<std::string, SettingDocument>& documents() const { return documents_; }  // by path
+  struct Operation {
+    bool isRemoval = false;  // of the entry and all below it
+    SettingDocument document;
+  };
+  const std::map<std::string, Operation>& operations() const { return operations_; }  // by path
   const std::string& commit() const { return commit_; }
 
  private:
   void add(const PutValue& change);
   void add(const EraseValue& change);
   void add(const DefineEntry& change);
-  [[noreturn]] void add(const RemoveSubtree& change) const;
+  void add(const RemoveSubtree& change);
   void add(const FixKind& change);
   SettingDocument& documentAt(const std::string& path);
 
   const ValidatorOf validatorOf_;
   const std::string commit_, name_;
-  std::map<std::string, SettingDocument> documents_;
+  std::map<std::string, Operation> operations_;
 };
 
 // Returns the changes that bring the document's entry into a tree, with the nodes above it.

@@ -221,9 +221,18 @@ json FakeEtcd::transact(const json& request) {
   } else {
     const std::int64_t next = revision_ + 1;
     for (const json& operation : request["success"]) {
-      const json& put = operation["request_put"];
-      const std::string value = bytesAt(put, "value");
-      change(bytesAt(put, "key"), &value, next);
+      if (operation.contains("request_put")) {
+        const json& put = operation["request_put"];
+        const std::string value = bytesAt(put, "value");
+        change(bytesAt(put, "key"), &value, next);
+        continue;
+      }
+      const json& range = operation["request_delete_range"];
+      const std::string from = bytesAt(range, "key"), end = bytesAt(range, "range_end");
+      const std::map<std::string, Item> all = items_;
+      for (const auto& item : all) {
+        if (isInRange(item.first, from, end)) change(item.first, nullptr, next);
+      }
     }
     answer["succeeded"] = true;
   }

@@ -188,13 +188,56 @@ TEST_F(SharedStoreTest, AChangeEndsInABoundedTimeWithABoundedNumberOfRequests) {
   EXPECT_LT(etcd.requests(kRange) - before, 100);
 }
 
-TEST_F(SharedStoreTest, AnEntryIsNotRemoved) {
+TEST_F(SharedStoreTest, ARemovalTakesAllBelowIfTheTreeKnowsAllOfIt) {
+  etcd.put("/team/settings/editor/inner/k", intDocument(1));
+  etcd.put("/team/settings/editorial", intDocument(1));
   SharedStore store(options());
-  const auto receive = [](const ExternalChanges&) { return true; };
-  messageOf<StoreFailure>([&] {
-    store.apply({PutValue{"editor.fontSize", 3}, RemoveSubtree{"editor"}}, receive);
+  const NodePtr root = boost::make_shared<Node>(Tree::makeStandalone(), "s", true, ValidatorPtr());
+  store.readAll(*root, kWorkgroup);
+  std::string heard;
+  bool isPossible = false;
+  const auto receive = [&](const ExternalChanges& external) {
+    for (const Change& change : external.changes) {
+      if (const auto* put = std::get_if<PutValue>(&change)) heard += put->path + ' ';
+    }
+    return isPossible;
+  };
+  etcd.setBeforeTxn([&] {
+    etcd.setBeforeTxn({});
+    etcd.put("/team/settings/editor/late", intDocument(2));
   });
+  EXPECT_FALSE(store.apply({RemoveSubtree{"editor"}}, receive));
+  EXPECT_EQ(heard, "editor.late ");
   EXPECT_EQ(etcd.valueOf(kKey), intDocument(14));
+  isPossible = true;
+  EXPECT_TRUE(store.apply({PutValue{"editor.new", 1}, RemoveSubtree{"editor"}}, receive));
+  for (const char* key : {"fontSize", "inner/k", "late", "new"}) {
+    EXPECT_EQ(etcd.valueOf(std::string("/team/settings/editor/") + key), "") << key;
+  }
+  EXPECT_EQ(etcd.valueOf("/team/settings/editorial"), intDocument(1));
+  for (const char* path : {"editorial", "editorial.k"}) {
+    messageOf<StoreFailure>([&] {
+      store.apply({RemoveSubtree{"editorial"}, PutValue{path, 1}}, receive);
+    });
+  }
+  // The answer is lost; and once more, with others who set the entry anew meanwhile.
+  bool isSetAnew = false;
+  const auto loseAnswer = [&] {
+    etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
+      if (path != kTxn) return;
+      answer.sent = 0;
+      etcd.setKnob({});
+      if (isSetAnew) etcd.put("/team/settings/other", intDocument(3));
+    });
+  };
+  loseAnswer();
+  EXPECT_TRUE(store.apply({RemoveSubtree{"editorial"}}, receive));
+  isSetAnew = true;
+  loseAnswer();
+  EXPECT_NE(messageOf<StoreFailure>([&] {
+              store.apply({RemoveSubtree{"other"}}, receive);
+            }).find("not known"),
+            std::string::npos);
 }
 
 }  // namespace
