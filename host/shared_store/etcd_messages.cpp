@@ -139,17 +139,6 @@ void addRange(std::string& text, std::string_view key, std::string_view end) {
 
 std::optional<EtcdError> parseError(std::string_view text) { return errorIn(objectIn(text)); }
 
-std::optional<RangeAnswer> parseRange(std::string_view text) {
-  const json object = objectIn(text);
-  RangeAnswer answer;
-  if (!readHeader(object, answer.header) || !readKeyValues(object, answer.found) ||
-      !readNumber(object, "count", answer.count)) {
-    return std::nullopt;
-  }
-  answer.hasMore = readFlag(object, "more");
-  return answer;
-}
-
 std::optional<TxnAnswer> parseTxn(std::string_view text) {
   const json object = objectIn(text);
   TxnAnswer answer;

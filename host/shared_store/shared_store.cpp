@@ -1,5 +1,7 @@
 #include "host/shared_store/shared_store.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -102,6 +104,7 @@ std::vector<SharedStore::Item> SharedStore::read(const std::vector<KeyValue>& fo
 }
 
 void SharedStore::onContent(const AnswerHeader& header, std::vector<KeyValue> found) {
+  hasLoaded_ = true;
   copy_.replace(header, found);
   {
     std::vector<Item> items = read(found);
@@ -152,6 +155,8 @@ void SharedStore::onAnswers() {
 }
 
 bool SharedStore::onIdle() {
+  // A load of many settings takes several times the memory that stays. The allocator would keep it.
+  if (std::exchange(hasLoaded_, false)) malloc_trim(0);
   copy_.writeIfDue(std::chrono::steady_clock::now());
   base::MutexLock lock(mutex_);
   return mustLoad_ || copy_.needsContent();

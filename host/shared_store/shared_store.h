@@ -63,7 +63,8 @@ class SharedStore final : public Store, private ClusterListener {
   // Used by the thread of the watch, once there is one.
   KeyReader reader_;
   LocalCopy copy_;
-  int reports_ = 0;  // of ignored keys
+  int reports_ = 0;        // of ignored keys
+  bool hasLoaded_ = true;  // since the last onIdle()
 
   // Used under the tree's writer(), as every call that changes the tree is.
   ClusterWriter writer_;
