@@ -29,8 +29,7 @@ NodePtr plainTree(int count) {
   }
   for (int i = 0; i < count; ++i) {
     const std::string path = "n" + std::to_string(i % 100) + ".k" + std::to_string(i);
-    contents.changes.push_back(
-        DefineEntry{path, true, zlutil::boostany::kKindOf<int>, ValidatorChoice()});
+    contents.changes.push_back(DefineEntry{path, true, zlutil::boostany::kKindOf<int>, {}});
     contents.changes.push_back(PutValue{path, i});
   }
   applyExternalChanges(*root, kWorkgroup, contents);
