@@ -279,16 +279,21 @@ void LocalCopy::note(const AnswerHeader& header, const std::vector<WatchEvent>& 
 }
 
 void LocalCopy::writeIfDue(steady_clock::time_point now) {
-  if (needsContent_) return;
-  if (noted_.empty()) return touchIfDue(now);
-  if (now < nextWrite_) return;
+  if (noted_.empty() && !needsContent_) return touchIfDue(now);
+  if (now >= nextWrite_) writeNoted();
+}
+
+void LocalCopy::writeNoted() {
+  if (needsContent_ || noted_.empty()) return;
+  const auto start = steady_clock::now();
   try {
     merge();
   } catch (const std::exception& failure) {
     reportOnce(failure);
   }
   const auto end = steady_clock::now();
-  nextWrite_ = end + std::max<steady_clock::duration>(kShortestPause, kPausePerWrite * (end - now));
+  nextWrite_ =
+      end + std::max<steady_clock::duration>(kShortestPause, kPausePerWrite * (end - start));
 }
 
 // Keeps the time of the file current while nothing changes.

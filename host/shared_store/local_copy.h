@@ -47,6 +47,8 @@ class LocalCopy {
   void note(const AnswerHeader& header, const std::vector<WatchEvent>& events);
   // Writes the noted changes, unless that was done a moment ago. Reports the first failure.
   void writeIfDue(std::chrono::steady_clock::time_point now);
+  // Writes them now.
+  void writeNoted();
   // Returns whether replace() is needed, because the file is not the one that the changes are of.
   bool needsContent() const { return needsContent_; }
 

@@ -141,6 +141,7 @@ void SharedStore::onEvents(const AnswerHeader& header, std::vector<WatchEvent> e
 }
 
 void SharedStore::onAway(const std::string& reason) {
+  copy_.writeNoted();  // now it may be needed
   base::MutexLock lock(mutex_);
   away_ = reason;
   const auto now = std::chrono::steady_clock::now();

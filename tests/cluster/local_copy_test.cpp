@@ -48,6 +48,20 @@ TEST_F(SharedStoreTest, EachClusterHasItsCopyWhoseTimeIsKeptCurrent) {
   EXPECT_NE(write("http://a,http://c/team/x"), name);
 }
 
+TEST_F(SharedStoreTest, TheCopyIsWholeWhenTheNetworkIsGone) {
+  NodePtr root = openShared(options());
+  const Listener listener(root);
+  etcd.put(kKey, intDocument(15));
+  listener.waitFor(1);
+  etcd.close();
+  EXPECT_TRUE(eventually([&] {
+    std::string reason;
+    const auto copied =
+        parseCopy(directory.read(copyName()), parseClusterAddress(options().address), reason);
+    return copied && copied->items.at(0).value == intDocument(15);
+  }));
+}
+
 TEST_F(SharedStoreTest, TheCopyFollowsChangesAndATornOrForeignOneIsIgnored) {
   std::string file;
   {
