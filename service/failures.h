@@ -56,6 +56,7 @@ SETTINGS_FAILURE(FailedToRunJavaValidator, "The Java validator (\"%1\", \"%2\") 
 SETTINGS_FAILURE(JVMNotReadyForProcessingJavaFunction, "The Java machine is not ready.");
 // Arguments: store (a path), message of the system.
 SETTINGS_FAILURE(StoreFailure, "Cannot write %1: %2");
+SETTINGS_FAILURE(UnreadableStore, "Cannot read %1: %2");
 
 #undef SETTINGS_FAILURE
 

@@ -2,7 +2,8 @@
 // or a part of it to a file, and reading the values of a file into a level of a tree.
 // docs/settings-file.md describes the format. Everything that is written comes back exactly: every
 // value, its level and type, names and validators. Only a CValidator is left out, because it is
-// code. All functions may be called from any thread.
+// code. All functions may be called from any thread. write() is an option of the service beside the
+// contract: a host may leave it out, and the bridge checks at run time whether it is there.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -23,8 +24,9 @@ class SETTINGS_HOST_API SettingsFile {
   // or the new one, also after a crash. A symbolic link stays one, and an existing file keeps its
   // mode. Throws UnSupportedLevel, NoSuchNode (no node), NotANodeName (a key), StoreFailure (with
   // the message of the system, or the path of a string with a character that XML cannot hold).
-  static void write(const boost::shared_ptr<Settings>& top, const std::vector<std::string>& levels,
-                    const base::ustring& path);
+  SETTINGS_HOST_OPTION static void write(const boost::shared_ptr<Settings>& top,
+                                         const std::vector<std::string>& levels,
+                                         const base::ustring& path);
 
   // Sets the keys below the node `top` to the values that the file has for them, at `level`, as one
   // operation: all of them or, if there is a problem, none. Of several values of a key the

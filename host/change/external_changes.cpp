@@ -7,11 +7,14 @@
 #include "host/change/tree_edit.h"
 #include "host/os/log_error.h"
 #include "host/tree/subtree.h"
+#include "service/failures.h"
 #include "service/identifier.h"
+#include "service/synchronization.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
 
-namespace zlutil::settings::host {
+namespace zlutil::settings {
+namespace host {
 namespace {
 
 constexpr std::size_t kReportedLines = 10;
@@ -194,4 +197,13 @@ void catchUp(Tree& tree, int level) {
   edit.catchUp(level);
 }
 
-}  // namespace zlutil::settings::host
+}  // namespace host
+
+void synchronize(const boost::shared_ptr<Settings>& given) {
+  const auto entry = boost::dynamic_pointer_cast<host::Entry>(given);
+  if (!entry) throw Failure<KORVEN::settings::core::NoSuchNode>(std::string(), std::string());
+  host::TreeEdit edit(entry->tree(), host::TreeEdit::kAhead);
+  for (int level = 0; level < host::kLevelCount; ++level) edit.synchronize(level);
+}
+
+}  // namespace zlutil::settings

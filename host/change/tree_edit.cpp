@@ -34,12 +34,16 @@ bool TreeEdit::apply(int level, const Changes& changes, const std::function<bool
   });
 }
 
-void TreeEdit::catchUp(int level) {
-  tree_.store(level).catchUp([&](const ExternalChanges& external) {
+void TreeEdit::catchUp(int level) { tree_.store(level).catchUp(receiver(level)); }
+
+void TreeEdit::synchronize(int level) { tree_.store(level).synchronize(receiver(level)); }
+
+Store::Receiver TreeEdit::receiver(int level) {
+  return [this, level](const ExternalChanges& external) {
     hasExternalEvents_ = true;
     applyExternalChanges(tree_, level, external);
     return true;
-  });
+  };
 }
 
 void TreeEdit::replaceValue(Key& key, int level, boost::any value) {

@@ -59,6 +59,8 @@ class TreeEdit {
 
   // Applies what other processes have changed in the level's store.
   void catchUp(int level);
+  // The same, but throws UnreadableStore if the store cannot be asked.
+  void synchronize(int level);
 
   // Replaces values at the level, and notes the keys whose values have changed, for publication.
   void replaceValue(Key& key, int level, boost::any value);
@@ -101,6 +103,7 @@ class TreeEdit {
   };
 
   bool apply(int level, const Changes& changes, const std::function<bool()>& isPossible);
+  Store::Receiver receiver(int level);
   void unlock();
 
   Tree& tree_;

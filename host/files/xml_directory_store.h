@@ -16,6 +16,7 @@ class XmlDirectoryStore final : public Store {
   void readAll(Node& root, int level) override;
   bool apply(const Changes& changes, const Receiver& receive) override;
   void catchUp(const Receiver&) override {}
+  void synchronize(const Receiver&) override {}
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }

@@ -28,6 +28,7 @@ class SharedStore final : public Store, private ClusterListener {
   void readAll(Node& root, int level) override;
   bool apply(const Changes& changes, const Receiver& receive) override;
   void catchUp(const Receiver& receive) override;
+  void synchronize(const Receiver& receive) override { catchUp(receive); }
   bool keepsChanges() const override { return true; }
   bool isCurrent() override;
   const std::string& readOnlyReason() const override { return readOnlyReason_; }

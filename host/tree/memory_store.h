@@ -11,6 +11,7 @@ class MemoryStore final : public Store {
   void readAll(Node&, int) override {}
   bool apply(const Changes&, const Receiver&) override { return true; }
   void catchUp(const Receiver&) override {}
+  void synchronize(const Receiver&) override {}
   bool keepsChanges() const override { return false; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return writable_; }

@@ -79,6 +79,10 @@ class Store {
   // Hands external changes to `receive`, if there are any. Does not throw if they cannot be read.
   virtual void catchUp(const Receiver& receive) = 0;
 
+  // Hands all external changes that were stored before the call to `receive`. Throws
+  // UnreadableStore if the store cannot be asked for them.
+  virtual void synchronize(const Receiver& receive) = 0;
+
   // Returns whether the tree must call apply() for a change. A read-only store returns true, and
   // its apply() throws.
   virtual bool keepsChanges() const = 0;

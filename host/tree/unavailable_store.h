@@ -16,6 +16,7 @@ class UnavailableStore final : public Store {
     throw Failure<KORVEN::settings::core::StoreFailure>(std::string("the level"), reason_);
   }
   void catchUp(const Receiver&) override {}
+  void synchronize(const Receiver&) override {}
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return reason_; }

@@ -12,6 +12,7 @@ namespace zlutil::settings::host {
 namespace {
 
 using KORVEN::settings::core::StoreFailure;
+using KORVEN::settings::core::UnreadableStore;
 
 // The longest wait for others while looking for their changes, in milliseconds. Changes of this
 // process wait for the look.
@@ -129,11 +130,9 @@ void UserStore::readAll(Node& root, int level) {
 bool UserStore::apply(const Changes& changes, const Receiver& receive) {
   base::MutexLock mutexLock(mutex_);
   try {
-    checkForReplacement();
-    if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
+    requireDatabase();
     const UserStoreLock lock(files_, UserStoreLock::kExclusive, options_.lockWait);
-    checkForReplacement();
-    if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
+    requireDatabase();
     database_->connection().setLockWait(options_.lockWait);
     return store(changes, receive, lock);
   } catch (const SqliteError& failure) {
@@ -151,8 +150,8 @@ bool UserStore::store(const Changes& changes, const Receiver& receive, const Use
     const std::int64_t known = std::max(highestRevision_, stamp_->last());
     if (database_->lastRevision() < known) database_->skipTo(known + 2);
     const auto ownCount = static_cast<std::int64_t>(ownRevisions_.size());
-    const bool isBehind = mustCompare_ || database_->lastRevision() != seenRevision_ + ownCount;
-    if (isBehind && !deliverExternalChanges(receive)) return false;
+    const bool mustDeliver = mustCompare_ || database_->lastRevision() != seenRevision_ + ownCount;
+    if (mustDeliver && !deliverExternalChanges(receive)) return false;
     revision = store(changes);
   }
   // The file may have been replaced during the commit. The new one gets the same changes; storing
@@ -213,15 +212,32 @@ void UserStore::catchUp(const Receiver& receive) {
   try {
     const UserStoreLock lock(files_, UserStoreLock::kShared, kLookWait);
     database_->connection().setLockWait(kLookWait);
-    database_->beginReading();
-    Transaction transaction(*database_);
-    deliverExternalChanges(receive);
+    readExternalChanges(receive);
   } catch (const SqliteError& failure) {
     // The next look tries again.
     if (failure.code() == SQLITE_BUSY) return;
     logError(shownFileName(files_.database()) +
              ": changes by other processes cannot be read: " + failure.what());
   }
+}
+
+void UserStore::synchronize(const Receiver& receive) {
+  base::MutexLock mutexLock(mutex_);
+  try {
+    requireDatabase();
+    const UserStoreLock lock(files_, UserStoreLock::kShared, options_.lockWait);
+    requireDatabase();
+    database_->connection().setLockWait(options_.lockWait);
+    if (isBehind()) readExternalChanges(receive);
+  } catch (const SqliteError& failure) {
+    throw Failure<UnreadableStore>(shownFileName(files_.database()), std::string(failure.what()));
+  }
+}
+
+void UserStore::readExternalChanges(const Receiver& receive) {
+  database_->beginReading();
+  Transaction transaction(*database_);
+  deliverExternalChanges(receive);
 }
 
 void UserStore::noteOwnRevision(std::int64_t revision) {
@@ -266,8 +282,11 @@ bool UserStore::isCurrent() {
 
 bool UserStore::hasExternalChanges() {
   database_->connection().setLockWait(kLookWait);
-  return mustCompare_ || database_->dataVersion() != dataVersion_;
+  return isBehind();
 }
+
+// Returns whether the tree lacks a change by another process, or may lack one.
+bool UserStore::isBehind() { return mustCompare_ || database_->dataVersion() != dataVersion_; }
 
 std::string UserStore::reasonToReopen() const {
   const FileIdentity file(files_.database());
@@ -279,6 +298,12 @@ void UserStore::checkForReplacement() {
   if (!database_) return;
   const std::string reason = reasonToReopen();
   if (!reason.empty()) close(reason);
+}
+
+// Throws the reason why the database cannot be used.
+void UserStore::requireDatabase() {
+  checkForReplacement();
+  if (!database_) throw SqliteError(SQLITE_CANTOPEN, reason_);
 }
 
 std::string UserStore::sourceOf(const std::string&) const {
@@ -339,9 +364,9 @@ bool UserStore::needsCatchingUp() {
       mustCompare_ = true;
     }
     const UserStoreLock lock(files_, UserStoreLock::kShared, kLookWait);
-    const bool isBehind = hasExternalChanges();
+    const bool hasChanges = hasExternalChanges();
     database_->connection().useRollbackJournal();
-    return isBehind;
+    return hasChanges;
   } catch (const SqliteError& failure) {
     if (!database_) reason_ = failure.what();
     return false;

@@ -30,6 +30,7 @@ class UserStore final : public Store {
   void readAll(Node& root, int level) override;
   bool apply(const Changes& changes, const Receiver& receive) override;
   void catchUp(const Receiver& receive) override;
+  void synchronize(const Receiver& receive) override;
   bool keepsChanges() const override { return true; }
   bool isCurrent() override;
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
@@ -44,13 +45,16 @@ class UserStore final : public Store {
   void checkIdentity() const REQUIRES(mutex_);
   std::string reasonToReopen() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
+  void requireDatabase() REQUIRES(mutex_);
   bool store(const Changes& changes, const Receiver& receive, const UserStoreLock& lock)
       REQUIRES(mutex_);
   std::int64_t store(const Changes& changes) REQUIRES(mutex_);
   bool deliverExternalChanges(const Receiver& receive) REQUIRES(mutex_);
+  void readExternalChanges(const Receiver& receive) REQUIRES(mutex_);
   void noteOwnRevision(std::int64_t revision) REQUIRES(mutex_);
   bool hasPersisted(std::int64_t revision) REQUIRES(mutex_);
   bool hasExternalChanges() REQUIRES(mutex_);
+  bool isBehind() REQUIRES(mutex_);
   bool mayRetryOpening() REQUIRES(mutex_);
   bool needsCatchingUp();
   bool tryBackUp();

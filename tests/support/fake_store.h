@@ -34,6 +34,7 @@ class FakeStore final : public zlutil::settings::host::Store {
   void readAll(zlutil::settings::host::Node& root, int level) override;
   bool apply(const zlutil::settings::host::Changes& changes, const Receiver& receive) override;
   void catchUp(const Receiver& receive) override;
+  void synchronize(const Receiver& receive) override { catchUp(receive); }
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return external_.changes.empty(); }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }

@@ -2,6 +2,7 @@
 #include <future>
 
 #include "service/change_counters.h"
+#include "service/synchronization.h"
 #include "tests/support/fake_store.h"
 #include "tests/support/user_store_fixture.h"
 
@@ -72,6 +73,28 @@ TEST_F(SharedStore, AConflictWithAnotherProcessFailsLikeOneWithinAProcess) {
     EXPECT_EQ(contentsOf(behind), stored) << &collision - collisions;
     EXPECT_EQ(contentsOf(open()), stored) << &collision - collisions;
   }
+}
+
+TEST_F(SharedStore, SynchronizingReadsEverythingThatAnotherProcessHasStored) {
+  const NodePtr root = open();
+  addKey(root, "k")->getParent()->setAny("k", 0, "user");
+  const NodePtr behind = openBehind();
+  for (int round = 1; round <= 20; ++round) {
+    root->setAny("k", round, "user");
+    EXPECT_EQ(intAt(behind, "k"), round - 1);
+    synchronize(behind->getChild("k"));
+    EXPECT_EQ(intAt(behind, "k"), round);
+  }
+  synchronize(behind);
+  EXPECT_EQ(intAt(behind, "k"), 20);
+  messageOf<NoSuchNode>([] { zlutil::settings::synchronize(nullptr); });
+  // While another connection holds the database locked, the answer is not known.
+  const auto other = shell();
+  other->execute("BEGIN EXCLUSIVE");
+  const std::string message = messageOf<UnreadableStore>([&] { synchronize(behind); });
+  EXPECT_EQ(message.rfind("Cannot read " + database() + ": ", 0), 0u) << message;
+  other->execute("COMMIT");
+  synchronize(behind);
 }
 
 TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllProcesses) {

@@ -35,6 +35,20 @@ final class NativeLane {
     static native ByteBuffer changeCounters();
 
     /**
+     * Brings the changes of other processes into a tree.
+     *
+     * @return null if that is done, or else the reason why not
+     */
+    static native String synchronize(long root);
+
+    /**
+     * Writes the tree below a node to a settings file, with the values of the levels.
+     *
+     * @return null if that is done, or else the reason why not
+     */
+    static native String save(long root, String[] path, String[] levels, String file);
+
+    /**
      * Tells whether the last native call of this thread did nothing because the JVM is shutting
      * down.
      */

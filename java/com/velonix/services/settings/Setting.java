@@ -1,6 +1,8 @@
 package com.velonix.services.settings;
 
 import java.util.Arrays;
+import java.util.EnumMap;
+import java.util.Map;
 import java.util.Objects;
 import java.util.Optional;
 
@@ -15,33 +17,12 @@ import java.util.Optional;
  *
  * @param <T> the class of the values
  */
-public final class Setting<T> implements Listenable {
+public final class Setting<T> extends KeyAccess<T> implements Listenable {
     /** How often registering is tried while other threads add and remove the entry. */
     private static final int LISTEN_ATTEMPTS = 100;
 
-    private final SettingPath parent;
-    private final TreeHandle tree;
-    private final String name;
-    private final Class<T> type;
-    private final int counterOffset;
-
-    /** The kind of the values; 0 if the class stands for several. */
-    private final int kind;
-
-    /** The value read last, or null. Threads may replace it at any time: it is immutable. */
-    private CachedValue<T> cached;
-
-    /** The bound key, from the second use on. */
-    private BoundKey bound;
-    private boolean used;
-
     Setting(SettingPath parent, String name, Class<T> type) {
-        this.parent = parent;
-        this.tree = parent.tree();
-        this.name = name;
-        this.type = type;
-        this.counterOffset = ChangeCounters.offset(parent.lastName(), name);
-        this.kind = ValueTypes.kindOf(type);
+        super(parent, name, type);
     }
 
     /**
@@ -123,6 +104,37 @@ public final class Setting<T> implements Listenable {
         } catch (SettingNotFoundException missing) {
             return Optional.empty();
         }
+    }
+
+    /**
+     * Returns the effective value, or another one if no level has one, or if there is no such key.
+     *
+     * @param fallback the value to return if there is none; may be null
+     * @return the value of the first level that has one, or else the fallback
+     * @throws SettingException if the settings service fails
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public T getOr(T fallback) throws SettingException {
+        T value = effective().value();
+        return value == null ? fallback : value;
+    }
+
+    /**
+     * Returns the values of all levels. Each is read by itself.
+     *
+     * @return the levels that have a value, the highest first, and their values; empty also if
+     *     there is no such key
+     * @throws SettingException if the settings service fails
+     * @throws SettingUnsupportedTypeRuntimeException if the key has values of another class
+     */
+    public Map<SettingLevel, T> values() throws SettingException {
+        Map<SettingLevel, T> values = new EnumMap<>(SettingLevel.class);
+        for (SettingLevel level : SettingLevel.values()) {
+            Optional<T> value = find(level);
+            if (value.isPresent())
+                values.put(level, value.get());
+        }
+        return values;
     }
 
     /**
@@ -268,6 +280,36 @@ public final class Setting<T> implements Listenable {
         return EntryFacts.lock(tree, path(), name);
     }
 
+    /**
+     * Removes the value from the default level, if it has one, so that the value of a lower level
+     * comes into effect.
+     *
+     * @return true if there was a value
+     * @throws SettingException if the change cannot be stored
+     */
+    public boolean reset() throws SettingException {
+        return reset(SettingLevel.defaultLevel());
+    }
+
+    /**
+     * Removes the value from one level, if it has one.
+     *
+     * @param level the level to change
+     * @return true if there was a value
+     * @throws SettingAccessException if the level is read-only and has a value
+     * @throws SettingException if the change cannot be stored
+     */
+    public boolean reset(SettingLevel level) throws SettingException {
+        if (!isSet(level))
+            return false;
+        try {
+            unset(level);
+            return true;
+        } catch (SettingNotFoundException removedMeanwhile) {
+            return false;
+        }
+    }
+
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
@@ -312,40 +354,6 @@ public final class Setting<T> implements Listenable {
         return name.equals(key) && Arrays.equals(path(), node.nameArray());
     }
 
-    /** Returns the dotted path. */
-    String dotted() {
-        return parent.dotted(name);
-    }
-
-    /** Records the value in a transaction context. */
-    void record(long context, T value) throws SettingException {
-        if (setThroughLane(context, value, NativeLane.EFFECTIVE))
-            return;
-        // The native method silently records nothing for a key that does not exist.
-        if (!exists())
-            throw new SettingNotFoundException(dotted());
-        setThroughContract(context, value, null);
-    }
-
-    /** Sets or records the value by the lane; returns false if that did nothing. */
-    private boolean setThroughLane(long context, T value, int level) {
-        if (value == null || value.getClass() != type)
-            return false;
-        try (NativeCall call = new NativeCall(tree)) {
-            BoundKey key = boundKey(call);
-            return key != null && key.set(context, kind, level, value);
-        }
-    }
-
-    /** Sets or records the value by the contract's native, which throws for every failure. */
-    private void setThroughContract(long context, T value, String level) throws SettingException {
-        SettingInfo info = new SettingInfo(ValueTypes.toStored(value, parent, name));
-        try (NativeCall call = new NativeCall(tree)) {
-            nativeSet(context, call.address, path(), name, info, level);
-            NativeCall.check(this);
-        }
-    }
-
     static boolean exists(TreeHandle tree, String[] path, String key) {
         try (NativeCall call = new NativeCall(tree)) {
             boolean exists = nativeExists(call.address, path, key);
@@ -382,72 +390,6 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    /** Returns the effective value, from the cache or from the tree. */
-    private CachedValue<T> effective() throws SettingException {
-        CachedValue<T> last = cached;
-        if (last != null && last.isOfCount(ChangeCounters.count(counterOffset)) && tree.isOpen())
-            return last;
-        // The count before the value: a change that the value misses moves the counter from it.
-        boolean cacheable = ChangeCounters.exist();
-        long count = cacheable ? ChangeCounters.count(counterOffset) : 0;
-        CachedValue<T> next;
-        try {
-            next = new CachedValue<>(count, readUncached(NativeLane.EFFECTIVE, null));
-        } catch (SettingNotFoundException missing) {
-            next = CachedValue.missing(count);
-        }
-        if (cacheable)
-            cached = next;
-        return next;
-    }
-
-    private T at(SettingLevel level) throws SettingException {
-        return readUncached(SettingLevel.numberOf(level), level.levelName());
-    }
-
-    /** Reads the value at a level, or the effective value for a null level name; null if none. */
-    @SuppressWarnings("unchecked")
-    private T readUncached(int number, String level) throws SettingException {
-        try (NativeCall call = new NativeCall(tree)) {
-            BoundKey key = boundKey(call);
-            Object value = key == null ? null : key.get(kind, number, type);
-            if (value != null)
-                return (T) value;
-        }
-        return typed(read(level));
-    }
-
-    /** Returns the bound key from the second use on; null before, or if it cannot be bound. */
-    private BoundKey boundKey(NativeCall call) {
-        if (bound != null || kind == 0)
-            return bound;
-        if (used)
-            return bound = call.tree.bind(path(), name);
-        used = true;
-        return null;
-    }
-
-    private SettingInfo read(String level) throws SettingException {
-        SettingInfo info;
-        try (NativeCall call = new NativeCall(tree)) {
-            info = nativeGet(call.address, path(), name, level);
-        }
-        if (info == null)
-            throw NativeCall.unanswered(dotted());
-        return info;
-    }
-
-    /** Returns the value as one of this object's class, or null if there is none. */
-    private T typed(SettingInfo info) {
-        Class<?> declared = info.getType();
-        if (declared != null && !ValueTypes.fits(declared, type)) {
-            throw new SettingUnsupportedTypeRuntimeException(dotted() + " is of type "
-                    + declared.getTypeName() + " and was read as " + type.getTypeName());
-        }
-        Object value = info.getValue();
-        return value == null ? null : ValueTypes.fromStored(value, type);
-    }
-
     private boolean isSet(String level) {
         try (NativeCall call = new NativeCall(tree)) {
             boolean set = nativeIsSet(call.address, path(), name, level);
@@ -456,15 +398,11 @@ public final class Setting<T> implements Listenable {
         }
     }
 
-    private String[] path() {
-        return parent.nameArray();
-    }
-
     private static native void nativeAddRemoveListener(Object source, long handle, String[] path,
             String key, SettingListener listener) throws SettingException;
 
-    private static native SettingInfo nativeGet(
-            long handle, String[] path, String key, String level) throws SettingException;
+    static native SettingInfo nativeGet(long handle, String[] path, String key, String level)
+            throws SettingException;
 
     private static native String nativeGetLevel(long handle, String[] path, String key)
             throws SettingException;
@@ -475,7 +413,7 @@ public final class Setting<T> implements Listenable {
 
     private static native boolean nativeExists(long handle, String[] path, String key);
 
-    private static native void nativeSet(long context, long handle, String[] path, String key,
+    static native void nativeSet(long context, long handle, String[] path, String key,
             SettingInfo value, String level) throws SettingException;
 
     private static native void nativeUnset(long handle, String[] path, String key, String level)

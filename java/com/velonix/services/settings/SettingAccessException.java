@@ -2,8 +2,8 @@ package com.velonix.services.settings;
 
 /**
  * Thrown if the entry cannot be changed at the level: the level is read-only, a read-only file
- * defines the entry, a lock of a lower level counts, or the user lacks the permission. The message names the entry and the level
- * and gives the reason.
+ * defines the entry, a lock of a lower level counts, or the user lacks the permission. The message
+ * names the entry and the level and gives the reason.
  */
 public class SettingAccessException extends SettingException {
     private static final long serialVersionUID = 1;

@@ -3,7 +3,9 @@ package com.velonix.services.settings;
 import java.io.IOException;
 import java.nio.file.Path;
 import java.util.Arrays;
+import java.util.LinkedHashMap;
 import java.util.List;
+import java.util.Map;
 import java.util.Objects;
 import java.util.Optional;
 
@@ -188,6 +190,76 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
+     * Returns the node at a path below this one, after adding the nodes that do not exist. Several
+     * threads and processes may do so at once.
+     *
+     * @param further the names that lead downwards; none for this path itself
+     * @return the path of the node
+     * @throws SettingNameDuplicationException if there is a key on the way
+     * @throws SettingException if this node does not exist, or the change cannot be stored
+     */
+    public SettingPath getOrAddNode(String... further) throws SettingException {
+        SettingPath node = path(further);
+        if (node.exists() || further.length == 0)
+            return node;
+        node = path();
+        for (String name : further) {
+            SettingPath next = node.path(name);
+            try {
+                if (!next.exists())
+                    node.addNode(name);
+            } catch (SettingNameDuplicationException taken) {
+                if (!next.exists())
+                    throw taken;
+            }
+            node = next;
+        }
+        return node;
+    }
+
+    /**
+     * Returns a key of this node, after adding it with its first value if it does not exist.
+     * Several threads and processes may do so at once: the first one's value stays.
+     *
+     * @param name the key's name
+     * @param value the value of a new key, at the default level; it decides the class
+     * @param <T> the class of the values
+     * @return the key
+     * @throws SettingUnsupportedTypeRuntimeException if there is a key with values of another class
+     * @throws SettingNameDuplicationException if there is a node of that name
+     * @throws SettingException if there is no node here, or the change is refused
+     */
+    public <T> Setting<T> getOrAddKey(String name, T value) throws SettingException {
+        if (!Setting.exists(tree, names, Names.checkNew(name))) {
+            try {
+                return addKey(name, value);
+            } catch (SettingNameDuplicationException taken) {
+                if (!Setting.exists(tree, names, name))
+                    throw taken;
+            }
+        }
+        @SuppressWarnings("unchecked") Setting<T> key = setting(name, (Class<T>) value.getClass());
+        key.find(); // refuses a key of another class
+        return key;
+    }
+
+    /**
+     * Returns the effective values of all keys of this node. Each is read by itself.
+     *
+     * @return the names of the keys that have a value, sorted, and their values
+     * @throws SettingException if there is no node here
+     */
+    public Map<String, Object> values() throws SettingException {
+        Map<String, Object> values = new LinkedHashMap<>();
+        for (String key : keys()) {
+            Object value = setting(key, Object.class).getOr(null);
+            if (value != null)
+                values.put(key, value);
+        }
+        return values;
+    }
+
+    /**
      * Adds a key with its first value, at the default level. If the value is refused, the key is
      * added without a value.
      *
@@ -280,6 +352,50 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return EntryFacts.lock(tree, names, null);
     }
 
+    /**
+     * Writes everything below this node to a settings file, as of one moment. An existing file is
+     * replaced in one step: a reader finds the old content or the new one, also after a crash.
+     *
+     * @param file the file; {@link #load(Path)} and a directory of the factory or workgroup level
+     *     read it
+     * @param levels the levels whose values are written; all of them if none is named
+     * @throws SettingNotFoundException if there is no node here
+     * @throws IOException if the file cannot be written, or cannot hold a text; the message has the
+     *     file and the reason
+     */
+    public void save(Path file, SettingLevel... levels)
+            throws IOException, SettingNotFoundException {
+        String name = Objects.requireNonNull(file, "file").toFile().getPath();
+        SettingLevel[] chosen = levels.length == 0 ? SettingLevel.values() : levels;
+        String[] levelNames =
+                Arrays.stream(chosen).map(SettingLevel::nameOf).toArray(String[] ::new);
+        if (!exists())
+            throw new SettingNotFoundException(dotted(null));
+        try (NativeCall call = new NativeCall(tree)) {
+            String reason = NativeLane.save(call.address, names, levelNames, name);
+            NativeCall.check(this);
+            if (reason != null)
+                throw new IOException(reason);
+        }
+    }
+
+    /**
+     * Brings the changes of other processes into the whole tree: everything that a process of the
+     * user had set, at the user level, before this call can be read when it returns. Its listeners
+     * are called a moment later. Without this call, changes arrive by themselves within a second.
+     * Asks the database one question if there are none.
+     *
+     * @throws SettingStoreException if the database cannot be asked; the tree then has what it had
+     */
+    public void sync() throws SettingStoreException {
+        try (NativeCall call = new NativeCall(tree)) {
+            String reason = NativeLane.synchronize(call.address);
+            NativeCall.check(tree);
+            if (reason != null)
+                throw new SettingStoreException(tree + " cannot be synchronized: " + reason);
+        }
+    }
+
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
@@ -357,7 +473,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         return path(name);
     }
 
-    private <T> Setting<T> addKey(String name, T value, SettingLevel level, ValidatorName validator)
+    <T> Setting<T> addKey(String name, T value, SettingLevel level, ValidatorName validator)
             throws SettingException {
         Names.checkNew(name);
         Object stored = ValueTypes.toStored(value, this, name);

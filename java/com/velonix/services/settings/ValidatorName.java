@@ -1,6 +1,8 @@
 package com.velonix.services.settings;
 
+import java.util.List;
 import java.util.Objects;
+import java.util.Optional;
 
 /** The two strings that name a Java validator to the settings service; both null for none. */
 record ValidatorName(String className, String argument) {
@@ -24,5 +26,17 @@ record ValidatorName(String className, String argument) {
                     type.getName() + " with \"" + argument + "\": " + reason, refused);
         }
         return new ValidatorName(type.getName(), argument);
+    }
+
+    /** Validates a value; returns the reason why it is refused, or empty if it is valid. */
+    Optional<String> problem(List<String> path, String name, Object value) {
+        if (className == null)
+            return Optional.empty();
+        try {
+            return Optional.ofNullable(SettingValidator.validate(
+                    className, argument, 0, path.toArray(String[] ::new), name, value));
+        } catch (ReflectiveOperationException | RuntimeException failed) {
+            return Optional.of("The validator " + className + " failed: " + failed);
+        }
     }
 }

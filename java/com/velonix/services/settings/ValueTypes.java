@@ -46,11 +46,8 @@ final class ValueTypes {
             throw new NullPointerException("value of " + parent.dotted(name));
         Class<?> type = value.getClass();
         int kind = kindOf(type);
-        if (kind == 0) {
-            throw new SettingUnsupportedTypeRuntimeException(parent.dotted(name)
-                    + ": a value of the class \"" + type.getTypeName()
-                    + "\" cannot be stored. Use String, Boolean, a number, or an array of these.");
-        }
+        if (kind == 0)
+            throw unsupported(type, parent.dotted(name));
         if (!type.isArray())
             return value;
         if (type.getComponentType().isPrimitive())
@@ -65,6 +62,17 @@ final class ValueTypes {
         return value;
     }
 
+    /**
+     * Returns the value if a setting can have it.
+     *
+     * @throws SettingUnsupportedTypeRuntimeException if not
+     */
+    static Object checkStored(Object value, String dotted) {
+        if (kindOf(value.getClass()) == 0)
+            throw unsupported(value.getClass(), dotted);
+        return value;
+    }
+
     /** Tells whether stored values of a class can be returned as values of the class asked for. */
     static boolean fits(Class<?> storedType, Class<?> asked) {
         return asked.isAssignableFrom(storedType) || stored(asked) == storedType;
@@ -75,6 +83,13 @@ final class ValueTypes {
         return asked.cast(asked.isInstance(value)
                         ? value
                         : PrimitiveArrays.unboxed((Object[]) value, kindOf(asked)));
+    }
+
+    private static SettingUnsupportedTypeRuntimeException unsupported(
+            Class<?> type, String dotted) {
+        return new SettingUnsupportedTypeRuntimeException(dotted + ": a value of the class \""
+                + type.getTypeName()
+                + "\" cannot be stored. Use String, Boolean, a number, or an array of these.");
     }
 
     private static boolean isStored(Class<?> type) {

@@ -34,8 +34,8 @@ final class ChildJvm {
     }
 
     /** Starts a program with the classes of this process. The caller ends it. */
-    static Process start(Class<?> program, Path folder) throws Exception {
-        return builder(program, folder, apiClasses()).start();
+    static Process start(Class<?> program, Path folder, String... options) throws Exception {
+        return builder(program, folder, apiClasses(), options).start();
     }
 
     private static String outputOf(ProcessBuilder builder, Path folder) throws Exception {
@@ -62,7 +62,8 @@ final class ChildJvm {
         return run(program, folder, Map.of());
     }
 
-    private static String librariesOption() {
+    /** Returns the option that names the libraries of this process. */
+    static String librariesOption() {
         return "-Djava.library.path=" + System.getProperty("java.library.path");
     }
 
