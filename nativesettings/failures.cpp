@@ -62,11 +62,11 @@ void FailureTranslator::withMessage(jzi::ConsInfo& cls, const std::string& messa
 }
 
 void FailureTranslator::withDetail(jzi::ConsInfo& cls, const char* prefix,
-                                   const std::string& detail) const {
+                                   const std::string& detail, const char* failure) const {
   std::string path;
   if (!prepare(path)) return;
   const std::string reason = path + ": " + detail;
-  const RefusalReason scope(reason);
+  const RefusalReason scope(reason, failure);
   throwJavaExceptionMessageHelper(env_, prefix, path.c_str(), detail, classFor(cls));
 }
 

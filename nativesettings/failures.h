@@ -41,8 +41,9 @@ class FailureTranslator {
   void withReason(jzi::ConsInfo& cls, const std::string& reason) const;
   void withMessage(jzi::ConsInfo& cls, const std::string& message) const;
   // Raises an exception in the form of throwJavaExceptionMessageHelper, with the dotted path as
-  // name. The reason for its constructor is the path with the detail.
-  void withDetail(jzi::ConsInfo& cls, const char* prefix, const std::string& detail) const;
+  // name. The reason for its constructor is the path with the detail, and the name of the failure.
+  void withDetail(jzi::ConsInfo& cls, const char* prefix, const std::string& detail,
+                  const char* failure = "") const;
   // Raises nothing of its own; deals with a pending exception as the others do.
   void swallow() const;
 
@@ -103,7 +104,8 @@ void translating(const FailureTranslator& translator, Body&& body) {
   } catch (const Failure<CValidationError>& e) {
     translator.withMessage(settingValidationException, e.GetMessageTxt());
   } catch (const IMsgIDException& e) {
-    translator.withDetail(settingValidationException, "IMsgIDException", e.GetMessageTxt());
+    translator.withDetail(settingValidationException, "IMsgIDException", e.GetMessageTxt(),
+                          e.GetMsgID().name());
   } catch (const IUserException& e) {
     translator.withDetail(settingValidationException, "IUserException", e.GetMessageTxt());
   } catch (const std::exception& e) {

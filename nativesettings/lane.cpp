@@ -72,6 +72,8 @@ jstring refusalReason(JNIEnv* env, jclass) {
   return reason ? env->NewStringUTF(reason->c_str()) : nullptr;
 }
 
+jboolean refusalIsOfStore(JNIEnv*, jclass) { return RefusalReason::isOfStore(); }
+
 }  // namespace
 
 void registerLane(JNIEnv* env) {
@@ -88,6 +90,7 @@ void registerLane(JNIEnv* env) {
                 &save),
       nativeRow("wasRefused", "()Z", &wasRefused),
       nativeRow("refusalReason", "()Ljava/lang/String;", &refusalReason),
+      nativeRow("refusalIsOfStore", "()Z", &refusalIsOfStore),
   };
   methods.insert(methods.end(), laneKeyMethods().begin(), laneKeyMethods().end());
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());

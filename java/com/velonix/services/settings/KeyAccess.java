@@ -63,6 +63,8 @@ abstract class KeyAccess<T> {
         try (NativeCall call = new NativeCall(tree)) {
             Setting.nativeSet(context, call.address, path(), name, info, level);
             NativeCall.check(this);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
     }
 

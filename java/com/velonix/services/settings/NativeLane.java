@@ -62,6 +62,9 @@ final class NativeLane {
      */
     static native String refusalReason();
 
+    /** Tells whether the exception that this thread is making is for a store that failed. */
+    static native boolean refusalIsOfStore();
+
     /**
      * Binds the key at a path below a root, whether it exists or not.
      *

@@ -203,7 +203,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * @throws SettingNotFoundException if there is no such key
      * @throws SettingValidationException if a validator refuses the value, or the key has values of
      *     another class
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public void set(T value) throws SettingException {
         set(value, SettingLevel.defaultLevel());
@@ -218,7 +218,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * @throws SettingValidationException if a validator refuses the value, or the key has values of
      *     another class
      * @throws SettingAccessException if the level is read-only, or the key is locked for it
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public void set(T value, SettingLevel level) throws SettingException {
         if (!setThroughLane(0, value, SettingLevel.numberOf(level)))
@@ -229,7 +229,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * Removes the value from the default level, {@link SettingLevel#defaultLevel()}.
      *
      * @throws SettingNotFoundException if there is no such key, or the level has no value
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public void unset() throws SettingException {
         unset(SettingLevel.defaultLevel());
@@ -241,7 +241,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * @param level the level to change
      * @throws SettingNotFoundException if there is no such key, or the level has no value
      * @throws SettingAccessException if the level is read-only, or the key is locked for it
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public void unset(SettingLevel level) throws SettingException {
         int number = SettingLevel.numberOf(level);
@@ -252,6 +252,8 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
                 return;
             nativeUnset(call.address, path(), name, levelName);
             NativeCall.check(this);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
     }
 
@@ -285,7 +287,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * comes into effect.
      *
      * @return true if there was a value
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public boolean reset() throws SettingException {
         return reset(SettingLevel.defaultLevel());
@@ -297,7 +299,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * @param level the level to change
      * @return true if there was a value
      * @throws SettingAccessException if the level is read-only and has a value
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public boolean reset(SettingLevel level) throws SettingException {
         if (!isSet(level))

@@ -297,13 +297,15 @@ public final class SettingPath implements AutoCloseable, Listenable {
      *
      * @param child the entry's name
      * @throws SettingAccessException if a file of a read-only level defines it, or it is locked
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public void delete(String child) throws SettingException {
         Objects.requireNonNull(child, "child");
         try (NativeCall call = new NativeCall(tree)) {
             nativeDelete(call.address, names, child);
             NativeCall.check(this);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
     }
 
@@ -314,7 +316,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * @param name the name of the copy
      * @return the path of the copy
      * @throws UnsupportedOperationException if the parent has a node of that name with children
-     * @throws SettingException if the change cannot be stored
+     * @throws SettingStoreException if the change cannot be stored
      */
     public SettingPath copyTo(SettingPath parent, String name) throws SettingException {
         Names.checkNew(name);
@@ -325,6 +327,8 @@ public final class SettingPath implements AutoCloseable, Listenable {
         try (NativeCall to = new NativeCall(parent.tree); NativeCall from = new NativeCall(tree)) {
             nativeCopySubtree(to.address, parent.names, from.address, names, name);
             NativeCall.check(this);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
         return parent.path(name);
     }
@@ -469,6 +473,8 @@ public final class SettingPath implements AutoCloseable, Listenable {
         try (NativeCall call = new NativeCall(tree)) {
             nativeAddNode(call.address, names, name, validator.className(), validator.argument());
             NativeCall.check(this);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
         return path(name);
     }
@@ -482,6 +488,8 @@ public final class SettingPath implements AutoCloseable, Listenable {
             nativeAddKey(call.address, names, name, new SettingInfo(stored),
                     SettingLevel.nameOf(level), validator.className(), validator.argument());
             NativeCall.check(key);
+        } catch (SettingValidationException refused) {
+            throw refused.forCaller();
         }
         return key;
     }

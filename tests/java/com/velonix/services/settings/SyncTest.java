@@ -4,6 +4,7 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.velonix.services.settings.validators.Range;
 import java.io.BufferedReader;
 import java.io.InputStreamReader;
 import java.nio.file.Files;
@@ -11,6 +12,7 @@ import java.nio.file.Path;
 import java.util.List;
 import java.util.stream.IntStream;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.api.io.TempDir;
 
 /** Tests two processes of one user: what one has set, the other reads, and adds at once. */
@@ -66,22 +68,44 @@ class SyncTest {
     }
 
     @Test
-    void syncReportsADatabaseThatCannotBeAsked() throws Exception {
+    void aDatabaseThatIsGoneIsAFailureOfTheStoreInEveryCall() throws Exception {
         Path directory = Path.of(System.getenv("SETTINGS_USERDIR"));
         Path elsewhere = directory.resolveSibling(directory.getFileName() + ".elsewhere");
         try (SettingPath root = SettingPath.processRoot()) {
-            root.getOrAddKey("kept", 1);
+            SettingPath node = root.getOrAddNode("store");
+            Setting<Integer> key = node.getOrAddNode("below").addKey(
+                    "key", 1, SettingLevel.USER, Range.class, "1..9");
             Files.move(directory, elsewhere);
             try {
-                SettingStoreException failed =
-                        assertThrows(SettingStoreException.class, root::sync);
-                assertTrue(failed.getMessage().contains(
-                                   "cannot be synchronized: Cannot read " + directory),
-                        failed.getMessage());
-                assertEquals(1, root.setting("kept", Integer.class).get());
+                fails("cannot be synchronized: Cannot read " + directory, root::sync);
+                String write = "Cannot write " + directory;
+                for (Executable change : List.<Executable>of(()
+                                                                     -> key.set(2),
+                             key::unset, key::reset,
+                             ()
+                                     -> node.delete("below"),
+                             ()
+                                     -> node.addNode("fresh"),
+                             ()
+                                     -> node.addKey("fresh", 1),
+                             ()
+                                     -> node.getOrAddKey("fresh", 1),
+                             ()
+                                     -> node.path("below").copyTo(node, "copy"),
+                             () -> SettingKey.of("store.fresh", 1).set(root, 2))) {
+                    fails(write, change);
+                }
+                assertThrows(SettingValidationException.class, () -> key.set(10));
+                assertEquals(1, key.get());
+                assertEquals(List.of("below"), node.children());
             } finally {
                 Files.move(elsewhere, directory);
             }
         }
+    }
+
+    private static void fails(String reason, Executable call) {
+        String message = assertThrows(SettingStoreException.class, call).getMessage();
+        assertTrue(message.contains(reason), message);
     }
 }
