@@ -69,7 +69,8 @@ if(NATIVESETTINGS_JAVA)
     install(FILES ${link} DESTINATION lib/jni COMPONENT ${component})
   endforeach()
   get_target_property(jar nativesettings_jar ${kind_of_jar})
-  install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
+  get_target_property(prefs_jar settings_prefs JAR_FILE)
+  install(FILES ${jar} ${prefs_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
 endif()
 
 configure_package_config_file(cmake/nativesettingsConfig.cmake.in nativesettingsConfig.cmake

@@ -52,7 +52,8 @@ set(CPACK_DEBIAN_JAVA_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_JAVA_PACKAGE_DEPENDS
   "${library_package} (= ${version}), default-jre-headless (>= 2:1.17) | java17-runtime-headless")
 set(CPACK_COMPONENT_JAVA_DESCRIPTION "The Java API: /usr/share/java/nativesettings.jar, and the library through which it shares the
-settings with C++ code of the same process.")
+settings with C++ code of the same process; nativesettings-prefs.jar keeps the preferences of
+java.util.prefs in the settings.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nativesettings-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

@@ -1,0 +1,258 @@
+package com.velonix.services.settings.prefs;
+
+import com.velonix.services.settings.Setting;
+import com.velonix.services.settings.SettingAccessException;
+import com.velonix.services.settings.SettingException;
+import com.velonix.services.settings.SettingNameDuplicationException;
+import com.velonix.services.settings.SettingNotFoundException;
+import com.velonix.services.settings.SettingPath;
+import java.util.ArrayList;
+import java.util.HashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.prefs.AbstractPreferences;
+import java.util.prefs.BackingStoreException;
+
+/**
+ * A node of preferences that is a node of the settings of the process.
+ *
+ * <p>A value is on the disk when {@link #put} returns, and other processes read it within a second,
+ * or at once after {@link #sync}. A value that a settings file presets, at the factory or the
+ * workgroup level, counts where the user has none; removing it brings the preset back. Operations
+ * that the class {@link java.util.prefs.Preferences} does not allow to fail log their failures.
+ */
+final class SettingsPreferences extends AbstractPreferences {
+    private static final System.Logger LOG =
+            System.getLogger(SettingsPreferences.class.getPackageName());
+
+    private final SettingPath node;
+
+    /** The settings of the keys that were used, by the keys. Guarded by the lock of the node. */
+    private final Map<String, Setting<Object>> plain = new HashMap<>(), escaped = new HashMap<>();
+
+    /** Makes the root of a tree of preferences. */
+    SettingsPreferences(SettingPath node) {
+        super(null, "");
+        this.node = node;
+        newNode = !node.exists();
+    }
+
+    private SettingsPreferences(SettingsPreferences parent, String name) {
+        super(parent, name);
+        SettingPath plain = parent.node.path(EntryNames.NODES.of(name));
+        SettingPath escaped = parent.node.path(EntryNames.NODES.escaped(name));
+        boolean isEscaped = !plain.exists()
+                && (escaped.exists()
+                        || parent.node.setting(EntryNames.NODES.of(name), Object.class).exists());
+        node = isEscaped ? escaped : plain;
+        newNode = !node.exists();
+        try {
+            addNode();
+        } catch (SettingException failed) {
+            log("Cannot store the node " + absolutePath(), failed);
+        }
+    }
+
+    @Override
+    public void sync() throws BackingStoreException {
+        synchronized (lock) {
+            if (isRemoved())
+                throw new IllegalStateException("The node has been removed");
+        }
+        try {
+            node.sync();
+        } catch (SettingException failed) {
+            throw new BackingStoreException(failed);
+        }
+    }
+
+    /** Does nothing: every change is stored when its call returns. */
+    @Override
+    public void flush() {}
+
+    @Override
+    protected String getSpi(String key) {
+        try {
+            Object value = plain(key).getOr(null);
+            if (value == null)
+                value = escaped(key).getOr(null);
+            return value == null ? null : textOf(value);
+        } catch (SettingException failed) {
+            log("Cannot read " + key + " of " + absolutePath(), failed);
+            return null;
+        }
+    }
+
+    @Override
+    protected void putSpi(String key, String value) {
+        try {
+            store(key, value);
+        } catch (SettingException | RuntimeException failed) {
+            log("Cannot store " + key + " of " + absolutePath(), failed);
+        }
+    }
+
+    private void store(String key, String value) throws SettingException {
+        Setting<Object> present = plain(key).exists() ? plain(key) : escaped(key);
+        if (present.exists()) {
+            present.set(storedOf(present, key, value));
+            return;
+        }
+        addNode();
+        Setting<Object> first = plain(key);
+        try {
+            node.addKey(first.name(), storedOf(first, key, value));
+        } catch (SettingNameDuplicationException taken) {
+            Setting<Object> second = first.exists() ? first : escaped(key);
+            node.getOrAddKey(second.name(), storedOf(second, key, value));
+            second.set(storedOf(second, key, value));
+        }
+    }
+
+    @Override
+    protected void removeSpi(String key) {
+        for (Setting<Object> setting : List.of(plain(key), escaped(key))) {
+            try {
+                if (setting.exists())
+                    removeKey(setting);
+            } catch (SettingException failed) {
+                log("Cannot remove " + key + " of " + absolutePath(), failed);
+            }
+        }
+    }
+
+    @Override
+    protected void removeNodeSpi() throws BackingStoreException {
+        try {
+            for (String key : node.keys()) removeKey(node.setting(key, Object.class));
+            SettingPath above = ((SettingsPreferences) parent()).node;
+            above.delete(node.names().get(node.names().size() - 1));
+        } catch (SettingNotFoundException | SettingAccessException goneOrPreset) {
+            // Another process has removed it, or a settings file defines it.
+        } catch (SettingException failed) {
+            throw new BackingStoreException(failed);
+        }
+    }
+
+    @Override
+    protected String[] keysSpi() throws BackingStoreException {
+        try {
+            List<String> names = new ArrayList<>();
+            for (Map.Entry<String, Object> key : node.values().entrySet()) {
+                if (!EntryNames.KEYS.isHashed(key.getKey()))
+                    EntryNames.KEYS.nameOf(key.getKey()).ifPresent(names::add);
+                else if (key.getValue() instanceof String[] named && named.length == 2)
+                    names.add(named[0]);
+            }
+            return names.toArray(String[] ::new);
+        } catch (SettingNotFoundException gone) {
+            return new String[0];
+        } catch (SettingException failed) {
+            throw new BackingStoreException(failed);
+        }
+    }
+
+    @Override
+    protected String[] childrenNamesSpi() throws BackingStoreException {
+        try {
+            List<String> names = new ArrayList<>();
+            for (String child : node.nodes()) {
+                if (!EntryNames.NODES.isHashed(child))
+                    EntryNames.NODES.nameOf(child).ifPresent(names::add);
+                else
+                    node.path(child)
+                            .setting(EntryNames.NAME_KEY, String.class)
+                            .find()
+                            .ifPresent(names::add);
+            }
+            return names.toArray(String[] ::new);
+        } catch (SettingNotFoundException gone) {
+            return new String[0];
+        } catch (SettingException failed) {
+            throw new BackingStoreException(failed);
+        }
+    }
+
+    @Override
+    protected AbstractPreferences childSpi(String name) {
+        return new SettingsPreferences(this, name);
+    }
+
+    @Override
+    protected AbstractPreferences getChild(String name) {
+        boolean exists = node.path(EntryNames.NODES.of(name)).exists()
+                || node.path(EntryNames.NODES.escaped(name)).exists();
+        return exists ? childSpi(name) : null;
+    }
+
+    /** Never called: {@link #sync} does the work. */
+    @Override
+    protected void syncSpi() {}
+
+    /** Never called: {@link #flush} has nothing to do. */
+    @Override
+    protected void flushSpi() {}
+
+    private Setting<Object> plain(String key) {
+        return plain.computeIfAbsent(
+                key, name -> node.setting(EntryNames.KEYS.of(name), Object.class));
+    }
+
+    private Setting<Object> escaped(String key) {
+        return escaped.computeIfAbsent(
+                key, name -> node.setting(EntryNames.KEYS.escaped(name), Object.class));
+    }
+
+    /** Adds the node if it does not exist. */
+    private void addNode() throws SettingException {
+        if (node.exists())
+            return;
+        List<String> names = node.names();
+        processRoot().getOrAddNode(names.toArray(String[] ::new));
+        if (EntryNames.NODES.isHashed(names.get(names.size() - 1)))
+            node.getOrAddKey(EntryNames.NAME_KEY, name());
+    }
+
+    private SettingPath processRoot() {
+        return SettingsPreferencesFactory.settings();
+    }
+
+    /** Removes a key, or only the user's value if a settings file defines the key. */
+    private static void removeKey(Setting<Object> setting) throws SettingException {
+        try {
+            setting.parent().delete(setting.name());
+        } catch (SettingAccessException preset) {
+            setting.reset();
+        } catch (SettingNotFoundException gone) {
+            // Another process has removed it.
+        }
+    }
+
+    private static String textOf(Object value) {
+        return value instanceof String[] named && named.length == 2 ? named[1] : value.toString();
+    }
+
+    /** Returns the value as the setting has it: of the preset's type, or with the hashed name. */
+    private static Object storedOf(Setting<Object> setting, String key, String value)
+            throws SettingException {
+        if (EntryNames.KEYS.isHashed(setting.name()))
+            return new String[] {key, value};
+        Class<?> type =
+                setting.exists() ? setting.declaredType().orElse(String.class) : String.class;
+        if (type == Boolean.class)
+            return Boolean.valueOf(value);
+        if (type == Integer.class)
+            return Integer.valueOf(value);
+        if (type == Long.class)
+            return Long.valueOf(value);
+        if (type == Float.class)
+            return Float.valueOf(value);
+        if (type == Double.class)
+            return Double.valueOf(value);
+        return value;
+    }
+
+    private static void log(String message, Exception failure) {
+        LOG.log(System.Logger.Level.WARNING, message + ": " + failure.getMessage());
+    }
+}
