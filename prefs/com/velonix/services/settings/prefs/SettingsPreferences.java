@@ -27,8 +27,16 @@ final class SettingsPreferences extends AbstractPreferences {
 
     private final SettingPath node;
 
-    /** The settings of the keys that were used, by the keys. Guarded by the lock of the node. */
-    private final Map<String, Setting<Object>> plain = new HashMap<>(), escaped = new HashMap<>();
+    /** The settings that a key may be: by its own name, or by the escaped one. */
+    private record Forms(Setting<Object> plain, Setting<Object> escaped) {
+        /** Returns the one that exists, or else the second. */
+        Setting<Object> present() {
+            return plain.exists() ? plain : escaped;
+        }
+    }
+
+    /** The settings of the keys that were used. Guarded by the lock of the node. */
+    private final Map<String, Forms> keys = new HashMap<>();
 
     /** Makes the root of a tree of preferences. */
     SettingsPreferences(SettingPath node) {
@@ -73,10 +81,11 @@ final class SettingsPreferences extends AbstractPreferences {
     @Override
     protected String getSpi(String key) {
         try {
-            Object value = plain(key).getOr(null);
+            Forms forms = forms(key);
+            Object value = forms.plain.getOr(null);
             if (value == null)
-                value = escaped(key).getOr(null);
-            return value == null ? null : textOf(value);
+                value = forms.escaped.getOr(null);
+            return value == null || value instanceof String ? (String) value : textOf(value);
         } catch (SettingException failed) {
             log("Cannot read " + key + " of " + absolutePath(), failed);
             return null;
@@ -93,17 +102,17 @@ final class SettingsPreferences extends AbstractPreferences {
     }
 
     private void store(String key, String value) throws SettingException {
-        Setting<Object> present = plain(key).exists() ? plain(key) : escaped(key);
+        Forms forms = forms(key);
+        Setting<Object> present = forms.present();
         if (present.exists()) {
             present.set(storedOf(present, key, value));
             return;
         }
         addNode();
-        Setting<Object> first = plain(key);
         try {
-            node.addKey(first.name(), storedOf(first, key, value));
+            node.addKey(forms.plain.name(), storedOf(forms.plain, key, value));
         } catch (SettingNameDuplicationException taken) {
-            Setting<Object> second = first.exists() ? first : escaped(key);
+            Setting<Object> second = forms.present();
             node.getOrAddKey(second.name(), storedOf(second, key, value));
             second.set(storedOf(second, key, value));
         }
@@ -111,7 +120,8 @@ final class SettingsPreferences extends AbstractPreferences {
 
     @Override
     protected void removeSpi(String key) {
-        for (Setting<Object> setting : List.of(plain(key), escaped(key))) {
+        Forms forms = forms(key);
+        for (Setting<Object> setting : List.of(forms.plain, forms.escaped)) {
             try {
                 if (setting.exists())
                     removeKey(setting);
@@ -193,14 +203,14 @@ final class SettingsPreferences extends AbstractPreferences {
     @Override
     protected void flushSpi() {}
 
-    private Setting<Object> plain(String key) {
-        return plain.computeIfAbsent(
-                key, name -> node.setting(EntryNames.KEYS.of(name), Object.class));
-    }
-
-    private Setting<Object> escaped(String key) {
-        return escaped.computeIfAbsent(
-                key, name -> node.setting(EntryNames.KEYS.escaped(name), Object.class));
+    private Forms forms(String key) {
+        Forms known = keys.get(key);
+        if (known == null) {
+            known = new Forms(node.setting(EntryNames.KEYS.of(key), Object.class),
+                    node.setting(EntryNames.KEYS.escaped(key), Object.class));
+            keys.put(key, known);
+        }
+        return known;
     }
 
     /** Adds the node if it does not exist. */
