@@ -12,7 +12,7 @@ import tempfile
 import unittest
 
 JAVA, API, PREFS, PROGRAMS = sys.argv[1:5]
-SEEDS, STEPS = 4, 1500
+SEEDS, STEPS = 3, 1200
 
 
 class PrefsTest(unittest.TestCase):

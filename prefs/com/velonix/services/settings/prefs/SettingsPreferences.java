@@ -22,6 +22,9 @@ import java.util.prefs.BackingStoreException;
  * that the class {@link java.util.prefs.Preferences} does not allow to fail log their failures.
  */
 final class SettingsPreferences extends AbstractPreferences {
+    /** How often a value is stored while other processes remove the node. */
+    private static final int ATTEMPTS = 100;
+
     private static final System.Logger LOG =
             System.getLogger(SettingsPreferences.class.getPackageName());
 
@@ -95,9 +98,22 @@ final class SettingsPreferences extends AbstractPreferences {
     @Override
     protected void putSpi(String key, String value) {
         try {
-            store(key, value);
+            for (int attempt = 1; !tryToStore(key, value, attempt == ATTEMPTS); ++attempt) {
+            }
         } catch (SettingException | RuntimeException failed) {
             log("Cannot store " + key + " of " + absolutePath(), failed);
+        }
+    }
+
+    /** Returns false if another process has just removed the node, unless this is the last try. */
+    private boolean tryToStore(String key, String value, boolean isLast) throws SettingException {
+        try {
+            store(key, value);
+            return true;
+        } catch (SettingNotFoundException removed) {
+            if (isLast)
+                throw removed;
+            return false;
         }
     }
 
