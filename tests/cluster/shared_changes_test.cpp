@@ -143,6 +143,8 @@ TEST_F(SharedStoreTest, AConflictShowsTheWholeTransactionOfOthers) {
   editorOf(root)->setAny("fontSize", 3, "workgroup");
   EXPECT_EQ(sizeOf(root), 3);
   EXPECT_EQ(intAt(root, "other"), 2);
+  editorOf(root)->setAny("fontSize", 4, "workgroup");
+  EXPECT_EQ(etcd.requests(kTxn), 3);  // the tree knows its own change
 }
 
 TEST_F(SharedStoreTest, EventsThatAreOlderThanAChangeOfThisProcessDoNotTakeItBack) {
