@@ -198,8 +198,10 @@ Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   return *found;
 }
 
-// Returns false if external changes leave the removal impossible.
-bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isKey) {
+}  // namespace
+
+bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isKey,
+                 const std::function<bool()>& isWanted) {
   Tree& tree = parent.tree();
   const Entry* found;
   std::string path;
@@ -215,7 +217,7 @@ bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isK
     if (!parent.isAttached() || parent.child(name) != found) return false;
     if (found->firstLevel() > kUser) return false;
     audience = audienceOfRemoval(*found);
-    return found->isKey() == isKey;
+    return found->isKey() == isKey && isWanted();
   };
   const auto describe = [&]() -> Changes { return {RemoveSubtree{path}}; };
   if (!edit.store(kUser, describe, isPossible)) return false;
@@ -223,9 +225,13 @@ bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isK
   return true;
 }
 
+namespace {
+
 void removeChild(Node& parent, const std::string& name, bool isKey) {
   parent.tree().look();
-  editTree(parent.tree(), [&](TreeEdit& edit) { return tryRemoving(edit, parent, name, isKey); });
+  editTree(parent.tree(), [&](TreeEdit& edit) {
+    return tryRemoving(edit, parent, name, isKey, [] { return true; });
+  });
 }
 
 }  // namespace

@@ -15,4 +15,10 @@ NodePtr requireParent(const EntryPtr& entry, const boost::shared_ptr<Settings>& 
 // throws.
 bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry);
 
+// Removes the child, a key or a node, with all below it. Returns false, with nothing removed, if
+// external changes have come in that leave that impossible, or after which `isWanted()` is false.
+// Throws what Settings::removeKey and removeNode throw.
+bool tryRemoving(TreeEdit& edit, Node& parent, const std::string& name, bool isKey,
+                 const std::function<bool()>& isWanted);
+
 }  // namespace zlutil::settings::host

@@ -13,15 +13,15 @@ std::string environmentText(const char* variable) {
   return value ? value : "";
 }
 
-std::optional<int> environmentMilliseconds(const char* variable) {
+std::optional<int> environmentNumber(const char* variable, const char* units) {
   const std::string text = environmentText(variable);
   if (text.empty()) return std::nullopt;
-  int milliseconds = -1;
+  int number = -1;
   const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, milliseconds);
-  if (error == std::errc() && stop == end && milliseconds >= 0) return milliseconds;
-  logError(std::string(variable) + " is \"" + shownFileName(text) +
-           "\", expected a number of milliseconds. The default is used.");
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc() && stop == end && number >= 0) return number;
+  logError(std::string(variable) + " is \"" + shownFileName(text) + "\", expected a number of " +
+           units + ". The default is used.");
   return std::nullopt;
 }
 

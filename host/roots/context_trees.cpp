@@ -44,8 +44,12 @@ contextmgr::ZcrID actualContext(contextmgr::ZcrID context) {
 std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
   if (directories.user.empty()) return std::make_shared<MemoryStore>();
   UserStoreOptions options{directories.user, context.value()};
-  if (const std::optional<int> wait = environmentMilliseconds("SETTINGS_LOCK_WAIT"))
-    options.lockWait = *wait;
+  const auto read = [](const char* variable, const char* units, int& option) {
+    if (const std::optional<int> number = environmentNumber(variable, units)) option = *number;
+  };
+  read("SETTINGS_LOCK_WAIT", "milliseconds", options.lockWait);
+  read("SETTINGS_HISTORY_COMMITS", "commits", options.history.commits);
+  read("SETTINGS_HISTORY_DAYS", "days", options.history.days);
   return std::make_shared<UserStore>(options);
 }
 

@@ -42,7 +42,7 @@ std::shared_ptr<Store> makeClusterStore(const std::string& address,
   options.certificate = environmentText("SETTINGS_WORKGROUP_CERTIFICATE");
   options.key = environmentText("SETTINGS_WORKGROUP_KEY");
   options.directory = directories.user;
-  if (const auto wait = environmentMilliseconds("SETTINGS_WORKGROUP_WAIT")) {
+  if (const auto wait = environmentNumber("SETTINGS_WORKGROUP_WAIT", "milliseconds")) {
     options.longestStart = std::chrono::milliseconds(*wait);
   }
   options.fill = [](Node& root, int level, const ExternalChanges& changes) {

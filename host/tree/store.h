@@ -18,6 +18,7 @@
 namespace zlutil::settings::host {
 
 class Node;
+class StoreArchive;
 
 // A change of a store's content. A path has the names below the tree's root, joined with ".".
 struct PutValue {
@@ -103,6 +104,9 @@ class Store {
   // one that has destroyed the store itself. Returns false if the process can start no thread: the
   // tree then must call look() before every read and change.
   virtual bool watch(const Watcher& watcher) = 0;
+
+  // Returns the store's history and copies; null if it keeps none. Constant.
+  virtual StoreArchive* archive() { return nullptr; }
 
   // Looks for external changes now, as the thread does. Any thread, after watch(), with no lock
   // held.

@@ -93,8 +93,8 @@ void SqliteDatabase::useRollbackJournal() {
   }
 }
 
-void SqliteDatabase::copyTo(SqliteDatabase& target) {
-  sqlite3_backup* const copy = sqlite3_backup_init(target.handle_, "main", handle_, "main");
+void SqliteDatabase::copyTo(SqliteDatabase& target, const char* name) {
+  sqlite3_backup* const copy = sqlite3_backup_init(target.handle_, name, handle_, "main");
   if (!copy) target.fail(sqlite3_extended_errcode(target.handle_));
   sqlite3_backup_step(copy, -1);
   const int code = sqlite3_backup_finish(copy);

@@ -48,8 +48,8 @@ class SqliteDatabase {
   // Switches the file to a rollback journal. Does nothing while another process has the file open
   // with a write-ahead log, as earlier versions did.
   void useRollbackJournal();
-  // Copies the whole content to `target`.
-  void copyTo(SqliteDatabase& target);
+  // Copies the whole content to `target`, to its database of that name.
+  void copyTo(SqliteDatabase& target, const char* name = "main");
 
   sqlite3* handle() const { return handle_; }
   // Returns the error of a call that has returned this code.

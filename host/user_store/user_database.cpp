@@ -4,8 +4,7 @@
 #include <boost/variant/get.hpp>
 #include <unordered_set>
 
-#include "host/user_store/sqlite_value.h"
-#include "service/identifier.h"
+#include "host/user_store/stored_rows.h"
 #include "values/value_kinds.h"
 
 namespace zlutil::settings::host {
@@ -16,9 +15,7 @@ constexpr char kSchema[] =
     " validator TEXT, first, second) WITHOUT ROWID;"
     "CREATE TABLE settings(path TEXT PRIMARY KEY, type TEXT NOT NULL, value NOT NULL)"
     " WITHOUT ROWID;"
-    "CREATE TABLE journal(revision INTEGER PRIMARY KEY, changes TEXT NOT NULL);"
-    "PRAGMA user_version=1;";
-static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
+    "CREATE TABLE journal(revision INTEGER PRIMARY KEY, changes TEXT NOT NULL);";
 
 // The longest journal, in transactions and in bytes of text. It is pruned to that length every
 // kPruneEvery transactions.
@@ -26,7 +23,7 @@ static_assert(kUserSchemaVersion == 1, "kSchema stores the version");
 #define JOURNAL_BYTES "1048576"
 constexpr std::int64_t kPruneEvery = 256;
 
-// Tables added later, which need no new version of the schema.
+// Tables that were added later, to the schema of version 1.
 constexpr char kAdditions[] =
     "CREATE TABLE IF NOT EXISTS set_aside(path TEXT, type TEXT, value NOT NULL,"
     " PRIMARY KEY(path, type)) WITHOUT ROWID;"
@@ -35,56 +32,9 @@ constexpr char kSetIdentity[] =
     "INSERT INTO store SELECT coalesce(nullif(?1, ''), lower(hex(randomblob(16))))"
     " WHERE NOT EXISTS (SELECT 1 FROM store)";
 
-constexpr std::string_view kNode = "node", kKey = "key", kType = "type", kJava = "java",
-                           kScript = "script";
 constexpr char kBadPath[] = "no entry can have this path";
 constexpr char kBadDefinition[] = "its definition is not understood";
 constexpr char kBadValue[] = "its value is not understood";
-
-// Reads the columns from `column` on: entry, type, validator, first, second. Returns nothing if a
-// word in them is unknown.
-std::optional<Change> definitionIn(const SqliteStatement& row, const std::string& path,
-                                   int column) {
-  const std::string_view entry = row.bytes(column);
-  if (entry != kNode && entry != kKey && entry != kType) return std::nullopt;
-  DefineEntry definition{path, entry == kKey, boostany::kNoValue, {}};
-  if (!row.isNull(column + 1)) {
-    const std::optional<int> kind = boostany::kindOfName(row.bytes(column + 1));
-    if (!kind) return std::nullopt;
-    definition.kind = *kind;
-  }
-  if (entry == kType) return FixKind{path, definition.kind};
-  if (row.isNull(column + 2)) return definition;
-  const std::string_view validator = row.bytes(column + 2);
-  const auto first = narrowFromColumn(row.bytes(column + 3), row.isBlob(column + 3));
-  const auto second = narrowFromColumn(row.bytes(column + 4), row.isBlob(column + 4));
-  if (!first || !second) return std::nullopt;
-  if (validator == kJava) {
-    definition.validator = JValidator(*first, *second);
-  } else if (validator == kScript) {
-    definition.validator = ZValidator(*first);
-  } else {
-    return std::nullopt;
-  }
-  return definition;
-}
-
-// Reads the columns from `column` on: type, value. Returns an empty any if they hold no value.
-boost::any valueIn(const SqliteStatement& row, int column) {
-  const std::optional<int> kind = boostany::kindOfName(row.bytes(column));
-  if (!kind) return {};
-  return valueFromColumn(*kind, row.bytes(column + 1), row.isBlob(column + 1));
-}
-
-// Returns whether an entry can have the path; a damaged page may hold any bytes.
-bool isPath(std::string_view path) {
-  while (true) {
-    const std::size_t size = std::min(path.find('.'), path.size());
-    if (!isIdentifierName(std::string(path.substr(0, size)).c_str())) return false;
-    if (size == path.size()) return true;
-    path.remove_prefix(size + 1);
-  }
-}
 
 std::string byPath(bool descending) {
   return descending ? " ORDER BY path DESC" : " ORDER BY path";
@@ -129,6 +79,16 @@ std::vector<const JournalEntry*> lastOfEach(const std::vector<JournalEntry>& ent
   return last;
 }
 
+// Returns whether a database of the present version has all that makeSchema() makes. Writing
+// nothing would flush the disk too.
+bool isComplete(SqliteDatabase& database) {
+  return database.number("PRAGMA application_id") == kApplicationId &&
+         database.number(
+             "SELECT count(*) FROM sqlite_schema WHERE type = 'table'"
+             " AND name IN ('set_aside', 'store', 'history')") == 3 &&
+         database.number("SELECT count(*) FROM store") > 0;
+}
+
 const std::string& pathOf(const Change& change) {
   return std::visit([](const auto& kind) -> const std::string& { return kind.path; }, change);
 }
@@ -136,11 +96,16 @@ const std::string& pathOf(const Change& change) {
 }  // namespace
 
 void UserDatabase::makeSchema(SqliteDatabase& database, const std::string& identity) {
-  const bool isNew = database.number("PRAGMA user_version") == 0;
+  const std::int64_t version = database.number("PRAGMA user_version");
+  if (version == kUserSchemaVersion && isComplete(database)) return;
   database.execute("BEGIN IMMEDIATE");
   try {
-    if (isNew) database.execute(kSchema);
+    if (version == 0) database.execute(kSchema);
     database.execute(kAdditions);
+    HistoryTable::makeSchema(database);
+    if (version != kUserSchemaVersion) {
+      database.execute(("PRAGMA user_version=" + std::to_string(kUserSchemaVersion)).c_str());
+    }
     {
       SqliteStatement setIdentity(database, kSetIdentity);
       setIdentity.bindText(1, identity);
@@ -233,7 +198,16 @@ Changes UserDatabase::readAll(const Report& report) {
   return contents;
 }
 
-void UserDatabase::beginWriting() { beginWriting_.run(); }
+HistoryTable& UserDatabase::history() {
+  if (!history_) history_.emplace(*database_, *limits_);
+  return *history_;
+}
+
+void UserDatabase::beginWriting() {
+  if (limits_) history().connect();
+  beginWriting_.run();
+}
+
 void UserDatabase::beginReading() { beginReading_.run(); }
 void UserDatabase::commit() { commit_.run(); }
 
@@ -247,6 +221,7 @@ void UserDatabase::rollBack() noexcept {
 }
 
 void UserDatabase::put(const Changes& changes) {
+  if (limits_) history().begin(lastRevision() + 1);
   std::vector<const PutValue*> values;  // consecutive changes that are not written yet
   const auto writeValues = [&] {
     values_.write(values);
@@ -279,7 +254,7 @@ void UserDatabase::write(const EraseValue& change) {
 void UserDatabase::write(const DefineEntry& change) {
   ColumnValue first, second;
   define_.bindText(1, change.path);
-  define_.bindText(2, change.isKey ? kKey : kNode);
+  define_.bindText(2, change.isKey ? kKeyRow : kNodeRow);
   if (change.isKey && change.kind != boostany::kNoValue) {
     define_.bindText(3, boostany::kindName(change.kind));
   } else {
@@ -289,12 +264,12 @@ void UserDatabase::write(const DefineEntry& change) {
   if (const auto* java = boost::get<JValidator>(&change.validator)) {
     first = columnFromNarrow(java->first());
     second = columnFromNarrow(java->second());
-    define_.bindText(4, kJava);
+    define_.bindText(4, kJavaValidator);
     bindColumn(define_, 5, first);
     bindColumn(define_, 6, second);
   } else if (const auto* script = boost::get<ZValidator>(&change.validator)) {
     first = columnFromNarrow(script->text());
-    define_.bindText(4, kScript);
+    define_.bindText(4, kScriptValidator);
     bindColumn(define_, 5, first);
   }
   define_.run();

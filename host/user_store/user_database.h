@@ -13,6 +13,7 @@
 //                sign and the path. Other processes read from it what has changed. Old rows are
 //                removed
 //   store        one row: the identity, by which a running process recognises its database
+//   history      the earlier values, see history_table.h
 //
 // The schema's version is PRAGMA user_version, and PRAGMA application_id is kApplicationId.
 #pragma once
@@ -22,12 +23,12 @@
 #include <vector>
 
 #include "host/tree/store.h"
-#include "host/user_store/sqlite_database.h"
+#include "host/user_store/history_table.h"
 #include "host/user_store/value_writer.h"
 
 namespace zlutil::settings::host {
 
-inline constexpr int kUserSchemaVersion = 1;
+inline constexpr int kUserSchemaVersion = 2;
 inline constexpr std::int32_t kApplicationId = 0x6E736574;  // "nset"
 
 // One line of the journal.
@@ -45,8 +46,11 @@ class UserDatabase {
   // The database must have the schema.
   explicit UserDatabase(std::unique_ptr<SqliteDatabase> database);
 
-  // Makes the schema in an empty database, and adds the missing tables to one of an earlier
-  // version. Gives a database without an identity this one, or a new one if `identity` is empty.
+  // Records the history of all transactions from now on.
+  void keepHistory(const HistoryLimits& limits) { limits_ = limits; }
+
+  // Makes the schema in an empty database, and brings one of an earlier version up to this one.
+  // Gives a database without an identity this one, or a new one if `identity` is empty.
   static void makeSchema(SqliteDatabase& database, const std::string& identity);
 
   // Appends the rows of a database with the schema to `contents`, parents before children, or
@@ -89,6 +93,9 @@ class UserDatabase {
   // Returns the changes that bring a tree up to date, for such entries of the journal.
   Changes changesFor(const std::vector<JournalEntry>& entries, const Report& report);
 
+  // keepHistory() has been called.
+  HistoryTable& history();
+
   // Returns a number that changes if, and only if, another connection changes the database.
   std::int64_t dataVersion();
 
@@ -114,6 +121,8 @@ class UserDatabase {
   SqliteStatement removeDefinitions_, removeValues_;
   SqliteStatement record_, prune_, lastRevision_, firstRevision_, journalAfter_;
   SqliteStatement findValue_, findDefinition_, dataVersion_;
+  std::optional<HistoryLimits> limits_;
+  std::optional<HistoryTable> history_;  // made at the first use
 };
 
 }  // namespace zlutil::settings::host

@@ -6,6 +6,7 @@
 #include "host/change/external_changes.h"
 #include "host/os/file_name.h"
 #include "host/os/log_error.h"
+#include "host/user_store/database_copy.h"
 #include "service/failures.h"
 
 namespace zlutil::settings::host {
@@ -59,6 +60,7 @@ UserStore::~UserStore() { watch_.reset(); }
 void UserStore::open(const UserStoreLock& lock) {
   checkIdentity();
   auto database = openUserDatabase(files_, options_.lockWait, lock);
+  database->keepHistory(options_.history);
   auto stamp = std::make_unique<UserStoreStamp>(files_.stamp());
   dataVersion_ = database->dataVersion();
   file_ = FileIdentity(files_.database());
@@ -127,17 +129,26 @@ void UserStore::readAll(Node& root, int level) {
   applyExternalChanges(root, level, contents);
 }
 
-bool UserStore::apply(const Changes& changes, const Receiver& receive) {
-  base::MutexLock mutexLock(mutex_);
+// Calls `work(lock)` with the database open and locked. Throws StoreFailure in place of
+// SqliteError.
+template <class Work>
+auto UserStore::withDatabase(UserStoreLock::Mode mode, const Work& work) {
   try {
     requireDatabase();
-    const UserStoreLock lock(files_, UserStoreLock::kExclusive, options_.lockWait);
+    const UserStoreLock lock(files_, mode, options_.lockWait);
     requireDatabase();
     database_->connection().setLockWait(options_.lockWait);
-    return store(changes, receive, lock);
+    return work(lock);
   } catch (const SqliteError& failure) {
     throw Failure<StoreFailure>(shownFileName(files_.database()), std::string(failure.what()));
   }
+}
+
+bool UserStore::apply(const Changes& changes, const Receiver& receive) {
+  base::MutexLock mutexLock(mutex_);
+  return withDatabase(UserStoreLock::kExclusive, [&](const UserStoreLock& lock) REQUIRES(mutex_) {
+    return store(changes, receive, lock);
+  });
 }
 
 bool UserStore::store(const Changes& changes, const Receiver& receive, const UserStoreLock& lock) {
@@ -308,6 +319,42 @@ void UserStore::requireDatabase() {
 
 std::string UserStore::sourceOf(const std::string&) const {
   return shownFileName(files_.database());
+}
+
+std::vector<PastCommit> UserStore::commitsFrom(std::int64_t number) {
+  base::MutexLock mutexLock(mutex_);
+  return withDatabase(UserStoreLock::kShared, [&](const UserStoreLock&) REQUIRES(mutex_) {
+    database_->beginReading();
+    Transaction transaction(*database_);
+    return database_->history().commitsFrom(number);
+  });
+}
+
+void UserStore::backUp(const std::string& file) {
+  base::MutexLock mutexLock(mutex_);
+  withDatabase(UserStoreLock::kShared, [&](const UserStoreLock&) REQUIRES(mutex_) {
+    replaceByCopy(database_->connection(), file);
+  });
+}
+
+std::string UserStore::restore(const std::string& file) {
+  base::MutexLock mutexLock(mutex_);
+  return withDatabase(UserStoreLock::kExclusive, [&](const UserStoreLock&) REQUIRES(mutex_) {
+    CopiedContent copied(*database_, file);
+    const std::string kept = files_.beforeRestoring();
+    writeCopy(database_->connection(), kept);
+    files_.flushDirectory();
+    database_->beginWriting();
+    Transaction transaction(*database_);
+    const std::int64_t known =
+        std::max({highestRevision_, stamp_->last(), database_->lastRevision()});
+    copied.putInPlace(known + 2);
+    database_->commit();
+    mustCompare_ = true;
+    highestRevision_ = known + 2;
+    stamp_->note(highestRevision_);
+    return kept;
+  });
 }
 
 bool UserStore::watch(const Watcher& watcher) {

@@ -22,7 +22,7 @@
 
 namespace zlutil::settings::host {
 
-class UserStore final : public Store {
+class UserStore final : public Store, public StoreArchive {
  public:
   explicit UserStore(const UserStoreOptions& options);
   ~UserStore() override;
@@ -36,6 +36,10 @@ class UserStore final : public Store {
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
   std::string sourceOf(const std::string& path) const override;
   bool watch(const Watcher& watcher) override;
+  StoreArchive* archive() override { return this; }
+  std::vector<PastCommit> commitsFrom(std::int64_t number) override;
+  void backUp(const std::string& file) override;
+  std::string restore(const std::string& file) override;
   void look() override;
 
  private:
@@ -46,6 +50,8 @@ class UserStore final : public Store {
   std::string reasonToReopen() const REQUIRES(mutex_);
   void checkForReplacement() REQUIRES(mutex_);
   void requireDatabase() REQUIRES(mutex_);
+  template <class Work>
+  auto withDatabase(UserStoreLock::Mode mode, const Work& work) REQUIRES(mutex_);
   bool store(const Changes& changes, const Receiver& receive, const UserStoreLock& lock)
       REQUIRES(mutex_);
   std::int64_t store(const Changes& changes) REQUIRES(mutex_);

@@ -13,7 +13,7 @@
 
 #include "host/os/file_name.h"
 #include "host/os/flush_directory.h"
-#include "host/user_store/sqlite_database.h"
+#include "host/user_store/database_copy.h"
 
 namespace zlutil::settings::host {
 namespace {
@@ -72,12 +72,16 @@ std::string UserStoreFiles::backup(int generation) const {
   return database_ + ".backup-" + std::to_string(generation);
 }
 
-std::string UserStoreFiles::damaged() const {
+std::string UserStoreFiles::damaged() const { return newName(".damaged-"); }
+std::string UserStoreFiles::beforeRestoring() const { return newName(".before-"); }
+
+// Returns a name with the time, which no file has yet.
+std::string UserStoreFiles::newName(const char* reason) const {
   char text[32];
   const std::time_t now = std::time(nullptr);
   struct tm local;
   std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", localtime_r(&now, &local));
-  const std::string name = database_ + ".damaged-" + text;
+  const std::string name = database_ + reason + text;
   std::string free = name;
   const auto isTaken = [&free] {
     for (const char* suffix : kDatabaseSuffixes) {
@@ -195,15 +199,11 @@ void backUpDaily(const UserStoreFiles& files, int lockWait) {
   unlink(unfinished.c_str());
   // Also if there is nothing to copy, or the disk is full.
   const TemporaryFile removed(unfinished);
-  makeFile(unfinished);
   {
     // SQLite keeps the locks of this process's other connections to the file.
     SqliteDatabase source(files.database(), SQLITE_OPEN_READONLY, lockWait);
     if (source.number("SELECT count(*) FROM journal") == 0) return;
-    SqliteDatabase copy(unfinished, SQLITE_OPEN_READWRITE, 0);
-    source.copyTo(copy);
-    // A backup is a single file.
-    copy.execute("PRAGMA journal_mode=DELETE");
+    writeCopy(source, unfinished);
   }
   for (int generation = kBackupGenerations; generation > 0; --generation) {
     const std::string newer = files.backup(generation - 1);

@@ -8,6 +8,7 @@
 //   settings-<context>.lock            locked while any of them is used, see UserStoreLock
 //   settings-<context>.db.backup-1     the newest backup; -2 and -3 are older
 //   settings-<context>.db.damaged-...  a copy of a damaged database, with the time
+//   settings-<context>.db.before-...   a copy of the database before a backup was restored
 //   settings-<context>.db.restored     a complete database that will replace the damaged one
 //
 // Functions throw SqliteError. Any thread.
@@ -44,6 +45,8 @@ class UserStoreFiles {
   std::string unfinished() const { return database_ + ".unfinished"; }
   // Returns a new name for a damaged database, which no file has yet with any of the suffixes.
   std::string damaged() const;
+  // Returns a new name for a copy of the database before another one is restored.
+  std::string beforeRestoring() const;
 
   // Makes the directory, and those above it, for the user alone. Throws if everybody may write it.
   void makeDirectory() const;
@@ -53,6 +56,8 @@ class UserStoreFiles {
   void flushDirectory() const;
 
  private:
+  std::string newName(const char* reason) const;
+
   const std::string directory_;
   const std::string base_;
   const std::string database_;

@@ -15,6 +15,7 @@ struct UserStoreOptions {
   std::uint64_t context;
   // The longest wait of a change for other processes, in milliseconds.
   int lockWait = 5000;
+  HistoryLimits history = {};
 };
 
 // Opens the database for reading and writing. The directory must exist, and the caller must hold

@@ -107,7 +107,8 @@ std::optional<std::string> bestBackup(const UserStoreFiles& files) {
   for (int generation = 1; generation <= kBackupGenerations; ++generation) {
     try {
       SqliteDatabase backup(files.backup(generation), SQLITE_OPEN_READONLY, kNoWait);
-      if (backup.number("PRAGMA user_version") == kUserSchemaVersion &&
+      const std::int64_t version = backup.number("PRAGMA user_version");
+      if (version > 0 && version <= kUserSchemaVersion &&
           backup.text("PRAGMA quick_check(1)") == "ok") {
         return files.backup(generation);
       }

@@ -77,6 +77,17 @@ int lastChange(const NodePtr& root) {
   return newer ? single + 3 : -1;
 }
 
+// Returns whether the history is that of the values: the last one that it has for each path is the
+// stored one, and no commit is missing.
+bool hasWholeHistory(SqliteDatabase& database) {
+  return database.number(
+             "SELECT count(*) FROM (SELECT path, new, max(id) FROM history"
+             " WHERE change = 'set' GROUP BY path) LEFT JOIN settings USING (path)"
+             " WHERE new IS NOT value") == 0 &&
+         database.number("SELECT max(id) >> 28 FROM history") ==
+             database.number("SELECT max(revision) FROM journal WHERE changes <> ''");
+}
+
 [[noreturn]] void runChild(const std::string& directory, int next, int pipe) {
   const NodePtr root = openTree(storeIn(directory));
   for (int n = next;; ++n) {
@@ -117,7 +128,7 @@ int run(int kills) {
     acknowledged += last - next + 1;
 
     SqliteDatabase shell(directory.file("settings-1.db"), SQLITE_OPEN_READWRITE, 1000);
-    if (shell.text("PRAGMA integrity_check") != "ok") ++broken;
+    if (shell.text("PRAGMA integrity_check") != "ok" || !hasWholeHistory(shell)) ++broken;
     const NodePtr root = openTree(storeIn(directory.path()));
     const int found = lastChange(root);
     if (found < 0) {

@@ -1,5 +1,7 @@
 #include "tests/support/user_tree.h"
 
+#include <boost/variant/get.hpp>
+
 #include "host/tree/subtree.h"
 #include "host/user_store/sqlite_value.h"
 #include "values/value_kinds.h"
@@ -8,6 +10,7 @@ namespace test {
 namespace {
 
 using namespace zlutil::settings::host;
+using zlutil::settings::JValidator;
 
 struct Line {
   std::string operator()(const PutValue& change) const {
@@ -18,7 +21,9 @@ struct Line {
            ' ' + column.bytes + '\n';
   }
   std::string operator()(const DefineEntry& change) const {
-    return change.path + (change.isKey ? " key" : " node") + '\n';
+    const auto* const java = boost::get<JValidator>(&change.validator);
+    return change.path + (change.isKey ? " key" : " node") +
+           (java ? ' ' + java->first() + ' ' + java->second() : std::string()) + '\n';
   }
   std::string operator()(const EraseValue&) const { return {}; }
   std::string operator()(const RemoveSubtree&) const { return {}; }

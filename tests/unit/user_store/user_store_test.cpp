@@ -16,10 +16,10 @@ using namespace zlutil::settings::host;
 
 TEST_F(UserStoreTest, ADatabaseOfANewerVersionIsRefusedAndNotChanged) {
   { addKey(open(), "k"); }
-  shell()->execute("PRAGMA user_version=2");
+  shell()->execute("PRAGMA user_version=3");
   testing::internal::CaptureStderr();
   const NodePtr root = open();
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("newer version (schema 2"),
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("newer version (schema 3"),
             std::string::npos);
   const std::string message = messageOf<StoreFailure>([&] { addKey(root, "new"); });
   EXPECT_NE(message.find(database()), std::string::npos) << message;
