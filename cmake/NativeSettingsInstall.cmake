@@ -43,6 +43,12 @@ install(TARGETS settingsetcd LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONE
 
 if(NATIVESETTINGS_TOOLS)
   install(TARGETS settings RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(FILES ${PROJECT_BINARY_DIR}/command_line/settings.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES command_line/completions/settings.bash RENAME settings
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(FILES command_line/completions/_settings
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tools)
 endif()
 
 if(NATIVESETTINGS_JAVA)

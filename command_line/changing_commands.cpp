@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "command_line/commands.h"
 #include "command_line/program_error.h"
+#include "command_line/terminal.h"
 #include "command_line/values.h"
 #include "service/new_key.h"
 #include "service/validators.h"
@@ -23,7 +24,6 @@ struct ChangeOptions {
   std::string type;
   std::string level;
   bool skips = false;
-  bool isUnchecked = false;
 
   std::string levelToChange() const { return level.empty() ? "user" : level; }
 };
@@ -62,12 +62,6 @@ void unset(const SettingsPtr& root, const ChangeOptions& options) {
   key.node->unset(key.name, options.levelToChange());
 }
 
-void print(const SettingsProblems& problems, std::ostream& stream) {
-  for (const auto& [path, reason] : problems) {
-    stream << base::displayFromNarrow(path) << ": " << base::displayFromNarrow(reason) << '\n';
-  }
-}
-
 // The values of a file for the keys of the tree, and the problems with the others.
 struct Loaded {
   std::map<std::string, std::pair<SettingsPtr, boost::any>> values;  // by path
@@ -92,48 +86,51 @@ Loaded valuesOf(const SettingsPtr& file, const SettingsPtr& root) {
   return loaded;
 }
 
-// One transaction. With --skip, values that are refused are left out.
-void load(const SettingsPtr& root, const ChangeOptions& options) {
-  Loaded loaded =
-      valuesOf(Settings::importAsStandaloneObject(base::to_ustring(options.path)), root);
-  SettingsProblems problems = loaded.problems;
+// Sets the values in one transaction. With --skip, moves those that are refused to the problems.
+// Returns false, with nothing set, if there are problems without it.
+bool trySetting(Loaded& loaded, const SettingsPtr& root, const ChangeOptions& options) {
+  if (!loaded.problems.empty() && !options.skips) return false;
   while (true) {
     SettingsValues values;
     for (const auto& [path, value] : loaded.values) values.push_back(value);
     const auto all = boost::make_iterator_range(values.cbegin(), values.cend());
-    if (problems.empty() || options.skips) {
-      const SettingsProblems refused = root->setMultiple(all, options.levelToChange(), 0);
-      if (refused.empty()) break;
-      problems.insert(problems.end(), refused.begin(), refused.end());
-      bool isLeftOut = false;
-      for (const auto& problem : refused) isLeftOut |= loaded.values.erase(problem.first) > 0;
-      if (options.skips && isLeftOut) continue;
-    }
-    print(problems, std::cerr);
+    const SettingsProblems refused = root->setMultiple(all, options.levelToChange(), 0);
+    if (refused.empty()) return true;
+    loaded.problems.insert(loaded.problems.end(), refused.begin(), refused.end());
+    bool isLeftOut = false;
+    for (const auto& problem : refused) isLeftOut |= loaded.values.erase(problem.first) > 0;
+    if (!options.skips || !isLeftOut) return false;
+  }
+}
+
+void load(const SettingsPtr& root, const ChangeOptions& options) {
+  Loaded loaded;
+  bool isDone = false;
+  {
+    const Progress progress("Loading " + options.path);
+    loaded = valuesOf(Settings::importAsStandaloneObject(base::to_ustring(options.path)), root);
+    isDone = trySetting(loaded, root, options);
+  }
+  printProblems(loaded.problems, std::cerr);
+  if (!isDone) {
     throw ProgramError(ExitStatus::kRefused, "Nothing was loaded from " + options.path + ".",
                        "Mend the file, or leave these keys out with --skip.");
   }
-  print(problems, std::cerr);
-  std::cout << loaded.values.size() << " keys set, " << problems.size() << " left out\n";
+  std::cout << loaded.values.size() << " keys set, " << loaded.problems.size() << " left out\n";
 }
 
-void addUncheckedOption(CLI::App& command, ChangeOptions& options) {
-  command.add_flag("--unchecked", options.isUnchecked,
-                   "Accept values that only a validator in Java could check");
+void addUncheckedOption(CLI::App& command) {
+  command.add_flag_callback("--unchecked", zlutil::settings::JValidator::acceptUnchecked,
+                            "Accept values that only a validator in Java could check");
 }
 
-using Command = void (*)(const SettingsPtr&, const ChangeOptions&);
-
+// Adds a command that changes values at a level.
 CLI::App* add(CLI::App& app, Invocation& invocation, const std::shared_ptr<ChangeOptions>& options,
-              const std::string& name, const std::string& description, Command command) {
-  CLI::App* const added = app.add_subcommand(name, description);
+              const std::string& name, const std::string& description,
+              void (*command)(const SettingsPtr&, const ChangeOptions&)) {
+  CLI::App* const added = addCommand(app, invocation, options, name, description, command);
   addLevelOptions(*added, options->level);
-  added->callback([&invocation, options, command] {
-    invocation.chosen = [&invocation, options, command] {
-      if (options->isUnchecked) zlutil::settings::JValidator::acceptUnchecked();
-      command(invocation.root(), *options);
-    };
-  });
+  addCommentOption(*added, invocation);
   return added;
 }
 
@@ -146,7 +143,7 @@ void addChangingCommands(CLI::App& app, Invocation& invocation) {
           &::command_line::set);
   set->add_option("PATH", options->path, "The key")->required();
   set->add_option("VALUE", options->values, "The value; for an array its elements");
-  addUncheckedOption(*set, *options);
+  addUncheckedOption(*set);
   set->add_option("--type", options->type, "The type of a new key");
   add(app, invocation, options, "unset", "Remove the value of a key", &unset)
       ->add_option("PATH", options->path, "The key")
@@ -155,7 +152,7 @@ void addChangingCommands(CLI::App& app, Invocation& invocation) {
       add(app, invocation, options, "load", "Set the values of a settings file, all or none",
           &::command_line::load);
   load->add_option("FILE", options->path, "The settings file")->required();
-  addUncheckedOption(*load, *options);
+  addUncheckedOption(*load);
   load->add_flag("--skip", options->skips, "Leave out what is refused, and set the rest");
 }
 

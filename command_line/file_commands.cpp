@@ -49,16 +49,12 @@ void check(const FileOptions& options) {
 
 void addFileCommands(CLI::App& app, Invocation& invocation) {
   const auto options = std::make_shared<FileOptions>();
-  CLI::App* const dump =
-      app.add_subcommand("dump", "Print the values of a level below a node as a settings file");
+  CLI::App* const dump = addCommand(app, invocation, options, "dump",
+                                    "Print the values of a level below a node as a settings file",
+                                    &::command_line::dump);
   dump->add_option("PATH", options->path, "The node; the root if it is left out");
   dump->add_option("--output", options->output, "The file to write, replaced in one step");
   addLevelOptions(*dump, options->level);
-  dump->callback([&invocation, options] {
-    invocation.chosen = [&invocation, options] {
-      ::command_line::dump(invocation.root(), *options);
-    };
-  });
 
   CLI::App* const check =
       app.add_subcommand("check", "Report every mistake in settings files, with line and column");

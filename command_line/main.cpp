@@ -4,6 +4,8 @@
 #include "base/text.h"
 #include "command_line/commands.h"
 #include "command_line/program_error.h"
+#include "command_line/terminal.h"
+#include "service/history.h"
 
 namespace command_line {
 
@@ -24,12 +26,21 @@ void addLevelOptions(CLI::App& command, std::string& level) {
   group->require_option(0, 1);
 }
 
+void addJsonOption(CLI::App& command, bool& asJson) {
+  command.add_flag("--json", asJson, "Print JSON");
+}
+
+void addCommentOption(CLI::App& command, Invocation& invocation) {
+  command.add_option("--comment", invocation.comment, "A comment for the history");
+}
+
 namespace {
 
 int run(int argc, char** argv) {
   CLI::App app("Reads and changes settings, and checks settings files.", "settings");
   Invocation invocation;
   app.set_version_flag("--version", std::string("settings ") + SETTINGS_VERSION);
+  app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
   app.add_option(
       "--user-directory", invocation.userDirectory,
       "The directory of the user's settings, for the superuser in place of another user");
@@ -41,7 +52,9 @@ int run(int argc, char** argv) {
   addReadingCommands(app, invocation);
   addChangingCommands(app, invocation);
   addFileCommands(app, invocation);
+  addHistoryCommands(app, invocation);
   addWatchCommand(app, invocation);
+  addCompletionCommand(app, invocation);
   try {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {
@@ -54,7 +67,10 @@ int run(int argc, char** argv) {
     const int status = app.exit(error, std::cout, std::cerr);
     return status == 0 ? 0 : static_cast<int>(ExitStatus::kWrongUsage);
   }
-  invocation.chosen();
+  {
+    const zlutil::settings::CommitComment comment(invocation.comment);
+    invocation.chosen();
+  }
   std::cout.flush();
   if (std::cout) return static_cast<int>(ExitStatus::kDone);
   throw ProgramError(ExitStatus::kFailed, "The output cannot be written.", "Is the disk full?");
@@ -62,8 +78,8 @@ int run(int argc, char** argv) {
 
 int fail(const ProgramError& error) {
   std::cout.flush();
-  std::cerr << "settings: " << base::withControlsEscaped(error.what()) << "\n  " << error.nextStep()
-            << '\n';
+  std::cerr << coloured(Stream::kError, Colour::kRed, "settings:") << ' '
+            << base::withControlsEscaped(error.what()) << "\n  " << error.nextStep() << '\n';
   return static_cast<int>(error.status());
 }
 

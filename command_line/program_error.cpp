@@ -36,6 +36,13 @@ constexpr Meaning kRefusal = {"", ExitStatus::kRefused, kDescribe};
 
 }  // namespace
 
+void printProblems(const zlutil::settings::SettingsProblems& problems, std::ostream& stream) {
+  for (const auto& [path, reason] : problems) {
+    if (!path.empty()) stream << base::displayFromNarrow(path) << ": ";
+    stream << base::displayFromNarrow(reason) << '\n';
+  }
+}
+
 ProgramError fromService(const std::exception& failure) {
   const auto* const identified = dynamic_cast<const IMsgIDException*>(&failure);
   if (!identified) {

@@ -1,8 +1,11 @@
 // The failures that end the program, and the exit statuses that scripts may rely on.
 #pragma once
 
+#include <ostream>
 #include <stdexcept>
 #include <string>
+
+#include "service/settings.h"
 
 namespace command_line {
 
@@ -27,6 +30,9 @@ class ProgramError : public std::runtime_error {
   ExitStatus status_;
   std::string nextStep_;
 };
+
+// Prints each problem on a line of its own.
+void printProblems(const zlutil::settings::SettingsProblems& problems, std::ostream& stream);
 
 // Returns a failure of the settings service as one of the program.
 ProgramError fromService(const std::exception& failure);

@@ -4,6 +4,7 @@
 
 #include "command_line/commands.h"
 #include "command_line/program_error.h"
+#include "command_line/terminal.h"
 #include "command_line/values.h"
 #include "service/explanation.h"
 
@@ -84,7 +85,9 @@ void tree(const SettingsPtr& root, const ReadOptions& options) {
       const KeyInNode key = keyOf(entry);
       const std::string level = effectiveLevel(key);
       std::cout << " (" << typeNameOf(key.kind()) << ')';
-      if (!level.empty()) std::cout << " = " << lineOf(key.value()) << "  [" << level << ']';
+      if (!level.empty())
+        std::cout << " = " << lineOf(key.value()) << "  "
+                  << coloured(Stream::kOutput, Colour::kCyan, '[' + level + ']');
     }
     std::cout << '\n';
   };
@@ -160,15 +163,12 @@ void explain(const SettingsPtr& root, const ReadOptions& options) {
   }
 }
 
-using Command = void (*)(const SettingsPtr&, const ReadOptions&);
-
+// Adds a command that prints data.
 CLI::App* add(CLI::App& app, Invocation& invocation, const std::shared_ptr<ReadOptions>& options,
-              const std::string& name, const std::string& description, Command command) {
-  CLI::App* const added = app.add_subcommand(name, description);
-  added->add_flag("--json", options->asJson, "Print JSON");
-  added->callback([&invocation, options, command] {
-    invocation.chosen = [&invocation, options, command] { command(invocation.root(), *options); };
-  });
+              const std::string& name, const std::string& description,
+              void (*command)(const SettingsPtr&, const ReadOptions&)) {
+  CLI::App* const added = addCommand(app, invocation, options, name, description, command);
+  addJsonOption(*added, options->asJson);
   return added;
 }
 

@@ -14,9 +14,10 @@ set -euo pipefail
 packages=(
   # to build
   g++ cmake ninja-build ccache openjdk-17-jdk-headless libboost-dev libtbb-dev libexpat1-dev libsqlite3-dev
-  nlohmann-json3-dev libcurl4-openssl-dev libcli11-dev
+  nlohmann-json3-dev libcurl4-openssl-dev libcli11-dev help2man
   # to test
   libgtest-dev libbenchmark-dev junit5 clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev binutils python3
+  python3-jsonschema zsh
 )
 case ${1:-} in
   bench)

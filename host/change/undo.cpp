@@ -7,6 +7,7 @@
 
 #include "host/change/external_changes.h"
 #include "host/change/structure.h"
+#include "host/tree/locks.h"
 #include "service/failures.h"
 #include "values/stored_value.h"
 #include "values/value_kinds.h"
@@ -199,6 +200,8 @@ class Undoing {
       const auto& [before, after] = sides;
       if (!before.empty() && key->kind() != boostany::kindOfValue(before)) {
         problems.emplace_back(path, "the key is of another type now");
+      } else if (std::string reason = whyNotWritable(*key, kUser); !reason.empty()) {
+        problems.emplace_back(path, std::move(reason));
       } else if (!isForced_ && !boostany::sameValue(key->value(kUser), after)) {
         problems.emplace_back(path, "it has another value now");
       } else {

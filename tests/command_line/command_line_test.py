@@ -3,42 +3,19 @@
 
 command_line_test.py PROGRAM SCHEMA [TEST...]
 """
-import json
 import os
 import re
 import shutil
 import subprocess
 import sys
-import tempfile
 import threading
 import unittest
 
-PROGRAM, SCHEMA = sys.argv[1], sys.argv[2]
+from program_test_case import FACTORY, PROGRAM, ProgramTestCase
+
+SCHEMA = sys.argv[2]
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../examples/data")
 
-FACTORY = """<settings version="1">
-  <node name="editor">
-    <key name="fontSize" type="int"><value>11</value></key>
-    <key name="ratio" type="float"><value>0.1</value></key>
-    <key name="rulers" type="int[]"><value><item>80</item><item>100</item></value></key>
-    <key name="title" type="string"><value> two words
-and a line </value></key>
-    <key name="empty"/>
-    <key name="zoom" type="int">
-      <java-validator class="com.velonix.services.settings.validators.Range" argument="1..9"/>
-    </key>
-    <key name="own" type="int"><java-validator class="a.B" argument=""/></key>
-  </node>
-  <key name="limit" type="double"><value>Infinity</value></key>
-  <key name="largest" type="ulong"><value>18446744073709551615</value></key>
-</settings>
-"""
-WORKGROUP = """<settings version="1">
-  <node name="editor">
-    <key name="fontSize"   type="int"><value>13</value></key>
-  </node>
-</settings>
-"""
 # Mistakes on the lines that are in the comments, and a right key between them.
 WRONG = """<settings version="1">
   <node name="1st">
@@ -54,49 +31,7 @@ WRONG = """<settings version="1">
 WRONG_AT = ["2:3", "3:38", "4:5", "7:3", "8:3", "8:31", "9:3"]
 
 
-def environment(base):
-    """Returns the environment of a test with the directories that it makes in `base`."""
-    for level, text in (("factory", FACTORY), ("workgroup", WORKGROUP)):
-        os.makedirs(f"{base}/{level}")
-        with open(f"{base}/{level}/file.xml", "w", encoding="utf-8") as file:
-            file.write(text)
-    os.makedirs(f"{base}/user", mode=0o700)
-    return dict(os.environ, SETTINGS_FACTORYDIR=f"{base}/factory",
-                SETTINGS_WORKGROUPDIR=f"{base}/workgroup", SETTINGS_USERDIR=f"{base}/user")
-
-
-class CommandLineTest(unittest.TestCase):
-    def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.base = directory.name
-        os.chmod(self.base, 0o755)  # others work in it too
-        self.environment = environment(self.base)
-
-    def run_program(self, *arguments, **options):
-        return subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, check=False,
-                              timeout=60, env=self.environment, **options)
-
-    def expect(self, status, output, *arguments, error=""):
-        """Runs the program; `output` is all of the standard output, `error` a pattern."""
-        done = self.run_program(*arguments)
-        self.assertEqual((done.returncode, done.stdout), (status, output), done)
-        if error:
-            self.assertRegex(done.stderr, error)
-        elif status == 0:
-            self.assertEqual(done.stderr, "")
-
-    def json(self, *arguments):
-        done = self.run_program(*arguments, "--json")
-        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
-        return json.loads(done.stdout)
-
-    def write(self, name, text):
-        path = f"{self.base}/{name}"
-        with open(path, "w", encoding="utf-8") as file:
-            file.write(text)
-        return path
-
+class CommandLineTest(ProgramTestCase):
     def test_reading(self):
         self.expect(0, "13\n", "get", "editor.fontSize")
         self.expect(0, "11\n", "get", "editor.fontSize", "--factory")
