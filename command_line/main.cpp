@@ -3,6 +3,7 @@
 
 #include "base/text.h"
 #include "command_line/commands.h"
+#include "command_line/help_formatter.h"
 #include "command_line/program_error.h"
 #include "command_line/terminal.h"
 #include "service/history.h"
@@ -40,7 +41,7 @@ int run(int argc, char** argv) {
   CLI::App app("Reads and changes settings, and checks settings files.", "settings");
   Invocation invocation;
   app.set_version_flag("--version", std::string("settings ") + SETTINGS_VERSION);
-  app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
+  app.formatter(std::make_shared<HelpFormatter>());
   app.add_option(
       "--user-directory", invocation.userDirectory,
       "The directory of the user's settings, for the superuser in place of another user");
@@ -55,6 +56,8 @@ int run(int argc, char** argv) {
   addHistoryCommands(app, invocation);
   addWatchCommand(app, invocation);
   addCompletionCommand(app, invocation);
+  // The commands that are added later would have it too.
+  app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
   try {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {

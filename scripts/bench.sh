@@ -57,6 +57,9 @@ for name in service_durable_bench service_sharing_bench; do
   "build/release/bench/$name" >"$results/$name.txt"
 done
 
+echo "== program_start_bench"
+build/release/bench/program_start_bench build/release/settings >"$results/program_start_bench.txt"
+
 bench/report.py "$results" <bench/performance.md.in >build/performance.md
 mv build/performance.md docs/performance.md
 echo "Written: docs/performance.md"

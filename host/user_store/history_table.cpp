@@ -13,7 +13,7 @@
 namespace zlutil::settings::host {
 namespace {
 
-// The commits, and the pages by which the file may grow, between two prunings.
+// The commits, and the pages by which the content may grow, between two prunings.
 constexpr std::int64_t kPruneEvery = 64, kPagesBetweenPrunings = 1024;
 // Rows of one commit; a commit cannot have as many changes.
 constexpr int kRowBits = 28;
@@ -95,6 +95,7 @@ HistoryTable::HistoryTable(SqliteDatabase& database, const HistoryLimits& limits
              "SELECT id, time, coalesce(length(path), 0) + coalesce(length(old), 0) +"
              " coalesce(length(new), 0) FROM history ORDER BY id DESC"),
       pageCount_(database, "PRAGMA page_count"),
+      freePages_(database, "PRAGMA freelist_count"),
       prune_(database, "DELETE FROM history WHERE id < ?1"),
       read_(database,
             "SELECT id, time, process, program, comment, change, path, old_type, old, new_type,"
@@ -108,9 +109,8 @@ void HistoryTable::connect() {
 }
 
 void HistoryTable::begin(std::int64_t revision) {
-  const std::int64_t pages = pageCount_.onlyNumber();
-  const bool hasGrown = pages > prunedPages_ + kPagesBetweenPrunings;
-  if (revision % kPruneEvery == 0 || hasGrown || limits_.commits == 0) prune(pages);
+  const bool hasGrown = pagesInUse() > prunedPages_ + kPagesBetweenPrunings;
+  if (revision % kPruneEvery == 0 || hasGrown || limits_.commits == 0) prune();
   if (limits_.commits == 0) return;
   const ColumnValue program = columnFromNarrow(programName());
   const ColumnValue comment = columnFromNarrow(commitComment());
@@ -140,10 +140,14 @@ std::int64_t HistoryTable::firstToKeep() {
   return first;
 }
 
-void HistoryTable::prune(std::int64_t pages) {
-  prunedPages_ = pages;
+void HistoryTable::prune() {
   prune_.bind(1, firstToKeep());
   prune_.run();
+  prunedPages_ = pagesInUse();
+}
+
+std::int64_t HistoryTable::pagesInUse() {
+  return pageCount_.onlyNumber() - freePages_.onlyNumber();
 }
 
 std::vector<PastCommit> HistoryTable::commitsFrom(std::int64_t revision) {

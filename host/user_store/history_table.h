@@ -50,13 +50,14 @@ class HistoryTable {
 
  private:
   std::int64_t firstToKeep();
-  void prune(std::int64_t pages);
+  void prune();
+  std::int64_t pagesInUse();
 
   SqliteDatabase& database_;
   const HistoryLimits limits_;
   bool hasTriggers_ = false;
-  std::int64_t prunedPages_ = 0;  // of the database, when it was pruned
-  SqliteStatement begin_, sizes_, pageCount_, prune_, read_;
+  std::int64_t prunedPages_ = 0;  // in use when it was pruned
+  SqliteStatement begin_, sizes_, pageCount_, freePages_, prune_, read_;
 };
 
 }  // namespace zlutil::settings::host

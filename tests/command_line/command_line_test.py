@@ -228,6 +228,9 @@ class CommandLineTest(ProgramTestCase):
         text = self.run_program("--help").stdout
         commands = re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", text, re.MULTILINE)
         self.assertIn("explain", commands)
+        every = self.run_program("--help-all").stdout
+        self.assertRegex(every, r"\nsettings get PATH:\n  Print .*\n\n(  .*\n)*  --default TEXT +What")
+        self.assertEqual(re.findall(r"^settings ([a-z-]+).*:$", every, re.MULTILINE), commands)
         for command in commands:
             done = self.run_program(command, "--help")
             self.assertEqual((done.returncode, done.stderr), (0, ""), command)

@@ -3,6 +3,7 @@
 
 history_test.py PROGRAM [TEST...]
 """
+import json
 import os
 import re
 import shutil
@@ -84,7 +85,7 @@ class HistoryTest(ProgramTestCase):
         self.expect(0, "", "unset", "kept")
         self.expect(0, "", "set", "later", "1", "--type", "int")
         after = self.run_program("dump").stdout
-        with subprocess.Popen([PROGRAM, "watch", "--count", "3"], text=True,
+        with subprocess.Popen([PROGRAM, "watch", "--json", "--count", "3"], text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               env=self.environment) as watch:
             give_up = threading.Timer(30, watch.kill)
@@ -93,8 +94,11 @@ class HistoryTest(ProgramTestCase):
             watch.stderr.readline()
             done = self.run_program("restore", copy)
             self.assertEqual((done.returncode, done.stderr), (0, ""))
-            self.assertEqual(sorted(watch.stdout.read().splitlines()), [
-                "changed editor.fontSize = 20", "changed kept = 1", "removed later"])
+            events = [json.loads(line) for line in watch.stdout]
+            for event in events:
+                self.check_schema("watch", event)
+            self.assertEqual(sorted((event["path"], event["event"]) for event in events), [
+                ("editor.fontSize", "changed"), ("kept", "changed"), ("later", "removed")])
         self.assertEqual(self.run_program("dump").stdout, before)
         self.assertEqual(self.commits()[0]["comment"], f"restored from {copy}")
         kept = re.search(r"kept in (.*)\n", done.stdout).group(1)

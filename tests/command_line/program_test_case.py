@@ -6,7 +6,12 @@ import sys
 import tempfile
 import unittest
 
+import jsonschema
+
 PROGRAM = sys.argv[1]
+DOCS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../docs")
+with open(f"{DOCS}/settings-output.schema.json", encoding="utf-8") as schema:
+    SCHEMA = json.load(schema)
 
 FACTORY = """<settings version="1">
   <node name="editor">
@@ -66,9 +71,15 @@ class ProgramTestCase(unittest.TestCase):
             self.assertEqual(done.stderr, "")
 
     def json(self, *arguments):
+        """Returns the JSON that the command prints, which the schema describes under its name."""
         done = self.run_program(*arguments, "--json")
         self.assertEqual((done.returncode, done.stderr), (0, ""), done)
-        return json.loads(done.stdout)
+        output = json.loads(done.stdout)
+        self.check_schema(arguments[0], output)
+        return output
+
+    def check_schema(self, command, output):
+        jsonschema.validate(output, {**SCHEMA, "$ref": f"#/$defs/{command}"})
 
     def write(self, name, text):
         path = f"{self.base}/{name}"

@@ -31,7 +31,8 @@ std::string shown(const boost::any& value) {
 // Returns the changes of the last commit, such as "+n n.k:-,1".
 std::string lastOf(const NodePtr& root) {
   std::string text;
-  for (const HistoryChange& change : historyOf(root).back().changes) {
+  const HistoryCommit last = historyOf(root).back();
+  for (const HistoryChange& change : last.changes) {
     text += text.empty() ? "" : " ";
     if (change.what == HistoryChange::kAdded) text += '+' + change.path;
     if (change.what == HistoryChange::kRemoved) text += 'x' + change.path;
@@ -119,7 +120,7 @@ TEST_F(HistoryTest, LargeValuesArePrunedSoon) {
   addKey(root, "s");
   for (int n = 0; n < 60; ++n)
     root->setAny("s", std::string(1 << 19, static_cast<char>('a' + n % 26)), "user");
-  EXPECT_LT(std::filesystem::file_size(database()), 20u << 20);
+  EXPECT_LT(std::filesystem::file_size(database()), 10u << 20);
 }
 
 TEST_F(HistoryTest, ADatabaseOfVersion1IsUpgradedWithItsContent) {
@@ -150,14 +151,14 @@ TEST_F(HistoryTest, ADatabaseOfVersion1IsUpgradedWithItsContent) {
 }
 
 TEST_F(HistoryTest, UndoIsAChangeLikeEveryOther) {
-  const NodePtr root = open(), other = open();
-  const SettingsPtr key =
-      addKey(root, "k", CValidator([](const auto&, const auto&, const boost::any& value) {
-               return boost::optional<std::string>(boost::any_cast<int>(value) == 1, "is 1");
-             }));
+  const NodePtr root = open();
+  addKey(root, "k", CValidator([](const auto&, const auto&, const boost::any& value) {
+           return boost::optional<std::string>(boost::any_cast<int>(value) == 1, "is 1");
+         }));
   root->setAny("k", 2, "user");
   root->setAny("k", 3, "user");
   const std::int64_t last = historyOf(root).back().number;
+  const NodePtr other = open();
   const Listener here(root), there(other);
   EXPECT_EQ(undoCommit(root, last), SettingsProblems());
   EXPECT_EQ(intAt(root, "k"), 2);
@@ -187,9 +188,9 @@ TEST_F(HistoryTest, UndoIsAChangeLikeEveryOther) {
 // trees have the same database, and the second one has no thread that reads the changes.
 TEST_F(HistoryTest, UndoSeesTheChangesOfOtherProcesses) {
   const NodePtr root = openUnwatched(storeIn(directory.path()));
-  const NodePtr other = openUnwatched(storeIn(directory.path()));
   addKey(root, "k");
   root->setAny("k", 1, "user");
+  const NodePtr other = openUnwatched(storeIn(directory.path()));
   const std::int64_t number = historyOf(root).back().number;
   other->setAny("k", 2, "user");
   EXPECT_EQ(undoCommit(root, number).size(), 1u);
@@ -255,7 +256,7 @@ TEST_F(HistoryTest, UndoGivesBackExactlyTheStateBefore) {
                         std::inserter(made.come, made.come.end()));
   };
   int undone = 0, refused = 0;
-  for (int step = 0; step < 600; ++step) {
+  for (int step = 0; step < 240; ++step) {
     const std::set<std::string> before = linesOf(root);
     const std::int64_t last = lastNumber();
     if (step % 3 != 2 || commits.empty()) {
@@ -279,8 +280,8 @@ TEST_F(HistoryTest, UndoGivesBackExactlyTheStateBefore) {
     ASSERT_EQ(linesOf(root), expected) << "commit " << chosen->first;
     if (lastNumber() == last + 1) note(before, last + 1);
   }
-  EXPECT_GT(undone, 40);
-  EXPECT_GT(refused, 10);
+  EXPECT_GT(undone, 10);
+  EXPECT_GT(refused, 3);
   EXPECT_EQ(linesOf(open()), linesOf(root));
 }
 
