@@ -58,7 +58,8 @@ class SETTINGS_HOST_API CommitComment {
   CommitComment& operator=(const CommitComment&) = delete;
 
  private:
-  std::string outer_;
+  const std::string comment_;  // narrow text
+  const std::string* const outer_;
 };
 
 }  // namespace settings

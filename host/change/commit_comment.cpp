@@ -6,19 +6,19 @@
 namespace zlutil::settings {
 namespace {
 
-std::string& current() {
-  static thread_local std::string comment;
-  return comment;
-}
+// The comment of the innermost scope of this thread. A pointer, because a thread may still change
+// settings when its objects have been destroyed.
+thread_local const std::string* current = nullptr;
 
 }  // namespace
 
-const std::string& host::commitComment() { return current(); }
+std::string host::commitComment() { return current ? *current : std::string(); }
 
-CommitComment::CommitComment(const std::string& comment) : outer_(current()) {
-  current() = host::narrowText(comment, "a comment");
+CommitComment::CommitComment(const std::string& comment)
+    : comment_(host::narrowText(comment, "a comment")), outer_(current) {
+  current = &comment_;
 }
 
-CommitComment::~CommitComment() { current().swap(outer_); }
+CommitComment::~CommitComment() { current = outer_; }
 
 }  // namespace zlutil::settings

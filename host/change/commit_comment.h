@@ -7,6 +7,6 @@ namespace zlutil::settings::host {
 
 // Returns the comment of the innermost CommitComment of this thread, narrow text; empty if there is
 // none.
-const std::string& commitComment();
+std::string commitComment();
 
 }  // namespace zlutil::settings::host

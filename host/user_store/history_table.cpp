@@ -6,6 +6,7 @@
 #include <chrono>
 #include <limits>
 
+#include "base/never_destroyed.h"
 #include "host/change/commit_comment.h"
 #include "host/os/file_name.h"
 #include "host/user_store/stored_rows.h"
@@ -53,13 +54,13 @@ std::int64_t now() {
 
 // Returns the name of the program that this process runs.
 const std::string& programName() {
-  static const std::string name = [] {
+  static base::NeverDestroyed<std::string> name([] {
     char path[4096];
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
     const std::string shown = shownFileName(length > 0 ? std::string(path, length) : std::string());
     return shown.substr(shown.rfind('/') + 1);
-  }();
-  return name;
+  }());
+  return name.get();
 }
 
 // Returns the change in a row of commitsFrom(); nothing if it is not understood.
