@@ -150,11 +150,14 @@ TEST_F(HistoryTest, ADatabaseOfVersion1IsUpgradedWithItsContent) {
   EXPECT_NE(testing::internal::GetCapturedStderr().find("the state of"), std::string::npos);
 }
 
+boost::optional<std::string> refuseOne(const boost::shared_ptr<const Settings>&, const std::string&,
+                                       const boost::any& value) {
+  return boost::optional<std::string>(boost::any_cast<int>(value) == 1, "is 1");
+}
+
 TEST_F(HistoryTest, UndoIsAChangeLikeEveryOther) {
   const NodePtr root = open();
-  addKey(root, "k", CValidator([](const auto&, const auto&, const boost::any& value) {
-           return boost::optional<std::string>(boost::any_cast<int>(value) == 1, "is 1");
-         }));
+  addKey(root, "k", CValidator(&refuseOne));
   root->setAny("k", 2, "user");
   root->setAny("k", 3, "user");
   const std::int64_t last = historyOf(root).back().number;
