@@ -187,8 +187,23 @@ TEST_F(HistoryTest, UndoIsAChangeLikeEveryOther) {
   EXPECT_NE(reason(last, true).find("k: the key has been removed"), std::string::npos);
 }
 
-// Another process changes the key after the look at the history and before the undo is stored: both
-// trees have the same database, and the second one has no thread that reads the changes.
+TEST_F(HistoryTest, UndoingAnAdditionMindsLaterAdditionsBelow) {
+  const NodePtr root = open();
+  const SettingsPtr node = addNode(root, "n");
+  const std::int64_t number = historyOf(root).back().number;
+  addKey(node, "k");
+  const SettingsProblems problems = undoCommit(root, number);
+  ASSERT_EQ(problems.size(), 1u);
+  EXPECT_EQ(problems.front().first, "n");
+  EXPECT_TRUE(root->getChild("n"));
+  EXPECT_TRUE(undoCommit(root, number, true).empty());
+  EXPECT_FALSE(root->getChild("n"));
+  EXPECT_TRUE(undoCommit(root, historyOf(root).back().number).empty());
+  EXPECT_TRUE(root->getChild("n")->getChild("k"));
+}
+
+// Two trees on one database, as two processes have them, without threads that read the changes of
+// the other one.
 TEST_F(HistoryTest, UndoSeesTheChangesOfOtherProcesses) {
   const NodePtr root = openUnwatched(storeIn(directory.path()));
   addKey(root, "k");
