@@ -38,12 +38,12 @@ TEST_F(BackupTest, RestoringGivesBackEntriesTypesAndValidators) {
   ASSERT_TRUE(eventually([&] { return contentsOf(other) == contentsOf(root); }));
   const Listener here(root), there(other);
   const std::string kept = restoreUserLevel(root, copyName);
-  EXPECT_EQ(contentsOf(open()), before);
   EXPECT_EQ(intAt(root, "changed"), 1);
   EXPECT_EQ(intAt(root, "removed"), 1);
   EXPECT_FALSE(root->getChild("later"));
   EXPECT_TRUE(
       eventually([&] { return intAt(other, "changed") == 1 && !other->getChild("later"); }));
+  EXPECT_EQ(contentsOf(open()), before);
   EXPECT_EQ(here.waitFor(5), there.waitFor(5));
   EXPECT_EQ(std::count(here.heard.begin(), here.heard.end(), "changed same"), 0);
   EXPECT_EQ(std::count(here.heard.begin(), here.heard.end(), "changed changed"), 1);
