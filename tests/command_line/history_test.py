@@ -110,11 +110,15 @@ class HistoryTest(ProgramTestCase):
         self.assertEqual(self.run_program("restore", f"{self.base}/file.db").returncode, 0)
         self.assertEqual(self.run_program("dump").stdout, after)
 
-        torn = self.write("torn.db", "")
-        with open(copy, "rb") as whole, open(torn, "wb") as file:
-            file.write(whole.read()[:-4096])
+        torn, damaged = self.write("torn.db", ""), self.write("damaged.db", "")
+        with open(copy, "rb") as whole:
+            content = whole.read()
+        with open(torn, "wb") as file:
+            file.write(content[:-4096])
+        with open(damaged, "wb") as file:
+            file.write(content[:-4088] + b"\xff" * 100 + content[-3988:])
         for file, reason in ((self.write("text", "x" * 4096), "not a database"),
-                             (torn, "torn.db"), (f"{self.base}/none", "none. cannot be restored: No such file")):
+                             (torn, "torn.db"), (damaged, "it is damaged"), (f"{self.base}/none", "none. cannot be restored: No such file")):
             self.expect(4, "", "restore", file, error=reason)
             self.assertEqual(self.run_program("dump").stdout, after)
         self.expect(4, "", "backup", f"{self.base}/none/copy.db", error="none/copy.db.*No such file")
