@@ -39,7 +39,7 @@ demo_one_machine() {
 machine() {
   mkfifo "$work/$1.in"
   SETTINGS_USERDIR=$work/$1 SETTINGS_WORKGROUP_CREDENTIALS=$CLUSTER_DIR/$2.credentials \
-    run demo.Machine "$1" <"$work/$1.in" >>"$work/said" 2>&1 &
+    run demo.Machine "$1" <"$work/$1.in" >>"$work/said" 2>&1 7>&- 8>&- &
 }
 
 # Prints all that the machines say up to the lines with these texts.
@@ -98,7 +98,7 @@ demo_cluster() {
   machine pc17 admin
   exec 7>"$work/pc17.in"
   expect "pc17: started"
-  scripts/cluster.sh start >/dev/null
+  scripts/cluster.sh start >/dev/null 7>&-  # the machine ends when nobody has its input open
   put 24
   expect "pc17: heard: now font size 24"
   exec 7>&-
