@@ -1,7 +1,7 @@
 // Locks, which settings files of the workgroup and factory levels set on keys and nodes: the values
 // of the levels above the file's are kept and have no effect, and cannot be changed. Of several
-// locks, here and at the nodes above, that of the lowest level counts. When the lock of a key
-// changes, a SettingsValueChangeEvent of the key is published. An option of the service beside the
+// locks, here and at the nodes above, that of the lowest level counts. Settings files are read when
+// the tree is made, so a lock stays as long as the tree. An option of the service beside the
 // contract: a host may leave these functions out. Any thread.
 #pragma once
 

@@ -98,7 +98,9 @@ class Application {
     if (!isDefinedElsewhere(entry)) return remove(entry);
     entry.clearDefinedAt(level_);
     if (entry.isKey()) return exchange(static_cast<Key&>(entry), boost::any());
-    for (const EntryPtr& child : static_cast<Node&>(entry).childrenByName()) leave(*child);
+    // A copy, because children are removed.
+    const std::vector<EntryPtr> children = static_cast<Node&>(entry).childrenByName();
+    for (const EntryPtr& child : children) leave(*child);
   }
 
   // Returns whether another level defines the entry or one below it.

@@ -97,6 +97,24 @@ TEST_F(SharedStore, SynchronizingReadsEverythingThatAnotherProcessHasStored) {
   synchronize(behind);
 }
 
+TEST_F(SharedStore, ANodeThatAnotherProcessRemovesKeepsWhatASettingsFileDefines) {
+  const NodePtr root = open();
+  const SettingsPtr node = addNode(root, "n");
+  for (const char* name : {"a", "b", "c", "d", "e"}) addKey(node, name);
+  node->setAny("c", 1, "user");
+  factory.write("a.xml",
+                "<settings version=\"1\"><node name=\"n\"><key name=\"c\" type=\"int\"/></node>"
+                "</settings>");
+  const NodePtr other = openTree(storeIn(directory.path()), factory.path());
+  EXPECT_EQ(other->getChild("n")->getChildren().size(), 5u);
+  root->removeNode("n");
+  synchronize(other);
+  const auto left = other->getChild("n")->getChildren();
+  ASSERT_EQ(left.size(), 1u);
+  EXPECT_EQ(left[0]->getName(), "c");
+  EXPECT_FALSE(other->getChild("n")->isSet("c", "user"));
+}
+
 TEST_F(SharedStore, TheFirstValueFixesTheTypeForAllProcesses) {
   factory.write("a.xml", "<settings version=\"1\"><key name=\"filed\"/></settings>");
   const auto openHere = [&] { return openTree(storeIn(directory.path()), factory.path()); };

@@ -7,7 +7,7 @@ import java.util.Optional;
  * are kept and have no effect, and cannot be changed. Of several locks, on a key and on the nodes
  * above it, that of the lowest level counts.
  *
- * <p>When the lock of a key changes, listeners hear a change of the key.
+ * <p>Settings files are read when the tree is made, so a lock stays as long as the tree.
  *
  * @param path the dotted path of the entry that has the lock: the key or a node above it
  * @param level the level of the file
