@@ -88,7 +88,7 @@ class HistoryTest(ProgramTestCase):
         with subprocess.Popen([PROGRAM, "watch", "--json", "--count", "3"], text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               env=self.environment) as watch:
-            give_up = threading.Timer(30, watch.kill)
+            give_up = threading.Timer(120, watch.kill)
             give_up.start()
             self.addCleanup(give_up.cancel)
             watch.stderr.readline()
