@@ -42,14 +42,15 @@ jstring reasonAgainst(JNIEnv* env, bool isThere, const Operation& operation) {
   if (!frame.isOpen()) return nullptr;
   std::string reason = "the settings service has no such operation";
   try {
-    if (isThere) {
-      operation();
-      return nullptr;
+    try {
+      if (isThere) return operation(), nullptr;
+    } catch (const std::exception& failure) {
+      reason = failure.what();
     }
-  } catch (const std::exception& failure) {
-    reason = failure.what();
+    return jzi::ToJava::javaString(env, reason);
+  } catch (const std::exception&) {
+    return nullptr;  // without memory for the text: Java's own error is pending
   }
-  return jzi::ToJava::javaString(env, reason);
 }
 
 jstring synchronize(JNIEnv* env, jclass, jlong root) {

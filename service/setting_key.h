@@ -56,7 +56,6 @@ class SettingKey {
     try {
       NewKey::add(nodeBelow(root), key.name, validator_, boost::any(value), level);
     } catch (const NameTaken&) {
-      if (!root->find<Type>(path_)) throw;
       root->set(path_, value, level);  // another thread or process has just added it
     }
   }

@@ -67,11 +67,16 @@ class PrefsTest(unittest.TestCase):
         self.assertRegex(done.stderr, 'Cannot store number of /story: .*"x"')
         self.assertRegex(done.stderr, 'Cannot store limited of /story: "c" is none of a, b')
 
-    def test_an_agent_brings_it_to_a_program_with_a_class_path_of_its_own(self):
+    def test_an_agent_or_a_module_brings_it_to_a_program(self):
         agent = [JAVA, f"-javaagent:{PREFS}", "--enable-native-access=ALL-UNNAMED", "-cp", PROGRAMS]
         for name in ("a", "b"):
             subprocess.run([*agent, "prefs.Writer", name, "2"], check=True, env=self.environment)
         self.assertIn("b1=value 1\n", self.run_program("prefs.Shown", "shared").stdout)
+        module = subprocess.run(
+            [JAVA, "-p", f"{API}:{PREFS}", "--add-modules", "com.velonix.settings.prefs",
+             "--enable-native-access=com.velonix.settings", "-cp", PROGRAMS, "prefs.Shown", "shared"],
+            capture_output=True, text=True, check=True, env=self.environment)
+        self.assertIn("a1=value 1\n", module.stdout)
         self.assertFalse(os.path.exists(f"{self.base}/jdk"))
 
 

@@ -10,6 +10,7 @@ import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
+import java.util.concurrent.Callable;
 import java.util.prefs.AbstractPreferences;
 import java.util.prefs.BackingStoreException;
 
@@ -149,39 +150,36 @@ final class SettingsPreferences extends AbstractPreferences {
 
     @Override
     protected void removeNodeSpi() throws BackingStoreException {
-        try {
-            for (String key : node.keys()) removeKey(node.setting(key, Object.class));
-            SettingPath above = ((SettingsPreferences) parent()).node;
-            above.delete(node.names().get(node.names().size() - 1));
-        } catch (SettingNotFoundException | SettingAccessException goneOrPreset) {
-            // Another process has removed it, or a settings file defines it.
-        } catch (SettingException failed) {
-            throw new BackingStoreException(failed);
-        }
+        SettingPath above = ((SettingsPreferences) parent()).node;
+        run(() -> {
+            try {
+                above.delete(node.names().get(node.names().size() - 1));
+            } catch (SettingAccessException preset) {
+                for (String key : node.keys()) removeKey(node.setting(key, Object.class));
+            }
+            return null;
+        });
     }
 
     @Override
     protected String[] keysSpi() throws BackingStoreException {
-        try {
-            List<String> names = new ArrayList<>();
+        List<String> names = new ArrayList<>();
+        run(() -> {
             for (Map.Entry<String, Object> key : node.values().entrySet()) {
                 if (!EntryNames.KEYS.isHashed(key.getKey()))
                     EntryNames.KEYS.nameOf(key.getKey()).ifPresent(names::add);
                 else if (key.getValue() instanceof String[] named && named.length == 2)
                     names.add(named[0]);
             }
-            return names.toArray(String[] ::new);
-        } catch (SettingNotFoundException gone) {
-            return new String[0];
-        } catch (SettingException failed) {
-            throw new BackingStoreException(failed);
-        }
+            return null;
+        });
+        return names.toArray(String[] ::new);
     }
 
     @Override
     protected String[] childrenNamesSpi() throws BackingStoreException {
-        try {
-            List<String> names = new ArrayList<>();
+        List<String> names = new ArrayList<>();
+        run(() -> {
             for (String child : node.nodes()) {
                 if (!EntryNames.NODES.isHashed(child))
                     EntryNames.NODES.nameOf(child).ifPresent(names::add);
@@ -191,12 +189,9 @@ final class SettingsPreferences extends AbstractPreferences {
                             .find()
                             .ifPresent(names::add);
             }
-            return names.toArray(String[] ::new);
-        } catch (SettingNotFoundException gone) {
-            return new String[0];
-        } catch (SettingException failed) {
-            throw new BackingStoreException(failed);
-        }
+            return null;
+        });
+        return names.toArray(String[] ::new);
     }
 
     @Override
@@ -234,13 +229,20 @@ final class SettingsPreferences extends AbstractPreferences {
         if (node.exists())
             return;
         List<String> names = node.names();
-        processRoot().getOrAddNode(names.toArray(String[] ::new));
+        SettingsPreferencesFactory.settings().getOrAddNode(names.toArray(String[] ::new));
         if (EntryNames.NODES.isHashed(names.get(names.size() - 1)))
             node.getOrAddKey(EntryNames.NAME_KEY, name());
     }
 
-    private SettingPath processRoot() {
-        return SettingsPreferencesFactory.settings();
+    /** Runs a task of the settings, which does nothing if another process has removed the node. */
+    private static void run(Callable<Void> task) throws BackingStoreException {
+        try {
+            task.call();
+        } catch (SettingNotFoundException gone) {
+            // There is nothing to list or to remove.
+        } catch (Exception failed) {
+            throw new BackingStoreException(failed);
+        }
     }
 
     /** Removes a key, or only the user's value if a settings file defines the key. */
