@@ -19,7 +19,8 @@ struct Invocation {
   SettingsPtr root() const { return openRoot(userDirectory); }
 };
 
-void addReadingCommands(CLI::App& app, Invocation& invocation);   // get, list, tree, explain
+void addReadingCommands(CLI::App& app,
+                        Invocation& invocation);  // get, list, tree, describe, explain
 void addChangingCommands(CLI::App& app, Invocation& invocation);  // set, unset, load
 void addFileCommands(CLI::App& app, Invocation& invocation);      // dump, check, export-schema
 void addHistoryCommands(CLI::App& app,

@@ -1,4 +1,4 @@
-// get, list, tree and explain.
+// get, list, tree, describe and explain.
 #include <iostream>
 #include <memory>
 
@@ -13,6 +13,8 @@ namespace {
 
 using zlutil::settings::Explanation;
 using zlutil::settings::LevelExplanation;
+using zlutil::settings::SettingChoice;
+using zlutil::settings::SettingDescription;
 using zlutil::settings::SettingLock;
 
 struct ReadOptions {
@@ -116,6 +118,55 @@ std::string lockText(const std::optional<SettingLock>& lock) {
          (lock->reason.empty() ? "" : ": " + lock->reason);
 }
 
+Json jsonOfDescription(const SettingDescription& description) {
+  Json choices = Json::array();
+  for (const SettingChoice& choice : description.choices) {
+    choices.push_back({{"value", choice.value}, {"label", choice.label}});
+  }
+  return {{"title", description.title},
+          {"text", description.text},
+          {"unit", description.unit},
+          {"constraint", description.constraint},
+          {"deprecated", description.deprecated},
+          {"replacedBy", description.replacedBy},
+          {"replaces", description.replaces},
+          {"choices", choices}};
+}
+
+// Prints the lines of a description that say something.
+void print(const SettingDescription& description) {
+  const std::pair<const char*, const std::string&> lines[] = {
+      {"title", description.title},
+      {"description", description.text},
+      {"unit", description.unit},
+      {"constraint", description.constraint},
+      {"deprecated", description.deprecated},
+      {"replaced by", description.replacedBy},
+      {"replaces", description.replaces}};
+  for (const auto& [name, text] : lines) {
+    if (!text.empty()) std::cout << "  " << name << ": " << text << '\n';
+  }
+  for (const SettingChoice& choice : description.choices) {
+    std::cout << "  choice: " << choice.value;
+    if (!choice.label.empty()) std::cout << " (" << choice.label << ')';
+    std::cout << '\n';
+  }
+}
+
+void describe(const SettingsPtr& root, const ReadOptions& options) {
+  const SettingsPtr entry = requireEntry(root, options.path);
+  const SettingDescription description = zlutil::settings::describe(entry);
+  const std::string type = entry->isKey() ? typeNameOf(keyOf(entry).kind()) : "node";
+  if (options.asJson) {
+    Json json = {{"path", options.path}, {"type", type}};
+    json.update(jsonOfDescription(description));
+    return print(json);
+  }
+  std::cout << options.path << '\n';
+  if (!type.empty()) std::cout << "  type: " << type << '\n';
+  print(description);
+}
+
 Json jsonOfExplanation(const Explanation& explanation) {
   Json levels = Json::array();
   for (const LevelExplanation& level : explanation.levels) {
@@ -123,12 +174,15 @@ Json jsonOfExplanation(const Explanation& explanation) {
     json["inEffect"] = level.isInEffect;
     json["locked"] = level.isLocked;
     json["source"] = level.source.empty() ? Json() : Json(level.source);
+    json["leftOut"] = level.leftOut.empty() ? Json() : Json(level.leftOut);
+    json["unreadable"] = level.unreadable;
     json["readOnly"] = level.readOnlyReason.empty() ? Json() : Json(level.readOnlyReason);
     levels.push_back(json);
   }
   Json json = {{"path", explanation.path}, {"type", typeNameOf(explanation.kind)}};
   json["validator"] = explanation.validator.empty() ? Json() : Json(explanation.validator);
   json["lock"] = jsonOfLock(explanation.lock);
+  json["description"] = jsonOfDescription(explanation.description);
   json["levels"] = levels;
   return json;
 }
@@ -138,8 +192,9 @@ void explain(const SettingsPtr& root, const ReadOptions& options) {
   const Explanation explanation = zlutil::settings::explainKey(find(root, options.path));
   if (options.asJson) return print(jsonOfExplanation(explanation));
   const std::string type = typeNameOf(explanation.kind);
-  std::cout << explanation.path << "\n  type: " << (type.empty() ? "not fixed yet" : type)
-            << "\n  validator: " << validatorText(explanation)
+  std::cout << explanation.path << "\n  type: " << (type.empty() ? "not fixed yet" : type) << '\n';
+  print(explanation.description);
+  std::cout << "  validator: " << validatorText(explanation)
             << "\n  lock: " << lockText(explanation.lock) << '\n';
   std::string inEffect;
   for (const LevelExplanation& level : explanation.levels) {
@@ -158,8 +213,10 @@ void explain(const SettingsPtr& root, const ReadOptions& options) {
         std::cout << " (hidden by the level " << inEffect << ')';
       }
     }
+    if (!level.leftOut.empty()) std::cout << "; left out: " << level.leftOut;
     if (!level.readOnlyReason.empty()) std::cout << "; read-only: " << level.readOnlyReason;
     std::cout << '\n';
+    for (const std::string& part : level.unreadable) std::cout << "    not read: " << part << '\n';
   }
 }
 
@@ -191,6 +248,11 @@ void addReadingCommands(CLI::App& app, Invocation& invocation) {
       ->add_option("PATH", options->path, "The node; the root if it is left out");
   add(app, invocation, options, "tree", "Print all keys below a node with types and values", &tree)
       ->add_option("PATH", options->path, "The node; the root if it is left out");
+  add(app, invocation, options, "describe",
+      "Print the title, description, type, unit and constraint of an entry",
+      &::command_line::describe)
+      ->add_option("PATH", options->path, "The key or node")
+      ->required();
   add(app, invocation, options, "explain",
       "Print a key's values at all levels, where they come from and which is in effect", &explain)
       ->add_option("PATH", options->path, "The key")

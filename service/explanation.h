@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/export.h"
+#include "service/description.h"
 #include "service/locks.h"
 #include "service/settings_fwd.h"
 
@@ -24,11 +25,16 @@ struct LevelExplanation {
   // Where the value comes from: a file with line and column, a database, or the memory of this
   // process. Empty if there is no value.
   std::string source;
+  // Why a stored value of the level is left out, such as its type; empty if there is none.
+  std::string leftOut;
+  // Files of the level that are left out whole, with the mistake of each.
+  std::vector<std::string> unreadable;
   std::string readOnlyReason;  // why the level is read-only; empty if it is not
 };
 
 struct Explanation {
   std::string path;
+  SettingDescription description;
   int kind = 0;                          // of values/value_kinds.h; 0 if it is not fixed yet
   std::string validator;                 // the effective one, as text; empty if there is none
   std::string validatorPath;             // the entry that has the validator

@@ -66,10 +66,9 @@ class SETTINGS_HOST_API UnknownJavaValidator
   using Exception::Exception;
 };
 
-// A validator in Java, known by two strings: its class and an argument. The service calls the proxy
-// that the Java side has installed to run it. In a process without one the service itself runs
-// Range, Choice (but not of floating-point numbers) and Length of
-// com.velonix.services.settings.validators; values for other classes are refused.
+// A validator in Java, known by two strings: its class and an argument. The service itself runs the
+// constraints (service/constraints.h). For every other class it calls the proxy that the Java side
+// has installed; in a process without one, values are refused.
 //
 // Each library that calls these functions has a proxy of its own. The service first calls the one
 // of the library that made the entry, if it is still installed, then the others in the order of

@@ -49,6 +49,7 @@ Changes describe(Tree& tree, int level, const KeyChanges& changes) {
   ReadLock lock(tree.lock());
   for (const KeyChange& change : changes) {
     if (level > kUser) describeFor(*change.key, level, batch);
+    for (Change& former : formerErased(*change.key, level)) batch.push_back(std::move(former));
     const std::string path = change.key->path();
     if (change.key->kind() == boostany::kNoValue) {
       batch.push_back(FixKind{path, boostany::kindOfValue(change.value)});

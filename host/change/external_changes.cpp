@@ -28,18 +28,40 @@ class Application {
   Application(Node& root, int level) : root_(root), level_(level) {}
 
   void operator()(const PutValue& change) {
-    Key* const key = keyAt(change.path);
+    Key* key = keyAt(change.path);
+    const std::string* const present =
+        key ? nullptr : root_.tree().formerNames().presentPath(change.path);
+    if (present) key = keyAt(*present);
     const int kind = boostany::kindOfValue(change.value);
     if (!key) return leaveOut(change.path, "a value is stored for it, and there is no such key");
+    FormerNames& former = root_.tree().formerNames();
+    if (present && !key->value(level_).empty() && !former.counts(level_, *present)) {
+      return former.note(level_, *present, change.path, false);
+    }
     if (key->kind() != boostany::kNoValue && key->kind() != kind) {
       return leaveOut(change.path, "the stored value is " + std::string(boostany::kindName(kind)) +
                                        ", and the key holds " + valuesOf(key->kind()));
     }
+    if (present) {
+      former.note(level_, *present, change.path, true);
+    } else {
+      former.supersede(level_, change.path);
+    }
+    root_.tree().leftOut().forget(level_, change.path);
     exchange(*key, change.value);
   }
 
   void operator()(const EraseValue& change) {
-    if (Key* const key = keyAt(change.path)) exchange(*key, boost::any());
+    root_.tree().leftOut().forget(level_, change.path);
+    FormerNames& former = root_.tree().formerNames();
+    if (Key* const key = keyAt(change.path)) return exchange(*key, boost::any());
+    const std::string* const present = former.presentPath(change.path);
+    if (!present) return;
+    Key* const renamed = keyAt(*present);
+    const bool counts = former.counts(level_, *present);
+    former.forget(level_, *present);
+    if (!renamed || !counts) return;
+    exchange(*renamed, boost::any());
   }
 
   void operator()(const FixKind& change) {
@@ -89,6 +111,7 @@ class Application {
   }
 
   void leaveOut(const std::string& path, const std::string& reason) {
+    root_.tree().leftOut().note(level_, path, reason);
     leftOut_.push_back('"' + path + "\" is left out: " + reason);
   }
 

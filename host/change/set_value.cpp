@@ -45,8 +45,11 @@ class Target {
   }
 
   Changes describe() const {
-    if (!value_) return {EraseValue{path_, key_->kind()}};
-    Changes changes;
+    Changes changes = formerErased(*key_, level_);
+    if (!value_) {
+      changes.push_back(EraseValue{path_, key_->kind()});
+      return changes;
+    }
     if (level_ > kUser) {
       ReadLock lock(node_.tree().lock());
       describeFor(*key_, level_, changes);

@@ -59,6 +59,9 @@ void TreeEdit::replaceValues(int level, KeyChanges changes) {
   for (KeyChange& change : replaced_) {
     if (bringsDefinitions && !change.value.empty()) markDefinedFor(*change.key, level);
     if (boostany::sameValue(change.key->value(level), change.value)) continue;
+    if (!tree_.formerNames().isEmpty()) {
+      tree_.formerNames().forget(level, change.key->pathBelowTop());
+    }
     change.key->replaceValue(level, change.value);
     changed_.add(*change.key);
   }
@@ -90,6 +93,15 @@ void TreeEdit::remove(Node& parent, const Entry& child, Audience audience) {
   // Before another writer can add an entry of that name, which would not be counted.
   ReadLock lock(tree_.lock());
   countStructureChange(*structure_.entry, parent);
+}
+
+Changes formerErased(Key& key, int level) {
+  Tree& tree = key.tree();
+  ReadLock lock(tree.lock());
+  if (tree.formerNames().isEmpty()) return {};
+  const std::string* const former = tree.formerNames().storedUnder(level, key.pathBelowTop());
+  if (!former) return {};
+  return {EraseValue{*former, key.kind()}};
 }
 
 void TreeEdit::finish() {

@@ -114,6 +114,10 @@ class TreeEdit {
   Structure structure_;
 };
 
+// Returns what a store has to do beside a change of the key's value: to erase one under a former
+// path of the key. The caller holds the tree's writer().
+Changes formerErased(Key& key, int level);
+
 // Repeats `attempt(edit)`, each time with a new edit of the tree, until it returns true, and then
 // finishes the edit.
 template <class Attempt>

@@ -6,7 +6,6 @@
 #include <initializer_list>
 
 #include "base/text.h"
-#include "host/tree/subtree.h"
 #include "service/identifier.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
@@ -14,16 +13,6 @@
 
 namespace zlutil::settings::host {
 namespace {
-
-constexpr std::size_t kShownLength = 60;
-
-// Returns the text for a message: in quotes, on one line and cut to kShownLength bytes.
-std::string quoted(std::string_view text) {
-  if (text.size() <= kShownLength) return '"' + base::withControlsEscaped(text) + '"';
-  std::size_t end = kShownLength;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return '"' + base::withControlsEscaped(text.substr(0, end)) + "...\"";
-}
 
 // Lists all types, as a file names them.
 std::string typeNames() {
@@ -35,46 +24,9 @@ std::string typeNames() {
   return names + ", each also with \"[]\" after it";
 }
 
-[[noreturn]] void fail(const std::string& problem) { throw FormatError(problem); }
-
-// The attributes of an element, found by name. Refuses an attribute that is not in `known`.
-class Attributes {
- public:
-  Attributes(const char* element, const char* const* list, std::initializer_list<const char*> known)
-      : element_(element), list_(list) {
-    for (const char* const* name = list; *name; name += 2) {
-      const bool isKnown = std::any_of(known.begin(), known.end(), [name](const char* candidate) {
-        return std::strcmp(candidate, *name) == 0;
-      });
-      if (!isKnown) fail("unknown attribute " + quoted(*name) + " of <" + element + ">");
-    }
-  }
-
-  // Returns the value, or null if the element does not have the attribute.
-  const char* find(const char* name) const {
-    for (const char* const* attribute = list_; *attribute; attribute += 2) {
-      if (std::strcmp(*attribute, name) == 0) return attribute[1];
-    }
-    return nullptr;
-  }
-
-  const char* require(const char* name) const {
-    const char* const value = find(name);
-    if (!value) fail(std::string("<") + element_ + "> needs the attribute \"" + name + "\"");
-    return value;
-  }
-
- private:
-  const char* const element_;
-  const char* const* const list_;
-};
-
 bool isSpace(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
-
-// The XML parser passes on well-formed UTF-8 only.
-std::string narrow(std::string_view utf8) { return *base::narrowFromUtf8(utf8); }
 
 [[noreturn]] void failOnValue(int kind, std::string_view text) {
   fail(quoted(text) + " is not a value of the type " + std::string(boostany::kindName(kind)));
@@ -100,16 +52,23 @@ void SettingsBuilder::beginElement(std::string_view element, const char* const* 
       {State::kSettings, "key", &SettingsBuilder::beginKey},
       {State::kNode, "node", &SettingsBuilder::beginNode},
       {State::kNode, "key", &SettingsBuilder::beginKey},
+      {State::kKey, "value", &SettingsBuilder::beginValue},
+      {State::kVector, "item", &SettingsBuilder::beginItem},
+      {State::kChoices, "choice", &SettingsBuilder::beginChoice},
+      // A key may have these too.
       {State::kNode, "java-validator", &SettingsBuilder::beginJavaValidator},
       {State::kNode, "script-validator", &SettingsBuilder::beginScriptValidator},
-      {State::kKey, "value", &SettingsBuilder::beginValue},
-      {State::kKey, "java-validator", &SettingsBuilder::beginJavaValidator},
-      {State::kKey, "script-validator", &SettingsBuilder::beginScriptValidator},
-      {State::kVector, "item", &SettingsBuilder::beginItem},
+      {State::kNode, "description", &SettingsBuilder::beginDescription},
+      {State::kNode, "range", &SettingsBuilder::beginRange},
+      {State::kNode, "length", &SettingsBuilder::beginLength},
+      {State::kNode, "choices", &SettingsBuilder::beginChoices},
   };
   const State state = states_.back();
   for (const Rule& rule : kRules) {
-    if (rule.state == state && rule.element == element) return (this->*rule.begin)(attributes);
+    const bool isNodes = rule.element == "node" || rule.element == "key";
+    const bool fits =
+        rule.state == state || (state == State::kKey && rule.state == State::kNode && !isNodes);
+    if (fits && rule.element == element) return (this->*rule.begin)(attributes);
   }
   fail("found the element " + quoted(element) + ", expected " + expectedIn(state));
 }
@@ -134,16 +93,19 @@ const char* SettingsBuilder::expectedIn(State state) {
     case State::kSettings:
       return "<node> or <key>";
     case State::kNode:
-      return "<node>, <key> or a validator";
+      return "<node>, <key>, <description> or a validator";
     case State::kKey:
-      return "<value> or a validator";
+      return "<value>, <description> or a validator";
     case State::kScalar:
     case State::kVector:
       return "the value's text, or <item> for a vector";
     case State::kItem:
     case State::kScriptValidator:
+    case State::kDescription:
       return "text only";
-    case State::kJavaValidator:
+    case State::kChoices:
+      return "<choice>";
+    case State::kEmpty:
       break;
   }
   return "nothing here";
@@ -176,8 +138,14 @@ void SettingsBuilder::endElement() {
     case State::kScriptValidator:
       setValidator(ZValidator(narrow(text_)));
       break;
+    case State::kDescription:
+      endDescription();
+      break;
+    case State::kChoices:
+      endChoices();
+      break;
     case State::kDocument:
-    case State::kJavaValidator:
+    case State::kEmpty:
       break;
   }
 }
@@ -199,12 +167,13 @@ void SettingsBuilder::beginSettings(const char* const* list) {
 }
 
 void SettingsBuilder::beginNode(const char* const* list) {
-  const Attributes attributes("node", list, {"name", "locked", "reason"});
+  const Attributes attributes("node", list,
+                              {"name", "locked", "reason", "title", "deprecated", "replaced-by"});
   const char* const name = attributes.require("name");
   checkName(name);
   checkAgainstEarlier(name, false, boostany::kNoValue);
   const auto node = boost::make_shared<Node>(rules_.tree, name, true, ValidatorPtr());
-  setLock(*node, attributes.find("locked"), attributes.find("reason"));
+  if (attributes.count() > 1) readDefinition(*node, attributes);
   add(node);
   const Node* const earlier = earlierNodes_.back();
   pushNode(node, earlier ? static_cast<const Node*>(earlier->child(name)) : nullptr);
@@ -218,19 +187,25 @@ void SettingsBuilder::pushNode(const NodePtr& node, const Node* earlier) {
 }
 
 void SettingsBuilder::beginKey(const char* const* list) {
-  const Attributes attributes("key", list, {"name", "type", "locked", "reason"});
+  const Attributes attributes("key", list,
+                              {"name", "type", "locked", "reason", "title", "unit", "deprecated",
+                               "replaced-by", "replaces"});
   const char* const name = attributes.require("name");
   checkName(name);
   int kind = boostany::kNoValue;
-  if (const char* const type = attributes.find("type")) {
+  const char* const type = attributes.find("type");
+  if (type) {
     const std::optional<int> known = boostany::kindOfName(type);
     if (!known) fail("unknown type " + quoted(type) + ", expected one of " + typeNames());
     kind = *known;
   }
   checkAgainstEarlier(name, true, kind);
   key_ = boost::make_shared<Key>(rules_.tree, name, kind, true, ValidatorPtr());
-  setLock(*key_, attributes.find("locked"), attributes.find("reason"));
+  if (attributes.count() > (type ? 2 : 1)) readDefinition(*key_, attributes);
   add(key_);
+  if (const char* const former = attributes.find("replaces")) {
+    if (rules_.onFormerPath) rules_.onFormerPath(*key_, former);
+  }
   hasContent_ = false;
   states_.push_back(State::kKey);
 }
@@ -254,6 +229,7 @@ void SettingsBuilder::beginValue(const char* const* list) {
   if (!key_->value(level_).empty()) {
     fail("a second value at the level " + quoted(levelName(level_)));
   }
+  valueAt_ = rules_.onDoubt && key_->validator() ? position_() : std::string();
   states_.push_back(State::kScalar);
   boostany::withTypeOfKind(key_->kind(), [this](auto tag) {
     using Type = typename decltype(tag)::type;
@@ -272,19 +248,6 @@ void SettingsBuilder::beginItem(const char* const* list) {
   states_.push_back(State::kItem);
 }
 
-void SettingsBuilder::beginJavaValidator(const char* const* list) {
-  const Attributes attributes("java-validator", list, {"class", "argument"});
-  setValidator(
-      JValidator(narrow(attributes.require("class")), narrow(attributes.require("argument"))));
-  states_.push_back(State::kJavaValidator);
-}
-
-void SettingsBuilder::beginScriptValidator(const char* const* list) {
-  Attributes("script-validator", list, {});
-  text_.clear();
-  states_.push_back(State::kScriptValidator);
-}
-
 void SettingsBuilder::endValue() {
   boost::any value;
   boostany::withTypeOfKind(key_->kind(), [&](auto tag) {
@@ -297,6 +260,7 @@ void SettingsBuilder::endValue() {
       value = boost::any(std::move(*parsed));
     }
   });
+  checkDefault(value);
   key_->replaceValue(level_, value);
 }
 
@@ -341,41 +305,10 @@ void SettingsBuilder::add(const EntryPtr& entry) {
   if (!nodes_.back()->appendChild(entry)) fail("a second entry named " + quoted(entry->name()));
 }
 
-void SettingsBuilder::setValidator(const ValidatorChoice& validator) {
-  Entry& entry = key_ ? static_cast<Entry&>(*key_) : *nodes_.back();
-  if (entry.validator()) fail("a second validator");
-  if (hasContent_) fail("a validator stands before everything else in its entry");
-  define(entry, [&](Definition& part) { part.validator = makeValidator(validator); });
-}
-
-// Changes the part of the entry's definition that the file supplies.
-template <class Assign>
-void SettingsBuilder::define(Entry& entry, const Assign& assign) {
-  const DefinitionPtr present = entry.definition(rules_.level);
-  const boost::intrusive_ptr<Definition> part(present ? new Definition(*present) : new Definition);
-  assign(*part);
-  entry.setDefinition(rules_.level, part);
-}
-
-void SettingsBuilder::setLock(Entry& entry, const char* locked, const char* reason) {
-  const std::string_view is = locked ? locked : "false";
-  if (is != "true" && is != "false") {
-    fail(quoted(is) +
-         " is not a value of the attribute \"locked\", expected \"true\" or \"false\"");
-  }
-  if (is == "true") {
-    define(entry, [&](Definition& part) {
-      part.lock = Lock{narrow(reason ? reason : ""), position_()};
-    });
-    findFirstLevels(entry);
-  } else if (reason) {
-    fail("the attribute \"reason\" needs locked=\"true\"");
-  }
-}
-
 bool SettingsBuilder::keepsText() const {
   const State state = states_.back();
-  return state == State::kScalar || state == State::kItem || state == State::kScriptValidator;
+  return state == State::kScalar || state == State::kItem || state == State::kScriptValidator ||
+         state == State::kDescription;
 }
 
 }  // namespace zlutil::settings::host

@@ -1,23 +1,18 @@
 // Builds entries from the elements of a settings file, in the order of the file. Knows the format
 // but not the XML parser: throws FormatError for everything that the format does not allow; the
-// parser adds the position. Used by one parser, on one thread.
+// parser adds the position. Used by one parser, on one thread. settings_builder_definitions.cpp has
+// the elements that complete an entry's definition: lock, description and validator.
 #pragma once
 
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/files/element_attributes.h"
 #include "host/files/settings_parser.h"
 
 namespace zlutil::settings::host {
-
-// An error in a file. Its text names what was found and expected, in standard UTF-8.
-class FormatError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 class SettingsBuilder {
  public:
@@ -49,8 +44,10 @@ class SettingsBuilder {
     kScalar,
     kVector,
     kItem,
-    kJavaValidator,
-    kScriptValidator
+    kEmpty,
+    kScriptValidator,
+    kDescription,
+    kChoices
   };
 
   static const char* expectedIn(State state);
@@ -63,15 +60,29 @@ class SettingsBuilder {
   void beginItem(const char* const* attributes);
   void beginJavaValidator(const char* const* attributes);
   void beginScriptValidator(const char* const* attributes);
+  void beginDescription(const char* const* attributes);
+  void beginRange(const char* const* attributes);
+  void beginLength(const char* const* attributes);
+  void beginChoices(const char* const* attributes);
+  void beginChoice(const char* const* attributes);
   void endValue();
   void endItem();
+  void endDescription();
+  void endChoices();
   void checkName(const char* name) const;
   void checkAgainstEarlier(const char* name, bool isKey, int kind) const;
   void add(const EntryPtr& entry);
   template <class Assign>
   void define(Entry& entry, const Assign& assign);
+  template <class Assign>
+  void describe(Entry& entry, const Assign& assign);
+  void readDefinition(Entry& entry, const Attributes& attributes);
   void setLock(Entry& entry, const char* locked, const char* reason);
   void setValidator(const ValidatorChoice& validator);
+  void setConstraint(const JValidator& constraint);
+  void checkDefault(const boost::any& value) const;
+  void doubt(const std::string& position, const std::string& problem) const;
+  Entry& openEntry() { return key_ ? static_cast<Entry&>(*key_) : *nodes_.back(); }
   bool keepsText() const;
 
   const ParseRules rules_;
@@ -82,6 +93,8 @@ class SettingsBuilder {
   KeyPtr key_;                             // the open key
   bool hasContent_ = false;                // of the open entry
   int level_ = kFactory;                   // of the open value
+  std::string valueAt_;                    // the position of the open value
+  std::vector<SettingChoice> choices_;     // of the open element
   boost::any vector_;                      // the open value if it is a vector
   std::string text_;                       // of the open scalar value, item or script
 };

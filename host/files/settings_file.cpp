@@ -73,6 +73,7 @@ std::vector<std::string> SettingsFile::check(const base::ustring& path) {
   host::ParseRules rules;
   rules.tree = host::Tree::makeStandalone();
   rules.onMistake = [&](const std::string& message) { mistakes.push_back(message); };
+  rules.onDoubt = rules.onMistake;
   try {
     host::readSettingsTree(*fileName, rules);
   } catch (const IUserException& failure) {

@@ -19,6 +19,10 @@ struct ParseRules {
   const Node* earlier = nullptr;  // the root of earlier files, with which kinds must agree, or null
   // Called for each value, with the position of its element; both count from 1.
   std::function<void(const Key& key, std::uint64_t line, std::uint64_t column)> onValue;
+  // Called for each key with a former path, which is below the root.
+  std::function<void(const Key& key, const std::string& former)> onFormerPath;
+  // Takes the messages, with position, of doubtful parts that are read all the same. Narrow texts.
+  std::function<void(const std::string& message)> onDoubt;
   // Takes the messages of mistakes that parsing can go on after, which then are no failures.
   std::function<void(const std::string& message)> onMistake;
 };

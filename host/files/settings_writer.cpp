@@ -3,6 +3,7 @@
 #include <boost/variant/get.hpp>
 #include <optional>
 
+#include "host/tree/descriptions.h"
 #include "service/failures.h"
 #include "values/value_kinds.h"
 #include "values/value_text.h"
@@ -46,9 +47,7 @@ class Writer {
         writeKey(static_cast<const Key&>(*child), indent);
       } else {
         open("<node name=\"" + child->name() + '"', indent);
-        writeLock(*child);
-        text_ += ">\n";
-        writeValidator(*child, indent + 1);
+        writeDefinition(*child, indent + 1);
         writeChildren(static_cast<const Node&>(*child), indent + 1);
         open("</node>\n", indent);
       }
@@ -60,27 +59,52 @@ class Writer {
     if (key.kind() != boostany::kNoValue) {
       text_ += " type=\"" + std::string(boostany::kindName(key.kind())) + '"';
     }
-    writeLock(key);
-    text_ += ">\n";
-    writeValidator(key, indent + 1);
+    writeDefinition(key, indent + 1);
     for (int level = 0; level < kLevelCount; ++level) {
       if (levels_[level] && !key.value(level).empty()) writeValue(key, level, indent + 1);
     }
     open("</key>\n", indent);
   }
 
+  // Writes the rest of the tag, and the elements before the content.
+  void writeDefinition(const Entry& entry, int indent) {
+    const SettingDescription texts = ownDescriptionOf(entry);
+    writeLock(entry);
+    writeAttribute(entry, "title", texts.title);
+    writeAttribute(entry, "unit", texts.unit);
+    writeAttribute(entry, "deprecated", texts.deprecated);
+    writeAttribute(entry, "replaced-by", texts.replacedBy);
+    writeAttribute(entry, "replaces", texts.replaces);
+    text_ += ">\n";
+    if (!texts.text.empty()) {
+      open("<description>", indent);
+      writeText(entry, texts.text, false);
+      text_ += "</description>\n";
+    }
+    if (texts.choices.empty()) return writeValidator(entry, indent);
+    open("<choices>\n", indent);
+    for (const SettingChoice& choice : texts.choices) {
+      open("<choice value=\"", indent + 1);
+      writeText(entry, choice.value, true);
+      text_ += '"';
+      writeAttribute(entry, "label", choice.label);
+      text_ += "/>\n";
+    }
+    open("</choices>\n", indent);
+  }
+
   void writeLock(const Entry& entry) {
     const auto [lock, level] = entry.lock();
     if (!lock || level != lowest_) return;
     text_ += " locked=\"true\"";
-    writeAttribute(entry, "reason", lock->reason);
+    writeAttribute(entry, "reason", *boostany::textOfValue(lock->reason));
   }
 
-  // Writes an attribute unless its text, narrow, is empty.
-  void writeAttribute(const Entry& entry, const std::string& name, const std::string& narrow) {
-    if (narrow.empty()) return;
+  // Writes an attribute unless its text is empty.
+  void writeAttribute(const Entry& entry, const std::string& name, const std::string& utf8) {
+    if (utf8.empty()) return;
     text_ += ' ' + name + "=\"";
-    writeText(entry, boostany::textOfValue(narrow), true);
+    writeText(entry, utf8, true);
     text_ += '"';
   }
 

@@ -58,11 +58,21 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
   rules.level = level;
   rules.isOnlyLevel = true;
   rules.earlier = &root;
+  rules.onDoubt = logError;
+  std::vector<std::pair<std::string, std::string>> formerPaths;
+  rules.onFormerPath = [&](const Key& key, const std::string& former) {
+    formerPaths.emplace_back(former, key.pathBelowTop());
+  };
   for (const std::string& file : filesIn(directory_, isRequired_)) {
+    formerPaths.clear();
     try {
       merge(*readSettingsTree(file, rules), root, level);
       files_.push_back(file);
+      for (const auto& [former, present] : formerPaths) {
+        root.tree().formerNames().add(former, present);
+      }
     } catch (const std::exception& failure) {
+      unreadable_.push_back(failure.what());
       logError(failure.what());
     }
   }

@@ -20,6 +20,7 @@ class XmlDirectoryStore final : public Store {
   bool keepsChanges() const override { return true; }
   bool isCurrent() override { return true; }
   const std::string& readOnlyReason() const override { return readOnlyReason_; }
+  std::vector<std::string> unreadable() const override { return unreadable_; }
   // Reads the files again, for line and column.
   std::string sourceOf(const std::string& path) const override;
   // The files are read once; they are not watched.
@@ -30,6 +31,7 @@ class XmlDirectoryStore final : public Store {
   const std::string directory_;
   const bool isRequired_;
   const std::string readOnlyReason_;
+  std::vector<std::string> unreadable_;  // the mistakes of those left out; constant likewise
   std::vector<std::string> files_;  // that were read and not left out; constant after readAll()
 };
 

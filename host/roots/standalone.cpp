@@ -6,6 +6,7 @@
 #include "host/change/given_text.h"
 #include "host/files/settings_reader.h"
 #include "host/os/file_name.h"
+#include "host/os/log_error.h"
 #include "service/failures.h"
 #include "service/z_settings.h"
 #include "values/value_kinds.h"
@@ -45,6 +46,7 @@ boost::shared_ptr<Settings> Settings::importAsStandaloneObject(const base::ustri
   }
   host::ParseRules rules;
   rules.tree = host::Tree::makeStandalone();
+  rules.onDoubt = host::logError;
   return host::readSettingsTree(*fileName, rules);
 }
 

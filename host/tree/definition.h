@@ -5,9 +5,11 @@
 #include <boost/optional.hpp>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#include <memory>
 #include <string>
 
 #include "host/tree/validation.h"
+#include "service/description.h"
 
 namespace zlutil::settings::host {
 
@@ -22,8 +24,15 @@ struct Lock {
 struct Definition : boost::intrusive_ref_counter<Definition> {
   ValidatorPtr validator;  // may be null
   boost::optional<Lock> lock;
+  std::shared_ptr<const SettingDescription> description;  // may be null
 };
 using DefinitionPtr = boost::intrusive_ptr<const Definition>;
+
+// Returns whether no text is given.
+bool isEmpty(const SettingDescription& texts);
+
+// Adds the texts of `further` that `texts` lacks.
+void complete(SettingDescription& texts, const SettingDescription& further);
 
 // Returns a definition with nothing but the validator; null for null.
 inline DefinitionPtr definitionWith(ValidatorPtr validator) {

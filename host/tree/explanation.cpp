@@ -2,6 +2,7 @@
 
 #include <boost/variant/get.hpp>
 
+#include "host/tree/descriptions.h"
 #include "host/tree/locks.h"
 #include "service/failures.h"
 
@@ -48,12 +49,14 @@ Explanation explainKey(const boost::shared_ptr<Settings>& given) {
     explanation.kind = key->kind();
     explainValidator(*key, explanation);
     explanation.lock = host::lockFor(*key);
+    explanation.description = host::descriptionOf(*key);
     const std::optional<int> inEffect = host::effectiveLevel(*key);
     for (int level = 0; level < host::kLevelCount; ++level) {
       LevelExplanation one;
       one.level = host::levelName(level);
       one.value = key->value(level);
       one.isLocked = level < key->firstLevel();
+      one.leftOut = base::displayFromNarrow(tree.leftOut().reason(level, pathInStore));
       one.isInEffect = level == inEffect;
       explanation.levels.push_back(std::move(one));
     }
@@ -62,6 +65,9 @@ Explanation explainKey(const boost::shared_ptr<Settings>& given) {
     LevelExplanation& one = explanation.levels[level];
     const host::Store& store = tree.store(level);
     one.readOnlyReason = base::displayFromNarrow(store.readOnlyReason());
+    for (const std::string& part : store.unreadable()) {
+      one.unreadable.push_back(base::displayFromNarrow(part));
+    }
     if (!one.value.empty()) one.source = base::displayFromNarrow(store.sourceOf(pathInStore));
   }
   return explanation;

@@ -52,8 +52,12 @@ std::vector<WeakJavaProxy> JavaProxies::installed(const WeakJavaProxy& first) co
 void JavaProxies::run(const WeakJavaProxy& preferred, const JValidator& validator,
                       const boost::shared_ptr<const Settings>& node, const std::string& key,
                       const boost::any& value) const {
+  if (const auto judgement = judged(validator, value)) {
+    if (*judgement) throw Failure<ValidationFailure>(**judgement);
+    return;
+  }
   const std::vector<WeakJavaProxy> proxies = installed(preferred);
-  if (proxies.empty()) return runWithoutJava(validator, key, value);
+  if (proxies.empty()) return refuseUnchecked(validator, key);
   std::optional<Failure<FailedToRunJavaValidator>> unknown;
   for (const WeakJavaProxy& weak : proxies) {
     // Shared until the handlers have ended: the exception's code belongs to the proxy's library.
@@ -74,14 +78,10 @@ void JavaProxies::run(const WeakJavaProxy& preferred, const JValidator& validato
   if (unknown) throw Failure<FailedToRunJavaValidator>(*std::as_const(unknown));
 }
 
-void JavaProxies::runWithoutJava(const JValidator& validator, const std::string& key,
-                                 const boost::any& value) const {
-  if (const auto judgement = judgedWithoutJava(validator, value)) {
-    if (*judgement) throw Failure<ValidationFailure>(**judgement);
-  } else if (!acceptsUnchecked_.load(std::memory_order_relaxed)) {
-    throw Failure<ValidationFailure>("\"" + key + "\" has the Java validator " + validator.first() +
-                                     ", which cannot be run: there is no Java in this process.");
-  }
+void JavaProxies::refuseUnchecked(const JValidator& validator, const std::string& key) const {
+  if (acceptsUnchecked_.load(std::memory_order_relaxed)) return;
+  throw Failure<ValidationFailure>("\"" + key + "\" has the Java validator " + validator.first() +
+                                   ", which cannot be run: there is no Java in this process.");
 }
 
 }  // namespace zlutil::settings::host

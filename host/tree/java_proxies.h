@@ -34,11 +34,11 @@ class JavaProxies {
   // The library's proxy, or null.
   JavaProxyPtr of(const void* library) const EXCLUDES(mutex_);
 
-  // Runs the validator by `preferred`, if it is still installed, or else by the others in the order
-  // of their installation, until one knows its class. Returns if the value is valid. Throws what
-  // the proxy that knows the class throws; if none knows it, what the first proxy threw. Without
-  // any proxy, a validator that needs no Java is run by the host, and values of others are refused
-  // unless acceptUnchecked() has been called. The exceptions are copies made by the host: a proxy's
+  // Runs a constraint itself (standard_validators.h). Runs another validator by `preferred`, if it
+  // is still installed, or else by the others in the order of their installation, until one knows
+  // its class. Returns if the value is valid. Throws what the proxy that knows the class throws; if
+  // none knows it, what the first proxy threw. Without any proxy the value is refused, unless
+  // acceptUnchecked() has been called. The exceptions are copies made by the host: a proxy's
   // library may be unmapped after the call.
   void run(const WeakJavaProxy& preferred, const JValidator& validator,
            const boost::shared_ptr<const Settings>& node, const std::string& key,
@@ -47,8 +47,7 @@ class JavaProxies {
   void acceptUnchecked() { acceptsUnchecked_ = true; }
 
  private:
-  void runWithoutJava(const JValidator& validator, const std::string& key,
-                      const boost::any& value) const;
+  void refuseUnchecked(const JValidator& validator, const std::string& key) const;
   // Weak, so that no library waits for calls of another library's proxy.
   std::vector<WeakJavaProxy> installed(const WeakJavaProxy& first) const EXCLUDES(mutex_);
 

@@ -7,6 +7,7 @@
 
 #include "base/text.h"
 #include "host/tree/decimal.h"
+#include "service/constraints.h"
 #include "values/value_kinds.h"
 #include "values/value_text.h"
 
@@ -15,7 +16,24 @@ namespace {
 
 using Reason = boost::optional<std::string>;
 
-constexpr std::string_view kPackage = "com.velonix.services.settings.validators.";
+constexpr std::string_view kPackage = constraints::kPackage;
+
+// Returns the name of the class of the standard package; nothing if it is in another package.
+std::optional<std::string_view> standardName(const JValidator& validator) {
+  const std::string_view className = validator.first();
+  if (className.substr(0, kPackage.size()) != kPackage) return std::nullopt;
+  return className.substr(kPackage.size());
+}
+
+// Calls use(choice) for each part of the text between vertical bars, until it returns true.
+template <class Use>
+void forEachChoice(const std::string& choices, const Use& use) {
+  for (std::size_t begin = 0; begin <= choices.size();) {
+    const std::size_t end = std::min(choices.find('|', begin), choices.size());
+    if (use(choices.substr(begin, end - begin))) return;
+    begin = end + 1;
+  }
+}
 
 std::string_view stripped(std::string_view text) {
   const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
@@ -81,6 +99,17 @@ Reason problemOutside(const Bounds& bounds, const Element& element) {
 }
 
 template <class Element>
+bool isChoice(const std::string& choice, const Element& element, const std::string& text) {
+  if constexpr (std::is_floating_point_v<Element>) {
+    // The same number may be written in several ways.
+    const std::optional<Element> number = boostany::valueFromText<Element>(choice);
+    return number && (*number == element || (std::isnan(*number) && std::isnan(element)));
+  } else {
+    return choice == text;
+  }
+}
+
+template <class Element>
 Reason problemOfChoice(const std::string& choices, const Element& element) {
   std::string text;
   if constexpr (std::is_same_v<Element, std::string>) {
@@ -89,13 +118,13 @@ Reason problemOfChoice(const std::string& choices, const Element& element) {
     text = *boostany::textOfValue<Element>(element);
   }
   std::string listed;
-  for (std::size_t begin = 0; begin <= choices.size();) {
-    const std::size_t end = std::min(choices.find('|', begin), choices.size());
-    const std::string choice = choices.substr(begin, end - begin);
-    if (choice == text) return boost::none;
-    listed += (begin == 0 ? "" : ", ") + choice;
-    begin = end + 1;
-  }
+  bool isFound = false;
+  forEachChoice(choices, [&](const std::string& choice) {
+    isFound = isChoice(choice, element, text);
+    listed += (listed.empty() ? "" : ", ") + choice;
+    return isFound;
+  });
+  if (isFound) return boost::none;
   return "\"" + text + "\" is none of " + listed;
 }
 
@@ -132,33 +161,76 @@ Reason problemOfLength(const Bounds& bounds, const Type& value) {
 
 }  // namespace
 
-std::optional<Reason> judgedWithoutJava(const JValidator& validator, const boost::any& value) {
-  const std::string_view className = validator.first();
-  if (className.substr(0, kPackage.size()) != kPackage) return std::nullopt;
-  const std::string_view name = className.substr(kPackage.size());
+std::optional<Reason> judged(const JValidator& validator, const boost::any& value) {
+  const std::optional<std::string_view> name = standardName(validator);
+  if (!name) return std::nullopt;
   const std::string& argument = validator.second();
   std::optional<Reason> judgement;
   boostany::withTypeOfKind(boostany::kindOfType(value.type()), [&](auto tag) {
     using Type = typename decltype(tag)::type;
     using Element = boostany::ElementOf<Type>;
     const Type& typed = *boost::any_cast<Type>(&value);
-    const std::optional<Bounds> bounds = Bounds::parse(argument);
-    if (name == "Range") {
-      judgement = bounds ? firstProblem(typed,
-                                        [&](const Element& element) {
-                                          return problemOutside<Element>(*bounds, element);
-                                        })
-                         : noBounds(argument);
-    } else if (name == "Length") {
-      judgement = bounds ? problemOfLength(*bounds, typed) : noBounds(argument);
-    } else if (name == "Choice" && !std::is_floating_point_v<Element>) {
-      // Java and C++ write floating-point numbers differently.
+    if (*name == "Choice") {
       judgement = firstProblem(typed, [&](const Element& element) {
         return problemOfChoice<Element>(argument, element);
       });
+      return;
+    }
+    if (*name != "Range" && *name != "Length") return;
+    const std::optional<Bounds> bounds = Bounds::parse(argument);
+    if (!bounds) {
+      judgement = noBounds(argument);
+    } else if (*name == "Range") {
+      judgement = firstProblem(
+          typed, [&](const Element& element) { return problemOutside<Element>(*bounds, element); });
+    } else {
+      judgement = problemOfLength(*bounds, typed);
     }
   });
   return judgement;
+}
+
+std::optional<std::string> mistakeOf(const JValidator& validator, int kind) {
+  const std::optional<std::string_view> name = standardName(validator);
+  if (!name) return std::nullopt;
+  const std::string& argument = validator.second();
+  if (*name == "Range" || *name == "Length") {
+    if (!Bounds::parse(argument)) return *noBounds(argument);
+  } else if (*name == "Choice") {
+    std::optional<std::string> mistake;
+    boostany::withTypeOfKind(kind, [&](auto tag) {
+      using Element = boostany::ElementOf<typename decltype(tag)::type>;
+      forEachChoice(argument, [&](const std::string& choice) {
+        if (!boostany::valueFromText<Element>(choice)) {
+          mistake = "the choice \"" + choice + "\" is not a value of the key's type";
+        }
+        return mistake.has_value();
+      });
+    });
+    return mistake;
+  } else if (*name != "Pattern") {
+    return "there is no validator " + validator.first() +
+           ", expected Range, Choice, Length or Pattern in that package";
+  }
+  return std::nullopt;
+}
+
+std::string constraintText(const JValidator& validator) {
+  const std::optional<std::string_view> name = standardName(validator);
+  if (name == "Range") return "range " + validator.second();
+  if (name == "Length") return "length " + validator.second();
+  if (name == "Choice") return "choices";
+  return "java " + validator.first() + ' ' + validator.second();
+}
+
+std::vector<std::string> choicesOf(const JValidator& validator) {
+  std::vector<std::string> choices;
+  if (standardName(validator) != "Choice") return choices;
+  forEachChoice(validator.second(), [&](const std::string& choice) {
+    choices.push_back(choice);
+    return false;
+  });
+  return choices;
 }
 
 }  // namespace zlutil::settings::host

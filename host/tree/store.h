@@ -95,6 +95,10 @@ class Store {
   // The reason why values cannot be changed; empty if they can. Constant.
   virtual const std::string& readOnlyReason() const = 0;
 
+  // Returns the messages about parts of the content that could not be read and are left out, such
+  // as files. Narrow texts. Any thread.
+  virtual std::vector<std::string> unreadable() const { return {}; }
+
   // Returns where the store has the value of a key from, for people, or nothing if that is not
   // known. Narrow text. Any thread, with no lock held; may read files.
   virtual std::string sourceOf(const std::string& path) const = 0;

@@ -16,6 +16,7 @@
 #include "host/tree/level_order.h"
 #include "host/tree/store.h"
 #include "host/tree/tree_lock.h"
+#include "host/tree/unmatched_values.h"
 #include "host/tree/writer_mutex.h"
 #include "service/context.h"
 
@@ -54,6 +55,10 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   // The queue of events of external changes; null if the tree is not connected.
   ExternalEvents* externalEvents() const { return externalEvents_.get(); }
 
+  // Guarded by lock().
+  FormerNames& formerNames() { return formerNames_; }
+  LeftOut& leftOut() { return leftOut_; }
+
   // Returns whether no thread watches for external changes, so that look() must.
   bool mustLook() const { return mustLook_; }
   // Applies external changes if mustLook(). Called before every read and change, with no lock held.
@@ -72,6 +77,8 @@ class Tree : public boost::intrusive_ref_counter<Tree> {
   std::shared_ptr<ExternalEvents>
       externalEvents_;  // constant after connect(); shared with its thread
   bool mustLook_ = false;
+  FormerNames formerNames_;
+  LeftOut leftOut_;
 };
 using TreePtr = boost::intrusive_ptr<Tree>;
 

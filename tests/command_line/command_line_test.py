@@ -112,6 +112,29 @@ class CommandLineTest(ProgramTestCase):
         self.expect(3, "", "set", "update.server", "http://mine", error='"update" is locked in '
                     + re.escape(path) + r":3:3: Updates come from the site server\.\n")
 
+    def test_descriptions(self):
+        described = f"{EXAMPLES}/described.xml"
+        shutil.copy(described, f"{self.base}/factory")
+        self.expect(0, "0 mistakes\n", "check", described)
+        self.expect(0, """view.mode
+  type: string
+  title: Mode
+  description: How the model is drawn.
+  constraint: choices
+  replaces: view.style
+  choice: wire (Wire frame)
+  choice: solid (Solid)
+""", "describe", "view.mode")
+        entry = self.json("describe", "view.lineWidth")
+        self.assertEqual((entry["path"], entry["unit"], entry["constraint"], entry["choices"]),
+                         ("view.lineWidth", "px", "range 0.5..8", []))
+        self.assertEqual(self.json("describe", "view")["title"], "Views")
+        self.assertEqual(self.json("explain", "view.mode")["description"]["title"], "Mode")
+        self.assertIn("  title: Mode\n", self.run_program("explain", "view.mode").stdout)
+        self.expect(3, "", "set", "view.lineWidth", "9", error="9 is outside 0.5..8")
+        self.expect(3, "", "set", "view.mode", "x", error='"x" is none of wire, solid')
+        self.expect(1, "", "describe", "view.none", error='no entry "view.none"')
+
     def test_changing(self):
         self.expect(0, "", "set", "editor.fontSize", "20")
         self.expect(0, "20\n", "get", "editor.fontSize")

@@ -23,7 +23,7 @@ constexpr char kPackage[] = "com.velonix.services.settings.validators.";
 
 // Returns the reason; "" for a valid value and "needs Java" for one that only Java can judge.
 std::string judged(const std::string& name, const std::string& argument, const boost::any& value) {
-  const auto judgement = host::judgedWithoutJava(JValidator(kPackage + name, argument), value);
+  const auto judgement = host::judged(JValidator(kPackage + name, argument), value);
   if (!judgement) return "needs Java";
   return judgement->value_or("");
 }
@@ -77,9 +77,11 @@ TEST(StandardValidators, ALengthCountsCharactersAndAChoiceNamesItsTexts) {
   EXPECT_EQ(judged("Choice", "1|2", 2), "");
   EXPECT_EQ(judged("Choice", "a", std::vector<std::string>{"a", "b"}),
             "element 1: \"b\" is none of a");
-  EXPECT_EQ(judged("Choice", "1.0", 1.0), "needs Java");
+  EXPECT_EQ(judged("Choice", "1.0|NaN", 1.0), "");
+  EXPECT_EQ(judged("Choice", "1.0|NaN", std::nan("")), "");
+  EXPECT_EQ(judged("Choice", "1.0|NaN", 1.5f), "\"1.5\" is none of 1.0, NaN");
   EXPECT_EQ(judged("Pattern", "a", std::string("a")), "needs Java");
-  EXPECT_FALSE(host::judgedWithoutJava(JValidator("Range", "1..2"), 5));
+  EXPECT_FALSE(host::judged(JValidator("Range", "1..2"), 5));
 }
 
 TEST(StandardValidators, DecimalsAreOrdered) {

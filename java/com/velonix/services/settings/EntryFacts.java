@@ -1,6 +1,8 @@
 package com.velonix.services.settings;
 
+import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.List;
 import java.util.Optional;
 
 /** Facts about an entry beside its values. The natives of the lane supply them. */
@@ -29,6 +31,54 @@ final class EntryFacts {
                 throw new UnsupportedOperationException("The settings service cannot tell this");
             return required(answer == -2 ? null : answer == 1, path, key);
         }
+    }
+
+    /**
+     * Returns the description of an entry.
+     *
+     * @param key a child of the node at the path, or null for that node
+     */
+    static SettingDescription describe(TreeHandle tree, String[] path, String key)
+            throws SettingException {
+        try (NativeCall call = new NativeCall(tree)) {
+            return description(required(NativeLane.describe(call.address, path, key), path, key));
+        }
+    }
+
+    /** Explains a key. */
+    static SettingExplanation explain(TreeHandle tree, String[] path, String key)
+            throws SettingException {
+        Object[] parts;
+        try (NativeCall call = new NativeCall(tree)) {
+            parts = required(NativeLane.explain(call.address, path, key), path, key);
+        }
+        if (parts.length == 0)
+            throw new UnsupportedOperationException("The settings service cannot explain");
+        String[] texts = (String[]) parts[0];
+        String[] lock = (String[]) parts[1];
+        List<SettingExplanation.Level> levels = new ArrayList<>();
+        for (int i = 3; i < parts.length; i += 2)
+            levels.add(level(parts[i], (String[]) parts[i + 1]));
+        return new SettingExplanation(Names.dotted(Arrays.asList(path), key), texts[0],
+                description((String[]) parts[2]), texts[1], texts[2],
+                lock.length == 0 ? Optional.empty() : Optional.of(lockOf(lock)),
+                List.copyOf(levels));
+    }
+
+    private static SettingExplanation.Level level(Object value, String[] texts) {
+        return new SettingExplanation.Level(SettingLevel.ofName(texts[0]),
+                Optional.ofNullable(value), !texts[1].isEmpty(), !texts[2].isEmpty(), texts[3],
+                texts[4], texts[5], List.of(texts).subList(6, texts.length));
+    }
+
+    private static SettingDescription description(String[] texts) {
+        if (texts.length == 0)
+            return new SettingDescription("", "", "", "", "", "", "", List.of());
+        List<SettingDescription.Choice> choices = new ArrayList<>();
+        for (int i = 7; i < texts.length; i += 2)
+            choices.add(new SettingDescription.Choice(texts[i], texts[i + 1]));
+        return new SettingDescription(texts[0], texts[1], texts[2], texts[3], texts[4], texts[5],
+                texts[6], List.copyOf(choices));
     }
 
     private static SettingLock lockOf(String[] texts) {

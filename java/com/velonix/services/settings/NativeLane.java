@@ -153,4 +153,24 @@ final class NativeLane {
      * @return 1 if they can, 0 if not, -1 if the service cannot tell, -2 if there is no such entry
      */
     static native int isWritable(long root, String[] path, String key, String level);
+
+    /**
+     * Returns the description of an entry.
+     *
+     * @param key a child of the node at the path, or null for that node
+     * @return title, text, unit, deprecation, the paths that replace it and that it replaces,
+     *         constraint, then value and label of each choice; no texts if the service has no
+     *         descriptions; null if there is no such entry
+     */
+    static native String[] describe(long root, String[] path, String key);
+
+    /**
+     * Returns the explanation of a key.
+     *
+     * @return texts of the key (type, validator, path of the validator), of its lock, of its
+     *         description; then of each level the value and texts (level, whether it is in effect,
+     *         whether it is locked, source, what is left out, why it is read-only, unreadable
+     *         files); no elements if the service cannot explain; null if there is no such key
+     */
+    static native Object[] explain(long root, String[] path, String key);
 }

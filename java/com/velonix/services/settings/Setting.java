@@ -312,6 +312,30 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
         }
     }
 
+    /**
+     * Returns the description that settings files supply, with the constraint of the values.
+     *
+     * @return the description, whose texts are empty if there is none
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public SettingDescription describe() throws SettingException {
+        return EntryFacts.describe(tree, path(), name);
+    }
+
+    /**
+     * Explains why the key has the value that it has: the value of each level, where it is from,
+     * and why it counts or not. Settings files are read again for the positions of values.
+     *
+     * @return the explanation
+     * @throws SettingNotFoundException if there is no such key
+     * @throws SettingException if the settings service fails otherwise
+     * @throws UnsupportedOperationException if another settings service is used that cannot explain
+     */
+    public SettingExplanation explain() throws SettingException {
+        return EntryFacts.explain(tree, path(), name);
+    }
+
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");

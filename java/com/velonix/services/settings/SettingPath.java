@@ -400,6 +400,16 @@ public final class SettingPath implements AutoCloseable, Listenable {
         }
     }
 
+    /**
+     * Returns the description that settings files supply.
+     *
+     * @return the description, whose texts are empty if there is none
+     * @throws SettingException if there is no node here
+     */
+    public SettingDescription describe() throws SettingException {
+        return EntryFacts.describe(tree, names, null);
+    }
+
     @Override
     public Registration addListener(SettingListener listener) throws SettingException {
         Objects.requireNonNull(listener, "listener");
