@@ -76,7 +76,11 @@ if(NATIVESETTINGS_JAVA)
   endforeach()
   get_target_property(jar nativesettings_jar ${kind_of_jar})
   get_target_property(prefs_jar settings_prefs JAR_FILE)
-  install(FILES ${jar} ${prefs_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
+  set(testing_jar "")
+  if(TARGET settings_testing)
+    get_target_property(testing_jar settings_testing JAR_FILE)
+  endif()
+  install(FILES ${jar} ${prefs_jar} ${testing_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
 endif()
 
 configure_package_config_file(cmake/nativesettingsConfig.cmake.in nativesettingsConfig.cmake

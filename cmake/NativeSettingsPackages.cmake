@@ -53,7 +53,7 @@ set(CPACK_DEBIAN_JAVA_PACKAGE_DEPENDS
   "${library_package} (= ${version}), default-jre-headless (>= 2:1.17) | java17-runtime-headless")
 set(CPACK_COMPONENT_JAVA_DESCRIPTION "The Java API: /usr/share/java/nativesettings.jar, and the library through which it shares the
 settings with C++ code of the same process; nativesettings-prefs.jar keeps the preferences of
-java.util.prefs in the settings.")
+java.util.prefs in the settings, and nativesettings-testing.jar is for tests of programs.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nativesettings-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

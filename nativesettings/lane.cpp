@@ -1,5 +1,6 @@
 #include "nativesettings/lane.h"
 
+#include <stdexcept>
 #include <vector>
 
 #include "bridge/converters.h"
@@ -15,6 +16,7 @@
 #include "service/change_counters.h"
 #include "service/settings_file.h"
 #include "service/synchronization.h"
+#include "service/testing.h"
 
 namespace nativesettings {
 namespace {
@@ -66,6 +68,14 @@ jstring save(JNIEnv* env, jclass, jlong root, jobjectArray path, jobjectArray le
   });
 }
 
+jstring keepInMemory(JNIEnv* env, jclass) {
+  return reasonAgainst(env, &zlutil::settings::keepSettingsInMemory, [] {
+    if (!zlutil::settings::keepSettingsInMemory()) {
+      throw std::logic_error("settings of the process have been read already");
+    }
+  });
+}
+
 jboolean wasRefused(JNIEnv*, jclass) { return NativeFrame::wasRefused(); }
 
 jstring refusalReason(JNIEnv* env, jclass) {
@@ -89,6 +99,7 @@ void registerLane(JNIEnv* env) {
       nativeRow("save",
                 "(J[Ljava/lang/String;[Ljava/lang/String;Ljava/lang/String;)Ljava/lang/String;",
                 &save),
+      nativeRow("keepInMemory", "()Ljava/lang/String;", &keepInMemory),
       nativeRow("wasRefused", "()Z", &wasRefused),
       nativeRow("refusalReason", "()Ljava/lang/String;", &refusalReason),
       nativeRow("refusalIsOfStore", "()Z", &refusalIsOfStore),

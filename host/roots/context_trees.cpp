@@ -13,6 +13,7 @@
 #include "host/roots/workgroup_level.h"
 #include "host/tree/memory_store.h"
 #include "host/user_store/user_store.h"
+#include "service/testing.h"
 #include "service/z_settings.h"
 
 namespace zlutil::settings {
@@ -29,6 +30,7 @@ struct ContextTree {
 struct ContextTrees {
   base::Mutex mutex;
   std::map<contextmgr::ZcrID, ContextTree> trees GUARDED_BY(mutex);
+  bool inMemory GUARDED_BY(mutex) = false;
 };
 
 ContextTrees& contextTrees() {
@@ -53,6 +55,18 @@ std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& d
   return std::make_shared<UserStore>(options);
 }
 
+NodePtr makeTree(contextmgr::ZcrID context, const Tree::Stores& stores) {
+  const TreePtr tree(new Tree(context, stores));
+  auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
+  fillFromStores(root);
+  return root;
+}
+
+NodePtr makeMemoryTree(contextmgr::ZcrID context) {
+  const auto memory = std::make_shared<MemoryStore>();
+  return makeTree(context, {memory, memory, memory, memory});
+}
+
 }  // namespace
 
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories) {
@@ -62,13 +76,17 @@ NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directorie
   stores[kWorkgroup] = makeWorkgroupStore(directories);
   stores[kFactory] =
       std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryRequired);
-  const TreePtr tree(new Tree(context, stores));
-  auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
-  fillFromStores(root);
-  return root;
+  return makeTree(context, stores);
 }
 
 }  // namespace host
+
+bool keepSettingsInMemory() {
+  host::ContextTrees& all = host::contextTrees();
+  base::MutexLock lock(all.mutex);
+  if (all.trees.empty()) all.inMemory = true;
+  return all.inMemory;
+}
 
 boost::shared_ptr<Settings> Settings::getSettingsRoot(const contextmgr::ZcrID& context) {
   try {
@@ -78,7 +96,8 @@ boost::shared_ptr<Settings> Settings::getSettingsRoot(const contextmgr::ZcrID& c
     const auto found = all.trees.find(actual);
     if (found != all.trees.end()) return found->second.root;
     const host::Directories directories = host::currentDirectories();
-    const host::NodePtr root = host::makeContextTree(actual, directories);
+    const host::NodePtr root =
+        all.inMemory ? host::makeMemoryTree(actual) : host::makeContextTree(actual, directories);
     boost::unique_lock<boost::shared_mutex> rootLock(getTheRootMutex());
     all.trees.emplace(actual, host::ContextTree{root, directories.factory});
     return root;

@@ -49,6 +49,13 @@ final class NativeLane {
     static native String save(long root, String[] path, String[] levels, String file);
 
     /**
+     * Keeps the settings of the process in memory.
+     *
+     * @return null if that is done, or else the reason why not
+     */
+    static native String keepInMemory();
+
+    /**
      * Tells whether the last native call of this thread did nothing because the JVM is shutting
      * down.
      */

@@ -123,6 +123,14 @@ class ChangingTest {
     }
 
     @Test
+    void settingsThatHaveBeenReadFromTheDiskDoNotMoveToMemory() {
+        SettingPath.processRoot().close();
+        Exception refused = assertThrows(
+                IllegalStateException.class, () -> SettingTestEnvironment.keepInMemory());
+        assertTrue(refused.getMessage().contains("have been read already"), refused.getMessage());
+    }
+
+    @Test
     void theTestEnvironmentReturnsTheDirectoryItHasSet() throws Exception {
         String factory = System.getenv("SETTINGS_FACTORYDIR");
         assertEquals(factory,
