@@ -13,10 +13,10 @@ namespace command_line {
 
 struct Invocation {
   std::function<void()> chosen;
-  std::string userDirectory;
+  std::string userDirectory, application;
   std::string comment;  // of the commits
 
-  SettingsPtr root() const { return openRoot(userDirectory); }
+  SettingsPtr root() const { return openRoot(userDirectory, application); }
 };
 
 void addReadingCommands(CLI::App& app,

@@ -45,6 +45,8 @@ int run(int argc, char** argv) {
   app.add_option(
       "--user-directory", invocation.userDirectory,
       "The directory of the user's settings, for the superuser in place of another user");
+  app.add_option("--application", invocation.application,
+                 "The name of an application that has settings of its own");
   app.require_subcommand(1);
   app.failure_message(CLI::FailureMessage::simple);
   app.footer(

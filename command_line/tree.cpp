@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "command_line/program_error.h"
+#include "service/application.h"
 #include "service/context.h"
 #include "service/identifier.h"
 #include "service/locks.h"
@@ -54,10 +55,15 @@ void workAsOwnerOf(const std::string& directory) {
 
 int KeyInNode::kind() const { return node->getKeyType(name).value_or(zlutil::boostany::kNoValue); }
 
-SettingsPtr openRoot(const std::string& userDirectory) {
+SettingsPtr openRoot(const std::string& userDirectory, const std::string& application) {
   if (!userDirectory.empty()) {
     workAsOwnerOf(userDirectory);
     setenv("SETTINGS_USERDIR", userDirectory.c_str(), 1);
+  }
+  if (!application.empty()) {
+    zlutil::settings::ApplicationSources sources;
+    sources.name = application;
+    return zlutil::settings::openApplication(sources);
   }
   const SettingsPtr root = Settings::getSettingsRoot(zlutil::contextmgr::BlessedZcrID);
   if (root) return root;

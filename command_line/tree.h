@@ -24,9 +24,10 @@ struct KeyInNode {
   int kind() const;
 };
 
-// Opens the settings of the user. `userDirectory` replaces the user's own, if it is not empty; the
-// superuser then works as the owner of that directory, so that the owner can write every file.
-SettingsPtr openRoot(const std::string& userDirectory);
+// Opens the settings of the user, or those of an application that has a name. `userDirectory`
+// replaces the user's own, if it is not empty; the superuser then works as the owner of that
+// directory, so that the owner can write every file.
+SettingsPtr openRoot(const std::string& userDirectory, const std::string& application);
 
 // Returns the entry, or null.
 SettingsPtr find(const SettingsPtr& root, const std::string& path);

@@ -18,8 +18,6 @@ namespace {
 
 using Holder = boost::shared_ptr<Settings>;
 
-jlong newHandle(const Holder& node) { return reinterpret_cast<jlong>(new Holder(node)); }
-
 // Returns the root of a file, or of no file.
 Holder loadRoot(const base::ustring* path) {
   if (path) return Settings::importAsStandaloneObject(*path);
@@ -28,6 +26,10 @@ Holder loadRoot(const base::ustring* path) {
 }
 
 }  // namespace
+
+jlong newHandle(const boost::shared_ptr<Settings>& node) {
+  return reinterpret_cast<jlong>(new Holder(node));
+}
 
 boost::shared_ptr<Settings> getRootFromJava(jlong handle) {
   return *reinterpret_cast<const Holder*>(handle);

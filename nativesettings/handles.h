@@ -15,6 +15,9 @@
 
 namespace nativesettings {
 
+// Returns a new handle, owned by the caller, on the node.
+jlong newHandle(const boost::shared_ptr<zlutil::settings::Settings>& node);
+
 // Shares the node of a (borrowed) handle with the caller, who keeps it alive during its call.
 boost::shared_ptr<zlutil::settings::Settings> getRootFromJava(jlong handle);
 

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "host/os/file_descriptor.h"
 #include "host/os/file_name.h"
@@ -53,6 +55,19 @@ NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules) {
     }
     parser.parse(size, size == 0);
   } while (size > 0);
+  return parser.takeRoot();
+}
+
+NodePtr readSettingsContent(const std::string& content, const std::string& name,
+                            const ParseRules& rules) {
+  SettingsParser parser(rules, name);
+  std::size_t position = 0;
+  do {
+    const std::size_t size = std::min(content.size() - position, kChunk);
+    std::memcpy(parser.buffer(kChunk), content.data() + position, size);
+    position += size;
+    parser.parse(size, position == content.size());
+  } while (position < content.size());
   return parser.takeRoot();
 }
 

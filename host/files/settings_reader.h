@@ -1,4 +1,4 @@
-// Reads a settings file from disk. Any thread.
+// Reads a settings file from disk, or its content. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -14,5 +14,9 @@ inline constexpr std::uint64_t kMaxFileSize = std::uint64_t{256} << 20;
 // Returns a new root with the entries of the file, which the caller then owns. `fileName` is bytes
 // for the system. Throws FileLoadingError, SaxParseException or SaxUnknownException.
 NodePtr readSettingsTree(const std::string& fileName, const ParseRules& rules);
+
+// Does the same with the bytes of a file. `name` is the file's name in messages, narrow text.
+NodePtr readSettingsContent(const std::string& content, const std::string& name,
+                            const ParseRules& rules);
 
 }  // namespace zlutil::settings::host

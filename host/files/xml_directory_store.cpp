@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "host/files/settings_reader.h"
+#include "host/files/source_position.h"
 #include "host/os/file_name.h"
 #include "host/os/log_error.h"
 #include "host/tree/subtree.h"
@@ -79,21 +80,12 @@ void XmlDirectoryStore::readAll(Node& root, int level) {
 }
 
 std::string XmlDirectoryStore::sourceOf(const std::string& path) const {
-  const std::string name = path.substr(path.rfind('.') + 1);
   std::string source;
   for (const std::string& file : files_) {
-    ParseRules rules;
-    rules.tree = Tree::makeStandalone();
-    rules.onValue = [&](const Key& key, std::uint64_t line, std::uint64_t column) {
-      // A later file has the last word.
-      if (key.name() != name || key.pathBelowTop() != path) return;
-      source = shownFileName(file) + ':' + std::to_string(line) + ':' + std::to_string(column);
-    };
-    try {
-      readSettingsTree(file, rules);
-    } catch (const std::exception&) {
-      // It was right when the tree was made, and has changed since.
-    }
+    const std::string found = positionOf(
+        path, shownFileName(file), [&](const ParseRules& rules) { readSettingsTree(file, rules); });
+    // A later file has the last word.
+    if (!found.empty()) source = found;
   }
   return source.empty() ? "a file in " + shownFileName(directory_) + " that has changed since"
                         : source;

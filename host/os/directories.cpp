@@ -46,7 +46,7 @@ std::string factoryDirectory() {
 
 Directories currentDirectories() {
   return {userDirectory(), environmentText("SETTINGS_WORKGROUPDIR"), factoryDirectory(),
-          !environmentText("SETTINGS_FACTORYDIR").empty()};
+          !environmentText("SETTINGS_FACTORYDIR").empty(), true};
 }
 
 }  // namespace zlutil::settings::host

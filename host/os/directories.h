@@ -12,6 +12,7 @@ struct Directories {
   std::string workgroup;  // SETTINGS_WORKGROUPDIR, else empty
   std::string factory;    // SETTINGS_FACTORYDIR, else factory/ beside this library
   bool isFactoryRequired = false;  // named by SETTINGS_FACTORYDIR
+  bool isWorkgroupRequired = true;
 };
 
 // Treats an empty variable as one that is not set.

@@ -1,4 +1,6 @@
-// The process environment. Any thread, but not while another thread changes it.
+// The process environment, and variables that have another value for the service only
+// (overrideEnvironment() in service/application.h). Any thread, but not while another thread
+// changes the environment.
 #pragma once
 
 #include <optional>

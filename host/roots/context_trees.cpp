@@ -1,6 +1,5 @@
 #include "host/roots/context_trees.h"
 
-#include <boost/make_shared.hpp>
 #include <map>
 
 #include "base/mutex.h"
@@ -10,17 +9,15 @@
 #include "host/os/file_name.h"
 #include "host/os/log_error.h"
 #include "host/roots/fill_from_stores.h"
+#include "host/roots/user_level.h"
 #include "host/roots/workgroup_level.h"
 #include "host/tree/memory_store.h"
-#include "host/user_store/user_store.h"
 #include "service/testing.h"
 #include "service/z_settings.h"
 
 namespace zlutil::settings {
 namespace host {
 namespace {
-
-constexpr char kContextRootName[] = "settings";
 
 struct ContextTree {
   NodePtr root;
@@ -42,26 +39,6 @@ contextmgr::ZcrID actualContext(contextmgr::ZcrID context) {
   return context == contextmgr::AnyZcrID ? contextmgr::BlessedZcrID : context;
 }
 
-// Keeps the user level in memory if there is no directory.
-std::shared_ptr<Store> userStore(contextmgr::ZcrID context, const Directories& directories) {
-  if (directories.user.empty()) return std::make_shared<MemoryStore>();
-  UserStoreOptions options{directories.user, context.value()};
-  const auto read = [](const char* variable, const char* units, int& option) {
-    if (const std::optional<int> number = environmentNumber(variable, units)) option = *number;
-  };
-  read("SETTINGS_LOCK_WAIT", "milliseconds", options.lockWait);
-  read("SETTINGS_HISTORY_COMMITS", "commits", options.history.commits);
-  read("SETTINGS_HISTORY_DAYS", "days", options.history.days);
-  return std::make_shared<UserStore>(options);
-}
-
-NodePtr makeTree(contextmgr::ZcrID context, const Tree::Stores& stores) {
-  const TreePtr tree(new Tree(context, stores));
-  auto root = boost::make_shared<Node>(tree, kContextRootName, true, ValidatorPtr());
-  fillFromStores(root);
-  return root;
-}
-
 NodePtr makeMemoryTree(contextmgr::ZcrID context) {
   const auto memory = std::make_shared<MemoryStore>();
   return makeTree(context, {memory, memory, memory, memory});
@@ -72,11 +49,17 @@ NodePtr makeMemoryTree(contextmgr::ZcrID context) {
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories) {
   Tree::Stores stores;
   stores[kSession] = std::make_shared<MemoryStore>();
-  stores[kUser] = userStore(context, directories);
-  stores[kWorkgroup] = makeWorkgroupStore(directories);
+  stores[kUser] = makeUserStore(context, directories.user);
+  stores[kWorkgroup] = makeWorkgroupStore(environmentText("SETTINGS_WORKGROUP"), directories);
   stores[kFactory] =
       std::make_shared<XmlDirectoryStore>(directories.factory, directories.isFactoryRequired);
   return makeTree(context, stores);
+}
+
+bool areKeptInMemory() {
+  ContextTrees& all = contextTrees();
+  base::MutexLock lock(all.mutex);
+  return all.inMemory;
 }
 
 }  // namespace host

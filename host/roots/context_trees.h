@@ -11,4 +11,7 @@ namespace zlutil::settings::host {
 // files and entries on standard error and leaves them out.
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories);
 
+// Returns whether the settings of the process are kept in memory (service/testing.h).
+bool areKeptInMemory();
+
 }  // namespace zlutil::settings::host

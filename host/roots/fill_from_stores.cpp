@@ -1,5 +1,7 @@
 #include "host/roots/fill_from_stores.h"
 
+#include <boost/make_shared.hpp>
+
 #include "host/change/external_changes.h"
 
 namespace zlutil::settings::host {
@@ -16,6 +18,13 @@ void fillFromStores(const NodePtr& root) {
     });
     if (!isWatched) tree.setMustLook();
   }
+}
+
+NodePtr makeTree(contextmgr::ZcrID context, const Tree::Stores& stores) {
+  const TreePtr tree(new Tree(context, stores));
+  auto root = boost::make_shared<Node>(tree, "settings", true, ValidatorPtr());
+  fillFromStores(root);
+  return root;
 }
 
 }  // namespace zlutil::settings::host

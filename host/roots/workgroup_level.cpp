@@ -63,10 +63,11 @@ std::shared_ptr<Store> makeClusterStore(const std::string& address,
 
 }  // namespace
 
-std::shared_ptr<Store> makeWorkgroupStore(const Directories& directories) {
-  const std::string address = environmentText("SETTINGS_WORKGROUP");
-  if (!address.empty()) return makeClusterStore(address, directories);
-  return std::make_shared<XmlDirectoryStore>(directories.workgroup, true);
+std::shared_ptr<Store> makeWorkgroupStore(const std::string& cluster,
+                                          const Directories& directories) {
+  if (!cluster.empty()) return makeClusterStore(cluster, directories);
+  return std::make_shared<XmlDirectoryStore>(directories.workgroup,
+                                             directories.isWorkgroupRequired);
 }
 
 }  // namespace zlutil::settings::host

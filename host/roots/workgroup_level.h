@@ -1,6 +1,5 @@
-// Chooses the store of the workgroup level, as the process environment names it at the moment of
-// the call: a cluster (SETTINGS_WORKGROUP), else a directory of files. Any thread, but not while
-// another thread changes the environment.
+// Chooses the store of the workgroup level: a cluster, else a directory of files. Any thread, but
+// not while another thread changes the environment, which has the options of a cluster.
 #pragma once
 
 #include <memory>
@@ -10,8 +9,9 @@
 
 namespace zlutil::settings::host {
 
-// Reports on standard error if the cluster's store cannot be made. The level is then empty and
-// read-only.
-std::shared_ptr<Store> makeWorkgroupStore(const Directories& directories);
+// `cluster` is the cluster's address; "" stands for the directory. Reports on standard error if the
+// cluster's store cannot be made. The level is then empty and read-only.
+std::shared_ptr<Store> makeWorkgroupStore(const std::string& cluster,
+                                          const Directories& directories);
 
 }  // namespace zlutil::settings::host

@@ -237,6 +237,14 @@ class CommandLineTest(ProgramTestCase):
             self.assertEqual(watch.stdout.readline(), "added fresh = 1\n")
             self.assertEqual(watch.wait(60), 0, watch.stderr.read())
 
+    def test_settings_of_an_application(self):
+        self.expect(0, "", "--application", "app", "set", "limit", "5", "--type", "int")
+        self.expect(0, "5\n", "--application", "app", "get", "limit")
+        self.assertNotEqual(self.run_program("get", "limit").stdout, "5\n")
+        self.assertTrue(os.path.isdir(f"{self.base}/user/app"))
+        self.assertIn('"a/b" is not the name of an application',
+                      self.run_program("--application", "a/b", "get", "limit").stderr)
+
     @unittest.skipIf(os.geteuid() != 0, "only the superuser works in place of another user")
     def test_another_users_directory(self):
         directory = f"{self.base}/user"

@@ -35,6 +35,26 @@ final class NativeLane {
     static native ByteBuffer changeCounters();
 
     /**
+     * Opens the tree of an application.
+     *
+     * @param sources its name, and the directories of the user and of the workgroup, the address of
+     *     the cluster and the directory of the factory; null for each that it does not name
+     * @param files the factory files
+     * @param contents their contents; null for those that are read from the disk
+     * @param handle receives the native handle on the root, which the caller releases
+     * @return null if that is done, or else the reason why not
+     */
+    static native String openApplication(
+            String[] sources, String[] files, byte[][] contents, long[] handle);
+
+    /**
+     * Sets a variable of the environment for the settings service only; "" takes that back.
+     *
+     * @return null if that is done, or else the reason why not
+     */
+    static native String overrideEnvironment(String variable, String value);
+
+    /**
      * Brings the changes of other processes into a tree.
      *
      * @return null if that is done, or else the reason why not

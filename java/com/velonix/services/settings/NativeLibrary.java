@@ -55,6 +55,7 @@ final class NativeLibrary {
         }
         if (loaded) {
             EagerInitialisation.initialise();
+            ServiceProperties.pass();
             ready = true;
         }
         return failure;

@@ -472,7 +472,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
         nativeReleasePtr(address);
     }
 
-    private static SettingPath open(long address, boolean ofProcess, String description) {
+    static SettingPath open(long address, boolean ofProcess, String description) {
         if (address == 0)
             throw NativeCall.unanswered(description);
         return new SettingPath(new TreeHandle(address, ofProcess, description), new String[0]);

@@ -41,13 +41,15 @@ public final class SettingTestEnvironment {
         String factory = Objects.requireNonNull(factoryDir, "factoryDir").toFile().getPath();
         String user = Objects.requireNonNull(userDir, "userDir").toFile().getPath();
         NativeLibrary.load();
+        ServiceProperties.takeBackDirectories();
         return nativeSetEnv(factory, user);
     }
 
-    /** Restores the default directories, as {@link #setDirectories} sets others. */
+    /** Restores the default directories, or those that system properties name. */
     public static void clear() {
         NativeLibrary.load();
         nativeUnsetEnv();
+        ServiceProperties.pass();
     }
 
     private static native String nativeSetEnv(String factoryDir, String userDir);
