@@ -40,7 +40,7 @@ set_target_properties(settingshost PROPERTIES
 # its own folder, only if such a cluster is configured. It brings its own copies of what the host does
 # not export.
 add_library(etcd_base STATIC values/stored_value.cpp values/value_json.cpp host/os/file_name.cpp
-  host/os/flush_directory.cpp host/os/log_error.cpp host/os/replace_file.cpp
+  host/os/flush_directory.cpp host/os/replace_file.cpp
   host/tree/level_order.cpp)
 target_link_libraries(etcd_base PUBLIC build_settings nlohmann_json::nlohmann_json)
 add_library(settingsetcd SHARED $<TARGET_OBJECTS:host_shared_store>)

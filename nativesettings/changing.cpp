@@ -71,7 +71,9 @@ void recordChange(SettingContext& context, const Settings& node, const std::stri
 // Sets or, with a context, records the value. The caller has opened the guard.
 void setValue(JNIEnv* env, jlong context, jlong handle, jobjectArray path, jstring key,
               jobject settingInfo, jstring level) {
-  translating(FailureTranslator(env, path, key, false, "Attempting to set"), [&] {
+  const FailureTranslator translator =
+      FailureTranslator(env, path, key, false, "Attempting to set").afterFindingTheNode();
+  translating(translator, [&] {
     const SettingsPtr node = getNodeFromJava(env, handle, path, false);
     if (!node) return throwNotFound(env, path, key);
     const boost::optional<InfoContent> content = readInfo(env, settingInfo);
@@ -111,7 +113,9 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   const bool asOne = isKey && &NewKey::expectValue && &NewKey::settle;
   if (asOne) NewKey::expectValue();
   bool added = false;
-  translating(FailureTranslator(env, path, name, false), [&] {
+  const FailureTranslator translator =
+      FailureTranslator(env, path, name, false).afterFindingTheNode();
+  translating(translator, [&] {
     const SettingsPtr parent = getNodeFromJava(env, handle, path, false);
     if (!parent) return throwNotFound(env, path, nullptr);
     const std::string entryName = zljGetStdString(env, name);
@@ -126,7 +130,7 @@ void addNodeHelper(JNIEnv* env, jlong handle, jobjectArray path, jstring name, j
   // Within the same guard: a key must not lack its value because the JVM goes down between the two
   // steps.
   if (added && isKey) setValue(env, 0, handle, path, name, settingInfo, level);
-  if (asOne) settle(env, FailureTranslator(env, path, name, false));
+  if (asOne) settle(env, translator);
 }
 
 void nativeSet(JNIEnv* env, jclass, jlong context, jlong handle, jobjectArray path, jstring key,

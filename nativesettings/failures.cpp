@@ -56,6 +56,15 @@ void FailureTranslator::withReason(jzi::ConsInfo& cls, const std::string& reason
   withPath(cls);
 }
 
+void FailureTranslator::withMissingNode(jzi::ConsInfo& cls) const {
+  if (!hasFoundNode_) return withPath(cls);
+  std::string path;
+  if (!prepare(path)) return;
+  const std::string reason = path + ": it, or a node above it, has been removed meanwhile";
+  const RefusalReason scope(reason);
+  throwJavaExceptionHelper(env_, classFor(cls), path.c_str());
+}
+
 void FailureTranslator::withMessage(jzi::ConsInfo& cls, const std::string& message) const {
   std::string path;
   if (prepare(path)) throwJavaExceptionHelper(env_, classFor(cls), message.c_str());

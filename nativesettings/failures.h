@@ -34,11 +34,20 @@ class FailureTranslator {
                     const char* whenPending = nullptr)
       : env_(env), path_(path), key_(key), asRuntime_(asRuntime), whenPending_(whenPending) {}
 
+  // Says that the call has found the node at the path before it fails.
+  FailureTranslator& afterFindingTheNode() {
+    hasFoundNode_ = true;
+    return *this;
+  }
+
   // Raises an exception of the class with the dotted path, after the prefix.
   void withPath(jzi::ConsInfo& cls, const char* prefix = "") const;
   // Does the same, and has the host's text ready for the exception's constructor
   // (refusal_reason.h).
   void withReason(jzi::ConsInfo& cls, const std::string& reason) const;
+  // Raises one for a node that is missing, with the dotted path; the reason for its constructor is
+  // that the node was removed meanwhile, if the call has found it.
+  void withMissingNode(jzi::ConsInfo& cls) const;
   void withMessage(jzi::ConsInfo& cls, const std::string& message) const;
   // Raises an exception in the form of throwJavaExceptionMessageHelper, with the dotted path as
   // name. The reason for its constructor is the path with the detail, and the name of the failure.
@@ -57,6 +66,7 @@ class FailureTranslator {
   const jobjectArray path_;
   const jstring key_;
   const bool asRuntime_;
+  bool hasFoundNode_ = false;
   const char* const whenPending_;
 };
 
@@ -75,7 +85,7 @@ void translating(const FailureTranslator& translator, Body&& body) {
   } catch (const Failure<NoSuchKey>&) {
     translator.withPath(settingNotFoundException);
   } catch (const Failure<NoSuchNode>&) {
-    translator.withPath(settingNotFoundException);
+    translator.withMissingNode(settingNotFoundException);
   } catch (const Failure<NotANodeName>&) {
     translator.withPath(settingNotFoundException);
   } catch (const Failure<UnSupportedLevel>&) {
@@ -84,8 +94,8 @@ void translating(const FailureTranslator& translator, Body&& body) {
     translator.withPath(settingNotFoundException);
   } catch (const Failure<DefaultValidationFailedOnVoidType>& e) {
     translator.withReason(settingValidationException, e.GetMessageTxt());
-  } catch (const Failure<ErrorAddingChildNodeOrKey>&) {
-    translator.withPath(settingNameDuplicationException);
+  } catch (const Failure<ErrorAddingChildNodeOrKey>& e) {
+    translator.withReason(settingNameDuplicationException, e.GetMessageTxt());
   } catch (const Failure<CantModifyValuesOnReadOnlyLevel>& e) {
     translator.withReason(settingAccessException, e.GetMessageTxt());
   } catch (const Failure<CannotMergeWithNodeContainsChildren>&) {

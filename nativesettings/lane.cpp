@@ -7,6 +7,7 @@
 #include "nativesettings/lane_facts.h"
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
+#include "nativesettings/lane_problems.h"
 #include "nativesettings/lane_trees.h"
 #include "nativesettings/native_row.h"
 #include "nativesettings/refusal_reason.h"
@@ -56,6 +57,7 @@ void registerLane(JNIEnv* env) {
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());
   methods.insert(methods.end(), laneFactMethods().begin(), laneFactMethods().end());
   methods.insert(methods.end(), laneTreeMethods().begin(), laneTreeMethods().end());
+  methods.insert(methods.end(), laneProblemMethods().begin(), laneProblemMethods().end());
   static_cast<void>(jzi::registerNativesImpl(env, {kLaneClass, methods.size(), methods.data()}));
 }
 

@@ -5,6 +5,7 @@
 #include "bridge/java_layer.h"
 #include "nativesettings/java_validator.h"
 #include "nativesettings/lane.h"
+#include "nativesettings/lane_problems.h"
 #include "nativesettings/listener_delivery.h"
 #include "nativesettings/listener_registry.h"
 #include "nativesettings/registration.h"
@@ -32,6 +33,7 @@ extern "C" NATIVESETTINGS_API jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
 
 extern "C" NATIVESETTINGS_API void JNICALL JNI_OnUnload(JavaVM*, void*) {
   JValidator::clearFunctions();
+  nativesettings::giveBackProblemsOfJava();
   nativesettings::forgetIdentityHash();
   nativesettings::forgetDeliveryIdentifiers();
   nativesettings::nativesettings_utilsUnload();

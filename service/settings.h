@@ -145,8 +145,8 @@ class SETTINGS_HOST_API Settings {
   // Inserts this freshly created entry under `parent`. NotAKeyName or NotANodeName (this entry's
   // name is no identifier), NotANodeName (the parent is a key), NoSuchNode (the parent has been
   // removed), ErrorAddingChildNodeOrKey (the name is taken, or this entry is not detached),
-  // ValidationFailure (the tree would be deeper than 200 entries), StoreFailure. Until it is
-  // inserted, an entry belongs to one thread.
+  // ValidationFailure (the tree would be deeper than 200 entries, or would need two stores),
+  // StoreFailure. Until it is inserted, an entry belongs to one thread.
   virtual void attachTo(const boost::shared_ptr<Settings>& parent) = 0;
 
   // Returns whether the entry is the root of a tree.

@@ -68,9 +68,9 @@ void checkHasOneHome(const Tree& tree, const Node& parent, const Entry& entry) {
   for (int level = kUser + 1; level < kLevelCount; ++level) {
     if (tree.isReadOnly(level) || !tree.store(level).keepsChanges()) continue;
     if (hasValueAt(entry, level)) {
-      refuse(parent, entry,
-             "it has values at the level \"" + levelName(level) +
-                 "\". Add it without them, and set them afterwards");
+      throw Failure<ValidationFailure>("Cannot add \"" + entry.name() + "\" to \"" + parent.name() +
+                                       "\": it has values at the level \"" + levelName(level) +
+                                       "\". Add it without them, and set them afterwards.");
     }
   }
 }

@@ -1,11 +1,14 @@
-// Reports problems that no caller can receive, one line each, on standard error. Any thread.
+// Reports problems that no caller can receive. Any thread; acquires no lock but its own, so locks
+// of the caller do no harm.
 #pragma once
 
 #include <string>
 
+#include "service/problems.h"
+
 namespace zlutil::settings::host {
 
-// Writes one line of narrow text to standard error, with control characters escaped.
-void logError(const std::string& problem);
+// Reports one line of narrow text, with control characters escaped.
+inline void logError(const std::string& problem) { reportProblem(problem); }
 
 }  // namespace zlutil::settings::host

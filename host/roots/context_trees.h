@@ -8,7 +8,7 @@
 namespace zlutil::settings::host {
 
 // Returns the root of a new tree of the context, filled from the directories. Reports unreadable
-// files and entries on standard error and leaves them out.
+// files and entries (host/os/log_error.h) and leaves them out.
 NodePtr makeContextTree(contextmgr::ZcrID context, const Directories& directories);
 
 // Returns whether the settings of the process are kept in memory (service/testing.h).

@@ -9,8 +9,8 @@
 
 namespace zlutil::settings::host {
 
-// `cluster` is the cluster's address; "" stands for the directory. Reports on standard error if the
-// cluster's store cannot be made. The level is then empty and read-only.
+// `cluster` is the cluster's address; "" stands for the directory. Reports (host/os/log_error.h) if
+// the cluster's store cannot be made. The level is then empty and read-only.
 std::shared_ptr<Store> makeWorkgroupStore(const std::string& cluster,
                                           const Directories& directories);
 

@@ -17,6 +17,7 @@ final class EagerInitialisation {
         for (Class<?> type : List.of(SettingLevel.class, TreeHandle.class, SharedTree.class,
                      SharedListener.class, ValueTypes.class, ValueKinds.class,
                      PrimitiveArrays.class, ChangeCounters.class, NativeLane.class,
+                     ServiceProblems.class, SettingProblems.class, SettingProblem.class,
                      ValidatorName.class, SettingValidator.class, SettingTransaction.State.class,
                      SettingTransaction.Deletion.class, SingleKindListener.Kind.class,
                      UnsignedByte.class, UnsignedShort.class, UnsignedInteger.class,

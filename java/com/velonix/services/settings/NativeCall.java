@@ -16,6 +16,7 @@ final class NativeCall implements AutoCloseable {
     @Override
     public void close() {
         tree.leave();
+        ServiceProblems.reportNew();
     }
 
     /**

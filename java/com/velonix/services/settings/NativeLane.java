@@ -76,6 +76,20 @@ final class NativeLane {
     static native String keepInMemory();
 
     /**
+     * Takes over the problems that the service notices from now on.
+     *
+     * @return the memory of their count, which stays valid until the process ends; null if the
+     *     settings service cannot hand them over
+     */
+    static native ByteBuffer takeProblems();
+
+    /** Returns the problems that nobody has fetched; null if the program has stopped Java. */
+    static native String[] fetchProblems();
+
+    /** Returns the problems noticed so far; null if the program has stopped Java. */
+    static native String[] noticedProblems();
+
+    /**
      * Tells whether the last native call of this thread did nothing because the JVM is shutting
      * down.
      */

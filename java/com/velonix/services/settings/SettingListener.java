@@ -23,8 +23,8 @@ import java.util.List;
  *   <li><b>Re-entry.</b> No lock is held during a call, and a listener may do everything: read,
  *       change, add and remove settings, add and close registrations, its own too. A change that it
  *       makes is reported to the listeners, itself among them, before its own call returns.
- *   <li><b>Exceptions.</b> An exception or error that leaves a call is dropped; the other listeners
- *       are called.
+ *   <li><b>Exceptions.</b> An exception or error that leaves a call is reported ({@link
+ *       SettingProblems}); the other listeners are called.
  *   <li><b>Duplicates.</b> A listener that is registered twice is called twice, and each
  *       registration ends separately. Setting the value that the level already has is no change.
  *   <li><b>End.</b> Once {@link Registration#close()} has returned, no new call begins; one that

@@ -1,6 +1,6 @@
 package com.velonix.services.settings;
 
-/** Thrown if another entry has the name. The message is the dotted path. */
+/** Thrown if another entry has the name. The message says which. */
 public class SettingNameDuplicationException extends SettingException {
     private static final long serialVersionUID = 1;
 
@@ -10,6 +10,6 @@ public class SettingNameDuplicationException extends SettingException {
      * @param message the failed operation and the reason
      */
     public SettingNameDuplicationException(String message) {
-        super(message);
+        super(NativeCall.reasonOr(message));
     }
 }

@@ -12,6 +12,6 @@ public class SettingNotFoundException extends SettingException {
      * @param message the failed operation and the reason
      */
     public SettingNotFoundException(String message) {
-        super(message);
+        super(NativeCall.reasonOr(message));
     }
 }

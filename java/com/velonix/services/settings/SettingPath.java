@@ -168,6 +168,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      *
      * @param name its name, a letter followed by letters, digits and underscores
      * @return its path
+     * @throws SettingValidationException if the tree would be deeper than 200 entries
      * @throws SettingException if there is no node here, or the change cannot be stored
      */
     public SettingPath addNode(String name) throws SettingException {
@@ -316,6 +317,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
      * @param name the name of the copy
      * @return the path of the copy
      * @throws UnsupportedOperationException if the parent has a node of that name with children
+     * @throws SettingValidationException if the tree would be deeper than 200 entries
      * @throws SettingStoreException if the change cannot be stored
      */
     public SettingPath copyTo(SettingPath parent, String name) throws SettingException {
@@ -473,6 +475,7 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     static SettingPath open(long address, boolean ofProcess, String description) {
+        ServiceProblems.reportNew();
         if (address == 0)
             throw NativeCall.unanswered(description);
         return new SettingPath(new TreeHandle(address, ofProcess, description), new String[0]);

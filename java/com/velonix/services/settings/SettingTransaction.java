@@ -119,10 +119,11 @@ public final class SettingTransaction implements AutoCloseable {
     }
 
     private void end() {
-        if (state.compareAndSet(State.IN_USE, State.IDLE))
-            return;
-        state.set(State.CLOSED);
-        deletion.clean();
+        if (!state.compareAndSet(State.IN_USE, State.IDLE)) {
+            state.set(State.CLOSED);
+            deletion.clean();
+        }
+        ServiceProblems.reportNew();
     }
 
     private static List<SettingValidity> problems(List<SettingValidity> found) {

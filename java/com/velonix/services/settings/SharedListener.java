@@ -67,8 +67,8 @@ final class SharedListener {
         for (Entry entry : receivers) {
             try {
                 entry.deliver(event, parents, name, isNode);
-            } catch (Throwable dropped) {
-                // The other listeners are called all the same.
+            } catch (Throwable thrown) {
+                SettingProblems.reportListener(entry.source, thrown);
             }
         }
     }

@@ -10,6 +10,7 @@ import java.util.Optional;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.function.Executable;
 
 class ChangingTest {
     private SettingPath root;
@@ -87,7 +88,7 @@ class ChangingTest {
         assertThrows(SettingNameDuplicationException.class, () -> root.addNode("node"));
         Exception taken =
                 assertThrows(SettingNameDuplicationException.class, () -> node.addKey("inner", 2));
-        assertEquals("node.inner", taken.getMessage());
+        assertEquals("Cannot add \"inner\" to \"node\": the name is taken.", taken.getMessage());
         assertThrows(SettingNotFoundException.class, () -> root.path("no").addNode("n"));
 
         node.delete("key");
@@ -120,6 +121,47 @@ class ChangingTest {
         missing = assertThrows(
                 SettingNotFoundException.class, () -> copy.copyTo(root.path("no"), "x"));
         assertEquals("no", missing.getMessage());
+    }
+
+    /** Refuses nothing, and removes the node of the key that it validates. */
+    public static final class Remover implements ValueValidator {
+        static SettingPath tree;
+
+        public Remover(String unused) {}
+
+        @Override
+        public Optional<String> problem(ValidationContext context) {
+            try {
+                tree.delete("node");
+            } catch (SettingException failed) {
+                throw new IllegalStateException(failed);
+            }
+            return Optional.empty();
+        }
+    }
+
+    @Test
+    void aRefusedAdditionSaysWhy() throws Exception {
+        SettingPath node = root.addNode("node");
+        Remover.tree = root;
+        Exception removed = assertThrows(SettingNotFoundException.class,
+                () -> node.addKey("key", 1, SettingLevel.USER, Remover.class, ""));
+        assertEquals("node.key: it, or a node above it, has been removed meanwhile",
+                removed.getMessage());
+
+        SettingPath deepest = root;
+        while (deepest.names().size() < 199) deepest = deepest.addNode("n");
+        deepest.addKey("k", 1);
+        SettingPath full = deepest.addNode("n");
+        assertTooDeep(() -> full.addNode("n"));
+        assertTooDeep(() -> full.addKey("k", 1));
+        assertTooDeep(() -> root.path("n", "n").copyTo(root.path("n", "n", "n"), "copy"));
+    }
+
+    private static void assertTooDeep(Executable addition) {
+        Exception refused = assertThrows(SettingValidationException.class, addition);
+        assertTrue(refused.getMessage().endsWith("the tree would be deeper than 200 entries."),
+                refused.getMessage());
     }
 
     @Test
