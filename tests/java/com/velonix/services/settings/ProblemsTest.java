@@ -3,6 +3,7 @@ package com.velonix.services.settings;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
@@ -24,10 +25,22 @@ class ProblemsTest {
             }
         }
 
-        /** Opens the settings anew, which reports nothing again. */
+        private static boolean isHandling, hasCausedOne;
+
+        /** Causes the first problem again, which must wait until this call has ended. */
         private static void handle(SettingProblem problem) {
-            SettingPath.processRoot().close();
-            System.out.println("handled: " + problem.text());
+            System.out.println((isHandling ? "nested: " : "handled: ") + problem.text());
+            isHandling = true;
+            Path factory = Path.of(System.getenv("SETTINGS_FACTORYDIR"));
+            if (!hasCausedOne) {
+                hasCausedOne = true;
+                try {
+                    Settings.forApplication("editor").factoryDirectory(factory).open().close();
+                } catch (IOException unexpected) {
+                    unexpected.printStackTrace();
+                }
+            }
+            isHandling = false;
         }
     }
 
@@ -35,7 +48,7 @@ class ProblemsTest {
     Path folder;
 
     @Test
-    void aFileThatIsLeftOutIsReportedOnce() throws Exception {
+    void aFileThatIsLeftOutIsReported() throws Exception {
         Path broken = Files.writeString(folder.resolve("broken.xml"), "<settings version=\"1\">");
         Map<String, String> factory = Map.of("SETTINGS_FACTORYDIR", folder.toString(),
                 "SETTINGS_USERDIR", folder.resolve("user").toString());
@@ -44,10 +57,11 @@ class ProblemsTest {
         handled.put("HANDLED", "");
         String[] lines = ChildJvm.run(Starter.class, folder, handled).split("\n");
 
-        assertEquals(2, lines.length, String.join("\n", lines));
+        assertEquals(3, lines.length, String.join("\n", lines));
         String problem = lines[0].substring("handled: ".length());
         assertTrue(problem.startsWith(broken + ":1:"), problem);
-        assertEquals("noticed: [" + problem + "]", lines[1]);
+        assertEquals(lines[0], lines[1]);
+        assertEquals("noticed: [" + problem + ", " + problem + "]", lines[2]);
 
         assertTrue(logged.contains("noticed: [" + problem + "]"), logged);
         assertTrue(logged.contains("WARNING: " + problem), logged);
