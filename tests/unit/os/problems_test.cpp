@@ -41,14 +41,15 @@ TEST(ProblemsDeathTest, ArePrintedAgainOnceTheyAreGivenBack) {
       {
         takeProblemsOver();
         takeProblemsOver();
-        giveProblemsBack();
         reportProblem("waits");
+        giveProblemsBack();
+        reportProblem("waits too");
         std::fputs("given back: ", stderr);
         giveProblemsBack();
         reportProblem("is printed");
         endWith(noticedProblems().back() == "is printed");
       },
-      testing::ExitedWithCode(0), "^given back: waits\nis printed\n$");
+      testing::ExitedWithCode(0), "^given back: waits\nwaits too\nis printed\n$");
 }
 
 }  // namespace
