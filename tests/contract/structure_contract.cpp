@@ -136,7 +136,7 @@ TEST_P(ServiceContract, ACopyReadsTheSameAsItsSource) {
   node->setAny("all", 7, "factory");
   Listener listener(root);
   root->copySubtree(apart, "copy");
-  EXPECT_EQ(listener.heard, (Names{"added copy to " + root->getName()}));
+  EXPECT_EQ(listener.heard(), (Names{"added copy to " + root->getName()}));
   const SettingsPtr copy = root->findDescendant({"copy", "n"});
   for (const SettingsPtr& key : node->getChildren()) {
     EXPECT_EQ(intAt(copy, key->getName()), intAt(node, key->getName())) << key->getName();

@@ -94,9 +94,9 @@ TEST_P(ServiceContract, SettingTheStoredValueAgainPublishesNothing) {
   root->setAny("a", nan, "user");
   root->setAny("b", std::vector<double>{0.0, nan}, "user");
   EXPECT_EQ(setAll(root, {{root->getChild("a"), nan}}, "user"), SettingsProblems());
-  EXPECT_EQ(listener.heard, Names());
+  EXPECT_EQ(listener.heard(), Names());
   root->setAny("b", std::vector<double>{-0.0, nan}, "user");
-  EXPECT_EQ(listener.heard, Names{"changed b"});
+  EXPECT_EQ(listener.heard(), Names{"changed b"});
 }
 
 TEST_P(ServiceContract, ManyValuesAreSetAsOneOperationWithOneEventPerKey) {
@@ -105,7 +105,7 @@ TEST_P(ServiceContract, ManyValuesAreSetAsOneOperationWithOneEventPerKey) {
   EXPECT_EQ(setAll(root, {{b, 1}, {a, 2}, {b, 3}}, "user"), SettingsProblems());
   EXPECT_EQ(intAt(root, "a"), 2);
   EXPECT_EQ(intAt(root, "b"), 3);
-  EXPECT_EQ(listener.heard, (Names{"changed b", "changed a"}));
+  EXPECT_EQ(listener.heard(), (Names{"changed b", "changed a"}));
 }
 
 TEST_P(ServiceContract, AProblemWithOneValueKeepsAllFromBeingSet) {
@@ -125,7 +125,7 @@ TEST_P(ServiceContract, AProblemWithOneValueKeepsAllFromBeingSet) {
   for (const auto& problem : problems) EXPECT_NE(problem.second, "");
   EXPECT_FALSE(node->isSet("good", ""));
   EXPECT_FALSE(node->getKeyType("f"));
-  EXPECT_EQ(listener.heard, Names());
+  EXPECT_EQ(listener.heard(), Names());
   EXPECT_EQ(root->validateMultiple(boost::make_iterator_range(values.begin(), values.end()), 0),
             problems);
 }

@@ -235,7 +235,7 @@ TEST(ThreadLimitTest, WithoutThreadsReadingDeliversExternalChanges) {
   EXPECT_EQ(intAt(root, "k"), 1);
   EXPECT_TRUE(hasCome()) << "no thread was started to deliver the events";
   failOn(0, 0);
-  EXPECT_EQ(listener.heard, Names{"changed k"});
+  EXPECT_EQ(listener.heard(), Names{"changed k"});
 }
 
 // One process changes a key while another one restores the store.

@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <boost/any.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "service/events.h"
@@ -74,7 +74,8 @@ std::string messageOf(const Action& action) {
   return {};
 }
 
-// Notes every event about an entry and below it, as texts such as "changed editor.size".
+// Notes every event about an entry and below it, as texts such as "changed editor.size". Any thread
+// may publish them, and ask for them.
 class Listener {
  public:
   explicit Listener(const SettingsPtr& entry)
@@ -90,28 +91,33 @@ class Listener {
                    event.getParentObj()->getName());
             })) {}
 
-  // Waits for the events of a thread of the service until there are so many.
-  const Names& waitFor(std::size_t events) const {
-    for (int wait = 0; wait < 5000 && count_ < events; ++wait) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return heard;
+  Names heard() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return heard_;
+  }
+
+  // Waits, at most half a minute, until there are so many events. Returns all that there are.
+  Names waitFor(std::size_t events) const {
+    std::unique_lock<std::mutex> lock(mutex_);
+    hearing_.wait_for(lock, std::chrono::seconds(30), [&] { return heard_.size() >= events; });
+    return heard_;
   }
 
   void clear() {
-    heard.clear();
-    count_ = 0;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    heard_.clear();
   }
-
-  Names heard;
 
  private:
   void hear(const std::string& event) {
-    heard.push_back(event);
-    ++count_;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    heard_.push_back(event);
+    hearing_.notify_all();
   }
 
-  std::atomic<std::size_t> count_{0};
+  mutable std::mutex mutex_;
+  mutable std::condition_variable hearing_;
+  Names heard_;  // guarded by the mutex
   const zlutil::eventmgr::ScopedConnection changed_;
   const zlutil::eventmgr::ScopedConnection added_;
   const zlutil::eventmgr::ScopedConnection removed_;

@@ -59,7 +59,7 @@ TEST_F(TreeOverStore, AChangeThatTheStoreRefusesChangesNothingAndIsNotPublished)
   EXPECT_EQ(namesOf(root->getChildren()), (Names{"a", "b"}));
   EXPECT_EQ(intAt(root, "a"), 1);
   EXPECT_FALSE(root->getKeyType("b"));
-  EXPECT_EQ(listener.heard, Names());
+  EXPECT_EQ(listener.heard(), Names());
   addKey(root, "c");
 }
 
@@ -101,7 +101,7 @@ TEST_F(TreeOverStore, AKeyAndItsFirstValueAreOneChange) {
   EXPECT_EQ(record->applied, 1);
   inTwoCalls("b", ValidatorChoice());
   EXPECT_EQ(record->applied, 2);
-  EXPECT_EQ(listener.heard,
+  EXPECT_EQ(listener.heard(),
             (Names{"added a to settings", "changed a", "added b to settings", "changed b"}));
   EXPECT_EQ(intAt(treeOver(std::make_shared<FakeStore>(record)), "b"), 1);
   store->failOn(1);

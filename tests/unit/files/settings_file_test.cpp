@@ -281,7 +281,7 @@ TEST_F(SettingsFileTest, ReadingIntoALevelIsOneOperation) {
       <key name="b" type="int"><value>2</value></key></node>)"));
   Listener listener(root);
   EXPECT_EQ(SettingsFile::read(root, "session", name("in.xml")), SettingsProblems());
-  EXPECT_EQ(listener.heard, (Names{"changed a", "changed b"}));
+  EXPECT_EQ(listener.heard(), (Names{"changed a", "changed b"}));
   EXPECT_EQ(intAt(root->getChild("n"), "a", "session"), 1);
   EXPECT_EQ(intAt(root->getChild("n"), "b", "session"), 2);
 

@@ -170,7 +170,7 @@ TEST_F(HistoryTest, UndoIsAChangeLikeEveryOther) {
   const Listener here(root), there(other);
   EXPECT_EQ(undoCommit(root, last), SettingsProblems());
   EXPECT_EQ(intAt(root, "k"), 2);
-  EXPECT_EQ(here.heard, Names{"changed k"});
+  EXPECT_EQ(here.heard(), Names{"changed k"});
   EXPECT_EQ(there.waitFor(1), Names{"changed k"});
   EXPECT_EQ(historyOf(root).back().comment, "undo of commit " + std::to_string(last));
   // The undo itself can be undone.
