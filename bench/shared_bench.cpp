@@ -186,31 +186,57 @@ void measureLoading(const SharedStoreOptions& options, const ClusterOptions& clu
   print(count == 10000 ? "loading 10,000 settings" : "loading 100,000 settings", ours, bare);
 }
 
-// Reads while others change the level all the time, beside reads while nobody does, in turn.
-template <class Read>
-void measureReadingWhileBusy(const ClusterOptions& cluster, const NodePtr& root, const Read& read) {
-  std::vector<double> busy, quiet;
-  for (int round = 0; round < 10; ++round) {
-    for (int i = 0; i < 10; ++i) quiet.push_back(read(root));
-    std::atomic<bool> isEnding{false};
-    std::thread writer([&] {
-      ClusterClient client(cluster);
-      for (int value = 0; !isEnding; ++value) {
-        client.ask("/v3/kv/put", putRequest("busy", intDocument(value)), kPatience);
-      }
-    });
+// A thread that changes the level all the time.
+class Writer {
+ public:
+  explicit Writer(const ClusterOptions& cluster)
+      : thread_([this, cluster] {
+          ClusterClient client(cluster);
+          for (int value = 0; !isEnding_; ++value) {
+            client.ask("/v3/kv/put", putRequest("busy", intDocument(value)), kPatience);
+          }
+        }) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    for (int i = 0; i < 10; ++i) busy.push_back(read(root));
-    isEnding = true;
-    writer.join();
+  }
+  ~Writer() {
+    isEnding_ = true;
+    thread_.join();
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-  print("10,000 reads on a busy cluster, beside a quiet one", busy, quiet);
+
+ private:
+  std::atomic<bool> isEnding_{false};
+  std::thread thread_;
+};
+
+// Reads of a shared tree, and of one in memory while the process has no shared tree, each while a
+// cluster is quiet and while others change the level. The members, the writer and the reader share
+// the processors, so that a tree which knows nothing of the cluster becomes slower too.
+template <class Read>
+void measureReadingWhileBusy(const SharedStoreOptions& options, const ClusterOptions& cluster,
+                             const NodePtr& plain, const Read& read) {
+  constexpr int kRounds = 10, kTimes = 10;
+  struct Times {
+    std::vector<double> quiet, busy;
+  };
+  const auto measure = [&](const NodePtr& root, Times& times) {
+    for (int i = 0; i < kTimes; ++i) times.quiet.push_back(read(root));
+    const Writer writer(cluster);
+    for (int i = 0; i < kTimes; ++i) times.busy.push_back(read(root));
+  };
+  Times ours, bare;
+  for (int round = 0; round < kRounds; ++round) {
+    measure(plain, bare);
+    measure(test::openShared(options), ours);
+  }
+  print("10,000 reads on a busy cluster, beside a tree in memory", ours.busy, bare.busy);
+  print("10,000 reads on a busy cluster, beside a quiet one", ours.busy, ours.quiet);
+  print("10,000 reads of the tree in memory, likewise", bare.busy, bare.quiet);
 }
 
 void measureReading(const SharedStoreOptions& options, const ClusterOptions& cluster) {
   constexpr int kReads = 10000;
-  const NodePtr shared = test::openShared(options);
+  NodePtr shared = test::openShared(options);
   const auto plain = boost::make_shared<Node>(Tree::makeStandalone(), "s", true, ValidatorPtr());
   test::addKey(plain, "k");
   plain->setAny("k", 1, "user");
@@ -232,7 +258,8 @@ void measureReading(const SharedStoreOptions& options, const ClusterOptions& clu
   print("10,000 reads, beside a tree in memory", ours, bare);
   std::printf("| allocations of a read | %.2f | %.2f | |\n", allocationsOf(shared),
               allocationsOf(plain));
-  measureReadingWhileBusy(cluster, shared, read);
+  shared.reset();
+  measureReadingWhileBusy(options, cluster, plain, read);
 }
 
 void measureElection(const SharedStoreOptions& options, const std::string& directory,

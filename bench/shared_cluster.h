@@ -19,6 +19,7 @@ inline zlutil::settings::host::SharedStoreOptions optionsOf(const std::string& d
   options.credentials = directory + "/admin.credentials";
   options.authority = directory + "/ca.crt";
   options.longestStart = std::chrono::seconds(60);
+  options.directory = directory;
   return options;
 }
 

@@ -20,6 +20,8 @@ using std::chrono::steady_clock;
 constexpr char kRange[] = "/v3/kv/range";
 // The number of keys that are asked for at once, and the part of it if that answer is too long.
 constexpr std::int64_t kPage = 10000, kSmallerPage = 4;
+// Memory is reserved for so many keys at most, because the count comes from outside.
+constexpr std::int64_t kMostReserved = 1 << 20;
 // How often the member of the stream is asked whether it is alive and current, and how long it may
 // take to answer.
 constexpr milliseconds kProbeEvery(2000), kProbeSilence(2000);
@@ -88,7 +90,11 @@ std::vector<KeyValue> ClusterWatch::Core::load(const ClusterClient::Patience& pa
     }
     std::optional<RangeAnswer> answer = parseRange(body);
     if (!answer) throw ClusterError(ClusterError::kRefused, "its answer is not understood");
-    if (request.revision == 0) header = answer->header;
+    if (request.revision == 0) {
+      header = answer->header;
+      items.reserve(
+          static_cast<std::size_t>(std::clamp<std::int64_t>(answer->count, 0, kMostReserved)));
+    }
     std::move(answer->found.begin(), answer->found.end(), std::back_inserter(items));
     if (!answer->hasMore || answer->found.empty()) break;
     // The other pages are of the same state.

@@ -173,7 +173,7 @@ std::optional<CopiedContent> parseCopy(std::string_view text, const ClusterAddre
     std::string_view key, base64;
     const std::optional<std::int64_t> modified = readLine(takeUntil(rest, '\n'), key, base64);
     const std::optional<std::string> value = bytesFromBase64(base64);
-    if (!modified || !value || key.empty()) {
+    if (!modified || !value) {
       reason = "it is damaged";
       return std::nullopt;
     }

@@ -13,6 +13,8 @@ namespace zlutil::settings::host {
 namespace {
 
 constexpr int kMostReports = 10;
+// How many settings go into a new tree at once.
+constexpr std::size_t kPart = 10000;
 // The cluster's comings and goings are reported at most that often.
 constexpr auto kReportPause = std::chrono::seconds(30);
 
@@ -53,30 +55,43 @@ SharedStore::~SharedStore() { watch_.reset(); }
 
 void SharedStore::readAll(Node& root, int level) {
   level_ = level;
-  ExternalChanges contents{{}, false, name_};
-  std::vector<Item> items;
+  std::vector<KeyValue> found;
   try {
     AnswerHeader header;
-    const std::vector<KeyValue> found = watch_->load(header, options_.longestStart);
-    items = read(found);
+    found = watch_->load(header, options_.longestStart);
     copy_.replace(header, found);
     progress_.advance(header.revision);
     base::MutexLock lock(mutex_);
     received_ = header.revision;
   } catch (const ClusterError& failure) {
-    const std::optional<CopiedContent> copied = copy_.read();
+    std::optional<CopiedContent> copied = copy_.read();
     logError(name_ + " cannot be read: " + failure.what() +
              (copied ? ". Used is the copy that was current " + copy_.age() + " ago"
                      : std::string(". There is no copy, so this level is empty")) +
              " until the cluster answers");
-    if (copied) items = read(copied->items);
+    if (copied) found = std::move(copied->items);
     base::MutexLock lock(mutex_);
     away_ = failure.what();
   }
-  for (Item& item : items) {
-    std::move(item.changes.begin(), item.changes.end(), std::back_inserter(contents.changes));
+  fill(root, found);
+}
+
+// Goes in parts: the changes take several times the memory of the tree, and lie between its
+// entries, where the allocator cannot give their memory back.
+void SharedStore::fill(Node& root, const std::vector<KeyValue>& found) {
+  for (auto next = found.begin(); next != found.end();) {
+    const auto end = next + std::min<std::ptrdiff_t>(kPart, found.end() - next);
+    ExternalChanges part{{}, false, name_};
+    std::vector<Item> items;
+    {
+      base::MutexLock lock(mutex_);
+      for (; next != end; ++next) add(reader_.read(*next, true), next->modified, items);
+    }
+    for (Item& item : items) {
+      std::move(item.changes.begin(), item.changes.end(), std::back_inserter(part.changes));
+    }
+    options_.fill(root, level_, part);
   }
-  options_.fill(root, level, contents);
 }
 
 void SharedStore::noteValidator(const std::string& path, const ValidatorChoice& validator) {
@@ -87,28 +102,23 @@ void SharedStore::noteValidator(const std::string& path, const ValidatorChoice& 
   }
 }
 
-// Reads the whole content.
-std::vector<SharedStore::Item> SharedStore::read(const std::vector<KeyValue>& found) {
-  reader_.clear();
-  base::MutexLock lock(mutex_);
-  validators_.clear();
-  std::vector<Item> items;
-  items.reserve(found.size());
-  for (const KeyValue& item : found) {
-    KeyReader::Reading reading = reader_.read(item, true);
-    if (reading.path.empty()) continue;
-    noteValidator(reading.path, reading.validator);
-    items.push_back({std::move(reading.path), item.modified, std::move(reading.changes)});
-  }
-  return items;
+// Adds the reading as an item, unless its key is ignored.
+void SharedStore::add(KeyReader::Reading reading, std::int64_t revision, std::vector<Item>& items) {
+  if (reading.path.empty()) return;
+  noteValidator(reading.path, reading.validator);
+  items.push_back({std::move(reading.path), revision, std::move(reading.changes)});
 }
 
 void SharedStore::onContent(const AnswerHeader& header, std::vector<KeyValue> found) {
   hasLoaded_ = true;
   copy_.replace(header, found);
   {
-    std::vector<Item> items = read(found);
     base::MutexLock lock(mutex_);
+    reader_.clear();
+    validators_.clear();
+    std::vector<Item> items;
+    items.reserve(found.size());
+    for (const KeyValue& item : found) add(reader_.read(item, true), item.modified, items);
     hasContent_ = true;
     content_ = std::move(items);
     events_.clear();
@@ -126,11 +136,8 @@ void SharedStore::onEvents(const AnswerHeader& header, std::vector<WatchEvent> e
     base::MutexLock lock(mutex_);
     for (const WatchEvent& event : events) {
       const bool isNew = event.item.created == event.item.modified;
-      KeyReader::Reading reading =
-          event.isDeletion ? reader_.readDeletion(event.item) : reader_.read(event.item, isNew);
-      if (reading.path.empty()) continue;
-      noteValidator(reading.path, reading.validator);
-      events_.push_back({std::move(reading.path), event.item.modified, std::move(reading.changes)});
+      add(event.isDeletion ? reader_.readDeletion(event.item) : reader_.read(event.item, isNew),
+          event.item.modified, events_);
     }
     received_ = header.revision;
     if (events_.empty()) return;

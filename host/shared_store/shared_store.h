@@ -45,8 +45,10 @@ class SharedStore final : public Store, private ClusterListener {
   void onAnswers() override;
   bool onIdle() override;
 
-  std::vector<Item> read(const std::vector<KeyValue>& items);
+  void fill(Node& root, const std::vector<KeyValue>& found);
   void noteValidator(const std::string& path, const ValidatorChoice& validator) REQUIRES(mutex_);
+  void add(KeyReader::Reading reading, std::int64_t revision, std::vector<Item>& items)
+      REQUIRES(mutex_);
   bool deliver(const Receiver& receive);
   WritePlan plan(const Changes& changes, const std::string& commit);
   bool takeLater(const std::vector<KeyValue>& later, const Receiver& receive);

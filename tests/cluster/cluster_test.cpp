@@ -15,17 +15,6 @@ int valueOf(const NodePtr& root, const std::string& key) {
   return root->getChild(key) ? intAt(root, key, "workgroup") : -1;
 }
 
-bool canSet(const NodePtr& root, const std::string& key, int value) {
-  return eventually([&] {
-    try {
-      root->setAny(key, value, "workgroup");
-      return true;
-    } catch (const Failure<StoreFailure>&) {
-      return false;
-    }
-  });
-}
-
 class ClusterTest : public testing::Test {
  protected:
   ClusterTest() : cluster(Cluster::instance()) {
@@ -182,16 +171,16 @@ TEST(SmallCluster, AQuietLevelOfABusyClusterIsNotReadAnewAfterACompaction) {
   NotingListener listener;
   ClusterWatch watch(options);
   ASSERT_TRUE(watch.start(listener));
-  ASSERT_TRUE(eventually([&] { return listener.loads == 1; }));
+  ASSERT_TRUE(eventually([&] { return listener.loads() == 1; }));
+  const std::int64_t revision = listener.revision() + 3;
   for (int i = 0; i < 3; ++i) cluster.ctl("put /another/team x");
-  const std::int64_t revision = listener.revision + 3;
-  EXPECT_TRUE(eventually([&] { return listener.revision == revision; }));
+  EXPECT_TRUE(eventually([&] { return listener.revision() == revision; }));
   cluster.ctl("compact " + std::to_string(revision));
   cluster.run("kill 1");
   cluster.run("start");
   cluster.putInt("k", 2);
-  EXPECT_TRUE(eventually([&] { return listener.revision > revision; }));
-  EXPECT_EQ(listener.loads, 1);
+  EXPECT_TRUE(eventually([&] { return listener.revision() > revision; }));
+  EXPECT_EQ(listener.loads(), 1);
 }
 
 TEST(SmallCluster, AFullDatabaseRefusesTheChangeWithTheReason) {

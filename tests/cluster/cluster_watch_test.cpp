@@ -39,8 +39,7 @@ TEST_F(SharedStoreTest, AnAnswerThatIsNotThatOfEtcdIsReportedOnceAndDoesNoHarm) 
       {200, big}};
   for (const FakeEtcd::Answer& wrong : answers) {
     etcd.setKnob([one = &wrong](const std::string&, FakeEtcd::Answer& answer) { answer = *one; });
-    SharedStoreOptions chosen = options();
-    chosen.longestStart = std::chrono::milliseconds(1000);
+    SharedStoreOptions chosen = optionsForStartAway();
     chosen.directory = "";
     NodePtr root;
     const std::string report = reportOfOpening(root, chosen);
@@ -55,9 +54,9 @@ TEST_F(SharedStoreTest, EventsOfAListenerThatFailsAreReadAgain) {
   NotingListener listener(true);
   ClusterWatch watch(cluster());
   ASSERT_TRUE(watch.start(listener));
-  ASSERT_TRUE(eventually([&] { return listener.loads == 1 && etcd.requests(kWatch) == 1; }));
+  ASSERT_TRUE(eventually([&] { return listener.loads() == 1 && etcd.requests(kWatch) == 1; }));
   etcd.put(kKey, intDocument(15));
-  ASSERT_TRUE(eventually([&] { return listener.loads == 2; }));
+  ASSERT_TRUE(eventually([&] { return listener.loads() == 2; }));
   EXPECT_EQ(listener.valueOf(kKey), intDocument(15));
 }
 
@@ -97,12 +96,12 @@ TEST_F(SharedStoreTest, AnAnswerThatIsTooLongIsAskedForInParts) {
   NotingListener listener;
   ClusterWatch watch(narrow);
   ASSERT_TRUE(watch.start(listener));
-  ASSERT_TRUE(eventually([&] { return listener.loads == 1 && etcd.requests(kWatch) == 1; }));
+  ASSERT_TRUE(eventually([&] { return listener.loads() == 1 && etcd.requests(kWatch) == 1; }));
   std::map<std::string, std::string> all;
   for (int i = 0; i < 100; ++i) all[keyOf(i)] = std::string(1000, 'y');
   etcd.putAll(all);
   EXPECT_TRUE(eventually([&] { return listener.valueOf(keyOf(99)) == all[keyOf(99)]; }));
-  EXPECT_EQ(listener.loads, 2);
+  EXPECT_EQ(listener.loads(), 2);
   // One key alone.
   etcd.put(kKey, std::string(30000, 'x'));
   EXPECT_THROW(ClusterWatch(narrow).load(header, std::chrono::seconds(20)), ClusterError);
@@ -114,17 +113,17 @@ TEST_F(SharedStoreTest, AQuietLevelIsNotReadAnewAfterACompaction) {
   NotingListener listener;
   ClusterWatch watch(impatient);
   ASSERT_TRUE(watch.start(listener));
-  ASSERT_TRUE(eventually([&] { return listener.loads == 1; }));
+  ASSERT_TRUE(eventually([&] { return listener.loads() == 1; }));
   etcd.put("/team/settings/more", intDocument(1));
   etcd.erase("/team/settings/more");
   etcd.put("/another/team", "x");
-  EXPECT_TRUE(eventually([&] { return listener.revision == etcd.revision(); }));
+  EXPECT_TRUE(eventually([&] { return listener.revision() == etcd.revision(); }));
   etcd.compact();
   etcd.close();
   etcd.open();
   etcd.put(kKey, intDocument(15));
   EXPECT_TRUE(eventually([&] { return listener.valueOf(kKey) == intDocument(15); }));
-  EXPECT_EQ(listener.loads, 1);
+  EXPECT_EQ(listener.loads(), 1);
   // A stream that has got stuck is opened again, after a put as after a deletion.
   for (int opened = etcd.requests(kWatch); opened < 4; ++opened) {
     etcd.holdEvents(true);
@@ -135,7 +134,7 @@ TEST_F(SharedStoreTest, AQuietLevelIsNotReadAnewAfterACompaction) {
     }
     EXPECT_TRUE(eventually([&] { return etcd.requests(kWatch) > opened; }));
     etcd.holdEvents(false);
-    EXPECT_TRUE(eventually([&] { return listener.revision == etcd.revision(); }));
+    EXPECT_TRUE(eventually([&] { return listener.revision() == etcd.revision(); }));
   }
 }
 

@@ -22,7 +22,7 @@ TEST_F(SharedStoreTest, ACopyThatIsOfNoUseAndAForeignKeyDoNoHarm) {
   reportOfOpening(root, options());
   EXPECT_EQ(sizeOf(root), 14);
   etcd.close();
-  reportOfOpening(root, options());
+  reportOfOpening(root, optionsForStartAway());
   EXPECT_TRUE(root->getChildren().empty());
 }
 
@@ -83,7 +83,7 @@ TEST_F(SharedStoreTest, TheCopyFollowsChangesAndATornOrForeignOneIsIgnored) {
   const auto openWith = [&](const std::string& content) {
     directory.write(file, content);
     NodePtr root;
-    const std::string report = reportOfOpening(root, options());
+    const std::string report = reportOfOpening(root, optionsForStartAway());
     EXPECT_TRUE(root->getChildren().empty());
     EXPECT_NE(report.find("is ignored"), std::string::npos) << report;
   };

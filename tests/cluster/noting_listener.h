@@ -1,7 +1,6 @@
 // Notes what a watch brings. Fails at the first events if it is told to.
 #pragma once
 
-#include <atomic>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -19,14 +18,16 @@ class NotingListener : public zlutil::settings::host::ClusterListener {
   explicit NotingListener(bool fails = false) : fails_(fails) {}
 
   void onContent(const AnswerHeader& header, std::vector<KeyValue> items) override {
-    for (const KeyValue& item : items) note(item);
-    revision = header.revision;
-    ++loads;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (const KeyValue& item : items) values_[item.key] = item.value;
+    revision_ = header.revision;
+    ++loads_;
   }
   void onEvents(const AnswerHeader& header, std::vector<WatchEvent> events) override {
     if (fails_ && !events.empty()) throw std::runtime_error("no memory");
-    for (const WatchEvent& event : events) note(event.item);
-    revision = header.revision;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (const WatchEvent& event : events) values_[event.item.key] = event.item.value;
+    revision_ = header.revision;
   }
   void onAway(const std::string&) override {}
   void onAnswers() override {}
@@ -36,19 +37,22 @@ class NotingListener : public zlutil::settings::host::ClusterListener {
     const std::lock_guard<std::mutex> lock(mutex_);
     return values_[key];
   }
-
-  std::atomic<int> loads{0};
-  std::atomic<std::int64_t> revision{0};
-
- private:
-  void note(const KeyValue& item) {
+  int loads() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    values_[item.key] = item.value;
+    return loads_;
+  }
+  std::int64_t revision() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return revision_;
   }
 
+ private:
   const bool fails_;
   std::mutex mutex_;
+  // Guarded by the mutex.
   std::map<std::string, std::string> values_;
+  int loads_ = 0;
+  std::int64_t revision_ = 0;
 };
 
 }  // namespace test

@@ -114,6 +114,13 @@ TEST(KeyLayout, NodesLiveAsLongAsAKeyBelowThem) {
   EXPECT_EQ(removedBy("a/b/c"), "a.b.c");
   EXPECT_EQ(removedBy("a/b/d"), "a.b");
   EXPECT_EQ(removedBy("a/n"), "a");
+  // A node with a key of its own stays until that is gone.
+  put("m", "{\"type\":\"node\"}");
+  put("m/k", number);
+  EXPECT_EQ(removedBy("m/k"), "m.k");
+  put("m/k", number);
+  EXPECT_EQ(removedBy("m"), "");
+  EXPECT_EQ(removedBy("m/k"), "m");
   std::string deep = "/p/a";
   for (int level = 0; level < 300; ++level) deep += "/a";
   for (const std::string& wrong :

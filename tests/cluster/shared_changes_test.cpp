@@ -114,7 +114,7 @@ TEST_F(SharedStoreTest, ARefusalHasTheReasonOfEtcdAndChangesNothing) {
   EXPECT_TRUE(has(messageOf<StoreFailure>(set), "--max-request-bytes"));
   etcd.setError(0, "");
   EXPECT_EQ(sizeOf(root), 14);
-  set();
+  EXPECT_TRUE(canSet(editor, "fontSize", 1));
   EXPECT_EQ(sizeOf(root), 1);
 }
 

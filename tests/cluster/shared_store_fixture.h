@@ -26,6 +26,12 @@ class SharedStoreTest : public testing::Test {
     options.directory = directory.path();
     return options;
   }
+  // For a start while the server gives no answer that is of use: it lasts as long as it may.
+  zlutil::settings::host::SharedStoreOptions optionsForStartAway() {
+    zlutil::settings::host::SharedStoreOptions made = options();
+    made.longestStart = std::chrono::seconds(1);
+    return made;
+  }
   zlutil::settings::host::SharedStoreOptions optionsWithPassword() {
     zlutil::settings::host::SharedStoreOptions made = options();
     made.credentials = directory.write("password", "anna\nsecret\n");

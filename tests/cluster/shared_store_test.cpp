@@ -1,4 +1,7 @@
 // Reading, changing and hearing settings of a shared level.
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "tests/cluster/shared_store_fixture.h"
 
 namespace test {
@@ -37,7 +40,7 @@ TEST_F(SharedStoreTest, AValueBringsTheDefinitionsThatOnlyThisUserHas) {
     node->setAny("k", 1, "workgroup");
   });
   etcd.setError(0, "");
-  node->setAny("k", 1, "workgroup");
+  EXPECT_TRUE(canSet(node, "k", 1));
   EXPECT_EQ(nlohmann::json::parse(etcd.valueOf("/team/settings/own"))["validator"]["java"][0], "c");
   const NodePtr other = openShared(options());
   EXPECT_EQ(intAt(other->getChild("own"), "k"), 1);
@@ -64,7 +67,7 @@ TEST_F(SharedStoreTest, WithoutTheNetworkTheCopyIsUsedAndWritesFailAtOnce) {
   { const NodePtr root = openShared(options()); }
   etcd.close();
   NodePtr root;
-  const std::string report = reportOfOpening(root, options());
+  const std::string report = reportOfOpening(root, optionsForStartAway());
   EXPECT_NE(report.find("the copy that was current"), std::string::npos) << report;
   EXPECT_EQ(sizeOf(root), 14);
   const std::string message =
@@ -75,14 +78,22 @@ TEST_F(SharedStoreTest, WithoutTheNetworkTheCopyIsUsedAndWritesFailAtOnce) {
   etcd.put(kKey, intDocument(40));
   etcd.open();
   EXPECT_EQ(listener.waitFor(1), Names{"changed fontSize"});
-  EXPECT_TRUE(eventually([&] {
-    try {
-      editorOf(root)->setAny("fontSize", 41, "workgroup");
-      return true;
-    } catch (const Failure<StoreFailure>&) {
-      return false;
-    }
-  }));
+  EXPECT_TRUE(canSet(editorOf(root), "fontSize", 41));
+}
+
+TEST_F(SharedStoreTest, AChildOfAForkCanCloseTheTreeAndTheParentStillHears) {
+  NodePtr root = openShared(options());
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);
+    root.reset();
+    _exit(0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  etcd.put(kKey, intDocument(15));
+  EXPECT_TRUE(eventually([&] { return sizeOf(root) == 15; }));
 }
 
 }  // namespace

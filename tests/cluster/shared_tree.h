@@ -11,6 +11,7 @@ namespace test {
 inline zlutil::settings::host::SharedStoreOptions optionsFor(const std::string& address) {
   zlutil::settings::host::SharedStoreOptions options;
   options.address = address;
+  options.longestStart = std::chrono::seconds(20);  // this machine may be slow
   options.fill = [](auto& root, int level, const auto& changes) {
     zlutil::settings::host::applyExternalChanges(root, level, changes);
   };
@@ -37,6 +38,18 @@ bool eventually(const Condition& holds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   return holds();
+}
+
+// Sets an int at the workgroup level as soon as the cluster takes changes.
+inline bool canSet(const SettingsPtr& node, const std::string& key, int value) {
+  return eventually([&] {
+    try {
+      node->setAny(key, value, "workgroup");
+      return true;
+    } catch (const Failure<KORVEN::settings::core::StoreFailure>&) {
+      return false;
+    }
+  });
 }
 
 }  // namespace test
