@@ -2,6 +2,7 @@
 module com.velonix.settings.prefs {
     requires com.velonix.settings;
     requires transitive java.prefs;
+    requires java.xml;
 
     exports com.velonix.services.settings.prefs;
 

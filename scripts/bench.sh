@@ -43,7 +43,7 @@ for target in alternatives_bench bridge_bench; do
     { tail -n 20 build/bench.log && exit 1; }
 done
 # These print tables, after the output of the build.
-for target in hot_read_bench listener_bench; do
+for target in hot_read_bench listener_bench prefs_bench; do
   echo "== $target"
   cmake --build build/release --target "$target" | sed '/^\[/d' >"$results/$target.txt"
 done

@@ -29,3 +29,13 @@ JAVA_HOME=$java_home mvn --offline -Daether.offline.protocols=file --batch-mode 
 dependency=$work/local/com/velonix/nativesettings/$version/nativesettings-$version.jar
 cmp "$jar" "$dependency"
 tell_story "Maven" "$java_home/bin/java" -p "$dependency:target/story-1.jar" -m story/story.Story
+
+# A program that knows java.util.prefs only, and is halted after its put.
+prefs=$work/local/com/velonix/nativesettings-prefs/$version/nativesettings-prefs-$version.jar
+mkdir preferences
+for before in none 14; do
+  SETTINGS_USERDIR=$work/preferences "$java_home/bin/java" -Djava.util.prefs.userRoot="$work" \
+    -cp "$dependency:$prefs" "$sources/Preferring.java" >output 2>&1
+  [[ $(cat output) == "$before" ]] || fail "preferences: $(cat output)"
+done
+echo "Maven: the preferences are kept"

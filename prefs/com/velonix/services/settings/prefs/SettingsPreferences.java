@@ -3,6 +3,7 @@ package com.velonix.services.settings.prefs;
 import com.velonix.services.settings.Setting;
 import com.velonix.services.settings.SettingAccessException;
 import com.velonix.services.settings.SettingException;
+import com.velonix.services.settings.SettingLevel;
 import com.velonix.services.settings.SettingNameDuplicationException;
 import com.velonix.services.settings.SettingNotFoundException;
 import com.velonix.services.settings.SettingPath;
@@ -29,6 +30,7 @@ final class SettingsPreferences extends AbstractPreferences {
     private static final System.Logger LOG =
             System.getLogger(SettingsPreferences.class.getPackageName());
 
+    private final SettingPath tree;
     private final SettingPath node;
 
     /** The settings that a key may be: by its own name, or by the escaped one. */
@@ -42,15 +44,17 @@ final class SettingsPreferences extends AbstractPreferences {
     /** The settings of the keys that were used. Guarded by the lock of the node. */
     private final Map<String, Forms> keys = new HashMap<>();
 
-    /** Makes the root of a tree of preferences. */
-    SettingsPreferences(SettingPath node) {
+    /** Makes the root of a tree of preferences, which is a node of a tree of settings. */
+    SettingsPreferences(SettingPath tree, String... names) {
         super(null, "");
-        this.node = node;
+        this.tree = tree;
+        node = tree.path(names);
         newNode = !node.exists();
     }
 
     private SettingsPreferences(SettingsPreferences parent, String name) {
         super(parent, name);
+        tree = parent.tree;
         SettingPath plain = parent.node.path(EntryNames.NODES.of(name));
         SettingPath escaped = parent.node.path(EntryNames.NODES.escaped(name));
         boolean isEscaped = !plain.exists()
@@ -103,6 +107,14 @@ final class SettingsPreferences extends AbstractPreferences {
             }
         } catch (SettingException | RuntimeException failed) {
             log("Cannot store " + key + " of " + absolutePath(), failed);
+        }
+    }
+
+    /** Puts a value unless the user has one. */
+    void putIfNotSet(String key, String value) {
+        synchronized (lock) {
+            if (!forms(key).present().isSet(SettingLevel.USER))
+                put(key, value);
         }
     }
 
@@ -229,7 +241,7 @@ final class SettingsPreferences extends AbstractPreferences {
         if (node.exists())
             return;
         List<String> names = node.names();
-        SettingsPreferencesFactory.settings().getOrAddNode(names.toArray(String[] ::new));
+        tree.getOrAddNode(names.toArray(String[] ::new));
         if (EntryNames.NODES.isHashed(names.get(names.size() - 1)))
             node.getOrAddKey(EntryNames.NAME_KEY, name());
     }

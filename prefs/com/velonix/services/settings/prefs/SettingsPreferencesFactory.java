@@ -34,16 +34,11 @@ public final class SettingsPreferencesFactory implements PreferencesFactory {
         return Roots.SYSTEM;
     }
 
-    static SettingPath settings() {
-        return Roots.SETTINGS;
-    }
-
     /** Made at the first use, and never closed: preferences may be used until the JVM ends. */
     private static final class Roots {
         static final SettingPath SETTINGS = SettingPath.processRoot();
-        static final Preferences USER =
-                new SettingsPreferences(SETTINGS.path("preferences", "user"));
+        static final Preferences USER = new Import(SETTINGS, "preferences", "user").run();
         static final Preferences SYSTEM =
-                new SettingsPreferences(SETTINGS.path("preferences", "system"));
+                new SettingsPreferences(SETTINGS, "preferences", "system");
     }
 }
