@@ -4,6 +4,7 @@
 
 #include "bridge/java_layer.h"
 #include "nativesettings/frame.h"
+#include "nativesettings/lane_changes.h"
 #include "nativesettings/lane_facts.h"
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
@@ -55,6 +56,7 @@ void registerLane(JNIEnv* env) {
   };
   methods.insert(methods.end(), laneKeyMethods().begin(), laneKeyMethods().end());
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());
+  methods.insert(methods.end(), laneChangeMethods().begin(), laneChangeMethods().end());
   methods.insert(methods.end(), laneFactMethods().begin(), laneFactMethods().end());
   methods.insert(methods.end(), laneTreeMethods().begin(), laneTreeMethods().end());
   methods.insert(methods.end(), laneProblemMethods().begin(), laneProblemMethods().end());

@@ -23,6 +23,9 @@ class SettingContext {
   // its last change counts.
   void record(std::string path, boost::any value);
 
+  // The recorded changes: paths and values.
+  const std::vector<std::pair<std::string, boost::any>>& changes() const { return changes_; }
+
   // Applies (`commit`) or only validates all recorded changes against the process's settings root.
   // Returns a list of SettingValidity, one per problem, as a local reference; null if there are
   // none. The recorded changes stay. If there is no root, a RuntimeException is pending and the

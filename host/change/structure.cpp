@@ -28,11 +28,7 @@ void checkName(const Entry& parent, const std::string& name, bool isKey) {
 void checkCanStand(const Node& parent, const Entry& entry, int height) {
   if (!parent.isAttached()) throw Failure<NoSuchNode>(std::string("(removed)"), parent.name());
   if (parent.child(entry.name())) refuse(parent, entry, "the name is taken");
-  if (parent.depth() + 1 + height > kMaxDepth) {
-    throw Failure<ValidationFailure>("Cannot add \"" + entry.name() + "\" to \"" + parent.name() +
-                                     "\": the tree would be deeper than " +
-                                     std::to_string(kMaxDepth) + " entries.");
-  }
+  checkDepth(parent, entry.name(), height);
 }
 
 bool canStand(const Node& parent, const Entry& entry, int height) {
@@ -88,6 +84,17 @@ bool makeRoom(Node& parent) {
 }
 
 }  // namespace
+
+void checkNewEntry(const Node& parent, const std::string& name) {
+  if (!isIdentifierName(name.c_str())) throw Failure<NotAKeyName>(parent.name(), name);
+}
+
+void checkDepth(const Node& parent, const std::string& name, int height) {
+  if (parent.depth() + 1 + height <= kMaxDepth) return;
+  throw Failure<ValidationFailure>("Cannot add \"" + name + "\" to \"" + parent.name() +
+                                   "\": the tree would be deeper than " +
+                                   std::to_string(kMaxDepth) + " entries.");
+}
 
 bool tryInserting(TreeEdit& edit, Node& parent, const EntryPtr& entry) {
   Tree& tree = parent.tree();
@@ -175,6 +182,19 @@ void Node::copySubtree(const boost::shared_ptr<Settings>& source, const std::str
   editTree(tree(), [&](TreeEdit& edit) { return tryInserting(edit, *this, copy); });
 }
 
+void checkRemovable(const Entry& entry) {
+  for (int level = 0; level < kLevelCount; ++level) {
+    if (level == kUser || !entry.isDefinedAt(level)) continue;
+    if (!entry.tree().store(level).keepsChanges()) continue;
+    throw Failure<CantModifyValuesOnReadOnlyLevel>(
+        entry.path(), levelName(level),
+        std::string(entry.tree().isReadOnly(level)
+                        ? "a file of this level defines the entry"
+                        : "this level defines the entry for others too. Remove it there"));
+  }
+  checkWritable(entry, kUser);
+}
+
 namespace {
 
 // Returns the child to remove, or throws why it cannot be removed. The caller holds the tree's
@@ -185,16 +205,7 @@ Entry& requireRemovable(Node& parent, const std::string& name, bool isKey) {
   if (!found) throw Failure<NoSuchNode>(parent.name(), name);
   if (isKey && !found->isKey()) throw Failure<NotAKeyName>(parent.name(), name);
   if (!isKey && found->isKey()) throw Failure<NotANodeName>(parent.name(), name);
-  for (int level = 0; level < kLevelCount; ++level) {
-    if (level == kUser || !found->isDefinedAt(level)) continue;
-    if (!parent.tree().store(level).keepsChanges()) continue;
-    throw Failure<CantModifyValuesOnReadOnlyLevel>(
-        found->path(), levelName(level),
-        std::string(parent.tree().isReadOnly(level)
-                        ? "a file of this level defines the entry"
-                        : "this level defines the entry for others too. Remove it there"));
-  }
-  checkWritable(*found, kUser);
+  checkRemovable(*found);
   return *found;
 }
 

@@ -10,6 +10,14 @@ namespace zlutil::settings::host {
 // Settings::attachTo throws.
 NodePtr requireParent(const EntryPtr& entry, const boost::shared_ptr<Settings>& parent);
 
+// Each throws what Settings::attachTo, or removeKey and removeNode, throw: if an entry of that name
+// cannot be added below the parent, if an entry with `height` entries below it would stand too deep
+// there, and if the entry, which the tree has, cannot be removed. The caller holds the tree's
+// lock().
+void checkNewEntry(const Node& parent, const std::string& name);
+void checkDepth(const Node& parent, const std::string& name, int height);
+void checkRemovable(const Entry& entry);
+
 // Inserts an entry that no other thread knows, with all entries below it. Returns false, with
 // nothing inserted, if external changes leave that impossible. Throws what Settings::attachTo
 // throws.

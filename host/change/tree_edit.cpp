@@ -58,17 +58,51 @@ void TreeEdit::replaceValues(int level, KeyChanges changes) {
   WriteLock lock(tree_.lock());
   for (KeyChange& change : replaced_) {
     if (bringsDefinitions && !change.value.empty()) markDefinedFor(*change.key, level);
-    if (boostany::sameValue(change.key->value(level), change.value)) continue;
-    if (!tree_.formerNames().isEmpty()) {
-      tree_.formerNames().forget(level, change.key->pathBelowTop());
+    replaceLocked(*change.key, level, change.value);
+  }
+}
+
+// The caller holds the tree's lock() for writing.
+void TreeEdit::replaceLocked(Key& key, int level, boost::any& value) {
+  if (boostany::sameValue(key.value(level), value)) return;
+  if (!tree_.formerNames().isEmpty()) tree_.formerNames().forget(level, key.pathBelowTop());
+  key.replaceValue(level, value);
+  changed_.add(key);
+}
+
+void TreeEdit::changeAll(ManyChanges changes) {
+  structure_ = std::move(changes.structure);
+  values_ = std::move(changes.values);
+  {
+    WriteLock lock(tree_.lock());
+    for (Structure& change : structure_) {
+      Node& parent = static_cast<Node&>(*change.parent);
+      if (change.ofRemoval) {
+        change.entry = parent.takeChild(change.entry->name());
+        change.entry->setRemoved();
+      } else {
+        parent.insertChild(change.entry);
+      }
     }
-    change.key->replaceValue(level, change.value);
-    changed_.add(*change.key);
+    for (LevelChange& change : values_) {
+      const bool bringsDefinitions =
+          change.level > kUser && tree_.store(change.level).keepsChanges();
+      if (bringsDefinitions && !change.value.empty()) markDefinedFor(*change.key, change.level);
+      replaceLocked(*change.key, change.level, change.value);
+    }
+  }
+  ReadLock lock(tree_.lock());
+  for (const Structure& change : structure_) {
+    countStructureChange(*change.entry, static_cast<const Node&>(*change.parent));
+    if (!change.ofRemoval && change.entry->isKey()) {
+      Key& key = static_cast<Key&>(*change.entry);
+      if (!key.effectiveValue().empty()) changed_.add(key);
+    }
   }
 }
 
 void TreeEdit::insert(Node& parent, const EntryPtr& entry, int level) {
-  structure_ = {parent.shared_from_this(), entry, std::nullopt};
+  structure_.push_back({parent.shared_from_this(), entry, std::nullopt});
   {
     WriteLock lock(tree_.lock());
     if (level > kUser) markDefinedFor(parent, level);
@@ -84,15 +118,16 @@ void TreeEdit::noteChanged(Key& key) {
 }
 
 void TreeEdit::remove(Node& parent, const Entry& child, Audience audience) {
-  structure_ = {parent.shared_from_this(), {}, std::move(audience)};
+  structure_.push_back({parent.shared_from_this(), {}, std::move(audience)});
+  EntryPtr& removed = structure_.back().entry;
   {
     WriteLock lock(tree_.lock());
-    structure_.entry = parent.takeChild(child.name());
-    structure_.entry->setRemoved();
+    removed = parent.takeChild(child.name());
+    removed->setRemoved();
   }
   // Before another writer can add an entry of that name, which would not be counted.
   ReadLock lock(tree_.lock());
-  countStructureChange(*structure_.entry, parent);
+  countStructureChange(*removed, parent);
 }
 
 Changes formerErased(Key& key, int level) {
@@ -107,10 +142,12 @@ Changes formerErased(Key& key, int level) {
 void TreeEdit::finish() {
   unlock();
   try {
-    if (structure_.ofRemoval) {
-      publishRemoved(structure_.parent, structure_.entry, *structure_.ofRemoval);
-    } else if (structure_.entry) {
-      publishAdded(structure_.parent, structure_.entry);
+    for (const Structure& change : structure_) {
+      if (change.ofRemoval) {
+        publishRemoved(change.parent, change.entry, *change.ofRemoval);
+      } else {
+        publishAdded(change.parent, change.entry);
+      }
     }
     changed_.publish();
   } catch (const std::bad_alloc&) {

@@ -42,6 +42,25 @@ class TreeEdit {
  public:
   enum Priority { kOrdinary, kAhead };
 
+  // An entry that is inserted or, with the audience of its removal, removed.
+  struct Structure {
+    boost::shared_ptr<Settings> parent;
+    EntryPtr entry;
+    std::optional<Audience> ofRemoval;
+  };
+  using Structures = boost::container::small_vector<Structure, 1>;
+  // The value that replaces that of a key at a level.
+  struct LevelChange {
+    Key* key;
+    int level;
+    boost::any value;
+  };
+  // Removals come before insertions.
+  struct ManyChanges {
+    Structures structure;
+    std::vector<LevelChange> values;
+  };
+
   // Acquires the tree's writer(). With kAhead, each other thread acquires it at most once before.
   explicit TreeEdit(Tree& tree, Priority priority = kOrdinary);
   ~TreeEdit();
@@ -85,6 +104,10 @@ class TreeEdit {
   // parent.makeRoomForChild() has been called.
   void insert(Node& parent, const EntryPtr& entry, int level);
 
+  // Makes all changes visible at once, and does for each what insert(), remove() and replaceValue()
+  // do. makeRoomForChildren() has been called for the insertions. Allocates nothing but events.
+  void changeAll(ManyChanges changes);
+
   // Notes a change of the key that an insertion has brought.
   void noteChanged(Key& key);
 
@@ -95,15 +118,9 @@ class TreeEdit {
   void finish();
 
  private:
-  // An entry that was inserted or removed.
-  struct Structure {
-    boost::shared_ptr<Settings> parent;
-    EntryPtr entry;
-    std::optional<Audience> ofRemoval;
-  };
-
   bool apply(int level, const Changes& changes, const std::function<bool()>& isPossible);
   Store::Receiver receiver(int level);
+  void replaceLocked(Key& key, int level, boost::any& value);
   void unlock();
 
   Tree& tree_;
@@ -111,7 +128,8 @@ class TreeEdit {
   bool hasExternalEvents_ = false;
   KeyChanges replaced_;
   ChangedKeys changed_;
-  Structure structure_;
+  Structures structure_;
+  std::vector<LevelChange> values_;
 };
 
 // Returns what a store has to do beside a change of the key's value: to erase one under a former

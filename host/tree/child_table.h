@@ -28,12 +28,11 @@ class ChildTable {
     return found == index_.end() ? nullptr : const_cast<Entry*>(&*found);
   }
 
-  // Allocates memory for one more child: the next insert() or append() cannot fail.
-  void makeRoom() {
-    if (byName_.size() == byName_.capacity()) {
-      byName_.reserve(std::max<std::size_t>(1, 2 * byName_.size()));
-    }
-    if (byName_.size() == index_.bucket_count()) grow();
+  // Allocates memory for further children: so many calls of insert() or append() cannot fail.
+  void makeRoom(std::size_t count) {
+    const std::size_t size = byName_.size() + count;
+    if (size > byName_.capacity()) byName_.reserve(std::max(size, 2 * byName_.size()));
+    while (size > index_.bucket_count()) grow();
   }
 
   // Adds a child. Returns false, with nothing added, if the name is taken.
@@ -98,7 +97,7 @@ class ChildTable {
 
   bool enter(const EntryPtr& child) {
     // Allocates first: the index only borrows the child, so nothing may fail afterwards.
-    makeRoom();
+    makeRoom(1);
     return index_.insert(*child).second;
   }
 

@@ -43,7 +43,8 @@ class Node final : public Entry {
   // The caller of the following holds the tree's lock() for writing.
 
   // Allocates memory for one more child, so that adding it cannot fail.
-  void makeRoomForChild() { children_.makeRoom(); }
+  void makeRoomForChild() { children_.makeRoom(1); }
+  void makeRoomForChildren(std::size_t count) { children_.makeRoom(count); }
   // Adds a child. Returns false, with nothing added, if the name is taken.
   bool insertChild(const EntryPtr& child);
   // The same for a node that is being built; sortChildren() must follow.

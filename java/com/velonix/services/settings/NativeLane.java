@@ -214,4 +214,23 @@ final class NativeLane {
      *         files); no elements if the service cannot explain; null if there is no such key
      */
     static native Object[] explain(long root, String[] path, String key);
+
+    /**
+     * Makes several changes of a tree as one; each array has an element for each change.
+     *
+     * @param context a transaction context whose changes come first, or 0
+     * @param level the level of those, and of changes that name none
+     * @param isTrial whether only problems are looked for
+     * @param what 0 set, 1 unset, 2 add a node, 3 add a key, 4 remove, 5 move
+     * @param paths dotted paths below the root
+     * @param targets the paths that entries are moved to, or null
+     * @param values values as they are stored, or null
+     * @param levels level names, or null
+     * @param validators class and argument of a validator, or null
+     * @return the problems, each as path and reason; only the reason if the store failed; null if
+     *         the JVM is going down
+     */
+    static native String[] applyChanges(long root, long context, String level, boolean isTrial,
+            int[] what, String[] paths, String[] targets, Object[] values, String[] levels,
+            String[][] validators);
 }

@@ -226,6 +226,28 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
     }
 
     /**
+     * Replaces the key by one with values of another class, in one step: its values of all levels
+     * and its validator go, and the new key has one value, at the default level. Its listeners hear
+     * of the removal and then end.
+     *
+     * @param value the value, which decides the class
+     * @param <U> the class of the new key's values
+     * @return the new key
+     * @throws SettingValidationException if there is no such key, a file of a read-only level
+     *     defines it, or the validator of a node above refuses the value
+     * @throws SettingStoreException if the change cannot be stored
+     */
+    public <U> Setting<U> changeType(U value) throws SettingException {
+        SettingTransaction.run(parent, SettingLevel.defaultLevel(), transaction -> {
+            transaction.delete(parent, name);
+            transaction.addKey(parent, name, value);
+        });
+        @SuppressWarnings("unchecked")
+        Setting<U> key = parent.setting(name, (Class<U>) value.getClass());
+        return key;
+    }
+
+    /**
      * Removes the value from the default level, {@link SettingLevel#defaultLevel()}.
      *
      * @throws SettingNotFoundException if there is no such key, or the level has no value

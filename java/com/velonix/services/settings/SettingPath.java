@@ -336,6 +336,25 @@ public final class SettingPath implements AutoCloseable, Listenable {
     }
 
     /**
+     * Moves an entry of this node, with its values, its validator, and all entries below it, to
+     * another node of the tree or to another name. It is a new entry there: listeners hear of the
+     * removal of the old one and then end.
+     *
+     * @param child the entry's name
+     * @param parent the node that it is moved to
+     * @param name its name there
+     * @throws IllegalArgumentException if the parent is in another tree
+     * @throws SettingValidationException if there is no such entry, the new name is taken, a file
+     *         of
+     *     a read-only level defines the entry, or a validator refuses one of its values there
+     * @throws SettingStoreException if the change cannot be stored
+     */
+    public void move(String child, SettingPath parent, String name) throws SettingException {
+        SettingTransaction.run(this, SettingLevel.defaultLevel(),
+                transaction -> transaction.move(this, child, parent, name));
+    }
+
+    /**
      * Tells whether entries and values below the node can be changed at a level: the level is not
      * read-only, and no lock of a lower level counts.
      *

@@ -133,4 +133,87 @@ class TransactionTest {
     private void recordAndForget(String value) throws SettingException {
         new SettingTransaction().set(text, value);
     }
+
+    @Test
+    void entriesAndValuesOfSeveralLevelsChangeTogether() throws Exception {
+        transaction.set(size, 20); // through the contract, before the others
+        SettingPath below = transaction.addNode(node, "below");
+        Setting<Integer> added = transaction.addKey(below, "added", 5, Range.class, "1..9");
+        transaction.set(added, 6);
+        transaction.set(text, "for now", SettingLevel.SESSION);
+        transaction.unset(text, SettingLevel.USER);
+        Setting<int[]> numbers = transaction.addKey(node, "numbers", new int[] {1, 2});
+        assertEquals(List.of(), transaction.validate());
+        assertEquals(List.of("size", "text"), node.children());
+        assertEquals(List.of(), transaction.commit(SettingLevel.USER));
+        assertEquals(6, added.get());
+        assertEquals(20, size.get());
+        assertEquals("for now", text.get());
+        assertTrue(text.find(SettingLevel.USER).isEmpty());
+        assertEquals(2, numbers.get()[1]);
+        // Again: the node is there already, so nothing of it is done.
+        size.set(30);
+        assertEquals(1,
+                transaction.commit(SettingLevel.USER)
+                        .stream()
+                        .filter(problem -> problem.path().equals("transaction.below"))
+                        .count());
+        assertEquals(30, size.get());
+    }
+
+    @Test
+    void whatIsMovedRemovedOrOfAnotherTypeIsOneChange() throws Exception {
+        node.move("size", node, "points");
+        Setting<Integer> points = node.setting("points", Integer.class);
+        assertEquals(10, points.get());
+        assertThrows(SettingValidationException.class, () -> points.set(100));
+        Setting<Double> real = points.changeType(1.5);
+        assertEquals(1.5, real.get());
+        real.set(100.0); // the validator has gone
+        assertEquals(List.of("points", "text"), node.keys());
+        String refused = assertThrows(
+                SettingValidationException.class, () -> node.move("none", node, "other"))
+                                 .getMessage();
+        assertTrue(refused.contains("\"none\""), refused);
+        assertThrows(SettingValidationException.class, () -> node.move("points", node, "text"));
+        SettingTransaction.run(root, SettingLevel.USER, changes -> {
+            changes.move(root, "transaction", root, "moved");
+            changes.delete(root.path("moved"), "points");
+            changes.addNode(root, "transaction");
+        });
+        assertEquals(List.of("text"), root.path("moved").children());
+        assertEquals(List.of(), node.children());
+        root.delete("moved");
+    }
+
+    @Test
+    void aLambdaIsCommittedOnAnyTreeOrNotAtAll() throws Exception {
+        try (SettingPath tree = SettingPath.standalone()) {
+            SettingTransaction.run(tree, SettingLevel.FACTORY, changes -> {
+                SettingPath added = changes.addNode(tree, "n", Range.class, "1..9");
+                changes.addKey(added, "k", 5);
+            });
+            Setting<Integer> key = tree.path("n").setting("k", Integer.class);
+            assertEquals(5, key.get(SettingLevel.FACTORY));
+            String refused = assertThrows(SettingValidationException.class,
+                    () -> SettingTransaction.run(tree, SettingLevel.USER, changes -> {
+                        changes.set(key, 6);
+                        changes.set(key, 10, SettingLevel.SESSION);
+                        changes.addKey(tree, "n", 1);
+                    })).getMessage();
+            assertTrue(refused.contains("the name is taken"), refused);
+            assertThrows(SettingNotFoundException.class,
+                    () -> SettingTransaction.run(tree, SettingLevel.USER, changes -> {
+                        changes.set(key, 7);
+                        throw new SettingNotFoundException("nothing of it");
+                    }));
+            assertEquals(1, key.values().size());
+            assertThrows(IllegalArgumentException.class, () -> transaction.addNode(tree, "x"));
+            try (SettingTransaction other = SettingTransaction.on(tree)) {
+                assertThrows(IllegalArgumentException.class, () -> other.set(size, 1));
+                assertThrows(
+                        IllegalArgumentException.class, () -> other.move(tree, "n", root, "n"));
+            }
+        }
+    }
 }
