@@ -89,6 +89,7 @@ std::string ClusterClient::ask(const std::string& path, const std::string& body,
                                const Patience& patience) {
   const SteadyTime deadline = std::chrono::steady_clock::now() + patience.all;
   int sendings = 0;  // earlier ones, which may have been successful
+  bool isThere = false;
   std::string reason;
   wasRepeated_ = false;
   for (std::size_t failures = 0;;) {
@@ -118,11 +119,13 @@ std::string ClusterClient::ask(const std::string& path, const std::string& body,
       throw ClusterError(wasRepeated_ ? ClusterError::kUnknown : ClusterError::kRefused, made->text,
                          made->code);
     }
+    // During an election the members are there, and have not even a token to give.
+    isThere = isThere || made->code != 0;
     reason = base::narrowFromUstring(base::to_ustring(member())) + ": " + made->text;
     nextMember();
     const bool isRound = ++failures % memberCount() == 0;
     const bool isLate = std::chrono::steady_clock::now() + kPause >= deadline;
-    if (isLate || (isRound && sendings == 0)) break;
+    if (isLate || (isRound && sendings == 0 && !isThere)) break;
     if (isRound) connection_.wait(std::chrono::steady_clock::now() + kPause);
   }
   throw ClusterError(sendings > 0 ? ClusterError::kUnknown : ClusterError::kAway, reason);

@@ -174,6 +174,22 @@ TEST_F(SharedStoreTest, AChangeThatOthersConflictWithAllTheTimeEndsInABoundedTim
   EXPECT_LE(etcd.requests(kTxn), 5);
 }
 
+TEST_F(SharedStoreTest, AChangeWaitsForANewLeaderAlsoIfItNeedsATokenFirst) {
+  const SharedStoreOptions chosen = optionsWithPassword();
+  etcd.demandTokens();
+  const NodePtr root = openShared(chosen);
+  std::atomic<int> refusals{0};
+  etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
+    if (path != "/v3/auth/authenticate" || ++refusals > 5) return;
+    answer = {503, "{\"error\":\"etcdserver: leader changed\",\"code\":14}"};
+  });
+  etcd.demandTokens();
+  editorOf(root)->setAny("fontSize", 15, "workgroup");
+  EXPECT_GT(refusals, 5);
+  EXPECT_EQ(sizeOf(root), 15);
+  etcd.setKnob({});
+}
+
 TEST_F(SharedStoreTest, ALostAnswerIsLookedForInABoundedPartOfTheHistory) {
   const NodePtr root = openShared(options());
   etcd.setKnob([&](const std::string& path, FakeEtcd::Answer& answer) {
