@@ -69,7 +69,8 @@ class Store {
   virtual ~Store() = default;
 
   // Adds the whole content to the tree below `root`, the values at `level`. Called once, before any
-  // other thread knows the tree. Reports (host/os/log_error.h), and leaves out, what cannot be read.
+  // other thread knows the tree. Reports (host/os/log_error.h), and leaves out, what cannot be
+  // read.
   virtual void readAll(Node& root, int level) = 0;
 
   // Stores the changes in order: all of them or, if it throws StoreFailure, none. First hands

@@ -238,6 +238,7 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
      * @throws SettingStoreException if the change cannot be stored
      */
     public <U> Setting<U> changeType(U value) throws SettingException {
+        Objects.requireNonNull(value, "value");
         SettingTransaction.run(parent, SettingLevel.defaultLevel(), transaction -> {
             transaction.delete(parent, name);
             transaction.addKey(parent, name, value);

@@ -77,6 +77,8 @@ public final class SettingTransaction implements AutoCloseable {
      */
     public static void run(SettingPath root, SettingLevel level, Body body)
             throws SettingException {
+        Objects.requireNonNull(level, "level");
+        Objects.requireNonNull(body, "body");
         try (SettingTransaction transaction = on(root)) {
             body.record(transaction);
             List<SettingValidity> found = transaction.commit(level);
@@ -95,8 +97,9 @@ public final class SettingTransaction implements AutoCloseable {
      * @return the transaction
      */
     public static SettingTransaction on(SettingPath root) {
+        TreeHandle tree = Objects.requireNonNull(root, "root").tree();
         SettingTransaction transaction = new SettingTransaction();
-        transaction.tree = root.tree();
+        transaction.tree = tree;
         return transaction;
     }
 
@@ -119,7 +122,7 @@ public final class SettingTransaction implements AutoCloseable {
      * @throws SettingException if the settings service fails otherwise
      */
     public <T> void set(Setting<T> setting, T value) throws SettingException {
-        begin(setting.parent());
+        begin(nodeOf(setting));
         try {
             if (tree == null)
                 setting.record(context, value);
@@ -141,7 +144,7 @@ public final class SettingTransaction implements AutoCloseable {
      */
     public <T> void set(Setting<T> setting, T value, SettingLevel level) {
         Objects.requireNonNull(level, "level");
-        record(setting.parent(), () -> changes.set(setting, value, level));
+        record(nodeOf(setting), () -> changes.set(setting, value, level));
     }
 
     /**
@@ -153,7 +156,7 @@ public final class SettingTransaction implements AutoCloseable {
      */
     public void unset(Setting<?> setting, SettingLevel level) {
         Objects.requireNonNull(level, "level");
-        record(setting.parent(), () -> changes.unset(setting, level));
+        record(nodeOf(setting), () -> changes.unset(setting, level));
     }
 
     /**
@@ -248,7 +251,7 @@ public final class SettingTransaction implements AutoCloseable {
     public void move(SettingPath parent, String name, SettingPath newParent, String newName) {
         Objects.requireNonNull(name, "name");
         Names.checkNew(newName);
-        checkTree(newParent);
+        checkTree(Objects.requireNonNull(newParent, "newParent"));
         record(parent, () -> changes.move(parent.dotted(name), newParent.dotted(newName)));
     }
 
@@ -303,6 +306,7 @@ public final class SettingTransaction implements AutoCloseable {
     private <T> Setting<T> addKey(
             SettingPath parent, String name, T value, ValidatorName validator) {
         Names.checkNew(name);
+        Objects.requireNonNull(value, "value");
         record(parent, () -> changes.addKey(parent, name, value, null, validator));
         @SuppressWarnings("unchecked")
         Setting<T> key = parent.setting(name, (Class<T>) value.getClass());
@@ -337,13 +341,17 @@ public final class SettingTransaction implements AutoCloseable {
         return List.copyOf(found);
     }
 
+    private static SettingPath nodeOf(Setting<?> setting) {
+        return Objects.requireNonNull(setting, "setting").parent();
+    }
+
     private void begin(SettingPath place) {
         checkTree(place);
         begin();
     }
 
     private void checkTree(SettingPath place) {
-        TreeHandle other = place.tree();
+        TreeHandle other = Objects.requireNonNull(place, "parent").tree();
         if (tree == null ? !other.isOfProcess() : !tree.sameTree(other)) {
             throw new IllegalArgumentException(place + " does not belong to "
                     + (tree == null ? "the settings of the process" : tree.toString())

@@ -120,7 +120,7 @@ public final class Settings {
      * @return this
      */
     public Settings factoryFile(Path file) {
-        return addFile(file.toFile().getPath(), null);
+        return addFile(Objects.requireNonNull(file, "file").toFile().getPath(), null);
     }
 
     /**
@@ -134,6 +134,8 @@ public final class Settings {
      * @throws IOException if it cannot be read
      */
     public Settings factoryResource(Class<?> owner, String resource) throws IOException {
+        Objects.requireNonNull(owner, "owner");
+        Objects.requireNonNull(resource, "resource");
         try (InputStream stream = owner.getResourceAsStream(resource)) {
             if (stream == null) {
                 throw new FileNotFoundException("The factory settings \"" + resource

@@ -46,7 +46,8 @@ class RefusalTest {
 
     @Test
     void nullArgumentsAreRefusedByTheirNames() throws Exception {
-        try (SettingTransaction transaction = new SettingTransaction()) {
+        try (SettingTransaction transaction = new SettingTransaction();
+                SettingTransaction other = SettingTransaction.on(root)) {
             refusesNull(() -> SettingPath.load(null));
             refusesNull(() -> root.path((String[]) null));
             refusesNull(() -> root.path("a", null));
@@ -78,6 +79,30 @@ class RefusalTest {
             refusesNull(() -> SettingTestEnvironment.setDirectories(Path.of("f"), null));
             refusesNull(() -> transaction.commit(null));
             refusesNull(() -> transaction.set(null, 1));
+            refusesNull(() -> other.set(key, null));
+            refusesNull(() -> other.set(null, 1, SettingLevel.USER));
+            refusesNull(() -> other.set(key, 1, null));
+            refusesNull(() -> other.set(key, null, SettingLevel.USER));
+            refusesNull(() -> other.unset(null, SettingLevel.USER));
+            refusesNull(() -> other.unset(key, null));
+            refusesNull(() -> other.addNode(null, "n"));
+            refusesNull(() -> other.addNode(root, null));
+            refusesNull(() -> other.addKey(null, "k", 1));
+            refusesNull(() -> other.addKey(root, "k", null));
+            refusesNull(() -> other.delete(null, "k"));
+            refusesNull(() -> other.delete(root, null));
+            refusesNull(() -> other.move(root, "key", null, "k"));
+            refusesNull(() -> other.move(root, "key", root, null));
+            refusesNull(() -> SettingTransaction.on(null));
+            refusesNull(() -> SettingTransaction.run(root, null, changes -> {}));
+            refusesNull(() -> SettingTransaction.run(root, SettingLevel.USER, null));
+            refusesNull(() -> root.move(null, root, "k"));
+            refusesNull(() -> root.move("key", null, "k"));
+            refusesNull(() -> key.changeType(null));
+            refusesNull(() -> Settings.forApplication(null));
+            refusesNull(() -> Settings.forApplication("a").factoryFile(null));
+            refusesNull(() -> Settings.forApplication("a").factoryResource(null, "f"));
+            refusesNull(() -> Settings.forApplication("a").userDirectory(null));
         }
         assertEquals(1, key.get());
         assertEquals(List.of("key"), root.children());
