@@ -9,6 +9,7 @@
 #include "nativesettings/lane_keys.h"
 #include "nativesettings/lane_listeners.h"
 #include "nativesettings/lane_problems.h"
+#include "nativesettings/lane_texts.h"
 #include "nativesettings/lane_trees.h"
 #include "nativesettings/native_row.h"
 #include "nativesettings/refusal_reason.h"
@@ -58,6 +59,7 @@ void registerLane(JNIEnv* env) {
   methods.insert(methods.end(), laneListenerMethods().begin(), laneListenerMethods().end());
   methods.insert(methods.end(), laneChangeMethods().begin(), laneChangeMethods().end());
   methods.insert(methods.end(), laneFactMethods().begin(), laneFactMethods().end());
+  methods.insert(methods.end(), laneTextMethods().begin(), laneTextMethods().end());
   methods.insert(methods.end(), laneTreeMethods().begin(), laneTreeMethods().end());
   methods.insert(methods.end(), laneProblemMethods().begin(), laneProblemMethods().end());
   static_cast<void>(jzi::registerNativesImpl(env, {kLaneClass, methods.size(), methods.data()}));

@@ -233,4 +233,14 @@ final class NativeLane {
     static native String[] applyChanges(long root, long context, String level, boolean isTrial,
             int[] what, String[] paths, String[] targets, Object[] values, String[] levels,
             String[][] validators);
+
+    /** Returns the text of a number or a truth value in a settings file; null for another value. */
+    static native String textOf(Object value);
+
+    /**
+     * Returns the number or the truth value that a text stands for; null if it stands for none.
+     *
+     * @param kind a number of {@link ValueKinds}
+     */
+    static native Object valueOf(int kind, String text);
 }

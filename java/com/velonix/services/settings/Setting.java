@@ -2,6 +2,7 @@ package com.velonix.services.settings;
 
 import java.util.Arrays;
 import java.util.EnumMap;
+import java.util.List;
 import java.util.Map;
 import java.util.Objects;
 import java.util.Optional;
@@ -223,6 +224,42 @@ public final class Setting<T> extends KeyAccess<T> implements Listenable {
     public void set(T value, SettingLevel level) throws SettingException {
         if (!setThroughLane(0, value, SettingLevel.numberOf(level)))
             setThroughContract(0, value, level.levelName());
+    }
+
+    /**
+     * Returns a value as texts, in the form of settings files: {@link #parse} gives it back
+     * exactly.
+     *
+     * @param value the value
+     * @return one text, or for an array a text for each element
+     * @throws SettingUnsupportedTypeRuntimeException if no setting has values of its class
+     */
+    public List<String> format(T value) {
+        return ValueTexts.of(ValueTypes.toStored(value, parent, name));
+    }
+
+    /**
+     * Returns the value that texts stand for, in the form of settings files. Sets nothing.
+     *
+     * @param texts one text, or for an array a text for each element
+     * @return a value of the class {@link #type()} or, if values of several classes may be read as
+     *     that, of {@link #declaredType()}
+     * @throws SettingValidationException if they stand for no value of the class
+     * @throws SettingNotFoundException if the class is that of the key, and there is no such key or
+     *     it has no class yet
+     * @throws SettingException if the settings service fails otherwise
+     */
+    public T parse(String... texts) throws SettingException {
+        for (String text : texts) Objects.requireNonNull(text, "text");
+        Class<?> stored = ValueTypes.isStorable(type) ? ValueTypes.stored(type) : declared();
+        return ValueTypes.fromStored(ValueTexts.parse(stored, texts, dotted()), type);
+    }
+
+    private Class<?> declared() throws SettingException {
+        Optional<Class<?>> declared = declaredType();
+        if (declared.isEmpty())
+            throw new SettingNotFoundException(dotted() + " has no class yet");
+        return declared.get();
     }
 
     /**

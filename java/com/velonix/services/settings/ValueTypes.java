@@ -92,6 +92,11 @@ final class ValueTypes {
                 + "\" cannot be stored. Use String, Boolean, a number, or an array of these.");
     }
 
+    /** Tells whether values of the class are of one kind. */
+    static boolean isStorable(Class<?> type) {
+        return kindOf(type) != 0;
+    }
+
     private static boolean isStored(Class<?> type) {
         return ELEMENTS.contains(type.isArray() ? type.getComponentType() : type);
     }
@@ -106,7 +111,7 @@ final class ValueTypes {
     }
 
     /** Returns the class in which values are stored: that of boxed arrays for primitive ones. */
-    private static Class<?> stored(Class<?> type) {
+    static Class<?> stored(Class<?> type) {
         if (!type.isArray())
             return type;
         return MethodType.methodType(type.getComponentType()).wrap().returnType().arrayType();

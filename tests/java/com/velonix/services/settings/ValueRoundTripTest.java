@@ -4,6 +4,7 @@ import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertInstanceOf;
 import static org.junit.jupiter.api.Assertions.assertSame;
+import static org.junit.jupiter.api.Assertions.assertThrows;
 
 import com.velonix.util.types.UnsignedByte;
 import com.velonix.util.types.UnsignedInteger;
@@ -48,6 +49,7 @@ class ValueRoundTripTest {
             for (Object value : values) {
                 key.set(value, SettingLevel.SESSION);
                 assertEquals(value, assertInstanceOf(type, key.get()));
+                assertEquals(value, key.parse(key.format(value).get(0)));
             }
             assertEquals(values.get(values.size() - 1), key.get(SettingLevel.USER));
             assertSame(type, key.declaredType().orElseThrow());
@@ -69,7 +71,33 @@ class ValueRoundTripTest {
                 Object[] got = key.get();
                 assertSame(type.arrayType(), got.getClass());
                 assertArrayEquals(expected, got);
+                String[] texts = key.format(expected).toArray(String[] ::new);
+                assertArrayEquals(expected, key.parse(texts));
             }
+        }
+    }
+
+    @Test
+    void textsThatStandForNoValueAreRefused() throws Exception {
+        try (SettingPath root = SettingPath.standalone()) {
+            Setting<Byte> small = root.addKey("small", (byte) 1);
+            for (String text : List.of("", "x", "1.5", "128", "0x1", "1 2", "\ud83d", "\0")) {
+                assertThrows(SettingValidationException.class, () -> small.parse(text), text);
+            }
+            assertEquals((byte) -5, small.parse(" -5 "));
+            String message =
+                    assertThrows(SettingValidationException.class, () -> small.parse("1", "2"))
+                            .getMessage();
+            assertEquals("small: a value of the class Byte is one text, not 2", message);
+            assertThrows(SettingValidationException.class, small::parse);
+            Setting<int[]> numbers = root.addKey("numbers", new int[] {1});
+            assertArrayEquals(new int[] {4, 5}, numbers.parse("4", "5"));
+            assertEquals(List.of("7"), numbers.format(new int[] {7}));
+            assertThrows(SettingValidationException.class, () -> numbers.parse("4", "true"));
+            // As the class of the key, where the class asked for stands for several.
+            assertEquals((byte) 9, root.setting("small", Object.class).parse("9"));
+            assertThrows(SettingNotFoundException.class,
+                    () -> root.setting("none", Object.class).parse("9"));
         }
     }
 
