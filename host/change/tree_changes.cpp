@@ -1,6 +1,7 @@
 // Several changes of a tree as one: applyChanges().
 #include "service/tree_changes.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "base/loaded_library.h"

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <random>
+#include <sstream>
 
 #include "host/files/settings_reader.h"
 #include "service/settings_file.h"

@@ -24,8 +24,8 @@ import java.util.Objects;
  * are named by system properties or else by variables of the environment: {@code settings.userdir}
  * or {@code SETTINGS_USERDIR}, {@code settings.workgroupdir} or {@code SETTINGS_WORKGROUPDIR},
  * {@code settings.workgroup} or {@code SETTINGS_WORKGROUP}, {@code settings.factorydir} or {@code
- * SETTINGS_FACTORYDIR}. Without them, the user's settings are in {@code velonix/settings} of the
- * user's configuration directory, and the other levels are empty.
+ * SETTINGS_FACTORYDIR}. Without them, the user's settings are in a folder of that name in {@code
+ * velonix/settings} of the user's configuration directory, and the other levels are empty.
  *
  * <p>For one thread at a time, until the tree is open.
  */
